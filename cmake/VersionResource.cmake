@@ -1,0 +1,31 @@
+# orlindex_version_resource(<target> <description>): gives a Windows binary its version record.
+
+function(orlindex_version_resource target description)
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL "EXECUTABLE")
+        set(VERSION_FILE_TYPE VFT_APP)
+        set(VERSION_ORIGINAL_NAME "${target}.exe")
+    else()
+        set(VERSION_FILE_TYPE VFT_DLL)
+        set(VERSION_ORIGINAL_NAME "${target}.dll")
+    endif()
+    get_target_property(outputName ${target} OUTPUT_NAME)
+    if(outputName)
+        string(REGEX REPLACE "^.*[.]" "${outputName}." VERSION_ORIGINAL_NAME "${VERSION_ORIGINAL_NAME}")
+    endif()
+
+    set(VERSION_DESCRIPTION "${description}")
+    set(VERSION_FLAGS 0)
+    set(VERSION_SPECIAL_BUILD "")
+    # A binary that trusts a root whose key lies in a build tree must be known by its properties page.
+    if(ORLINDEX_DEVELOPMENT_ROOT)
+        string(APPEND VERSION_DESCRIPTION " (development root)")
+        set(VERSION_FLAGS VS_FF_SPECIALBUILD)
+        set(VERSION_SPECIAL_BUILD "VALUE \"SpecialBuild\", \"development root\"")
+    endif()
+    string(REPLACE "." "," VERSION_NUMBERS "${PROJECT_VERSION}")
+
+    set(resource "${PROJECT_BINARY_DIR}/generated/${target}-version.rc")
+    configure_file("${CMAKE_CURRENT_FUNCTION_LIST_DIR}/version.rc.in" "${resource}" @ONLY)
+    target_sources(${target} PRIVATE "${resource}")
+endfunction()

@@ -1,0 +1,12 @@
+# orlindex_warnings: what every target of this project links for its diagnostics.
+
+option(ORLINDEX_WARNINGS_AS_ERRORS "A warning ends the build" OFF)
+
+add_library(orlindex_warnings INTERFACE)
+if(MSVC)
+    target_compile_options(orlindex_warnings INTERFACE /W4 /permissive- /utf-8 /Zc:__cplusplus
+        $<$<BOOL:${ORLINDEX_WARNINGS_AS_ERRORS}>:/WX>)
+else()
+    target_compile_options(orlindex_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow
+        $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> $<$<BOOL:${ORLINDEX_WARNINGS_AS_ERRORS}>:-Werror>)
+endif()

@@ -1,0 +1,72 @@
+# The certificates that a build tree makes for itself, once, under <build>/signing: three roots and the signers below
+# them, the good ones and those that must be refused. For each root <name>.key, <name>.pem and <name>.der; for each
+# signer <name>-leaf.pem and, with its root after it, <name>.pem. All signers share signer.key.
+
+set(ORLINDEX_SIGNING_FOLDER "${PROJECT_BINARY_DIR}/signing")
+
+function(orlindex_openssl)
+    execute_process(COMMAND "${ORLINDEX_OPENSSL}" ${ARGN} WORKING_DIRECTORY "${ORLINDEX_SIGNING_FOLDER}"
+        RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
+    if(NOT status EQUAL 0)
+        list(JOIN ARGN " " arguments)
+        message(FATAL_ERROR "openssl ${arguments}\nended with ${status}:\n${output}")
+    endif()
+endfunction()
+
+function(orlindex_make_root name commonName)
+    orlindex_openssl(req -x509 -newkey rsa:2048 -nodes -sha256 -days 3650 -config openssl.cnf -extensions root
+        -subj "/CN=${commonName}" -keyout ${name}.key -out ${name}.pem)
+    orlindex_openssl(x509 -in ${name}.pem -outform DER -out ${name}.der)
+endfunction()
+
+# orlindex_make_signer(<name> <root> <common name> [validity options of `openssl ca`])
+function(orlindex_make_signer name root commonName)
+    set(validity ${ARGN})
+    if(NOT validity)
+        set(validity -days 3650)
+    endif()
+    orlindex_openssl(req -new -key signer.key -config openssl.cnf -subj "/CN=${commonName}" -out issued/request.pem)
+    orlindex_openssl(ca -batch -notext -config openssl.cnf -cert ${root}.pem -keyfile ${root}.key
+        -in issued/request.pem -out ${name}-leaf.pem ${validity})
+    file(READ "${ORLINDEX_SIGNING_FOLDER}/${name}-leaf.pem" leaf)
+    file(READ "${ORLINDEX_SIGNING_FOLDER}/${root}.pem" rootCertificate)
+    file(WRITE "${ORLINDEX_SIGNING_FOLDER}/${name}.pem" "${leaf}${rootCertificate}")
+endfunction()
+
+function(orlindex_make_certificates)
+    # Whole or not at all: a tree whose making was interrupted, or whose recipe changed, starts anew.
+    set(recipe "${CMAKE_CURRENT_FUNCTION_LIST_DIR}")
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${recipe}/openssl.cnf")
+    file(SHA256 "${recipe}/openssl.cnf" configuration)
+    file(SHA256 "${recipe}/Certificates.cmake" program)
+    set(stamp "${ORLINDEX_SIGNING_FOLDER}/made-by-${configuration}-${program}")
+    if(EXISTS "${stamp}")
+        return()
+    endif()
+    file(REMOVE_RECURSE "${ORLINDEX_SIGNING_FOLDER}")
+    file(MAKE_DIRECTORY "${ORLINDEX_SIGNING_FOLDER}/issued")
+    file(CHMOD "${ORLINDEX_SIGNING_FOLDER}" DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+    file(COPY "${recipe}/openssl.cnf" DESTINATION "${ORLINDEX_SIGNING_FOLDER}")
+    file(TOUCH "${ORLINDEX_SIGNING_FOLDER}/issued/index.txt") # what `openssl ca` keeps its books in
+    orlindex_openssl(genrsa -out signer.key 2048)
+
+    orlindex_make_root(root "Orlindex Development Root")
+    orlindex_make_signer(good root "Kestrany, Inc.")
+    orlindex_make_signer(asia root "Kestrany Asia Pte")
+    orlindex_make_signer(wrong-case root "KESTRANY, INC.")
+    orlindex_make_signer(trailing-space root "Kestrany, Inc. ")
+    orlindex_make_signer(no-point root "Kestrany, Inc")
+    orlindex_make_signer(asia-point root "Kestrany Asia Pte.")
+    orlindex_make_signer(stranger root "Somebody Else")
+
+    orlindex_make_root(unknown-root "Orlindex Unknown Root")
+    orlindex_make_signer(other-root unknown-root "Kestrany, Inc.")
+
+    # For a root that the user's own store trusts: below an unknown root, age is not what the platform complains of.
+    orlindex_make_root(trusted-root "Orlindex Trusted Root")
+    orlindex_make_signer(trusted trusted-root "Kestrany, Inc.")
+    orlindex_make_signer(expired trusted-root "Kestrany, Inc." -startdate 20200101000000Z -enddate 20210101000000Z)
+
+    file(REMOVE_RECURSE "${ORLINDEX_SIGNING_FOLDER}/issued")
+    file(TOUCH "${stamp}")
+endfunction()

@@ -1,0 +1,12 @@
+# cmake -DTOOL= -DCERTIFICATES= -DKEY= -DINPUT= -DOUTPUT= -P SignFile.cmake: signs INPUT into OUTPUT, quietly where it
+# succeeds.
+
+get_filename_component(folder "${OUTPUT}" DIRECTORY)
+file(MAKE_DIRECTORY "${folder}")
+file(REMOVE "${OUTPUT}") # the tool does not write over a file
+execute_process(COMMAND "${TOOL}" sign -h sha256 -certs "${CERTIFICATES}" -key "${KEY}" -in "${INPUT}" -out "${OUTPUT}"
+    RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
+if(NOT status EQUAL 0)
+    file(REMOVE "${OUTPUT}")
+    message(FATAL_ERROR "${INPUT} could not be signed:\n${output}")
+endif()

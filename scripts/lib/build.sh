@@ -1,0 +1,30 @@
+# Configuring and building by preset: sourced after common.sh, never run.
+# shellcheck shell=bash
+
+# configure_preset PRESET FOLDER [CMAKE-OPTIONS...]: where that was not done yet, or options are given, or presets or
+# libraries have changed. Changes of CMake files are seen by the build itself.
+configure_preset()
+{
+    local preset=$1 folder=$2 key
+    shift 2
+    key=$(cat "$root/CMakePresets.json" <(ls "$deps/stamps") | sha256sum)
+    if [ $# -gt 0 ] || [ ! -f "$folder/build.ninja" ] || [ "$(cat "$folder/.configured" 2>/dev/null)" != "$key" ]; then
+        (cd "$root" && cmake --preset "$preset" "$@") || return
+        printf '%s\n' "$key" >"$folder/.configured"
+    fi
+}
+
+# build_preset PRESET [TARGETS...]
+build_preset()
+{
+    local preset=$1
+    shift
+    # From the source tree's root, where presets are found.
+    (cd "$root" && cmake --build --preset "$preset" -j "$jobs" ${1:+--target "$@"})
+}
+
+# make_preset PRESET FOLDER: both.
+make_preset()
+{
+    configure_preset "$1" "$2" && build_preset "$1"
+}

@@ -1,0 +1,30 @@
+# A Wine session of one's own: sourced after common.sh, never run.
+#
+#     wine_session_begin      copies the template prefix into a new temporary folder and starts Wine in it
+#     wine_session_end        ends every process of that prefix and removes it; fit for `trap ... EXIT`
+#
+# In between, scripts/wine-run and "$wine64" run programs in that prefix.
+# shellcheck shell=bash
+
+# shellcheck source=scripts/lib/wine-environment.sh
+. "$root/scripts/lib/wine-environment.sh"
+
+wine_session_begin()
+{
+    [ -d "$deps/wine/drive_c" ] || fail "no Wine prefix to copy: $deps/wine" "run scripts/setup.sh first"
+    wine_session_folder=$(mktemp -d "${TMPDIR:-/tmp}/orlindex-wine.XXXXXX")
+    export WINEPREFIX=$wine_session_folder/prefix
+    cp -a "$deps/wine" "$WINEPREFIX"
+    wine_start -p || fail "Wine does not start in $WINEPREFIX"
+    # Tells scripts/wine-run that it need not see to this itself.
+    export ORLINDEX_WINE_SESSION=$WINEPREFIX
+}
+
+wine_session_end()
+{
+    [ -n "${wine_session_folder:-}" ] || return 0
+    wineserver -k >/dev/null 2>&1
+    wineserver -w >/dev/null 2>&1
+    rm -rf "$wine_session_folder"
+    unset wine_session_folder WINEPREFIX ORLINDEX_WINE_SESSION
+}

@@ -1,0 +1,247 @@
+#!/usr/bin/env bash
+# Makes this machine ready to build and test Orlindex: scripts/setup.sh
+#
+# Installs the Debian packages that are missing (as root, else through sudo), cross-builds the libraries into .deps/
+# and makes the Wine prefix that tests copy. About two minutes the first time; afterwards it finds everything in
+# place and ends within a second. Whatever was interrupted is done again.
+#
+#   --help    this text
+#   --clean   removes .deps/ first, so that everything in it is made anew
+
+set -euo pipefail
+# shellcheck source=scripts/lib/common.sh
+. "$(dirname "$0")/lib/common.sh"
+# shellcheck source=scripts/lib/wine-environment.sh
+. "$root/scripts/lib/wine-environment.sh"
+
+packages=(
+    cmake ninja-build g++ dpkg-dev xz-utils python3 openssl
+    # The Windows side: compiler, compatibility layer, code signing.
+    g++-mingw-w64-x86-64-posix wine wine64 osslsigncode
+    # Sanitizers, static checks, and the checks of what Microsoft's rules make of the headers.
+    clang-14 libclang-rt-14-dev llvm-14 clang-format-14 clang-tidy-14 shellcheck
+    # Libraries of the native build of the portable logic; the cross build takes its own from .deps/.
+    libjsoncpp-dev libboost1.81-dev libgtest-dev googletest
+)
+toolchain=$root/cmake/mingw-w64-x86_64.cmake
+prefix=$deps/prefix
+
+# --- Steps ----------------------------------------------------------------------------------------------------------
+
+missing_packages()
+{
+    comm -23 <(printf '%s\n' "${packages[@]}" | sort) \
+        <(dpkg-query -W -f '${db:Status-Status} ${Package}\n' "${packages[@]}" 2>/dev/null |
+            sed -n 's/^installed //p' | sort)
+}
+
+as_root()
+{
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    else
+        sudo "$@"
+    fi
+}
+
+install_packages()
+{
+    local missing
+    mapfile -t missing < <(missing_packages)
+    export DEBIAN_FRONTEND=noninteractive
+    as_root apt-get update
+    as_root apt-get install -y --no-install-recommends "${missing[@]}"
+}
+
+debian_codename()
+{
+    sed -n 's/^VERSION_CODENAME=//p' /etc/os-release
+}
+
+# The entries of the machine's own package sources for the main suite, as entries for source packages.
+source_entries()
+{
+    local key=/usr/share/keyrings/debian-archive-keyring.gpg options=
+    [ ! -f $key ] || options="[signed-by=$key] "
+    # shellcheck disable=SC2016 # apt's own placeholders
+    apt-get indextargets --format '$(REPO_URI) $(CODENAME) $(COMPONENT)' \
+        'Created-By: Packages' 'Origin: Debian' 'Component: main' "Codename: $(debian_codename)" |
+        sort -u | sed "s|^|deb-src $options|"
+}
+
+# Many machines carry no entry for source packages: one is used for these calls alone, in folders of this tree.
+fetch_sources()
+{
+    local apt=$deps/apt downloads=$deps/downloads
+    rm -rf "$apt" "$downloads"
+    mkdir -p "$apt/lists/partial" "$apt/cache/archives/partial" "$downloads"
+    source_entries >"$apt/sources.list"
+    [ -s "$apt/sources.list" ] || { echo "apt knows no Debian package source: run 'apt-get update' as root"; return 1; }
+    local options=(-o "Dir::Etc::SourceList=$apt/sources.list" -o Dir::Etc::SourceParts=/dev/null
+        -o "Dir::State::Lists=$apt/lists" -o "Dir::Cache=$apt/cache")
+    apt-get "${options[@]}" update
+    (cd "$downloads" && apt-get "${options[@]}" source --download-only boost1.81 libjsoncpp benchmark)
+    rm -rf "$apt"
+}
+
+# unpack PATTERN FOLDER [TAR-OPTIONS...]: one downloaded archive without its top folder.
+unpack()
+{
+    local archive folder=$2
+    archive=$(compgen -G "$deps/downloads/$1") || { echo "not in $deps/downloads: $1; run with --clean"; return 1; }
+    shift 2
+    rm -rf "$folder"
+    mkdir -p "$folder"
+    tar -xf "$archive" -C "$folder" --strip-components=1 "$@"
+}
+
+# cross_install SOURCES [CMAKE-OPTIONS...]: builds and installs one library for Windows.
+cross_install()
+{
+    local sources=$1 build=$deps/build
+    shift
+    rm -rf "$build"
+    cmake -G Ninja -S "$sources" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_INSTALL_PREFIX="$prefix" \
+        -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_STANDARD=17 -DBUILD_SHARED_LIBS=OFF -DBUILD_TESTING=OFF "$@"
+    cmake --build "$build" -j "$jobs"
+    cmake --install "$build"
+    rm -rf "$build"
+}
+
+build_jsoncpp()
+{
+    unpack 'libjsoncpp_*.orig.tar.*' "$deps/src/jsoncpp"
+    cross_install "$deps/src/jsoncpp" -DBUILD_STATIC_LIBS=ON -DBUILD_OBJECT_LIBS=OFF -DJSONCPP_WITH_TESTS=OFF \
+        -DJSONCPP_WITH_POST_BUILD_UNITTEST=OFF -DJSONCPP_WITH_PKGCONFIG_SUPPORT=OFF
+}
+
+build_boost()
+{
+    unpack 'boost1.81_*.orig.tar.*' "$deps/src/boost" --no-wildcards-match-slash \
+        --exclude='*/test' --exclude='*/doc' --exclude='*/example'
+    cross_install "$deps/src/boost" -DBOOST_INSTALL_LAYOUT=system \
+        -DBOOST_INCLUDE_LIBRARIES='filesystem;format;algorithm;system;exception'
+    local version package
+    version=$(sed -n 's/^#define BOOST_LIB_VERSION "\(.*\)"/\1/p' "$prefix/include/boost/version.hpp")
+    version=${version//_/.}
+    [[ $version == *.*.* ]] || version+=.0
+    package=$prefix/lib/cmake/Boost-$version
+    mkdir -p "$package"
+    cp "$root/cmake/boost/BoostConfig.cmake" "$package/"
+    cmake -DVERSION="$version" -DFILE="$package/BoostConfigVersion.cmake" -P "$root/cmake/boost/WriteVersion.cmake"
+}
+
+build_googletest()
+{
+    cross_install /usr/src/googletest -DINSTALL_GTEST=ON
+}
+
+build_benchmark()
+{
+    unpack 'benchmark_*.orig.tar.*' "$deps/src/benchmark"
+    cross_install "$deps/src/benchmark" -DBENCHMARK_ENABLE_TESTING=OFF -DBENCHMARK_ENABLE_GTEST_TESTS=OFF \
+        -DBENCHMARK_ENABLE_WERROR=OFF -DBENCHMARK_INSTALL_DOCS=OFF
+}
+
+# Windows 10, as a new prefix says it is Windows 7. Made aside and moved into place when whole.
+make_wine_prefix()
+{
+    local new=$deps/wine.new
+    rm -rf "$new" "$deps/wine" "$deps/wine-run"
+    export WINEPREFIX=$new
+    "$wine64" wineboot -i
+    "$wine64" winecfg -v win10
+    wineserver -k
+    wineserver -w || [ $? -eq 2 ] # 2: the server was gone before
+    mv -T "$new" "$deps/wine"
+}
+
+# --- Carrying them out ----------------------------------------------------------------------------------------------
+
+number=0
+total=7
+
+# run TITLE NAME FUNCTION: one step with its number, its time, its log, and on failure the log's tail.
+run()
+{
+    local title=$1 log=$deps/log/$2.log began status=0
+    printf '[%d/%d] %s ... ' "$number" "$total" "$title"
+    mkdir -p "$deps/log"
+    began=$(now)
+    # In a shell of its own: `set -e` would not count within a condition.
+    bash -c 'set -euo pipefail; . "$0" --functions; "$1"' "$root/scripts/setup.sh" "$3" >"$log" 2>&1 </dev/null 9>&- ||
+        status=$?
+    if [ $status -ne 0 ]; then
+        printf 'failed after %s\n' "$(seconds_since "$began")"
+        tail -n 25 "$log" | sed 's/^/    | /' >&2
+        fail "step '$title' ended with status $status" "whole log: $log" "mend the cause and run scripts/setup.sh again"
+    fi
+    seconds_since "$began"
+}
+
+# once TITLE NAME FUNCTION INPUTS: run, unless it was done before with the same function and inputs.
+once()
+{
+    number=$((number + 1))
+    local stamp
+    stamp=$deps/stamps/$2-$({ declare -f "$3" unpack cross_install; printf '%s\n' "$4"; } | sha256sum | cut -c1-16)
+    [ ! -f "$stamp" ] || return 0
+    mkdir -p "$deps/stamps"
+    rm -f "$deps/stamps/$2-"*
+    run "$1" "$2" "$3"
+    touch "$stamp"
+}
+
+check_machine()
+{
+    command -v apt-get >/dev/null ||
+        fail "this script knows Debian only: no apt-get here" "install the counterparts of: ${packages[*]}"
+    local codename
+    codename=$(debian_codename)
+    [ "$codename" = bookworm ] || say "note: made for Debian 12 (bookworm), this is '$codename'; package names may differ"
+}
+
+ensure_packages()
+{
+    number=$((number + 1))
+    local missing
+    mapfile -t missing < <(missing_packages)
+    [ ${#missing[@]} -gt 0 ] || return 0
+    if [ "$(id -u)" -ne 0 ] && ! command -v sudo >/dev/null; then
+        fail "packages are missing, and neither root nor sudo is at hand to install them" \
+            "as root: apt-get install --no-install-recommends ${missing[*]}"
+    fi
+    run "Debian packages: ${missing[*]}" packages install_packages
+}
+
+main()
+{
+    case ${1:-} in
+        --help | -h) usage "$0"; return ;;
+        --clean | '') ;;
+        *) fail "unknown argument: $1" "scripts/setup.sh --help shows what there is" ;;
+    esac
+
+    local began cross
+    began=$(now)
+    check_machine
+    mkdir -p "$deps"
+    exec 9>"$deps/lock"
+    flock -n 9 || { say "waiting for another scripts/setup.sh of this tree"; flock 9; }
+    [ "${1:-}" != --clean ] || find "$deps" -mindepth 1 -maxdepth 1 ! -name lock -exec rm -rf {} +
+
+    ensure_packages
+    cross=$(cat "$toolchain" "$root"/cmake/boost/*; x86_64-w64-mingw32-g++-posix -v 2>&1)
+
+    once "Library sources" sources fetch_sources "$(declare -f source_entries)"
+    once "JsonCpp for Windows" jsoncpp build_jsoncpp "$cross"
+    once "Boost for Windows" boost build_boost "$cross"
+    once "GoogleTest for Windows" googletest build_googletest "$cross"
+    once "Benchmark for Windows" benchmark build_benchmark "$cross"
+    once "Wine prefix (Windows 10)" wine make_wine_prefix "$(dpkg-query -W wine64)"
+    rm -rf "$deps/src" "$deps/build"
+    say "Set-up: ready ($(seconds_since "$began"))"
+}
+
+# run() sources this file for its functions.
+[ "${1:-}" = --functions ] || main "$@"
