@@ -1,0 +1,85 @@
+#ifndef ORLINDEX_OVERRIDINGCONFIG_H
+#define ORLINDEX_OVERRIDINGCONFIG_H
+
+#include <cstdint>
+#include <string>
+
+#include "Export.h"
+
+namespace Json {
+class Value;
+}
+
+namespace Kestrany::IdentityServices {
+
+/// What an automation host overrides in the client plugin module, see IdServicesAutomation::SetOverridingConfig.
+///
+/// The JSON operations exchange JsonCpp values: a host that uses them is built with the JsonCpp version that the
+/// library was built with.
+class ORLINDEX_API BaseConfig
+{
+public:
+    virtual ~BaseConfig();
+    /// Fills the fields from a JSON value.
+    virtual void FromJson(const Json::Value& json) = 0;
+    /// A new JSON value of the fields.
+    virtual Json::Value ToJson() const = 0;
+    /// Version of the JSON form.
+    virtual std::int32_t GetJsonVersion() const = 0;
+
+protected:
+    BaseConfig() = default;
+    BaseConfig(const BaseConfig&) = default;
+    BaseConfig& operator=(const BaseConfig&) = default;
+};
+
+/// How the plugin calls its identity service. The plugin gives the numbers their meaning; the library passes them on.
+struct ORLINDEX_API CallConfig : public BaseConfig
+{
+    std::int32_t interval = 0;
+    std::int32_t failInterval = 0;
+    std::int32_t minJitter = 0;
+    std::int32_t maxJitter = 0;
+    std::string url; ///< UTF-8.
+
+    CallConfig();
+    CallConfig(const CallConfig& other);
+    CallConfig& operator=(const CallConfig& other);
+    ~CallConfig() override;
+
+    /// Reads the members "failInterval", "interval", "maxJitter", "minJitter" and "url", in this order. Every field is
+    /// overwritten; a missing member gives 0 or an empty text. Raises what JsonCpp raises for a value that is neither
+    /// an object nor null (Json::LogicError), or for a member that cannot be converted; fields read before keep their
+    /// values.
+    void FromJson(const Json::Value& json) override;
+    /// An object of the five members.
+    Json::Value ToJson() const override;
+    /// 1.
+    std::int32_t GetJsonVersion() const override;
+};
+
+/// How the plugin backs off after failures. The plugin gives the numbers their meaning; the library passes them on.
+struct ORLINDEX_API BackoffConfig : public BaseConfig
+{
+    std::int32_t initialInterval = 0;
+    std::int32_t maxInterval = 0;
+    std::int32_t multiplier = 0;
+    std::int32_t maxRetries = 0;
+    std::int32_t jitter = 0;
+
+    BackoffConfig();
+    BackoffConfig(const BackoffConfig& other);
+    BackoffConfig& operator=(const BackoffConfig& other);
+    ~BackoffConfig() override;
+
+    /// Has no JSON form: changes nothing.
+    void FromJson(const Json::Value& json) override;
+    /// Has no JSON form: null.
+    Json::Value ToJson() const override;
+    /// 0: there is no JSON form.
+    std::int32_t GetJsonVersion() const override;
+};
+
+} // namespace Kestrany::IdentityServices
+
+#endif

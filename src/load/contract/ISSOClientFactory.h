@@ -1,0 +1,30 @@
+#ifndef ORLINDEX_CONTRACT_ISSOCLIENTFACTORY_H
+#define ORLINDEX_CONTRACT_ISSOCLIENTFACTORY_H
+
+namespace Kestrany::IdentityServices {
+
+class IPluginLoggerSource;
+class ISSOClient;
+class ISSOClientModule;
+class ISSOClientPrivate;
+class ISSOServerManager;
+
+/// Root of the plugin contract: what the exported function `ISSOClientFactory* GetSSOClientFactory()` answers. Objects
+/// belong to the plugin and stay valid while it is in the process; each operation may answer null.
+class ISSOClientFactory
+{
+public:
+    virtual void Reserved0() = 0;
+    virtual IPluginLoggerSource* GetLoggerSource() = 0;
+    virtual ISSOClientModule* GetSSOClientModule() = 0;
+    virtual ISSOClient* GetSSOClient() = 0;
+    virtual ISSOClientPrivate* GetSSOClientPrivate() = 0;
+    virtual ISSOServerManager* GetSSOServerManager() = 0;
+
+protected:
+    ~ISSOClientFactory() = default;
+};
+
+} // namespace Kestrany::IdentityServices
+
+#endif
