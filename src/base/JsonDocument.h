@@ -1,0 +1,19 @@
+#ifndef ORLINDEX_BASE_JSONDOCUMENT_H
+#define ORLINDEX_BASE_JSONDOCUMENT_H
+
+#include <json/value.h>
+#include <optional>
+#include <string>
+
+namespace Kestrany::IdentityServices {
+
+/// Nothing for a text that is no JSON or nests too deep. A UTF-8 byte order mark and comments are accepted: people edit
+/// these files by hand.
+std::optional<Json::Value> ParseJson(const std::string& bytes);
+
+/// The member `key` of `value`; null where there is none, or where `value` is no object.
+const Json::Value& MemberOf(const Json::Value& value, const std::string& key);
+
+} // namespace Kestrany::IdentityServices
+
+#endif

@@ -1,0 +1,7 @@
+#include "base/ProcessLock.h"
+
+namespace Kestrany::IdentityServices {
+
+ProcessLock processLock;
+
+} // namespace Kestrany::IdentityServices

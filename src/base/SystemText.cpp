@@ -1,0 +1,63 @@
+#include "base/SystemText.h"
+
+#include <limits>
+#include <memory>
+#include <windows.h>
+
+namespace Kestrany::IdentityServices {
+namespace {
+
+struct LocalFreeDeleter
+{
+    void operator()(wchar_t* text) const { LocalFree(text); }
+};
+
+template <class Text>
+bool FitsPlatformLength(Text text)
+{
+    return text.size() <= static_cast<std::size_t>((std::numeric_limits<int>::max)());
+}
+
+} // namespace
+
+std::wstring Widen(std::string_view utf8)
+{
+    if (utf8.empty() || !FitsPlatformLength(utf8))
+        return {};
+    const int length = static_cast<int>(utf8.size());
+    const int needed = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, nullptr, 0);
+    if (needed <= 0)
+        return {};
+    std::wstring utf16(static_cast<std::size_t>(needed), L'\0');
+    if (MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, utf16.data(), needed) != needed)
+        return {};
+    return utf16;
+}
+
+std::string Narrow(std::wstring_view utf16)
+{
+    if (utf16.empty() || !FitsPlatformLength(utf16))
+        return {};
+    const int length = static_cast<int>(utf16.size());
+    const int needed = WideCharToMultiByte(CP_UTF8, 0, utf16.data(), length, nullptr, 0, nullptr, nullptr);
+    if (needed <= 0)
+        return {};
+    std::string utf8(static_cast<std::size_t>(needed), '\0');
+    if (WideCharToMultiByte(CP_UTF8, 0, utf16.data(), length, utf8.data(), needed, nullptr, nullptr) != needed)
+        return {};
+    return utf8;
+}
+
+std::wstring GetSystemErrorText(unsigned long code)
+{
+    constexpr DWORD neutralLanguage = 0x400;
+    wchar_t* allocated = nullptr;
+    FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code, neutralLanguage,
+                   reinterpret_cast<wchar_t*>(&allocated), 0, nullptr);
+    const std::unique_ptr<wchar_t, LocalFreeDeleter> owner(allocated);
+    if (allocated && *allocated)
+        return allocated;
+    return code == ERROR_MOD_NOT_FOUND ? L"The specified module could not be found." : L"";
+}
+
+} // namespace Kestrany::IdentityServices
