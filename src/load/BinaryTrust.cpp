@@ -1,0 +1,119 @@
+#include "load/BinaryTrust.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <optional>
+#include <windows.h>
+
+#include <shlwapi.h>
+
+#include "BuildData.h"
+#include "base/Log.h"
+#include "base/MessageFormat.h"
+#include "load/SignerName.h"
+#include "load/TrustState.h"
+
+namespace Kestrany::IdentityServices {
+namespace {
+
+using Sha256 = std::array<BYTE, 32>;
+
+static_assert(std::size(BuildData::PinnedRootSha256) == std::tuple_size<Sha256>::value, "a SHA-256 digest");
+
+/// The root of a signer's chain, by the path that the platform's data offers; null where a step is missing.
+PCCERT_CONTEXT RootOf(CRYPT_PROVIDER_DATA* provider, DWORD index)
+{
+    CRYPT_PROVIDER_SGNR* signer = SignerAt(provider, index);
+    if (!signer || !CertificateAt(signer, index) || !signer->pasCertChain || signer->csCertChain == 0)
+        return nullptr;
+    return signer->pasCertChain[signer->csCertChain - 1].pCert;
+}
+
+/// The digest of the first signer's root that can be hashed.
+std::optional<Sha256> FirstRootDigest(CRYPT_PROVIDER_DATA* provider)
+{
+    for (DWORD index = 0; index < provider->csSigners; ++index)
+    {
+        PCCERT_CONTEXT root = RootOf(provider, index);
+        if (!root)
+            continue;
+        Sha256 digest = {};
+        auto size = static_cast<DWORD>(digest.size());
+        const BOOL hashed = CryptHashCertificate2(L"SHA256", 0, nullptr, root->pbCertEncoded, root->cbCertEncoded,
+                                                  digest.data(), &size);
+        if (hashed || size != digest.size())
+            return digest;
+    }
+    return std::nullopt;
+}
+
+bool HasPinnedRoot(const TrustState& state)
+{
+    CRYPT_PROVIDER_DATA* provider = state.ProviderData();
+    if (!provider)
+        return false;
+    const std::optional<Sha256> digest = FirstRootDigest(provider);
+    return digest && std::equal(digest->begin(), digest->end(), std::begin(BuildData::PinnedRootSha256));
+}
+
+BinaryTrustResult CheckSignerName(const TrustState& state, std::string_view signers)
+{
+    CRYPT_PROVIDER_DATA* provider = state.ProviderData();
+    if (!provider)
+        return BinaryTrustResult::SignatureMissing;
+    for (DWORD index = 0; index < provider->csSigners; ++index)
+    {
+        CRYPT_PROVIDER_SGNR* signer = SignerAt(provider, index);
+        const CRYPT_PROVIDER_CERT* certificate = signer ? CertificateAt(signer, index) : nullptr;
+        if (certificate && certificate->pCert && SignerNameMatches(certificate->pCert, signers))
+            return BinaryTrustResult::Valid;
+    }
+    return BinaryTrustResult::NotTrusted;
+}
+
+BinaryTrustResult Judge(LONG answer, const TrustState& state, std::string_view signers)
+{
+    // Compared as unsigned: some of the platform's names are of a signed type and some are not.
+    switch (static_cast<DWORD>(answer))
+    {
+    case static_cast<DWORD>(ERROR_SUCCESS):
+        return CheckSignerName(state, signers);
+    case static_cast<DWORD>(CERT_E_UNTRUSTEDROOT):
+        return HasPinnedRoot(state) ? CheckSignerName(state, signers) : BinaryTrustResult::NotTrusted;
+    case static_cast<DWORD>(TRUST_E_EXPLICIT_DISTRUST):
+    case static_cast<DWORD>(CRYPT_E_SECURITY_SETTINGS):
+    case static_cast<DWORD>(TRUST_E_SUBJECT_NOT_TRUSTED):
+        return BinaryTrustResult::NotTrusted;
+    case static_cast<DWORD>(TRUST_E_NOSIGNATURE):
+        return BinaryTrustResult::SignatureInvalid;
+    case static_cast<DWORD>(ERROR_FILE_NOT_FOUND):
+        return BinaryTrustResult::NotFound;
+    default:
+        return BinaryTrustResult::UnknownError;
+    }
+}
+
+} // namespace
+
+BinaryTrustResult VerifyBinaryTrust(const std::wstring& path, std::string_view signers)
+{
+    if (path.empty())
+        return BinaryTrustResult::NotFound;
+    TrustState state(path);
+    if (!PathFileExistsW(path.c_str()))
+        return BinaryTrustResult::NotFound;
+    return Judge(state.Verify(), state, signers);
+}
+
+bool CheckClientPluginBinary(const std::wstring& path)
+{
+    DefaultLogFunction(Message(L"******* Binary file: checking: %1%", path), TALIXLog::Info);
+    const std::string_view signers(BuildData::TrustedSigners, sizeof BuildData::TrustedSigners);
+    const BinaryTrustResult result = VerifyBinaryTrust(path, signers);
+    const TrustMessage& message = TrustMessageFor(result);
+    DefaultLogFunction(Message(message.text, path), message.level);
+    return LoadingAllowed(result);
+}
+
+} // namespace Kestrany::IdentityServices

@@ -1,0 +1,20 @@
+#ifndef ORLINDEX_LOAD_BINARYTRUST_H
+#define ORLINDEX_LOAD_BINARYTRUST_H
+
+#include <string>
+#include <string_view>
+
+#include "load/TrustResult.h"
+
+namespace Kestrany::IdentityServices {
+
+/// Verifies the Authenticode signature of a file. `signers` is the list of accepted names, each ended by a NUL. A root
+/// that the platform does not trust is accepted if it is the pinned one. Certificate revocation is not checked.
+BinaryTrustResult VerifyBinaryTrust(const std::wstring& path, std::string_view signers);
+
+/// Verifies a plugin module against the trusted signers, logs the result, and answers whether it may be loaded.
+bool CheckClientPluginBinary(const std::wstring& path);
+
+} // namespace Kestrany::IdentityServices
+
+#endif

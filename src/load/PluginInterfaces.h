@@ -1,0 +1,29 @@
+#ifndef ORLINDEX_LOAD_PLUGININTERFACES_H
+#define ORLINDEX_LOAD_PLUGININTERFACES_H
+
+namespace Kestrany::IdentityServices {
+
+class ISSOClient;
+class ISSOClientFactory;
+class ISSOClientModule;
+class ISSOClientPrivate;
+class ISSOServerManager;
+
+/// What the loaded plugin offers. The objects belong to the plugin; null until obtained.
+struct PluginInterfaces
+{
+    ISSOClientModule* clientModule = nullptr;
+    ISSOServerManager* serverManager = nullptr;
+    ISSOClient* client = nullptr;
+    ISSOClientPrivate* clientPrivate = nullptr;
+};
+
+/// One set a process, guarded by the process lock.
+extern PluginInterfaces pluginInterfaces;
+
+/// Asks the factory for each interface that is still missing.
+void FillPluginInterfaces(ISSOClientFactory& factory);
+
+} // namespace Kestrany::IdentityServices
+
+#endif

@@ -1,0 +1,37 @@
+#ifndef ORLINDEX_LOAD_TRUSTRESULT_H
+#define ORLINDEX_LOAD_TRUSTRESULT_H
+
+#include <cstdint>
+
+#include "base/LogLevel.h"
+
+namespace Kestrany::IdentityServices {
+
+enum class BinaryTrustResult : std::int32_t
+{
+    Valid = 0,                 ///< Signed, trusted, and by an accepted name.
+    UnknownError = 1,          ///< Any answer of the platform that has no row of its own.
+    NotFound = 2,              ///< No path, or no file.
+    SignatureInvalid = 3,      ///< The platform found no signature.
+    SignatureMissing = 4,      ///< The platform was content, but kept nothing about the signature.
+    NotTrusted = 5,            ///< Distrusted, no signer with an accepted name, or an unknown root.
+    ChainNotBuilt = 6,         ///< Has a message, and is never a result of VerifyBinaryTrust.
+    VerificationDisabled = 100 ///< Has a message, and is never a result: nothing turns the verification off.
+};
+
+struct TrustMessage
+{
+    BinaryTrustResult result;
+    const wchar_t* text; ///< %1% is the file.
+    TALIXLog::LogLevel level;
+};
+
+/// What the log says of a result. One without a row of its own reads as UnknownError.
+const TrustMessage& TrustMessageFor(BinaryTrustResult result);
+
+/// Whether a file with this result may be loaded.
+bool LoadingAllowed(BinaryTrustResult result);
+
+} // namespace Kestrany::IdentityServices
+
+#endif

@@ -1,0 +1,89 @@
+#include "load/VersionCompatibility.h"
+
+#include <optional>
+
+#include "base/FileContents.h"
+#include "base/JsonDocument.h"
+#include "base/MessageFormat.h"
+#include "base/Paths.h"
+#include "base/SystemText.h"
+#include "base/Wow64.h"
+#include "load/CompatibilityDocument.h"
+
+namespace Kestrany::IdentityServices {
+namespace {
+
+std::wstring DefectMessage(EntryDefect defect, const std::wstring& key, const std::wstring& file)
+{
+    switch (defect)
+    {
+    case EntryDefect::ModuleBlank:
+        return Message(L"Blank or missing key 'module' in %1% in version compatibility file %2%. Object ignored.", key,
+                       file);
+    case EntryDefect::ModulePathBlank:
+        return Message(
+            L"Blank or missing key 'modulePath' or 'modulePathWoW64' in %1% in version compatibility file %2%. "
+            L"Object ignored.",
+            key, file);
+    case EntryDefect::VersionBlank:
+        return Message(L"Blank or missing key 'version' in %1% in version compatibility file %2%. Object ignored.", key,
+                       file);
+    case EntryDefect::RangeMissing:
+        return Message(
+            L"Missing object 'compatibleSsoServicesVersion' in version compatibility file %1%. Object ignored.", file);
+    case EntryDefect::RangeInvalid:
+        return Message(L"Invalid version range in 'compatibleSsoServicesVersion' object in version compatibility file "
+                       L"%1%. Object ignored.",
+                       file);
+    }
+    return {};
+}
+
+std::optional<Json::Value> ReadJsonFile(const std::wstring& file)
+{
+    const std::optional<std::string> contents = ReadFileContents(file);
+    return contents ? ParseJson(*contents) : std::nullopt;
+}
+
+} // namespace
+
+bool VersionCompatibilityFileExists(const std::wstring& file)
+{
+    return !ParentPath(file).empty() && PathExists(file);
+}
+
+bool ReadVersionCompatibility(const std::wstring& file, const std::string& key, const VersionParts& sdkVersion,
+                              const VersionCompatibilityContext& context, VersionCompatibilityEntry& chosen)
+{
+    if (!VersionCompatibilityFileExists(file))
+    {
+        context.log(Message(L"Version compatibility file %1% not found", file), TALIXLog::Error);
+        return false;
+    }
+    const std::optional<Json::Value> root = ReadJsonFile(file);
+    if (!root)
+    {
+        context.log(Message(L"Failed to load file %1%. Possibly json format is not valid.", file), TALIXLog::Error);
+        return false;
+    }
+    const std::wstring wideKey = Widen(key);
+    const auto ignored = [&](EntryDefect defect) {
+        context.log(DefectMessage(defect, wideKey, file), TALIXLog::Error);
+    };
+    const std::vector<VersionCompatibilityEntry> entries =
+        ReadEntries(*root, key, {IsWow64(), Widen, context.expand, ignored});
+    if (entries.empty())
+    {
+        context.log(Message(L"Version compatibility list is empty under key %1% in version compatibility file %2%",
+                            wideKey, file),
+                    TALIXLog::Error);
+        return false;
+    }
+    const VersionCompatibilityEntry* entry = ChooseEntry(entries, sdkVersion);
+    if (!entry)
+        return false;
+    chosen = *entry;
+    return true;
+}
+
+} // namespace Kestrany::IdentityServices
