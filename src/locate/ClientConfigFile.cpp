@@ -1,0 +1,112 @@
+#include <boost/algorithm/string/classification.hpp>
+#include <boost/algorithm/string/split.hpp>
+#include <optional>
+#include <utility>
+
+#include "base/FileContents.h"
+#include "base/MessageFormat.h"
+#include "base/Paths.h"
+#include "base/SystemText.h"
+#include "locate/ClientConfigDocument.h"
+#include "locate/FileSearch.h"
+#include "locate/SSOPathResolver.h"
+
+namespace Kestrany::IdentityServices {
+namespace {
+
+constexpr wchar_t clientConfigFileName[] = L"Orlindex.config";
+
+} // namespace
+
+bool SSOPathResolver::FindClientConfigFile()
+{
+    if (!clientConfigFilePath_.empty())
+        return true;
+    if (!clientConfigFileOverride_.empty())
+    {
+        clientConfigFilePath_ = clientConfigFileOverride_;
+        if (PathExists(clientConfigFilePath_))
+            Log(Message(L"Found client config file override at %1%", clientConfigFilePath_), TALIXLog::Info);
+        else
+            Log(Message(L"Failed to find client config file override %1%", clientConfigFilePath_), TALIXLog::Error);
+        return true;
+    }
+
+    std::vector<std::wstring> directories = {L"%ExePath%", L"%SSOServicesModulePath%"};
+    directories.insert(directories.end(), extraClientConfigSearchPaths_.begin(), extraClientConfigSearchPaths_.end());
+    ExpandPathVariables(directories);
+    const std::wstring lines = DirectoryLines(directories);
+    Log(Message(L"Searching for client config file %1% in the following paths:\n%2%", clientConfigFileName, lines),
+        TALIXLog::Info);
+    if (FindFileInPaths(clientConfigFileName, directories, clientConfigFilePath_))
+    {
+        Log(Message(L"Found client config file at %1%", clientConfigFilePath_), TALIXLog::Info);
+        return true;
+    }
+    clientConfigFilePath_ = clientConfigFileName;
+    Log(Message(L"Failed to find client config file %1% in the following paths:\n%2%", clientConfigFileName, lines),
+        TALIXLog::Warning);
+    return false;
+}
+
+bool SSOPathResolver::LoadClientConfig()
+{
+    if (clientConfigLoadState_ != NotLoaded)
+        return clientConfigLoadState_ == Loaded;
+    clientConfigLoadState_ = LoadAttempted;
+    if (clientConfigFilePath_.empty())
+        FindClientConfigFile();
+    if (PathExists(clientConfigFilePath_))
+        ReadClientConfigFile();
+    SetServerSettingsDefaults();
+    return true;
+}
+
+void SSOPathResolver::ReadClientConfigFile()
+{
+    Log(Message(L"Loading client config file %1%", clientConfigFilePath_), TALIXLog::Info);
+    const std::optional<std::string> contents = ReadFileContents(clientConfigFilePath_);
+    const std::optional<ClientConfigValues> values =
+        contents ? ReadClientConfigDocument(*contents) : std::optional<ClientConfigValues>();
+    if (!values)
+    {
+        Log(Message(L"Failed to load client config file %1%. Invalid file format.", clientConfigFilePath_),
+            TALIXLog::Error);
+        return;
+    }
+    serverSettings_.bundleId = Widen(values->bundleId);
+    serverSettings_.versionCompatibilityConfigFilePath = Widen(values->versionCompatibilityConfigFilePath);
+    if (const std::wstring searchPaths = Widen(values->searchPaths); !searchPaths.empty())
+    {
+        boost::algorithm::split(serverSettings_.searchPaths, searchPaths, boost::algorithm::is_any_of(L";"));
+        ExpandPathVariables(serverSettings_.searchPaths);
+    }
+    serverSettings_.supportBothLocalAndAdmin = values->supportBothLocalAndAdmin;
+    Log(Message(L"Configuration to support both local and admin: %1%.",
+                serverSettings_.supportBothLocalAndAdmin ? L"Yes" : L"No"),
+        TALIXLog::Info);
+}
+
+void SSOPathResolver::SetServerSettingsDefaults()
+{
+    serverSettings_.searchName = L"Pellwick.exe";
+    serverSettings_.executableName = L"Pellwick.exe";
+    serverSettings_.defaultProcessName = "Kestrany.TALIX.DefaultProcess-v2";
+    serverSettings_.defaultServerName = "Kestrany.TALIX.DefaultServer-v2";
+}
+
+void SSOPathResolver::SetClientConfigFileOverride(std::wstring path)
+{
+    if (clientConfigLoadState_ != NotLoaded)
+    {
+        Log(Message(L"Failed to set client config file override %1% since client config file %2% is already loaded",
+                    path, clientConfigFilePath_),
+            TALIXLog::Error);
+        return;
+    }
+    clientConfigFilePath_.clear();
+    Log(Message(L"Client config file override set to %1%", path), TALIXLog::Info);
+    clientConfigFileOverride_ = std::move(path);
+}
+
+} // namespace Kestrany::IdentityServices

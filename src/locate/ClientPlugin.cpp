@@ -1,0 +1,152 @@
+// From a path to live interfaces: choose, verify, load, configure.
+
+#include <exception>
+
+#include "base/FileHandle.h"
+#include "base/MessageFormat.h"
+#include "base/Paths.h"
+#include "base/SystemText.h"
+#include "load/BinaryTrust.h"
+#include "load/PluginModule.h"
+#include "load/contract/IPluginLogger.h"
+#include "load/contract/ISSOClientFactory.h"
+#include "load/contract/ISSOServerManager.h"
+#include "locate/SSOPathResolver.h"
+
+namespace Kestrany::IdentityServices {
+namespace {
+
+constexpr wchar_t loggerName[] = L"Orlindex";
+
+template <class... Arguments>
+void LogLine(LogLevel level, const wchar_t* text, const Arguments&... arguments)
+{
+    DefaultLogFunction(Message(text, arguments...), level);
+}
+
+void LogLoadFailure(const std::wstring& path, DWORD error)
+{
+    LogLine(TALIXLog::Error, L"Failed to load client plugin module %1%. Error: %2%", path, GetSystemErrorText(error));
+}
+
+void ConnectPluginLogger(ISSOClientFactory& factory)
+{
+    IPluginLoggerSource* source = factory.GetLoggerSource();
+    if (!source)
+        return;
+    if (IPluginLogger* logger = source->GetLogger(loggerName))
+        SetPluginLog([logger](const std::wstring& message, LogLevel level) { logger->Log(message.c_str(), level); });
+    else
+        SetPluginLog(nullptr);
+    FlushPendingLog();
+}
+
+} // namespace
+
+bool SSOPathResolver::LoadClientPluginModule()
+{
+    if (pluginModule_ || clientFactory_)
+        return true;
+    if (pluginLoadState_ == PluginAttempted)
+        return false;
+    pluginLoadState_ = PluginAttempted;
+
+    std::wstring reason;
+    try
+    {
+        return LoadClientPluginModuleOnce();
+    }
+    catch (const std::exception& error)
+    {
+        reason = Widen(error.what());
+    }
+    catch (...)
+    {
+        reason = L"unknown exception";
+    }
+    clientFactory_ = nullptr; // A plugin that was not configured to the end does not count as loaded.
+    LogLine(TALIXLog::Error, L"Failed to load client plugin module %1%. Error: %2%", clientPluginModulePath_, reason);
+    return false;
+}
+
+bool SSOPathResolver::LoadClientPluginModuleOnce()
+{
+    if (clientPluginModulePath_.empty())
+        FindCompatibleClientPlugin();
+    if (!PathExists(clientPluginModulePath_))
+    {
+        LogLine(TALIXLog::Error, L"Client plugin module not found: %1%", clientPluginModulePath_);
+        return false;
+    }
+    if (!LoadVerifiedPluginLibrary() || !ObtainPluginFactory())
+        return false;
+    ConfigurePlugin();
+    pluginLoadState_ = PluginLoaded;
+    FillPluginInterfaces(*clientFactory_);
+    return true;
+}
+
+/// Between verification and loading nobody can write, replace or rename the file: it is held open for that time.
+bool SSOPathResolver::LoadVerifiedPluginLibrary()
+{
+    const FileHandle held(clientPluginModulePath_, FILE_SHARE_READ);
+    if (!CheckClientPluginBinary(clientPluginModulePath_))
+    {
+        LogLine(TALIXLog::Info, L"Not loaded client plugin module %1%", clientPluginModulePath_);
+        return false;
+    }
+    if (!held.IsOpen())
+    {
+        LogLoadFailure(clientPluginModulePath_, held.Error());
+        return false;
+    }
+    return LoadPluginLibrary();
+}
+
+bool SSOPathResolver::LoadPluginLibrary()
+{
+    LogLine(TALIXLog::Info, L"Dynamically loading client plugin module %1%", clientPluginModulePath_);
+    DWORD error = ERROR_SUCCESS;
+    pluginModule_ = LoadModuleWithOwnDirectory(clientPluginModulePath_, error);
+    if (!pluginModule_)
+    {
+        LogLoadFailure(clientPluginModulePath_, error);
+        return false;
+    }
+    LogLine(TALIXLog::Info, L"Successfully loaded client plugin module %1%", clientPluginModulePath_);
+    return true;
+}
+
+bool SSOPathResolver::ObtainPluginFactory()
+{
+    LogLine(TALIXLog::Info, L"Getting factory proc from client plugin module %1%", clientPluginModulePath_);
+    DWORD error = ERROR_SUCCESS;
+    const PluginFactoryFunction getFactory = FindPluginFactory(pluginModule_, error);
+    if (!getFactory)
+    {
+        LogLine(TALIXLog::Error, L"Failed to get factory proc from client plugin module %1%. Error: %2%",
+                clientPluginModulePath_, GetSystemErrorText(error));
+        return false;
+    }
+    LogLine(TALIXLog::Info, L"Getting factory from client plugin module %1%", clientPluginModulePath_);
+    clientFactory_ = getFactory();
+    return clientFactory_ != nullptr;
+}
+
+/// The server manager learns where the server application is before anything else, and who it is only once the log is
+/// connected.
+void SSOPathResolver::ConfigurePlugin()
+{
+    ISSOServerManager* serverManager = clientFactory_->GetSSOServerManager();
+    if (serverManager)
+        serverManager->ConfigureServerApp(GetSSOServerAppPath().c_str(), GetSSOServerAppExeFile().c_str());
+    ConnectPluginLogger(*clientFactory_);
+    if (serverManager)
+    {
+        serverManager->SetProcessIdentityName(serverSettings_.defaultProcessName.c_str());
+        serverManager->SetServerIdentityName(serverSettings_.defaultServerName.c_str());
+        serverManager->SetSupportBothLocalAndAdmin(serverSettings_.supportBothLocalAndAdmin);
+    }
+}
+
+} // namespace Kestrany::IdentityServices

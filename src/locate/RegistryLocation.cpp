@@ -1,0 +1,85 @@
+#include "locate/RegistryLocation.h"
+
+#include <algorithm>
+#include <boost/algorithm/string/predicate.hpp>
+#include <locale>
+#include <optional>
+#include <utility>
+
+#include "base/SystemText.h"
+#include "base/Versions.h"
+#include "locate/RegistryKey.h"
+
+namespace Kestrany::IdentityServices {
+namespace {
+
+constexpr DWORD locationByteLimit = 4090;
+
+struct KeyPath
+{
+    HKEY root;
+    std::wstring subkey;
+};
+
+struct InstalledVersion
+{
+    VersionParts version;
+    std::string location;
+};
+
+std::optional<KeyPath> ParseKeyText(std::wstring keyText)
+{
+    std::replace(keyText.begin(), keyText.end(), L'/', L'\\');
+    const std::size_t separator = keyText.find(L'\\');
+    const std::wstring root = keyText.substr(0, separator);
+    const std::wstring subkey = separator == std::wstring::npos ? std::wstring() : keyText.substr(separator + 1);
+    const std::locale& neutral = std::locale::classic();
+    if (boost::algorithm::iequals(root, L"HKEY_CURRENT_USER", neutral))
+        return KeyPath{HKEY_CURRENT_USER, subkey};
+    if (boost::algorithm::iequals(root, L"HKEY_LOCAL_MACHINE", neutral))
+        return KeyPath{HKEY_LOCAL_MACHINE, subkey};
+    return std::nullopt;
+}
+
+std::optional<InstalledVersion> ReadInstalledVersion(const RegistryKey& key, DWORD index)
+{
+    const std::optional<std::wstring> name = key.SubkeyName(index);
+    if (!name)
+        return std::nullopt;
+    const RegistryKey subkey(key.Get(), *name, KEY_QUERY_VALUE);
+    if (!subkey.IsOpen())
+        return std::nullopt;
+    const std::optional<std::wstring> location = subkey.ReadText(LocationValueName, locationByteLimit);
+    if (!location)
+        return std::nullopt;
+    return InstalledVersion{SplitVersion(Narrow(*name)), Narrow(*location)};
+}
+
+} // namespace
+
+bool GetLatestRegistryLocation(const std::wstring& keyText, std::string& version, std::string& location)
+{
+    const std::optional<KeyPath> path = ParseKeyText(keyText);
+    if (!path)
+        return false;
+    const RegistryKey key(path->root, path->subkey, KEY_READ);
+    if (!key.IsOpen())
+        return false;
+
+    // One pass that keeps the greatest: the comparison is not transitive for odd names, so nothing is sorted by it.
+    std::optional<InstalledVersion> latest;
+    const DWORD count = key.SubkeyCount();
+    for (DWORD index = 0; index < count; ++index)
+    {
+        std::optional<InstalledVersion> installed = ReadInstalledVersion(key, index);
+        if (installed && (!latest || CompareVersions(installed->version, latest->version) >= 0))
+            latest = std::move(installed);
+    }
+    if (!latest)
+        return false;
+    version = JoinVersion(latest->version);
+    location = std::move(latest->location);
+    return true;
+}
+
+} // namespace Kestrany::IdentityServices

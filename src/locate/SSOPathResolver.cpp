@@ -1,0 +1,127 @@
+#include "locate/SSOPathResolver.h"
+
+#include <atomic>
+#include <utility>
+
+#include "base/MessageFormat.h"
+#include "base/ProcessLock.h"
+#include "base/ProductIdentity.h"
+#include "base/SystemText.h"
+#include "load/contract/ISSOClientFactory.h"
+#include "locate/PlatformFolders.h"
+
+namespace Kestrany::IdentityServices {
+namespace {
+
+std::atomic<SSOPathResolver*> instance = nullptr;
+
+} // namespace
+
+SSOPathResolver::SSOPathResolver(VersionParts sdkVersion, LogSink logSink)
+    : logSink_(std::move(logSink)), sdkVersion_(std::move(sdkVersion))
+{
+}
+
+SSOPathResolver* SSOPathResolver::GetInstance()
+{
+    SSOPathResolver* manager = instance.load(std::memory_order_acquire);
+    if (manager)
+        return manager;
+    const ProcessLockGuard guard(processLock);
+    manager = instance.load(std::memory_order_relaxed);
+    if (!manager)
+    {
+        manager = new SSOPathResolver(SplitVersion(ProductVersion), DefaultLogFunction);
+        instance.store(manager, std::memory_order_release);
+    }
+    return manager;
+}
+
+void SSOPathResolver::Forget()
+{
+    const ProcessLockGuard guard(processLock);
+    if (SSOPathResolver* manager = instance.load(std::memory_order_relaxed))
+    {
+        manager->pluginModule_ = nullptr;
+        manager->clientFactory_ = nullptr;
+        manager->pluginLoadState_ = PluginNotAttempted;
+    }
+    instance.store(nullptr, std::memory_order_release);
+    pluginInterfaces = {};
+}
+
+/// One shape for the four interfaces: load on first use; a plugin that is loaded but does not offer the interface is
+/// worth a message at every request.
+template <class Interface>
+Interface* SSOPathResolver::Obtain(Interface* PluginInterfaces::*which, const wchar_t* missing)
+{
+    const ProcessLockGuard guard(processLock);
+    if (!clientFactory_ && !EnsureClientLoaded())
+        return nullptr;
+    Interface* const pointer = pluginInterfaces.*which;
+    if (!pointer)
+        DefaultLogFunction(missing, TALIXLog::Error);
+    return pointer;
+}
+
+ISSOClient* SSOPathResolver::GetSSOClient()
+{
+    return Obtain(&PluginInterfaces::client,
+                  L"Failed to obtain ISSOClient. ISSOClientFactory::GetSSOClient returned null.");
+}
+
+ISSOClientPrivate* SSOPathResolver::GetSSOClientPrivate()
+{
+    return Obtain(&PluginInterfaces::clientPrivate,
+                  L"Failed to obtain ISSOClientPrivate. ISSOClientFactory::GetSSOClientPrivate returned null.");
+}
+
+ISSOClientModule* SSOPathResolver::GetSSOClientModule()
+{
+    return Obtain(&PluginInterfaces::clientModule,
+                  L"Failed to obtain ISSOClientModule. ISSOClientFactory::GetSSOClientModule returned null.");
+}
+
+ISSOServerManager* SSOPathResolver::GetSSOServerManager()
+{
+    return Obtain(&PluginInterfaces::serverManager,
+                  L"Failed to obtain ISSOServerManager. ISSOClientFactory::GetSSOServerManager returned null.");
+}
+
+void SSOPathResolver::EnsureClientAfterInitialize()
+{
+    const ProcessLockGuard guard(processLock);
+    if (!pluginInterfaces.client && clientFactory_)
+        pluginInterfaces.client = clientFactory_->GetSSOClient();
+}
+
+bool SSOPathResolver::EnsureClientLoaded()
+{
+    const ProcessLockGuard guard(processLock);
+    if (clientFactory_)
+        return true;
+    try
+    {
+        DefaultLogFunction(Message(L"%1% module loaded (Version: %2% Config: %3% File: %4%)", ProductModuleName,
+                                   Widen(ProductVersion), SDKBuildConfiguration, GetModuleFilePath(ProductModuleName)),
+                           TALIXLog::Info);
+        return LoadClientPluginModule() && clientFactory_;
+    }
+    catch (...)
+    {
+        return false; // Only the memory for a message can be missing here: the load has a barrier of its own.
+    }
+}
+
+void SSOPathResolver::Log(std::wstring message, LogLevel level) const
+{
+    if (logSink_)
+        logSink_(std::move(message), level);
+}
+
+void SSOPathResolver::AddClientConfigSearchPath(std::wstring directory)
+{
+    extraClientConfigSearchPaths_.push_back(std::move(directory));
+}
+
+} // namespace Kestrany::IdentityServices

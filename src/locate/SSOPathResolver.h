@@ -1,0 +1,125 @@
+#ifndef ORLINDEX_LOCATE_SSOPATHRESOLVER_H
+#define ORLINDEX_LOCATE_SSOPATHRESOLVER_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+#include <windows.h>
+
+#include "base/Log.h"
+#include "base/Versions.h"
+#include "load/PluginInterfaces.h"
+#include "locate/ServerSettings.h"
+
+namespace Kestrany::IdentityServices {
+
+enum ClientConfigLoadState : std::uint32_t
+{
+    NotLoaded = 0,
+    Loaded = 1, ///< Never assigned: an attempt counts once, whatever came of it.
+    LoadAttempted = 2
+};
+
+enum PluginLoadState : std::uint32_t
+{
+    PluginNotAttempted = 0,
+    PluginLoaded = 1,
+    PluginAttempted = 2 ///< An attempt has started; it failed where this stays.
+};
+
+/// The one object that knows where everything is, and the way to the loaded plugin.
+///
+/// Nothing is computed before it is asked for: each resolver answers its stored result, or first asks the resolvers
+/// that it depends on, computes and stores. The first request for a plugin interface therefore sets off the whole
+/// chain. The resolvers take no lock of their own; they run under the process lock when the chain does.
+class SSOPathResolver
+{
+public:
+    /// Creates the manager on first use. It is never destroyed.
+    static SSOPathResolver* GetInstance();
+    /// Makes the next GetInstance start anew, with nothing resolved and the plugin's interfaces forgotten. The object
+    /// itself stays, for threads that still hold it.
+    static void Forget();
+
+    /// Each loads the plugin on first use. Null without plugin, or (with a message) where the plugin answered null.
+    ISSOClient* GetSSOClient();
+    ISSOClientPrivate* GetSSOClientPrivate();
+    ISSOClientModule* GetSSOClientModule();
+    ISSOServerManager* GetSSOServerManager();
+    /// Asks the factory for its client once more where it had none while loading.
+    void EnsureClientAfterInitialize();
+    /// Loads the plugin, at most once a manager. Never throws.
+    bool EnsureClientLoaded();
+
+    void Log(std::wstring message, LogLevel level) const;
+
+    bool FindClientConfigFile();
+    /// Reads the client config file, once. Answers whether this call was the one.
+    bool LoadClientConfig();
+    /// Names the client config file; refused, with a message, once it was read or an attempt made.
+    void SetClientConfigFileOverride(std::wstring path);
+    void AddClientConfigSearchPath(std::wstring directory);
+
+    bool FindSSOServerApp();
+    std::wstring GetSSOServerAppPath();
+    std::wstring GetSSOServerAppExeDirPath();
+    std::wstring GetSSOServerAppExeFile();
+
+    /// Fills the path of the plugin module that suits this library's version.
+    bool FindCompatibleClientPlugin();
+    void SetVersionCompatibilityFileOverride(std::wstring path);
+
+    bool GetPathVariableValue(const std::wstring& name, std::wstring& value);
+    /// Answers how many references the text held.
+    std::int32_t ExpandPathVariables(std::wstring& text);
+    void ExpandPathVariables(std::vector<std::wstring>& texts);
+
+    const std::wstring& ClientConfigFilePath() const { return clientConfigFilePath_; }
+    const std::wstring& ClientConfigFileOverride() const { return clientConfigFileOverride_; }
+    const std::wstring& ClientPluginModulePath() const { return clientPluginModulePath_; }
+    const std::wstring& VersionCompatibilityFilePath() const { return versionCompatibilityFilePath_; }
+    const ServerSettings& Settings() const { return serverSettings_; }
+
+private:
+    SSOPathResolver(VersionParts sdkVersion, LogSink logSink);
+
+    template <class Interface>
+    Interface* Obtain(Interface* PluginInterfaces::*which, const wchar_t* missing);
+
+    void ReadClientConfigFile();
+    void SetServerSettingsDefaults();
+    std::vector<std::wstring> ServerAppSearchList();
+    void AddRegistryLocation(std::vector<std::wstring>& searchList);
+    void AddUnversionedRegistryLocation(std::vector<std::wstring>& searchList);
+
+    void LocateVersionCompatibilityFile();
+    bool SearchVersionCompatibilityFile(std::vector<std::wstring>& directories);
+
+    bool LoadClientPluginModule();
+    bool LoadClientPluginModuleOnce();
+    bool LoadVerifiedPluginLibrary();
+    bool LoadPluginLibrary();
+    bool ObtainPluginFactory();
+    void ConfigurePlugin();
+
+    std::vector<std::wstring> extraClientConfigSearchPaths_;
+    LogSink logSink_;
+    VersionParts sdkVersion_;
+    std::wstring versionCompatibilityFileOverride_;
+    std::wstring versionCompatibilityFilePath_;
+    std::wstring ssoServerAppPath_;
+    std::wstring clientConfigFileOverride_;
+    std::wstring clientConfigFilePath_;
+    std::wstring clientPluginModulePath_;
+    ServerSettings serverSettings_;
+    ClientConfigLoadState clientConfigLoadState_ = NotLoaded;
+    HMODULE pluginModule_ = nullptr;
+    ISSOClientFactory* clientFactory_ = nullptr;
+    PluginLoadState pluginLoadState_ = PluginNotAttempted;
+    /// A search for the server application may meet a reference to its own result.
+    bool findingServerApp_ = false;
+};
+
+} // namespace Kestrany::IdentityServices
+
+#endif

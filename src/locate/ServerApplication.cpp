@@ -1,0 +1,117 @@
+#include "base/MessageFormat.h"
+#include "base/Paths.h"
+#include "base/SystemText.h"
+#include "locate/FileSearch.h"
+#include "locate/RegistryKey.h"
+#include "locate/RegistryLocation.h"
+#include "locate/SSOPathResolver.h"
+
+namespace Kestrany::IdentityServices {
+namespace {
+
+constexpr wchar_t keyBelowLocalMachine[] = L"SOFTWARE\\Kestrany\\Pellwick";
+constexpr DWORD locationByteLimit = 1024;
+
+/// Sets a flag for the length of a scope.
+class FlagScope
+{
+public:
+    explicit FlagScope(bool& flag) : flag_(flag) { flag_ = true; }
+    FlagScope(const FlagScope&) = delete;
+    FlagScope& operator=(const FlagScope&) = delete;
+    ~FlagScope() { flag_ = false; }
+
+private:
+    bool& flag_;
+};
+
+} // namespace
+
+bool SSOPathResolver::FindSSOServerApp()
+{
+    if (!ssoServerAppPath_.empty())
+        return true;
+    if (findingServerApp_)
+        return false; // A search directory that refers to the server application's own directory has no value yet.
+    const FlagScope finding(findingServerApp_);
+
+    if (clientConfigLoadState_ == NotLoaded)
+        LoadClientConfig();
+    const std::vector<std::wstring> directories = ServerAppSearchList();
+    const std::wstring lines = DirectoryLines(directories);
+    const std::wstring& name = serverSettings_.searchName;
+    Log(Message(L"Searching for SSO server app %1% in the following paths:\n%2%", name, lines), TALIXLog::Info);
+    if (name.empty())
+        return false;
+
+    std::wstring found;
+    if (!FindFileInPaths(name, directories, found))
+    {
+        Log(Message(L"Failed to find SSO server app %1% in the following paths:\n%2%", name, lines), TALIXLog::Error);
+        return false;
+    }
+    ssoServerAppPath_ = ParentPath(found);
+    Log(Message(L"Found SSO server app at %1%", GetSSOServerAppExeFile()), TALIXLog::Info);
+    return true;
+}
+
+/// The order is the rule of priority: the library's own directory, the host's, the client config file's; the registry's
+/// comes last, or first where local and admin installations may both serve.
+std::vector<std::wstring> SSOPathResolver::ServerAppSearchList()
+{
+    std::vector<std::wstring> directories = {L"%SSOServicesModulePath%", L"%ExePath%"};
+    directories.insert(directories.end(), serverSettings_.searchPaths.begin(), serverSettings_.searchPaths.end());
+    AddRegistryLocation(directories);
+    ExpandPathVariables(directories);
+    return directories;
+}
+
+void SSOPathResolver::AddRegistryLocation(std::vector<std::wstring>& searchList)
+{
+    std::string version;
+    std::string location;
+    if (!GetLatestRegistryLocation(ServerApplicationKey, version, location))
+    {
+        AddUnversionedRegistryLocation(searchList);
+        return;
+    }
+    const std::wstring directory = Widen(location);
+    Log(Message(L"Getting latest Pellwick path from registry: %1%", directory), TALIXLog::Info);
+    searchList.insert(serverSettings_.supportBothLocalAndAdmin ? searchList.begin() : searchList.end(), directory);
+}
+
+void SSOPathResolver::AddUnversionedRegistryLocation(std::vector<std::wstring>& searchList)
+{
+    const RegistryKey key(HKEY_LOCAL_MACHINE, keyBelowLocalMachine, KEY_READ);
+    if (!key.IsOpen())
+    {
+        Log(Message(L"Unable to get Pellwick path from registry, failed with error: %1%", key.Status()),
+            TALIXLog::Info);
+        return;
+    }
+    if (const auto directory = key.ReadText(LocationValueName, locationByteLimit))
+    {
+        searchList.push_back(*directory);
+        Log(Message(L"Getting Pellwick path from registry: %1%", *directory), TALIXLog::Info);
+    }
+}
+
+std::wstring SSOPathResolver::GetSSOServerAppPath()
+{
+    if (ssoServerAppPath_.empty())
+        FindSSOServerApp();
+    return ssoServerAppPath_;
+}
+
+std::wstring SSOPathResolver::GetSSOServerAppExeDirPath()
+{
+    return GetSSOServerAppPath();
+}
+
+std::wstring SSOPathResolver::GetSSOServerAppExeFile()
+{
+    const std::wstring directory = GetSSOServerAppPath();
+    return directory.empty() ? std::wstring() : JoinPath(directory, serverSettings_.executableName);
+}
+
+} // namespace Kestrany::IdentityServices
