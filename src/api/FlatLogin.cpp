@@ -1,0 +1,117 @@
+// Flat interface: login, server, user and events at the plugin.
+
+#include "api/FlatGuard.h"
+#include "load/contract/ISSOServerManager.h"
+
+using namespace Kestrany::IdentityServices;
+
+namespace {
+
+bool IsWanted(const char* buffer, int32_t size)
+{
+    return buffer && size != 0;
+}
+
+bool WantsAnything(const talix_user_info& info)
+{
+    return IsWanted(info.user_id, info.user_id_size) || IsWanted(info.user_name, info.user_name_size) ||
+           IsWanted(info.first_name, info.first_name_size) || IsWanted(info.last_name, info.last_name_size) ||
+           IsWanted(info.email, info.email_size) || IsWanted(info.display_name, info.display_name_size);
+}
+
+} // namespace
+
+talix_status_code TALIX_CALL talix_set_login_mode(talix_login_mode mode)
+{
+    return WithClient(IdApiUnavailable, [&](ISSOClient& client) {
+        return client.IsApiAvailable(ApiFeatureLoginMode) ? client.SetLoginMode(mode) : IdApiUnavailable;
+    });
+}
+
+talix_status_code TALIX_CALL talix_login(void)
+{
+    return WithClient(IdClientUnavailable, [](ISSOClient& client) {
+        int detail = 0;
+        return Mapped(client.Login(detail));
+    });
+}
+
+talix_status_code TALIX_CALL talix_logout(talix_logout_flags flags)
+{
+    return WithClient(IdClientUnavailable, [flags](ISSOClient& client) {
+        int detail = 0;
+        return Mapped(client.Logout(detail, flags));
+    });
+}
+
+talix_status_code TALIX_CALL talix_set_server(Server server)
+{
+    return WithClient(IdClientUnavailable, [&](ISSOClient& client) { return Mapped(client.SetServer(server)); });
+}
+
+TALIXEnvironment TALIX_CALL talix_get_environment(void)
+{
+    return Guarded(TALIX_ENVIRONMENT_UNAVAILABLE, [] {
+        if (!IdServicesMgr::IsInitialized())
+            return TALIX_ENVIRONMENT_UNAVAILABLE;
+        ISSOClient* client = ObtainInterface<ISSOClient>();
+        return client ? client->GetEnvironment() : TALIX_ENVIRONMENT_NONE;
+    });
+}
+
+Server TALIX_CALL talix_get_server(void)
+{
+    return Guarded(TALIX_SERVER_UNAVAILABLE, [] {
+        if (!IdServicesMgr::IsInitialized())
+            return TALIX_SERVER_UNAVAILABLE;
+        ISSOClient* client = ObtainInterface<ISSOClient>();
+        return client ? client->GetServer() : static_cast<Server>(0);
+    });
+}
+
+talix_status_code TALIX_CALL talix_get_user_info(talix_user_info* info)
+{
+    if (!info || !WantsAnything(*info))
+        return IdFailed;
+    return WithClient(IdFailed, [&](ISSOClient& client) { return Mapped(client.GetUserInfo(info)); });
+}
+
+talix_status_code TALIX_CALL talix_get_profile_info(talix_buffer* profile)
+{
+    if (!profile)
+        return IdInvalidProfileRecord;
+    if (!IdServicesMgr::GetInstance())
+        return IdNotInitialized;
+    return WithClient(IdClientUnavailable,
+                      [&](ISSOClient& client) { return client.GetProfileInfo(profile->buffer, &profile->size); });
+}
+
+talix_status_code TALIX_CALL talix_set_host(void* window)
+{
+    if (!window)
+        return IdInvalidHostWindow;
+    return WithClient(IdSuccess, [&](ISSOClient& client) {
+        client.SetHostApplicationWindow(reinterpret_cast<std::uintptr_t>(window));
+        return IdSuccess;
+    });
+}
+
+talix_status_code TALIX_CALL talix_set_process_id(int)
+{
+    return IdNotSupported;
+}
+
+talix_status_code TALIX_CALL talix_dispatch_events(void)
+{
+    return WithClient(IdClientUnavailable, [](ISSOClient& client) { return client.DispatchEvent(); });
+}
+
+talix_status_code TALIX_CALL talix_quit_server_process(int milliseconds)
+{
+    return Guarded(IdFailed, [&] {
+        if (!IdServicesMgr::IsInitialized())
+            return IdNotInitialized;
+        ISSOServerManager* serverManager = ObtainInterface<ISSOServerManager>();
+        return serverManager && serverManager->QuitAllSSOServerProcesses(milliseconds) ? IdSuccess : IdServerQuitFailed;
+    });
+}

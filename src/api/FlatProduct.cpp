@@ -1,0 +1,59 @@
+// Flat interface: product configuration.
+
+#include "api/FlatGuard.h"
+#include "api/FlatState.h"
+
+using namespace Kestrany::IdentityServices;
+
+namespace Kestrany::IdentityServices {
+
+talix_product_config_slot productConfigSlot = {nullptr};
+
+namespace {
+
+template <auto Setter>
+void SetProductText(talix_product_config config, const char* text)
+{
+    Guarded(false, [&] {
+        if (config && config->config)
+            (config->config->*Setter)(text);
+        return true;
+    });
+}
+
+} // namespace
+} // namespace Kestrany::IdentityServices
+
+talix_product_config TALIX_CALL talix_create_product_config(const char* client_id, const char* scope)
+{
+    return Guarded(talix_product_config{nullptr}, [&]() -> talix_product_config {
+        IdServicesMgr* manager = IdServicesMgr::GetInstance();
+        if (!IdServicesMgr::IsInitialized() || !manager)
+            return nullptr;
+        productConfigSlot.config = manager->GetProductConfigObj();
+        productConfigSlot.config->SetOAuth2ClientID(client_id);
+        productConfigSlot.config->SetOAuth2TokenScope(scope);
+        return &productConfigSlot;
+    });
+}
+
+void TALIX_CALL talix_set_product_line_name(talix_product_config config, const char* text)
+{
+    SetProductText<&ProductConfig::SetProductLineName>(config, text);
+}
+
+void TALIX_CALL talix_set_product_release_id(talix_product_config config, const char* text)
+{
+    SetProductText<&ProductConfig::SetProductReleaseId>(config, text);
+}
+
+void TALIX_CALL talix_set_product_build_id(talix_product_config config, const char* text)
+{
+    SetProductText<&ProductConfig::SetProductBuildId>(config, text);
+}
+
+talix_status_code TALIX_CALL talix_set_product_config(Server server, talix_product_config config)
+{
+    return WithClient(IdClientUnavailable,
+                      [&](ISSOClient& client) { return client.SetProductConfig(server, *config->config); });
+}

@@ -1,0 +1,52 @@
+// Flat interface: start, stop and the questions about state.
+
+#include "api/FlatGuard.h"
+#include "api/FlatState.h"
+#include "api/LocalSystemAccount.h"
+
+using namespace Kestrany::IdentityServices;
+
+talix_status_code TALIX_CALL talix_init(void)
+{
+    return Guarded(IdFailed, [] {
+        if (RunsAsLocalSystem())
+            return IdRunningAsLocalSystem;
+        const IdErrorCode result = IdServicesMgr::Initialize();
+        productConfigSlot.config = nullptr;
+        return Mapped(result);
+    });
+}
+
+talix_status_code TALIX_CALL talix_deinit(void)
+{
+    // What follows must happen even if the plugin throws: the manager's configuration is gone by then.
+    const talix_status_code result = Guarded(IdFailed, [] { return Mapped(IdServicesMgr::Uninitialize()); });
+    if (result >= IdSuccess)
+        ForgetEventCallbacks();
+    productConfigSlot.config = nullptr;
+    return result;
+}
+
+talix_bool TALIX_CALL talix_get_boolean(int32_t key)
+{
+    // A token that nothing is known of counts as expired, as without client.
+    const talix_bool failure = key == TALIX_KEY_TOKEN_EXPIRED;
+    return Guarded(failure, [key]() -> talix_bool {
+        if (key == TALIX_KEY_INITIALIZED)
+            return IdServicesMgr::IsInitialized();
+        const IdServicesMgr* manager = IdServicesMgr::GetInstance();
+        if (!manager)
+            return false;
+        switch (key)
+        {
+        case TALIX_KEY_LOGGED_IN:
+            return manager->IsLoggedIn();
+        case TALIX_KEY_LOGIN_VALID:
+            return manager->IsLoginValid();
+        case TALIX_KEY_TOKEN_EXPIRED:
+            return manager->IsOAuth2TokenExpired();
+        default:
+            return false;
+        }
+    });
+}

@@ -1,0 +1,76 @@
+// Flat interface: tokens and the session address.
+
+#include "api/FlatGuard.h"
+#include "api/TextOut.h"
+
+using namespace Kestrany::IdentityServices;
+
+namespace {
+
+using TokenText = PluginText<4096>;
+using AddressText = PluginText<2048>;
+
+/// Has the plugin write a token, and copies it out whatever the result: a caller that overlooks a failure, a throwing
+/// plugin's too, sees an empty text.
+template <class Write>
+talix_status_code CopyTokenOut(talix_buffer& token, Write&& write)
+{
+    TokenText text;
+    const talix_status_code result = Guarded(IdFailed, [&] { return Mapped(write(text.Data(), TokenText::Capacity)); });
+    return CopyTextOut(text.Text(), token, result);
+}
+
+talix_status_code GetAccessToken(talix_buffer* token, bool wait)
+{
+    return Guarded(IdFailed, [&] {
+        if (!token)
+            return IdFailed;
+        if (!IdServicesMgr::IsInitialized())
+            return IdNotInitialized;
+        return CopyTokenOut(*token, [wait](wchar_t* buffer, int capacity) {
+            ISSOClient* client = ObtainInterface<ISSOClient>();
+            return client ? client->GetOAuth2AccessToken(buffer, capacity, wait) : IdClientUnavailable;
+        });
+    });
+}
+
+} // namespace
+
+talix_status_code TALIX_CALL talix_get_token(talix_buffer* token)
+{
+    return GetAccessToken(token, false);
+}
+
+talix_status_code TALIX_CALL talix_get_token_blocking(talix_buffer* token)
+{
+    return GetAccessToken(token, true);
+}
+
+talix_status_code TALIX_CALL talix_get_id_token(talix_buffer* token)
+{
+    if (!token)
+        return IdFailed;
+    return WithClient(IdApiUnavailable, [&](ISSOClient& client) {
+        if (!client.IsApiAvailable(ApiFeatureIdToken))
+            return IdApiUnavailable;
+        return CopyTokenOut(*token,
+                            [&](wchar_t* buffer, int capacity) { return client.GetOAuth2IdToken(buffer, capacity); });
+    });
+}
+
+talix_status_code TALIX_CALL talix_refresh_token(void)
+{
+    return WithClient(IdClientUnavailable, [](ISSOClient& client) { return client.RefreshOAuth2Token(false); });
+}
+
+talix_status_code TALIX_CALL talix_get_session_uri(const char* uri, uint16_t flag, talix_buffer* session)
+{
+    if (!uri || !session || !session->buffer || session->size == 0)
+        return IdFailed;
+    return WithClient(IdFailed, [&](ISSOClient& client) {
+        AddressText text;
+        const IdErrorCode result =
+            Mapped(client.GetSessionUri(Widen(uri).c_str(), flag, text.Data(), AddressText::Capacity));
+        return result == IdSuccess ? CopyTextOut(text.Text(), *session, IdSuccess) : result;
+    });
+}

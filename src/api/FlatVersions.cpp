@@ -1,0 +1,28 @@
+// Flat interface: versions.
+
+#include "api/BoundedCopy.h"
+#include "api/FlatGuard.h"
+#include "base/ProductIdentity.h"
+#include "locate/RegistryLocation.h"
+
+using namespace Kestrany::IdentityServices;
+
+talix_status_code TALIX_CALL talix_get_versions(talix_versions* versions)
+{
+    return Guarded(IdFailed, [&] {
+        if (!versions)
+            return IdSuccess;
+        const bool server = versions->server_version && versions->server_version_size != 0;
+        const bool sdk = versions->sdk_version && versions->sdk_version_size != 0;
+        if (!server && !sdk)
+            return IdInvalidVersionRecord;
+
+        std::string serverVersion;
+        std::string location;
+        GetLatestRegistryLocation(ServerApplicationKey, serverVersion, location);
+        // Both, also when only one is usable: the runtime's copy rejects the other.
+        BoundedCopy(versions->server_version, CallerCapacity(versions->server_version_size), serverVersion.c_str());
+        BoundedCopy(versions->sdk_version, CallerCapacity(versions->sdk_version_size), ProductVersion);
+        return IdSuccess;
+    });
+}

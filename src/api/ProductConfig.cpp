@@ -1,0 +1,135 @@
+#include "orlindex/ProductConfig.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "api/BoundedCopy.h"
+
+namespace Kestrany::IdentityServices {
+namespace {
+
+constexpr std::size_t longestText = 2147483647;
+
+struct TextEntry
+{
+    char* text = nullptr; ///< Null while never set.
+    std::int32_t length = 0;
+};
+
+void Store(TextEntry& entry, const char* text)
+{
+    if (!text)
+        return;
+    const std::size_t length = strnlen(text, longestText);
+    // Compared with the length of the text before, not with the size of its buffer.
+    if (!entry.text || length > static_cast<std::size_t>(entry.length))
+    {
+        char* const buffer = new char[length + 1];
+        delete[] entry.text;
+        entry.text = buffer;
+    }
+    BoundedCopy(entry.text, length + 1, text);
+    entry.length = static_cast<std::int32_t>(length);
+}
+
+int Read(const TextEntry& entry, char* buffer, int size)
+{
+    if (!buffer || size == 0 || !entry.text)
+        return 0;
+    BoundedCopy(buffer, CallerCapacity(size), entry.text);
+    return entry.length;
+}
+
+} // namespace
+
+struct ProductConfigPrivate
+{
+    TextEntry clientId;
+    TextEntry tokenScope;
+    TextEntry productLineName;
+    TextEntry productReleaseId;
+    TextEntry productBuildId;
+};
+
+ProductConfig::ProductConfig() : d(new ProductConfigPrivate) {}
+
+ProductConfig::ProductConfig(const ProductConfig& other) : ProductConfig()
+{
+    *this = other;
+}
+
+ProductConfig& ProductConfig::operator=(const ProductConfig& other)
+{
+    if (this != &other)
+    {
+        SetOAuth2ClientID(other.d->clientId.text);
+        SetOAuth2TokenScope(other.d->tokenScope.text);
+        SetProductLineName(other.d->productLineName.text);
+        SetProductReleaseId(other.d->productReleaseId.text);
+        SetProductBuildId(other.d->productBuildId.text);
+    }
+    return *this;
+}
+
+/// The texts are left behind on purpose: plugins and hosts may still hold pointers that they read from the block.
+ProductConfig::~ProductConfig()
+{
+    delete d;
+    // Volatile, or the compiler drops the store: the object ends here.
+    *const_cast<ProductConfigPrivate* volatile*>(&d) = nullptr;
+}
+
+IdErrorCode ProductConfig::SetOAuth2ClientID(const char* text)
+{
+    if (!text)
+        return IdInvalidClientId;
+    Store(d->clientId, text);
+    return IdSuccess;
+}
+
+void ProductConfig::SetOAuth2TokenScope(const char* text)
+{
+    Store(d->tokenScope, text);
+}
+
+void ProductConfig::SetProductLineName(const char* text)
+{
+    Store(d->productLineName, text);
+}
+
+void ProductConfig::SetProductReleaseId(const char* text)
+{
+    Store(d->productReleaseId, text);
+}
+
+void ProductConfig::SetProductBuildId(const char* text)
+{
+    Store(d->productBuildId, text);
+}
+
+int ProductConfig::GetOAuth2ClientID(char* buffer, int size) const
+{
+    return Read(d->clientId, buffer, size);
+}
+
+int ProductConfig::GetOAuth2AccessTokenScope(char* buffer, int size) const
+{
+    return Read(d->tokenScope, buffer, size);
+}
+
+int ProductConfig::GetProductLineName(char* buffer, int size) const
+{
+    return Read(d->productLineName, buffer, size);
+}
+
+int ProductConfig::GetProductReleaseId(char* buffer, int size) const
+{
+    return Read(d->productReleaseId, buffer, size);
+}
+
+int ProductConfig::GetProductBuildId(char* buffer, int size) const
+{
+    return Read(d->productBuildId, buffer, size);
+}
+
+} // namespace Kestrany::IdentityServices
