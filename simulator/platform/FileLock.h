@@ -1,0 +1,49 @@
+#ifndef SIMULATOR_PLATFORM_FILELOCK_H
+#define SIMULATOR_PLATFORM_FILELOCK_H
+
+#include <mutex>
+#include <string>
+
+#include "platform/Handle.h"
+
+namespace Kestrany::Simulator {
+
+/// A lock that one process holds at a time, by a file that all of them know. The process may take it several times, on
+/// any of its threads, and has to give it back as often. The system gives back what a process held that ended.
+class FileLock
+{
+public:
+    /// Waits while another process holds the lock. False when the file cannot be locked; GetLastError tells why.
+    bool Lock(const std::wstring& path);
+    /// False when the process does not hold the lock.
+    bool Unlock();
+
+private:
+    std::mutex mutex_;
+    unsigned int count_ = 0;
+    Handle file_; ///< Locked while it is open.
+};
+
+/// Holds a FileLock while it lives.
+class FileLockGuard
+{
+public:
+    FileLockGuard(FileLock& lock, const std::wstring& path) : lock_(lock), held_(lock.Lock(path)) {}
+    ~FileLockGuard()
+    {
+        if (held_)
+            lock_.Unlock();
+    }
+    FileLockGuard(const FileLockGuard&) = delete;
+    FileLockGuard& operator=(const FileLockGuard&) = delete;
+
+    bool IsHeld() const { return held_; }
+
+private:
+    FileLock& lock_;
+    const bool held_;
+};
+
+} // namespace Kestrany::Simulator
+
+#endif

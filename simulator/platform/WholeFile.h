@@ -1,0 +1,19 @@
+#ifndef SIMULATOR_PLATFORM_WHOLEFILE_H
+#define SIMULATOR_PLATFORM_WHOLEFILE_H
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace Kestrany::Simulator {
+
+/// The file's bytes; nothing, with GetLastError, when it cannot be read or has more than `limit` bytes.
+std::optional<std::string> ReadWholeFile(const std::wstring& path, std::size_t limit);
+
+/// Puts a file with these bytes in the place of the one that is there, if any. Whoever reads, and a crash, meets the
+/// old file or the new one, whole. False, with GetLastError, when the old one stays.
+bool ReplaceWholeFile(const std::wstring& path, const std::string& bytes);
+
+} // namespace Kestrany::Simulator
+
+#endif

@@ -1,0 +1,70 @@
+#ifndef SIMULATOR_PLUGIN_SERVERMANAGER_H
+#define SIMULATOR_PLUGIN_SERVERMANAGER_H
+
+#include <list>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "load/contract/ISSOServerManager.h"
+#include "process/ServerProcesses.h"
+
+namespace Kestrany::Simulator {
+
+/// Where the server application is, under which names it runs and with which arguments, and its processes.
+class ServerManager final : public IdentityServices::ISSOServerManager
+{
+public:
+    explicit ServerManager(LogSink log);
+
+    /// The name that server processes are started and found under.
+    std::string ProcessIdentity() const;
+    /// The name of the server that this process talks to.
+    std::string ServerIdentity() const;
+
+    void Reserved0() override {}
+    void Reserved1() override {}
+    void ConfigureServerApp(const wchar_t* location, const wchar_t* executableFile) override;
+    /// The application is one file here: the same as GetSSOServerAppExeFile. A buffer that is too small stays
+    /// untouched.
+    void GetSSOServerAppFile(wchar_t* buffer, int capacity) override;
+    void GetSSOServerAppExeFile(wchar_t* buffer, int capacity) override;
+    void Reserved5() override {}
+    void SetProcessIdentityName(const char* name) override;
+    int GetSSOServerName(char* buffer, int capacity) override;
+    void SetServerIdentityName(const char* name) override;
+    int GetSSOEventServerName(char* buffer, int capacity) override;
+    bool StartSSOServerProcessWithArguments(const char* const* arguments, int count, std::int64_t timeout,
+                                            std::int64_t& processId) override;
+    bool StartSSOServerProcess(std::int64_t timeout, std::int64_t& processId) override;
+    /// Each element receives a pointer to one argument, those beyond the last one null. The texts belong to the plugin
+    /// and stay valid. False when there are more arguments than elements.
+    bool GetSSOServerProcessArguments(char** buffers, int count) override;
+    void SetSSOServerProcessArguments(const char* const* arguments, int count) override;
+    bool IsSSOServerProcessRunning(std::int64_t& processId) override;
+    bool IsSSOServerProcessReady() override;
+    bool QuitSSOServerProcess(std::int64_t timeout) override;
+    bool QuitAllSSOServerProcesses(std::int64_t timeout) override;
+    void SetSupportBothLocalAndAdmin(bool support) override;
+
+private:
+    using Arguments = std::vector<std::string>;
+
+    bool Start(const Arguments& arguments, std::int64_t timeout, std::int64_t& processId);
+    std::wstring Executable() const;
+    void CopyExecutable(wchar_t* buffer, int capacity) const;
+
+    LogSink log_;
+    ServerProcesses processes_;
+    mutable std::mutex mutex_;
+    std::wstring executable_;
+    std::string processIdentity_;
+    std::string serverIdentity_;
+    /// Every list that was ever set, the one in force last: callers hold pointers into them.
+    std::list<Arguments> arguments_;
+    bool supportBothLocalAndAdmin_ = false;
+};
+
+} // namespace Kestrany::Simulator
+
+#endif

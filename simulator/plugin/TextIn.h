@@ -1,0 +1,20 @@
+#ifndef SIMULATOR_PLUGIN_TEXTIN_H
+#define SIMULATOR_PLUGIN_TEXTIN_H
+
+#include <string>
+
+#include "session/ResultCodes.h"
+
+namespace Kestrany::Simulator {
+
+/// Takes a text that must be there and not be empty over as UTF-8.
+IdErrorCode TakeWide(const wchar_t* text, std::string& taken);
+
+/// Takes a UTF-8 text over; a null one is empty.
+IdErrorCode TakeNarrow(const char* text, std::string& taken);
+/// Takes a UTF-8 text over from a buffer of `capacity` bytes; what lies behind it is not read.
+IdErrorCode TakeNarrow(const char* text, int capacity, std::string& taken);
+
+} // namespace Kestrany::Simulator
+
+#endif

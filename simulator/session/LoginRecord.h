@@ -1,0 +1,36 @@
+#ifndef SIMULATOR_SESSION_LOGINRECORD_H
+#define SIMULATOR_SESSION_LOGINRECORD_H
+
+#include <optional>
+#include <string>
+
+#include "orlindex/IdErrorCode.h"
+#include "session/Token.h"
+
+namespace Kestrany::Simulator {
+
+/// A login as it is kept beyond the process that made it. Times are whole seconds there.
+struct LoginRecord
+{
+    std::string userId;
+    TimePoint expiry;
+    Token accessToken;
+    Token idToken;
+};
+
+/// Whose record it is: a login is restored only where it was made for.
+struct LoginOrigin
+{
+    std::string identity; ///< Identity name of the server application.
+    Server server;
+};
+
+/// The record as a text that names its origin.
+std::string WriteLoginRecord(const LoginRecord& record, const LoginOrigin& origin);
+
+/// Reads that text. Nothing where it is not one, or one of another origin; `problem` then says which.
+std::optional<LoginRecord> ReadLoginRecord(const std::string& text, const LoginOrigin& origin, std::string& problem);
+
+} // namespace Kestrany::Simulator
+
+#endif

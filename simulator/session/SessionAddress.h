@@ -1,0 +1,19 @@
+#ifndef SIMULATOR_SESSION_SESSIONADDRESS_H
+#define SIMULATOR_SESSION_SESSIONADDRESS_H
+
+#include <cstdint>
+#include <string>
+
+#include "orlindex/IdErrorCode.h"
+
+namespace Kestrany::Simulator {
+
+/// Whether `address` names a host over http or https.
+bool IsWebAddress(const std::string& address);
+
+/// The address that opens `target` for the bearer of `ticket`.
+std::string SessionAddress(Server server, const std::string& target, std::uint16_t flag, const std::string& ticket);
+
+} // namespace Kestrany::Simulator
+
+#endif

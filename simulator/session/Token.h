@@ -1,0 +1,29 @@
+#ifndef SIMULATOR_SESSION_TOKEN_H
+#define SIMULATOR_SESSION_TOKEN_H
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <string>
+
+namespace Kestrany::Simulator {
+
+using TimePoint = std::chrono::system_clock::time_point;
+using Clock = std::function<TimePoint()>;
+
+/// Fills a block with random bytes that nobody can guess; throws when it cannot.
+using RandomSource = std::function<void(void* bytes, std::size_t size)>;
+
+/// An opaque text that whoever bears it is believed, up to its expiry.
+struct Token
+{
+    std::string text;
+    TimePoint expiry;
+};
+
+/// `size` random bytes as base64url text without padding.
+std::string RandomText(const RandomSource& random, std::size_t size);
+
+} // namespace Kestrany::Simulator
+
+#endif
