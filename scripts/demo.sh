@@ -1,0 +1,188 @@
+#!/usr/bin/env bash
+# Shows Orlindex at work, end to end: scripts/demo.sh [--keep]
+#
+# Builds the library, the simulator of the identity service and example hosts, lays out an installation of them in a
+# throw-away Wine prefix (folders, registry, configuration files), runs the hosts, which sign a user in and out and
+# start, watch and quit a server process, and shows what was found where. Exit code 0 only when every step succeeded and
+# the client plugin module's signature was found to be valid.
+#
+#   --keep    leaves the prefix for a look; it is also left when a step fails
+#   --help    this text
+
+set -euo pipefail
+# shellcheck source=scripts/lib/common.sh
+. "$(dirname "$0")/lib/common.sh"
+# shellcheck source=scripts/lib/wine.sh
+. "$root/scripts/lib/wine.sh"
+
+keep=
+case ${1:-} in
+    --help | -h) usage "$0"; exit ;;
+    --keep) keep=yes ;;
+    '') ;;
+    *) fail "unknown argument: $1" "scripts/demo.sh --help shows what there is" ;;
+esac
+
+build=$root/build/release
+host_name='C:\Program Files\Example Host'
+server_name='C:\Program Files\Kestrany\Pellwick 1.10.0'
+old_server_name='C:\Program Files\Kestrany\Pellwick 1.9.0'
+registry_key='HKLM\SOFTWARE\Kestrany\Pellwick'
+step='start'
+
+begin_step()
+{
+    step=$1
+    say_lines '' "== $step"
+}
+
+say_lines()
+{
+    printf '%s\n' "$@"
+}
+
+# The folder of the prefix behind a Windows path.
+unix_path()
+{
+    local path=${1#C:}
+    printf '%s\n' "$WINEPREFIX/drive_c${path//\\//}"
+}
+
+log_file()
+{
+    find "$WINEPREFIX/drive_c/users" -path '*/AppData/Local/Kestrany/Identity Services/Log/IdServices.log'
+}
+
+show_log_errors()
+{
+    local log lines
+    log=$(log_file)
+    say "       The step's own messages stand above."
+    if [ -z "$log" ]; then
+        say "       There is no log: no client plugin module was loaded."
+        return 0 # a bare return in a trap answers the status from before the trap
+    fi
+    # No such line is an answer, too.
+    lines=$(grep -E ' (Error|Warning) ' "$log" || [ $? -eq 1 ])
+    if [ -z "$lines" ]; then
+        say "       The log holds no error and no warning."
+        return 0
+    fi
+    say "       Errors and warnings in the log:"
+    tail -n 5 <<<"$lines" | sed 's/^/         /'
+}
+
+tell_how_to_look()
+{
+    local log
+    log=$(log_file)
+    say_lines "  installation  $WINEPREFIX/drive_c/Program Files" \
+        "  log           ${log:-none yet}" \
+        "  registry      WINEPREFIX='$WINEPREFIX' scripts/wine-run reg query '$registry_key' /s" \
+        "  host again    WINEPREFIX='$WINEPREFIX' scripts/wine-run '$host_name\\cpp_host.exe'" \
+        "  remove        rm -r '${WINEPREFIX%/prefix}'"
+}
+
+finish()
+{
+    local status=$?
+    trap - EXIT
+    if [ -z "${wine_session_folder:-}" ]; then
+        [ $status -eq 0 ] || printf '\nerror: the demo failed at: %s\n' "$step" >&2
+    elif [ $status -ne 0 ]; then
+        {
+            say_lines '' "error: the demo failed at: $step (exit code $status)"
+            show_log_errors
+            say "Left for a look:"
+            tell_how_to_look
+        } >&2
+        # Its processes end; its files are what is to be looked at.
+        wineserver -k || say "(Wine had ended by itself)" >&2
+    elif [ -n "$keep" ]; then
+        say_lines '' 'Left for a look:'
+        tell_how_to_look
+        wineserver -k || say "(Wine had ended by itself)"
+    else
+        wine_session_end
+    fi
+    exit $status
+}
+trap finish EXIT
+
+# install_files FOLDER FILE...: the folder is a Windows path.
+install_files()
+{
+    local folder
+    folder=$(unix_path "$1")
+    say "  $1"
+    shift
+    mkdir -p "$folder"
+    cp "$@" "$folder"
+    local file
+    for file in "$@"; do
+        say "    ${file##*/}"
+    done
+}
+
+register_version()
+{
+    "$wine64" reg add "$registry_key\\$1" /v Location /d "$2" /f >/dev/null
+    say "  $registry_key\\$1  Location = $2"
+}
+
+# found WHAT MESSAGE: what the library said it found, from the log that the plugin wrote.
+found()
+{
+    local value
+    value=$(sed -n "s/^.* Orlindex: $2//p" "$log" | tr -d '\r' | tail -n 1)
+    [ -n "$value" ] || fail "the log does not say: $2" "the library did not get that far; the log: $log"
+    printf '  %-32s %s\n' "$1" "$value"
+}
+
+begin_step 'Build'
+bash "$root/scripts/build.sh" release
+
+begin_step 'Install into a new Wine prefix'
+wine_session_begin
+say "  prefix: $WINEPREFIX"
+install_files "$host_name" "$build/bin/Orlindex.dll" "$build/examples/cpp_host.exe" "$build/examples/c_host.exe" \
+    "$build/examples/tools_host.exe" "$root/simulator/installation/host/Orlindex.config"
+install_files "$server_name" "$build/simulator/Pellwick.exe" "$build/simulator/PellwickClient.dll" \
+    "$root/simulator/installation/server/TALIXVersionCompatibility.config"
+# As an uninstaller may leave it: registered, but without the server application.
+mkdir -p "$(unix_path "$old_server_name")"
+register_version 1.9.0 "$old_server_name"
+register_version 1.10.0 "$server_name"
+
+begin_step 'Server application answers'
+"$wine64" "$server_name\\Pellwick.exe" --version | tr -d '\r' | sed 's/^/  /'
+
+begin_step 'Run the example host in C++'
+# One stream: the host's advice comes after the errors that it speaks of.
+"$wine64" "$host_name\\cpp_host.exe" 2>&1 | tr -d '\r' | sed 's/^/  /'
+
+begin_step 'Run the example host in C'
+"$wine64" "$host_name\\c_host.exe" 2>&1 | tr -d '\r' | sed 's/^/  /'
+
+begin_step 'Start, watch and quit a real server process'
+"$wine64" "$host_name\\tools_host.exe" 2>&1 | tr -d '\r' | sed 's/^/  /'
+
+begin_step 'What the library found, from the log'
+log=$(log_file)
+[ -n "$log" ] || fail "there is no log" "the client plugin module was not asked for a logger"
+found 'registered location' 'Getting latest Pellwick path from registry: '
+found 'server application' 'Found SSO server app at '
+found 'version compatibility file' 'Found version compatibility file at '
+found 'client plugin module' \
+    'Found compatible client plugin for Orlindex version [0-9.]* in version compatibility file: '
+found 'valid signature' 'Binary file: is valid: '
+found 'loaded' 'Successfully loaded client plugin module '
+
+say_lines '' \
+    'Everything succeeded: the library found the installation, verified and loaded its plugin module, the hosts signed' \
+    'a user in and out, and a server process was started, watched and quit. The identity service was the simulator; no' \
+    'account and no network were used.'
+say_lines '' 'To look further:' \
+    '  scripts/demo.sh --keep            the same, leaving the installation, its registry and its log' \
+    '  examples/                         the hosts that ran' \
+    '  simulator/installation/           the configuration files that were installed'
