@@ -1,0 +1,69 @@
+# Collects what a run of checks found: sourced after common.sh, never run. The last line printed is always
+# "N passed, N failed" (", N skipped" where there are any), however the script ends.
+# shellcheck shell=bash
+
+passed=()
+failed=()
+skipped=()
+
+# attempt NAME COMMAND...: a step that tests need; counts where it fails, and shows its output then.
+attempt()
+{
+    local name=$1 output began status=0
+    shift
+    began=$(now)
+    printf '  %s: ' "$name" # at once: a build takes minutes
+    output=$("$@" 2>&1 </dev/null) || status=$?
+    if [ $status -eq 0 ]; then
+        say "passed ($(seconds_since "$began"))"
+    else
+        failed+=("$name")
+        say "FAILED ($(seconds_since "$began"))"
+        printf '%s\n' "$output" | sed -E '/^\[[0-9]+\/[0-9]+\] /d; s/^/    | /' # without a build's progress
+    fi
+    return $status
+}
+
+# check NAME COMMAND...: a step that is a test itself.
+check()
+{
+    if attempt "$@"; then
+        passed+=("$1")
+    fi
+}
+
+# count_tests NAME STATUS FILE: adds the tests of one CTest run, which ended with STATUS and wrote its report to FILE.
+count_tests()
+{
+    local name=$1 status=$2 file=$3 outcome test before=${#failed[@]}
+    while IFS=$'\t' read -r outcome test; do
+        case $outcome in
+            passed) passed+=("$name: $test") ;;
+            skipped) skipped+=("$name: $test") ;;
+            *) failed+=("$name: $test") ;;
+        esac
+    done < <(python3 "$root/scripts/lib/junit.py" "$file")
+    # A run that broke without a test to blame must not look like a good one.
+    if [ "$status" -ne 0 ] && [ ${#failed[@]} -eq "$before" ]; then
+        failed+=("$name: ctest ended with $status")
+    fi
+}
+
+# finish_results STATUS: prints the summary, and answers 0 only when tests ran and none failed. A script that ended
+# before its time, with a STATUS that is not 0, has a failure even where none was counted.
+finish_results()
+{
+    local status=$1 line
+    if [ "$status" -ne 0 ]; then
+        failed+=("the run ended before its time, with status $status")
+    elif [ ${#passed[@]} -eq 0 ] && [ ${#failed[@]} -eq 0 ]; then
+        failed+=("no test ran")
+    fi
+    say
+    [ ${#skipped[@]} -eq 0 ] || printf 'skipped: %s\n' "${skipped[@]}"
+    [ ${#failed[@]} -eq 0 ] || printf 'failed: %s\n' "${failed[@]}"
+    line="${#passed[@]} passed, ${#failed[@]} failed"
+    [ ${#skipped[@]} -eq 0 ] || line+=", ${#skipped[@]} skipped"
+    say "$line"
+    [ ${#failed[@]} -eq 0 ]
+}

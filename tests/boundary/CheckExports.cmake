@@ -1,0 +1,47 @@
+# Compares the names that the built library exports with the reviewed list, and says what is missing and what is new.
+# A name that is gone breaks hosts; a new one is promised for ever.
+#
+#     cmake -DLIBRARY=<dll> -DOBJDUMP=<program> -DCPPFILT=<program> -DREVIEWED=<list> -P CheckExports.cmake
+
+execute_process(COMMAND "${OBJDUMP}" -p "${LIBRARY}" OUTPUT_VARIABLE dump COMMAND_ERROR_IS_FATAL ANY)
+string(FIND "${dump}" "[Ordinal/Name Pointer] Table" table)
+if(table EQUAL -1)
+    message(FATAL_ERROR "${LIBRARY} exports nothing, or ${OBJDUMP} writes in another form than is read here")
+endif()
+string(SUBSTRING "${dump}" ${table} -1 dump)
+string(FIND "${dump}" "\n\n" end)
+string(SUBSTRING "${dump}" 0 ${end} dump)
+string(REGEX MATCHALL "\n\t[^\n]+" lines "${dump}")
+list(TRANSFORM lines REPLACE "^.* " "" OUTPUT_VARIABLE decorated)
+
+execute_process(COMMAND "${CPPFILT}" ${decorated} OUTPUT_VARIABLE exported COMMAND_ERROR_IS_FATAL ANY
+    OUTPUT_STRIP_TRAILING_WHITESPACE)
+string(REPLACE "\n" ";" exported "${exported}")
+# The compiler exports a constructor under several names, which read the same.
+list(REMOVE_DUPLICATES exported)
+file(STRINGS "${REVIEWED}" reviewed)
+
+set(sorted ${reviewed})
+list(SORT sorted)
+if(NOT sorted STREQUAL reviewed)
+    message(SEND_ERROR "${REVIEWED} is not sorted")
+endif()
+
+set(missing ${reviewed})
+list(REMOVE_ITEM missing ${exported})
+foreach(name IN LISTS missing)
+    message(SEND_ERROR "missing: ${name}")
+endforeach()
+
+set(new ${exported})
+list(REMOVE_ITEM new ${reviewed})
+foreach(name IN LISTS new)
+    message(SEND_ERROR "new: ${name}")
+endforeach()
+
+set(flat ${decorated})
+list(FILTER flat INCLUDE REGEX "^talix_")
+list(LENGTH flat count)
+if(NOT count EQUAL 32)
+    message(SEND_ERROR "the flat interface has 32 functions, not ${count}")
+endif()

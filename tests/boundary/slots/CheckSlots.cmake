@@ -1,0 +1,49 @@
+# Compares the virtual tables that a compiler lays out under a target's rules with the reviewed table of slots.
+#
+#     cmake -DCOMPILER=<clang> -DTRIPLE=<triple> -DSOURCE_ROOT=<folder> -P CheckSlots.cmake
+#
+# A virtual destructor is one entry under Microsoft's rules and two under the others', so classes that begin with one have
+# the reviewed slots only there; interfaces that plugins implement have the same slots everywhere.
+
+set(here "${CMAKE_CURRENT_LIST_DIR}")
+execute_process(
+    COMMAND "${COMPILER}" --target=${TRIPLE} -std=c++17 -ffreestanding -nostdinc++ -isystem "${here}/std"
+        "-I${SOURCE_ROOT}/src" "-I${SOURCE_ROOT}/include" -DORLINDEX_BUILDING_LIBRARY -Xclang -fdump-vtable-layouts
+        -S -o - "${here}/Interfaces.cpp"
+    OUTPUT_VARIABLE dump COMMAND_ERROR_IS_FATAL ANY)
+file(STRINGS "${here}/slots.txt" reviewed)
+
+if(TRIPLE MATCHES "msvc")
+    set(firstSlot 1) # The entry before it is the type's description.
+else()
+    set(firstSlot 2)
+    list(FILTER reviewed EXCLUDE REGEX "^BaseConfig | ~")
+endif()
+
+# "   6 | bool Kestrany::IdentityServices::ISSOClient::IsLoggedIn() [pure]", and destructors, which are not pure.
+string(REGEX MATCHALL "[0-9]+ \\| [^\n]*(\\[pure\\]|\\[scalar deleting\\])" entries "${dump}")
+set(found "")
+foreach(entry IN LISTS entries)
+    if(entry MATCHES "^([0-9]+) \\| [^(]*Kestrany::IdentityServices::([A-Za-z]+)::(~?[A-Za-z0-9_]+)\\(")
+        math(EXPR slot "${CMAKE_MATCH_1} - ${firstSlot}")
+        set(line "${CMAKE_MATCH_2} ${slot} ${CMAKE_MATCH_3}")
+        if(slot GREATER_EQUAL 0 AND (TRIPLE MATCHES "msvc" OR NOT line MATCHES "^BaseConfig "))
+            list(APPEND found "${line}")
+        endif()
+    endif()
+endforeach()
+list(REMOVE_DUPLICATES found)
+
+set(missing ${reviewed})
+list(REMOVE_ITEM missing ${found})
+foreach(line IN LISTS missing)
+    message(SEND_ERROR "not at its slot: ${line}")
+endforeach()
+
+# Destructors show up a second time in lists that count from the first slot.
+set(new ${found})
+list(REMOVE_ITEM new ${reviewed})
+list(FILTER new EXCLUDE REGEX " ~")
+foreach(line IN LISTS new)
+    message(SEND_ERROR "at a slot that is not reviewed: ${line}")
+endforeach()

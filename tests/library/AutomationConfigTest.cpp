@@ -1,0 +1,286 @@
+// Overriding configurations: which check comes first, and what reaches the plugin.
+
+#include <limits>
+#include <typeinfo>
+
+#include <json/value.h>
+
+#include "orlindex/IdServicesAutomation.h"
+#include "support/HostTest.h"
+
+namespace OrlindexTest {
+
+using namespace Kestrany::IdentityServices;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+constexpr std::int32_t largest = std::numeric_limits<std::int32_t>::max();
+constexpr std::int32_t smallest = std::numeric_limits<std::int32_t>::min();
+
+/// A kind of configuration that only the host knows. Counts what is done to it.
+class HostConfig : public BaseConfig
+{
+public:
+    void FromJson(const Json::Value& /*json*/) override { ++uses; }
+    Json::Value ToJson() const override { return ++uses; }
+    std::int32_t GetJsonVersion() const override { return ++uses; }
+
+    mutable int uses = 0;
+};
+
+/// A host's own kind of CallConfig.
+struct NamedCallConfig : CallConfig
+{
+    std::string name = "named";
+};
+
+CallConfig SomeCall()
+{
+    CallConfig call;
+    call.interval = 11;
+    call.failInterval = -12;
+    call.minJitter = 13;
+    call.maxJitter = 14;
+    call.url = "https://call/\xC3\xBC";
+    return call;
+}
+
+constexpr char SomeCallShown[] = "11, -12, 13, 14, \"https://call/\xC3\xBC\"";
+
+BackoffConfig SomeBackoff()
+{
+    BackoffConfig backoff;
+    backoff.initialInterval = 21;
+    backoff.maxInterval = -22;
+    backoff.multiplier = 23;
+    backoff.maxRetries = 24;
+    backoff.jitter = 25;
+    return backoff;
+}
+
+constexpr char SomeBackoffShown[] = "21, -22, 23, 24, 25";
+
+constexpr auto Override = &IdServicesAutomation::SetOverridingConfig;
+constexpr auto OfCall = IdServicesAutomation::Call;
+constexpr auto OfBackoff = IdServicesAutomation::Backoff;
+constexpr IdServicesAutomation::OverridingType otherTypes[] = {
+    static_cast<IdServicesAutomation::OverridingType>(2), static_cast<IdServicesAutomation::OverridingType>(-1),
+    static_cast<IdServicesAutomation::OverridingType>(largest),
+    static_cast<IdServicesAutomation::OverridingType>(smallest)};
+
+/// The exact class matters: a host catches std::bad_cast of its own runtime.
+void ExpectBadCast(BaseConfig& config, IdServicesAutomation::OverridingType type)
+{
+    try
+    {
+        Override(config, type);
+        ADD_FAILURE() << "nothing was thrown";
+    }
+    catch (const std::bad_cast& error)
+    {
+        EXPECT_EQ(typeid(error), typeid(std::bad_cast));
+    }
+}
+
+/// Every input, the mismatched ones and the unknown types too, answers client unavailable and nothing is touched.
+void ExpectUnavailableForAnyInput()
+{
+    CallConfig call = SomeCall();
+    BackoffConfig backoff = SomeBackoff();
+    HostConfig host;
+    for (BaseConfig* config :
+         {static_cast<BaseConfig*>(&call), static_cast<BaseConfig*>(&backoff), static_cast<BaseConfig*>(&host)})
+    {
+        EXPECT_EQ(Override(*config, OfCall), IdClientUnavailable);
+        EXPECT_EQ(Override(*config, OfBackoff), IdClientUnavailable);
+        for (const auto type : otherTypes)
+            EXPECT_EQ(Override(*config, type), IdClientUnavailable);
+    }
+    EXPECT_EQ(call.ToJson(), SomeCall().ToJson());
+    EXPECT_EQ(backoff.jitter, 25);
+    EXPECT_EQ(host.uses, 0);
+}
+
+} // namespace
+
+using AutomationOverride = StartedTest;
+
+TEST_F(AutomationOverride, ACallConfigReachesItsSlotWithItsFieldsInOrder)
+{
+    CallConfig call = SomeCall();
+    EXPECT_EQ(Override(call, OfCall), IdSuccess);
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client, 32, SomeCallShown)));
+}
+
+TEST_F(AutomationOverride, ABackoffConfigReachesItsSlotWithItsFieldsInOrder)
+{
+    BackoffConfig backoff = SomeBackoff();
+    EXPECT_EQ(Override(backoff, OfBackoff), IdSuccess);
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client, 33, SomeBackoffShown)));
+}
+
+TEST_F(AutomationOverride, NoValueIsLookedAt)
+{
+    CallConfig call;
+    EXPECT_EQ(Override(call, OfCall), IdSuccess);
+    call.interval = smallest;
+    call.failInterval = largest;
+    call.minJitter = -1;
+    call.url = std::string("a\0b", 3);
+    EXPECT_EQ(Override(call, OfCall), IdSuccess);
+    BackoffConfig backoff;
+    EXPECT_EQ(Override(backoff, OfBackoff), IdSuccess);
+    backoff.initialInterval = smallest;
+    backoff.jitter = largest;
+    EXPECT_EQ(Override(backoff, OfBackoff), IdSuccess);
+    EXPECT_THAT(Plugin().Calls(),
+                ElementsAre(Call(Client, 32, "0, 0, 0, 0, \"\""),
+                            Call(Client, 32, "-2147483648, 2147483647, -1, 0, \"a\""),
+                            Call(Client, 33, "0, 0, 0, 0, 0"), Call(Client, 33, "-2147483648, 0, 0, 0, 2147483647")));
+}
+
+TEST_F(AutomationOverride, ThePluginsAnswerIsPassedOn)
+{
+    CallConfig call;
+    BackoffConfig backoff;
+    for (const int answer : {1000, 1001, 3030, 999, 0, -7})
+    {
+        Plugin().Answer(Client, 32, answer);
+        Plugin().Answer(Client, 33, answer);
+        EXPECT_EQ(Override(call, OfCall), answer);
+        EXPECT_EQ(Override(backoff, OfBackoff), answer);
+    }
+}
+
+TEST_F(AutomationOverride, TheConfigurationItselfIsLeftAlone)
+{
+    CallConfig call = SomeCall();
+    Plugin().OnCall(Client, 32, [&call](const CallArguments& arguments) {
+        call.url = "changed while the plugin runs";
+        EXPECT_STREQ(arguments.Pointer<const char>(4), "https://call/\xC3\xBC");
+    });
+    Override(call, OfCall);
+    EXPECT_EQ(call.interval, 11);
+    EXPECT_EQ(call.url, "changed while the plugin runs");
+}
+
+TEST_F(AutomationOverride, AnyOtherTypeAnswersClientUnavailable)
+{
+    CallConfig call;
+    BackoffConfig backoff;
+    HostConfig host;
+    for (const auto type : otherTypes)
+    {
+        EXPECT_EQ(Override(call, type), IdClientUnavailable) << type;
+        EXPECT_EQ(Override(backoff, type), IdClientUnavailable) << type;
+        EXPECT_EQ(Override(host, type), IdClientUnavailable) << type;
+    }
+    EXPECT_THAT(Plugin().Calls(), IsEmpty());
+    EXPECT_EQ(host.uses, 0);
+}
+
+TEST_F(AutomationOverride, AConfigurationOfTheWrongClassThrowsBadCast)
+{
+    CallConfig call;
+    BackoffConfig backoff;
+    HostConfig host;
+    ExpectBadCast(backoff, OfCall);
+    ExpectBadCast(call, OfBackoff);
+    ExpectBadCast(host, OfCall);
+    ExpectBadCast(host, OfBackoff);
+    EXPECT_THAT(Plugin().Calls(), IsEmpty());
+    EXPECT_THAT(Plugin().Log(), IsEmpty());
+    EXPECT_EQ(host.uses, 0);
+}
+
+TEST_F(AutomationOverride, AHostsClassOfTheRightKindServes)
+{
+    NamedCallConfig call;
+    call.interval = 31;
+    EXPECT_EQ(Override(call, OfCall), IdSuccess);
+    ExpectBadCast(call, OfBackoff);
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client, 32, "31, 0, 0, 0, \"\"")));
+}
+
+TEST_F(AutomationOverride, AnExceptionOfThePluginPassesToTheCaller)
+{
+    Plugin().OnCall(Client, 33, [](const CallArguments&) { throw 4711; });
+    BackoffConfig backoff;
+    EXPECT_THROW(Override(backoff, OfBackoff), int);
+}
+
+TEST_F(AutomationOverride, AnInstanceWithoutStateAnswersClientUnavailableForAnyInput)
+{
+    void* storage = nullptr;
+    *manager = reinterpret_cast<const IdServicesMgr&>(storage);
+    ExpectUnavailableForAnyInput();
+    EXPECT_EQ(IdServicesAutomation::Login(L"user", L"secret", true, L"context"), IdClientUnavailable);
+    EXPECT_THAT(Plugin().Calls(), IsEmpty());
+}
+
+class AutomationNotInitialized : public HostTest
+{
+};
+
+TEST_F(AutomationNotInitialized, AnyInputBeforeInitializeAnswersClientUnavailableAndTouchesNothing)
+{
+    site.Install();
+    ExpectUnavailableForAnyInput();
+    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+}
+
+TEST_F(AutomationNotInitialized, AnyInputAfterTheLastUninitializeAnswersClientUnavailableAndReachesNothing)
+{
+    InstallPlugin();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    Plugin().ClearJournal();
+    ExpectUnavailableForAnyInput();
+    EXPECT_THAT(Plugin().Calls(), IsEmpty());
+}
+
+/// Initialized with a plugin that has no client interface.
+class AutomationWithoutClient : public StartedTest
+{
+protected:
+    void SetUp() override
+    {
+        InstallPlugin().Answer(Factory, 3, 0);
+        Start();
+    }
+
+    const LogLine reason{Error, "Failed to obtain ISSOClient. ISSOClientFactory::GetSSOClient returned null."};
+};
+
+TEST_F(AutomationWithoutClient, BothKindsAnswerClientUnavailable)
+{
+    CallConfig call = SomeCall();
+    BackoffConfig backoff = SomeBackoff();
+    EXPECT_EQ(Override(call, OfCall), IdClientUnavailable);
+    EXPECT_EQ(Override(backoff, OfBackoff), IdClientUnavailable);
+    EXPECT_THAT(Plugin().Log(), ElementsAre(reason, reason));
+    EXPECT_THAT(Plugin().Calls(), IsEmpty());
+}
+
+TEST_F(AutomationWithoutClient, AConfigurationOfTheWrongClassStillThrowsAfterTheClientWasAskedFor)
+{
+    HostConfig host;
+    ExpectBadCast(host, OfCall);
+    ExpectBadCast(host, OfBackoff);
+    EXPECT_THAT(Plugin().Log(), ElementsAre(reason, reason));
+}
+
+TEST_F(AutomationWithoutClient, AnyOtherTypeAsksForTheClientToo)
+{
+    HostConfig host;
+    for (const auto type : otherTypes)
+    {
+        Plugin().ClearJournal();
+        EXPECT_EQ(Override(host, type), IdClientUnavailable);
+        EXPECT_THAT(Plugin().Log(), ElementsAre(reason));
+    }
+}
+
+} // namespace OrlindexTest

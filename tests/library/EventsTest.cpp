@@ -1,0 +1,386 @@
+// Event callbacks: how they are registered, and what reaches them when the plugin calls the library's observer.
+
+#include <future>
+#include <ostream>
+#include <tuple>
+
+#include "FlatTest.h"
+#include "orlindex/IObserver.h"
+
+namespace OrlindexTest {
+
+using Kestrany::IdentityServices::IObserver;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::UnorderedElementsAre;
+
+namespace {
+
+/// What a callback received.
+struct Event
+{
+    char callback;
+    std::int32_t code;
+    std::int32_t status;
+    void* value;
+    DWORD thread;
+
+    bool operator==(const Event& other) const
+    {
+        return std::tie(callback, code, status, value) ==
+               std::tie(other.callback, other.code, other.status, other.value);
+    }
+};
+
+void PrintTo(const Event& event, std::ostream* stream)
+{
+    *stream << event.callback << " (" << event.code << ", " << event.status << ", " << event.value << ')';
+}
+
+std::vector<Event> events;
+
+template <char Name>
+void TALIX_CALL Record(std::int32_t code, std::int32_t status, void* value)
+{
+    events.push_back({Name, code, status, value, GetCurrentThreadId()});
+}
+
+const talix_event_callback a = &Record<'a'>;
+const talix_event_callback b = &Record<'b'>;
+
+Event Received(char callback, std::int32_t code, std::int32_t status, void* value)
+{
+    return {callback, code, status, value, 0};
+}
+
+/// Calls an operation of an observer by its place in the virtual table, as a plugin of another compiler does.
+bool CallSlot(void* observer, int slot, const void* argument)
+{
+    using Operation = bool (*)(void*, const void*);
+    void** const table = *static_cast<void***>(observer);
+    return reinterpret_cast<Operation>(table[slot])(observer, argument);
+}
+
+} // namespace
+
+class Events : public FlatTest
+{
+protected:
+    Events() { events.clear(); }
+
+    void SetUp() override
+    {
+        FlatTest::SetUp();
+        NoteObserver();
+    }
+
+    void NoteObserver()
+    {
+        Plugin().OnCall(Client, 17, [this](const CallArguments& call) { observer = call.Pointer<void>(0); });
+    }
+
+    /// Has the plugin call the observer while the host dispatches, and answers what the operation answered.
+    bool Dispatch(int slot, const void* argument)
+    {
+        bool answer = false;
+        Plugin().OnCall(Client, 25, [&](const CallArguments&) { answer = CallSlot(observer, slot, argument); });
+        EXPECT_EQ(talix_dispatch_events(), IdSuccess);
+        return answer;
+    }
+
+    void Raise(int slot, std::int32_t status) { Dispatch(slot, &status); }
+
+    /// Calls of AddObserver and RemoveObserver.
+    std::vector<std::string> ObserverCalls()
+    {
+        std::vector<std::string> calls;
+        for (const std::string& call : Plugin().Calls(Client))
+            if (call != Call(Client, 25))
+                calls.push_back(call);
+        return calls;
+    }
+
+    std::string Added() const { return Call(Client, 17, Address(observer)); }
+    std::string Removed() const { return Call(Client, 18, Address(observer)); }
+
+    void* observer = nullptr; ///< As the plugin received it last.
+    int first = 0;            ///< User values.
+    int second = 0;
+};
+
+// Delivery.
+
+TEST_F(Events, Slots0To4ReachTheCallbackWithTheirNumberAndStatus)
+{
+    ASSERT_EQ(talix_add_event_callback(a, &first), IdSuccess);
+    for (const int slot : {0, 1, 2, 3, 4})
+    {
+        for (const std::int32_t status : {1000, 3030, 999, 0, -1})
+        {
+            events.clear();
+            Raise(slot, status);
+            EXPECT_THAT(events, ElementsAre(Received('a', slot, status, &first)));
+        }
+    }
+}
+
+TEST_F(Events, Slot7ReachesEveryCallbackAsCode5WithSuccess)
+{
+    talix_add_event_callback(a, &first);
+    talix_add_event_callback(b, &second);
+    Dispatch(7, nullptr);
+    EXPECT_THAT(events, UnorderedElementsAre(Received('a', 5, 1000, &first), Received('b', 5, 1000, &second)));
+}
+
+TEST_F(Events, Slots5And8ReachNoCallbackAndDoNotReadTheirArgument)
+{
+    talix_add_event_callback(a, &first);
+    Dispatch(5, nullptr);
+    Dispatch(8, nullptr);
+    EXPECT_THAT(events, IsEmpty());
+}
+
+TEST_F(Events, Slot6AnswersTrueWithoutAskingAnyCallback)
+{
+    talix_add_event_callback(a, &first);
+    EXPECT_TRUE(Dispatch(6, nullptr));
+    EXPECT_THAT(events, IsEmpty());
+}
+
+TEST_F(Events, TheOrderOfTheObserversOperationsIsThatOfItsClass)
+{
+    talix_add_event_callback(a, &first);
+    auto& object = *static_cast<IObserver*>(observer);
+    const std::int32_t status = 4711;
+    object.OnLoggedIn(status);
+    object.OnLoggedOut(status);
+    object.OnAccountCreated(status);
+    object.OnTokenRefreshed(status);
+    object.OnTokenAvailable(status);
+    object.OnServerChanged(TALIX_SERVER_STAGING);
+    EXPECT_TRUE(object.OnAboutToLogout());
+    object.OnLoginRestored();
+    std::vector<std::int32_t> codes;
+    for (const Event& event : events)
+        codes.push_back(event.code);
+    EXPECT_THAT(codes, ElementsAre(0, 1, 2, 3, 4, 5));
+}
+
+TEST_F(Events, EveryCallbackIsCalledOnceWithItsOwnValue)
+{
+    talix_add_event_callback(a, &first);
+    talix_add_event_callback(b, nullptr);
+    Raise(1, 1000);
+    EXPECT_THAT(events, UnorderedElementsAre(Received('a', 1, 1000, &first), Received('b', 1, 1000, nullptr)));
+}
+
+TEST_F(Events, TheStatusIsReadOnceBeforeTheFirstCallback)
+{
+    static std::int32_t status;
+    status = 1234;
+    const talix_event_callback overwriting = [](std::int32_t code, std::int32_t received, void* value) {
+        Record<'a'>(code, received, value);
+        status = 0;
+    };
+    const talix_event_callback too = [](std::int32_t code, std::int32_t received, void* value) {
+        Record<'b'>(code, received, value);
+        status = 0;
+    };
+    talix_add_event_callback(overwriting, nullptr);
+    talix_add_event_callback(too, nullptr);
+    Dispatch(0, &status);
+    EXPECT_THAT(events, UnorderedElementsAre(Received('a', 0, 1234, nullptr), Received('b', 0, 1234, nullptr)));
+}
+
+TEST_F(Events, CallbacksRunOnTheThreadThatDispatches)
+{
+    talix_add_event_callback(a, &first);
+    const DWORD other = std::async(std::launch::async, [this] {
+                            Raise(0, 1000);
+                            return GetCurrentThreadId();
+                        }).get();
+    ASSERT_THAT(events, SizeIs(1));
+    EXPECT_EQ(events.front().thread, other);
+    EXPECT_NE(other, GetCurrentThreadId());
+}
+
+TEST_F(Events, DispatchAnswersWhatThePluginAnswers)
+{
+    Plugin().Answer(Client, 25, 999);
+    EXPECT_EQ(talix_dispatch_events(), 999) << "unmapped";
+}
+
+// Registration.
+
+TEST_F(Events, AddingTheSameFunctionTwiceLeavesOneEntryWithTheSecondValue)
+{
+    EXPECT_EQ(talix_add_event_callback(a, &first), IdSuccess);
+    EXPECT_EQ(talix_add_event_callback(a, &second), IdSuccess);
+    Raise(0, 1000);
+    EXPECT_THAT(events, ElementsAre(Received('a', 0, 1000, &second)));
+    EXPECT_EQ(talix_remove_event_callback(a), IdSuccess);
+    EXPECT_THAT(ObserverCalls(), ElementsAre(Added(), Removed())) << "one entry, so one removal empties";
+}
+
+TEST_F(Events, ANullCallbackRegistersTheAdapterAndStoresNothing)
+{
+    EXPECT_EQ(talix_add_event_callback(nullptr, &first), IdSuccess);
+    EXPECT_THAT(ObserverCalls(), ElementsAre(Added()));
+    Raise(0, 1000);
+    EXPECT_THAT(events, IsEmpty());
+}
+
+TEST_F(Events, RemovingTheLastCallbackRemovesTheAdapterAndAddingOneAgainReaddsIt)
+{
+    talix_add_event_callback(a, &first);
+    talix_add_event_callback(b, &second);
+    EXPECT_EQ(talix_remove_event_callback(a), IdSuccess);
+    EXPECT_THAT(ObserverCalls(), ElementsAre(Added()));
+    EXPECT_EQ(talix_remove_event_callback(b), IdSuccess);
+    EXPECT_THAT(ObserverCalls(), ElementsAre(Added(), Removed()));
+    const void* const before = observer;
+    EXPECT_EQ(talix_add_event_callback(a, &first), IdSuccess);
+    EXPECT_EQ(observer, before) << "there is one adapter";
+    EXPECT_THAT(ObserverCalls(), ElementsAre(Added(), Removed(), Added()));
+    Raise(0, 1000);
+    EXPECT_THAT(events, ElementsAre(Received('a', 0, 1000, &first)));
+}
+
+TEST_F(Events, ARemovedCallbackIsNotCalledAnyMore)
+{
+    talix_add_event_callback(a, &first);
+    talix_add_event_callback(b, &second);
+    talix_remove_event_callback(a);
+    Raise(0, 1000);
+    EXPECT_THAT(events, ElementsAre(Received('b', 0, 1000, &second)));
+}
+
+TEST_F(Events, ANullOrUnknownCallbackRemovesNothing)
+{
+    talix_add_event_callback(a, &first);
+    EXPECT_EQ(talix_remove_event_callback(nullptr), IdSuccess);
+    EXPECT_EQ(talix_remove_event_callback(b), IdSuccess);
+    EXPECT_THAT(ObserverCalls(), ElementsAre(Added()));
+    Raise(0, 1000);
+    EXPECT_THAT(events, SizeIs(1));
+}
+
+TEST_F(Events, RemovingAnUnknownCallbackFromAnEmptyRegistryRemovesTheAdapter)
+{
+    talix_add_event_callback(nullptr, nullptr);
+    EXPECT_EQ(talix_remove_event_callback(b), IdSuccess);
+    EXPECT_THAT(ObserverCalls(), ElementsAre(Added(), Removed()));
+}
+
+TEST_F(Events, RemovingWithoutTheAdapterAddedDoesNotReachThePlugin)
+{
+    EXPECT_EQ(talix_remove_event_callback(a), IdSuccess);
+    EXPECT_THAT(ObserverCalls(), IsEmpty());
+}
+
+TEST_F(Events, ThePluginsAnswersToAddAndRemoveAreNotReported)
+{
+    Plugin().Answer(Client, 17, 999);
+    Plugin().Answer(Client, 18, 3030);
+    EXPECT_EQ(talix_add_event_callback(a, &first), IdSuccess);
+    EXPECT_EQ(talix_add_event_callback(b, &first), IdSuccess);
+    EXPECT_THAT(ObserverCalls(), SizeIs(1)) << "it counts as added";
+    EXPECT_EQ(talix_remove_event_callback(a), IdSuccess);
+    EXPECT_EQ(talix_remove_event_callback(b), IdSuccess);
+}
+
+TEST_F(Events, APluginThatThrowsWhileTheAdapterIsAddedIsAskedAgain)
+{
+    Plugin().OnCall(Client, 17, [](const CallArguments&) { throw 1; });
+    EXPECT_EQ(talix_add_event_callback(a, &first), IdFailed);
+    NoteObserver();
+    EXPECT_EQ(talix_add_event_callback(a, &first), IdSuccess);
+    Raise(0, 1000);
+    EXPECT_THAT(events, SizeIs(1));
+}
+
+// Without client, and around init and deinit.
+
+class EventsWithoutClient : public FlatWithoutClient
+{
+};
+
+TEST_F(EventsWithoutClient, AddCountsAsRegisteredAndAddSkipsTheInitCheckWhileItIs)
+{
+    EXPECT_EQ(talix_add_event_callback(a, nullptr), IdSuccess);
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess); // Unlike talix_deinit it leaves the callbacks alone.
+    EXPECT_EQ(talix_add_event_callback(b, nullptr), IdSuccess);
+    EXPECT_EQ(talix_remove_event_callback(b), IdNotInitialized);
+}
+
+TEST_F(EventsWithoutClient, RemovingTheLastCallbackCountsAsRemoved)
+{
+    talix_add_event_callback(a, nullptr);
+    EXPECT_EQ(talix_remove_event_callback(a), IdSuccess);
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_EQ(talix_add_event_callback(a, nullptr), IdNotInitialized);
+}
+
+TEST_F(Events, AddSkipsTheInitCheckWhileTheAdapterIsRegistered)
+{
+    talix_add_event_callback(a, &first);
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    ASSERT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 0);
+    EXPECT_EQ(talix_add_event_callback(b, &second), IdSuccess);
+    EXPECT_THAT(ObserverCalls(), ElementsAre(Added()));
+}
+
+TEST_F(Events, ADeinitThatOnlyCountsForgetsTheCallbacksWithoutRemovingTheAdapter)
+{
+    ASSERT_EQ(talix_init(), IdSuccess);
+    talix_add_event_callback(a, &first);
+    ASSERT_EQ(talix_deinit(), IdSuccess);
+    EXPECT_THAT(ObserverCalls(), ElementsAre(Added()));
+    Raise(0, 1000); // The plugin still knows the adapter.
+    EXPECT_THAT(events, IsEmpty());
+    EXPECT_EQ(talix_add_event_callback(b, &second), IdSuccess);
+    EXPECT_THAT(ObserverCalls(), ElementsAre(Added(), Added())) << "the adapter counts as not added";
+    Raise(0, 1000);
+    EXPECT_THAT(events, ElementsAre(Received('b', 0, 1000, &second)));
+}
+
+TEST_F(Events, TheLastDeinitForgetsTheCallbacksWithoutRemovingTheAdapter)
+{
+    talix_add_event_callback(a, &first);
+    const void* const before = observer;
+    ASSERT_EQ(talix_deinit(), IdSuccess);
+    EXPECT_THAT(ObserverCalls(), ElementsAre(Added()));
+    EXPECT_EQ(talix_add_event_callback(a, &first), IdNotInitialized);
+    ASSERT_EQ(talix_init(), IdSuccess);
+    Plugin().ClearJournal();
+    EXPECT_EQ(talix_add_event_callback(b, &second), IdSuccess);
+    EXPECT_THAT(ObserverCalls(), ElementsAre(Added()));
+    EXPECT_EQ(observer, before) << "there is one adapter a process";
+    Raise(3, 1000);
+    EXPECT_THAT(events, ElementsAre(Received('b', 3, 1000, &second)));
+}
+
+TEST_F(Events, EventsThatThePluginRaisesWhileItStopsStillReachTheCallbacks)
+{
+    talix_add_event_callback(a, &first);
+    const std::int32_t status = 1000;
+    Plugin().OnCall(Module, 3, [&](const CallArguments&) { CallSlot(observer, 1, &status); });
+    ASSERT_EQ(talix_deinit(), IdSuccess);
+    EXPECT_THAT(events, ElementsAre(Received('a', 1, 1000, &first)));
+}
+
+TEST_F(Events, ADeinitInWhichThePluginThrowsForgetsTheCallbacks)
+{
+    talix_add_event_callback(a, &first);
+    Plugin().OnCall(Module, 3, [](const CallArguments&) { throw 1; });
+    ASSERT_EQ(talix_deinit(), IdFailed);
+    Plugin().OnCall(Module, 3, [](const CallArguments&) {});
+    EXPECT_EQ(talix_add_event_callback(b, &second), IdNotInitialized);
+    ASSERT_EQ(talix_init(), IdSuccess);
+    EXPECT_EQ(talix_add_event_callback(b, &second), IdSuccess);
+    Raise(0, 1000);
+    EXPECT_THAT(events, ElementsAre(Received('b', 0, 1000, &second)));
+}
+
+} // namespace OrlindexTest

@@ -1,0 +1,147 @@
+// talix_init refuses to run under the local system account.
+
+#include "FlatTest.h"
+
+namespace OrlindexTest {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+struct AllocateAndInitializeSidImport
+{
+    static constexpr char Name[] = "AllocateAndInitializeSid";
+    using Type = decltype(AllocateAndInitializeSid);
+};
+
+struct CheckTokenMembershipImport
+{
+    static constexpr char Name[] = "CheckTokenMembership";
+    using Type = decltype(CheckTokenMembership);
+};
+
+struct FreeSidImport
+{
+    static constexpr char Name[] = "FreeSid";
+    using Type = decltype(FreeSid);
+};
+
+using AllocateDouble = ImportDouble<AllocateAndInitializeSidImport>;
+using MembershipDouble = ImportDouble<CheckTokenMembershipImport>;
+using FreeDouble = ImportDouble<FreeSidImport>;
+
+} // namespace
+
+/// The platform's answers about the caller's account are the test's.
+class FlatLocalSystem : public HostTest
+{
+protected:
+    FlatLocalSystem()
+        : allocate_([this](PSID_IDENTIFIER_AUTHORITY authority, BYTE count, DWORD first, DWORD second, DWORD third,
+                           DWORD fourth, DWORD fifth, DWORD sixth, DWORD seventh, DWORD eighth, PSID* sid) {
+              steps.push_back("allocate");
+              EXPECT_THAT(authority->Value, ElementsAre(0, 0, 0, 0, 0, 5));
+              EXPECT_EQ(count, 1);
+              EXPECT_EQ(first, 18U);
+              if (!canAllocate)
+                  return FALSE;
+              const BOOL done = AllocateDouble::Original(authority, count, first, second, third, fourth, fifth, sixth,
+                                                         seventh, eighth, sid);
+              allocated = *sid;
+              return done;
+          }),
+          membership_([this](HANDLE token, PSID sid, PBOOL member) {
+              steps.push_back("ask");
+              EXPECT_EQ(token, nullptr) << "the caller's own token";
+              EXPECT_EQ(sid, allocated);
+              *member = isMember;
+              return canAsk;
+          }),
+          free_([this](PSID sid) {
+              steps.push_back("free");
+              EXPECT_EQ(sid, allocated);
+              return FreeDouble::Original(sid);
+          })
+    {
+    }
+
+    BOOL canAllocate = TRUE;
+    BOOL canAsk = TRUE;
+    BOOL isMember = FALSE;
+    PSID allocated = nullptr;
+    std::vector<std::string> steps;
+
+private:
+    AllocateDouble allocate_;
+    MembershipDouble membership_;
+    FreeDouble free_;
+};
+
+TEST_F(FlatLocalSystem, InitUnderTheLocalSystemAccountIsRefusedAndNothingIsStarted)
+{
+    site.Install();
+    isMember = TRUE;
+    EXPECT_EQ(talix_init(), IdRunningAsLocalSystem);
+    EXPECT_EQ(talix_get_boolean(1), 0);
+    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_THAT(steps, ElementsAre("allocate", "ask", "free"));
+}
+
+TEST_F(FlatLocalSystem, ARefusedInitDoesNotCount)
+{
+    InstallPlugin();
+    ASSERT_EQ(talix_init(), IdSuccess);
+    isMember = TRUE;
+    EXPECT_EQ(talix_init(), IdRunningAsLocalSystem);
+    EXPECT_EQ(talix_get_boolean(1), 1);
+    EXPECT_EQ(talix_deinit(), IdSuccess);
+    EXPECT_EQ(talix_get_boolean(1), 0);
+}
+
+TEST_F(FlatLocalSystem, ARefusedInitLeavesTheProductConfiguration)
+{
+    InstallPlugin();
+    ASSERT_EQ(talix_init(), IdSuccess);
+    const talix_product_config config = talix_create_product_config("client", "scope");
+    isMember = TRUE;
+    ASSERT_EQ(talix_init(), IdRunningAsLocalSystem);
+    talix_set_product_line_name(config, "line");
+    char text[8] = "";
+    EXPECT_EQ(IdServicesMgr::GetInstance()->GetProductConfigObj()->GetProductLineName(text, sizeof text), 4);
+}
+
+TEST_F(FlatLocalSystem, AnyOtherAccountStarts)
+{
+    site.Install();
+    EXPECT_EQ(talix_init(), IdSuccess);
+    EXPECT_THAT(steps, ElementsAre("allocate", "ask", "free"));
+}
+
+TEST_F(FlatLocalSystem, AQuestionThatFailsCountsAsNo)
+{
+    site.Install();
+    canAsk = FALSE;
+    isMember = TRUE;
+    EXPECT_EQ(talix_init(), IdSuccess);
+    EXPECT_THAT(steps, ElementsAre("allocate", "ask", "free"));
+}
+
+TEST_F(FlatLocalSystem, WithoutAnIdentifierTheCheckIsSkipped)
+{
+    site.Install();
+    canAllocate = FALSE;
+    isMember = TRUE;
+    EXPECT_EQ(talix_init(), IdSuccess);
+    EXPECT_THAT(steps, ElementsAre("allocate"));
+}
+
+TEST_F(FlatLocalSystem, TheClassInterfaceDoesNotAsk)
+{
+    site.Install();
+    isMember = TRUE;
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_THAT(steps, IsEmpty());
+}
+
+} // namespace OrlindexTest

@@ -1,0 +1,132 @@
+// Product configuration through the flat interface.
+
+#include "FlatTest.h"
+#include "orlindex/ProductConfig.h"
+
+namespace OrlindexTest {
+
+using Kestrany::IdentityServices::ProductConfig;
+using testing::ElementsAre;
+
+namespace {
+
+/// Client ID, scope, line name, release and build.
+std::vector<std::string> Texts(const ProductConfig& config)
+{
+    std::vector<std::string> texts;
+    for (const auto getter :
+         {&ProductConfig::GetOAuth2ClientID, &ProductConfig::GetOAuth2AccessTokenScope,
+          &ProductConfig::GetProductLineName, &ProductConfig::GetProductReleaseId, &ProductConfig::GetProductBuildId})
+    {
+        char text[64] = "";
+        (config.*getter)(text, sizeof text);
+        texts.push_back(text);
+    }
+    return texts;
+}
+
+} // namespace
+
+class FlatProduct : public FlatTest
+{
+protected:
+    std::vector<std::string> SeenByPlugin(talix_product_config config)
+    {
+        std::vector<std::string> seen;
+        Plugin().OnCall(Client, 2,
+                        [&seen](const CallArguments& call) { seen = Texts(*call.Pointer<const ProductConfig>(1)); });
+        EXPECT_EQ(talix_set_product_config(TALIX_SERVER_STAGING, config), IdSuccess);
+        return seen;
+    }
+
+    static std::vector<std::string> Stored() { return Texts(*IdServicesMgr::GetInstance()->GetProductConfigObj()); }
+};
+
+TEST_F(FlatProduct, ThePluginSeesWhatTheHostSet)
+{
+    const talix_product_config config = talix_create_product_config("client", "openid");
+    ASSERT_NE(config, nullptr);
+    talix_set_product_line_name(config, "line");
+    talix_set_product_release_id(config, "release");
+    talix_set_product_build_id(config, "build");
+    EXPECT_THAT(SeenByPlugin(config), ElementsAre("client", "openid", "line", "release", "build"));
+}
+
+TEST_F(FlatProduct, TextsArriveByteForByte)
+{
+    const std::string texts[] = {"\xF0\x9F\x98\x80 client", "\xC3\xBC scope", "\xE2\x82\xAC", "\xFF\xC0\x80 ill-formed",
+                                 "\xED\xA0\xBD lone surrogate"};
+    const talix_product_config config = talix_create_product_config(texts[0].c_str(), texts[1].c_str());
+    talix_set_product_line_name(config, texts[2].c_str());
+    talix_set_product_release_id(config, texts[3].c_str());
+    talix_set_product_build_id(config, texts[4].c_str());
+    EXPECT_THAT(SeenByPlugin(config), testing::ElementsAreArray(texts));
+}
+
+TEST_F(FlatProduct, ThereIsOneConfigurationAndOneHandle)
+{
+    const talix_product_config config = talix_create_product_config("first", "scope");
+    EXPECT_EQ(talix_create_product_config("second", nullptr), config);
+    EXPECT_THAT(Stored(), ElementsAre("second", "scope", "", "", ""));
+}
+
+TEST_F(FlatProduct, ANullTextLeavesTheOldValue)
+{
+    const talix_product_config config = talix_create_product_config("client", "scope");
+    talix_set_product_line_name(config, "line");
+    EXPECT_EQ(talix_create_product_config(nullptr, nullptr), config);
+    talix_set_product_line_name(config, nullptr);
+    EXPECT_THAT(Stored(), ElementsAre("client", "scope", "line", "", ""));
+}
+
+TEST_F(FlatProduct, ANullHandleChangesNothing)
+{
+    talix_create_product_config("client", "scope");
+    talix_set_product_line_name(nullptr, "line");
+    talix_set_product_release_id(nullptr, "release");
+    talix_set_product_build_id(nullptr, "build");
+    EXPECT_THAT(Stored(), ElementsAre("client", "scope", "", "", ""));
+}
+
+TEST_F(FlatProduct, EveryInitEmptiesTheHandle)
+{
+    const talix_product_config config = talix_create_product_config("client", "scope");
+    ASSERT_EQ(talix_init(), IdSuccess);
+    talix_set_product_line_name(config, "line");
+    EXPECT_THAT(Stored(), ElementsAre("client", "scope", "", "", "")) << "the configuration itself stays";
+    EXPECT_EQ(talix_create_product_config(nullptr, nullptr), config);
+    talix_set_product_line_name(config, "line");
+    EXPECT_THAT(Stored(), ElementsAre("client", "scope", "line", "", ""));
+}
+
+TEST_F(FlatProduct, EveryDeinitEmptiesTheHandle)
+{
+    ASSERT_EQ(talix_init(), IdSuccess);
+    const talix_product_config config = talix_create_product_config("client", "scope");
+    ASSERT_EQ(talix_deinit(), IdSuccess);
+    ASSERT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 1);
+    talix_set_product_line_name(config, "line");
+    EXPECT_THAT(Stored(), ElementsAre("client", "scope", "", "", ""));
+}
+
+TEST_F(FlatProduct, AfterTheLastDeinitTheHandleIsEmptyAndTheConfigurationIsNewAfterANewInit)
+{
+    const talix_product_config config = talix_create_product_config("client", "scope");
+    ASSERT_EQ(talix_deinit(), IdSuccess);
+    talix_set_product_line_name(config, "line");
+    ASSERT_EQ(talix_init(), IdSuccess);
+    EXPECT_EQ(talix_create_product_config(nullptr, nullptr), config);
+    EXPECT_THAT(Stored(), ElementsAre("", "", "", "", ""));
+}
+
+TEST_F(FlatProduct, ADeinitInWhichThePluginThrowsEmptiesTheHandleToo)
+{
+    const talix_product_config config = talix_create_product_config("client", "scope");
+    const auto& held = *reinterpret_cast<const ProductConfig* const*>(config);
+    ASSERT_EQ(held, IdServicesMgr::GetInstance()->GetProductConfigObj());
+    Plugin().OnCall(Module, 3, [](const CallArguments&) { throw 1; });
+    EXPECT_EQ(talix_deinit(), IdFailed);
+    EXPECT_EQ(held, nullptr);
+}
+
+} // namespace OrlindexTest

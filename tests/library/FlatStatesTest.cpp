@@ -1,0 +1,233 @@
+// Every flat function in every state of the library, and with every kind of answer of the plugin.
+
+#include <algorithm>
+#include <limits>
+#include <set>
+#include <stdexcept>
+
+#include "FlatFunctions.h"
+#include "FlatTest.h"
+
+namespace OrlindexTest {
+
+using testing::AllOf;
+using testing::EndsWith;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+namespace {
+
+/// Calls every function and compares its result; nothing may be written to its arguments.
+void ExpectEach(std::int64_t FlatFunction::*result, FlatArguments& arguments)
+{
+    for (const FlatFunction& function : FlatFunctions())
+    {
+        SCOPED_TRACE(function.name);
+        const std::string before = arguments.Bytes();
+        EXPECT_EQ(function.call(arguments), function.*result);
+        EXPECT_TRUE(arguments.Bytes() == before) << "something was written";
+    }
+}
+
+std::vector<std::int64_t> PluginAnswers(Answer answer)
+{
+    if (answer == Answer::YesOrNo || answer == Answer::Quit)
+        return {0, 1};
+    constexpr std::int64_t lowest = (std::numeric_limits<std::int32_t>::min)();
+    constexpr std::int64_t highest = (std::numeric_limits<std::int32_t>::max)();
+    return {1000, 1001, 3030, 999, 500, 1, 0, -1, lowest, highest};
+}
+
+std::int64_t Expected(const FlatFunction& function, std::int64_t pluginAnswer)
+{
+    switch (function.answer)
+    {
+    case Answer::Mapped:
+        return pluginAnswer < 1000 ? 3004 : pluginAnswer;
+    case Answer::Quit:
+        return pluginAnswer != 0 ? 1000 : 3080;
+    case Answer::Fixed:
+        return 1000;
+    default:
+        return pluginAnswer;
+    }
+}
+
+/// Arguments with a product configuration, and the library as the function needs it.
+class PreparedCall
+{
+public:
+    PreparedCall(const FlatFunction& function, PluginControl& plugin)
+    {
+        arguments.config = talix_create_product_config("client", "scope");
+        function.prepare(arguments);
+        plugin.ClearJournal();
+    }
+
+    FlatArguments arguments;
+};
+
+struct MallocImport
+{
+    static constexpr char Name[] = "malloc";
+    using Type = void*(std::size_t);
+};
+
+} // namespace
+
+using FlatStates = FlatTest;
+
+TEST(FlatTable, ItHoldsAllFunctionsOfTheFlatInterface)
+{
+    std::set<std::string> names{"talix_init", "talix_deinit"};
+    for (const FlatFunction& function : FlatFunctions())
+        names.insert(function.name);
+    EXPECT_THAT(names, SizeIs(32));
+    for (const std::string& name : names)
+        EXPECT_NE(GetProcAddress(LibraryModule(), name.c_str()), nullptr) << name;
+}
+
+TEST_F(FlatNotInitialized, EveryFunctionBeforeInitAnswersSoAndLoadsNothing)
+{
+    site.Install();
+    FlatArguments arguments;
+    ExpectEach(&FlatFunction::notInitialized, arguments);
+    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+}
+
+TEST_F(FlatNotInitialized, EveryFunctionAfterAnInitWithoutPluginAnswersAsBeforeInit)
+{
+    EXPECT_EQ(talix_init(), IdClientUnavailable);
+    FlatArguments arguments;
+    ExpectEach(&FlatFunction::notInitialized, arguments);
+    EXPECT_EQ(talix_deinit(), IdSuccess);
+}
+
+TEST_F(FlatStates, EveryFunctionAfterTheLastDeinitAnswersAsBeforeInitAndReachesNothing)
+{
+    FlatArguments arguments;
+    arguments.config = talix_create_product_config("client", "scope");
+    ASSERT_NE(arguments.config, nullptr);
+    ASSERT_EQ(talix_deinit(), IdSuccess);
+    Plugin().ClearJournal();
+    ExpectEach(&FlatFunction::notInitialized, arguments);
+    EXPECT_THAT(Plugin().Calls(), IsEmpty());
+}
+
+TEST_F(FlatWithoutClient, EveryFunctionAnswersItsFallback)
+{
+    for (const FlatFunction& function : FlatFunctions())
+    {
+        SCOPED_TRACE(function.name);
+        PreparedCall prepared(function, Plugin());
+        EXPECT_EQ(function.call(prepared.arguments), function.withoutClient);
+        EXPECT_THAT(Plugin().Calls(), IsEmpty());
+    }
+}
+
+TEST_F(FlatWithoutClient, NoFunctionButTheAccessTokensWritesAnything)
+{
+    for (const FlatFunction& function : FlatFunctions())
+    {
+        SCOPED_TRACE(function.name);
+        PreparedCall prepared(function, Plugin());
+        const std::string before = prepared.arguments.Bytes();
+        function.call(prepared.arguments);
+        if (function.interfaceName == Client && function.slot == 6)
+        {
+            EXPECT_STREQ(prepared.arguments.text, "");
+            prepared.arguments.text[0] = 'u';
+        }
+        EXPECT_TRUE(prepared.arguments.Bytes() == before) << "something was written";
+    }
+}
+
+TEST_F(FlatStates, EveryFunctionReachesItsSlotWithItsArgumentsAndNoOther)
+{
+    for (const FlatFunction& function : FlatFunctions())
+    {
+        SCOPED_TRACE(function.name);
+        PreparedCall prepared(function, Plugin());
+        function.call(prepared.arguments);
+        std::vector<std::string> calls = Plugin().Calls();
+        if (function.feature != 0)
+        {
+            ASSERT_THAT(calls, SizeIs(2));
+            EXPECT_EQ(calls.front(), Call(Client, 34, std::to_string(function.feature)));
+            calls.erase(calls.begin());
+        }
+        ASSERT_THAT(calls, SizeIs(function.slot < 0 ? 0 : 1));
+        if (function.slot < 0)
+            continue;
+        const std::string start = std::string(function.interfaceName) + ' ' + std::to_string(function.slot) + " (";
+        EXPECT_THAT(calls.front(), AllOf(StartsWith(start), EndsWith(")")));
+        EXPECT_THAT(ArgumentsOf(calls.front()), function.arguments(prepared.arguments));
+    }
+}
+
+TEST_F(FlatStates, EveryFunctionPassesThePluginsAnswerOnOrMapsIt)
+{
+    // Among them: 999 reaches a mapping function and comes out as 3004, 1001 passes unchanged.
+    for (const FlatFunction& function : FlatFunctions())
+    {
+        if (function.slot < 0)
+            continue;
+        for (const std::int64_t pluginAnswer : PluginAnswers(function.answer))
+        {
+            SCOPED_TRACE(function.name + (" with " + std::to_string(pluginAnswer)));
+            PreparedCall prepared(function, Plugin());
+            Plugin().Answer(function.interfaceName, function.slot, pluginAnswer);
+            EXPECT_EQ(function.call(prepared.arguments), Expected(function, pluginAnswer));
+        }
+    }
+}
+
+TEST_F(FlatStates, NoExceptionOfThePluginReachesTheHost)
+{
+    for (const FlatFunction& function : FlatFunctions())
+    {
+        if (function.slot < 0)
+            continue;
+        SCOPED_TRACE(function.name);
+        PreparedCall prepared(function, Plugin());
+        int thrown = 0;
+        Plugin().OnCall(function.interfaceName, function.slot, [&thrown](const CallArguments&) {
+            ++thrown;
+            throw std::runtime_error("from the plugin");
+        });
+        EXPECT_EQ(function.call(prepared.arguments), function.thrown);
+        EXPECT_EQ(thrown, 1);
+        Plugin().OnCall(function.interfaceName, function.slot, [](const CallArguments&) {});
+    }
+    EXPECT_EQ(talix_login(), IdSuccess) << "the library goes on";
+}
+
+TEST_F(FlatStates, NoExceptionOfTheFeatureQuestionReachesTheHost)
+{
+    Plugin().OnCall(Client, 34, [](const CallArguments&) { throw 1; });
+    FlatArguments arguments;
+    EXPECT_EQ(talix_get_id_token(&arguments.buffer), IdFailed);
+    EXPECT_EQ(talix_set_login_mode(TALIX_LOGIN_MODE_DEFAULT), IdFailed);
+}
+
+TEST_F(FlatStates, WithoutMemoryForTheConversionATextFunctionFails)
+{
+    // The small blocks that an exception itself takes are still there.
+    constexpr std::size_t length = 4000;
+    Plugin().OnCall(Client, 6, [](const CallArguments& call) { std::fill_n(call.Pointer<wchar_t>(0), length, L'x'); });
+    FlatArguments arguments;
+    using Double = ImportDouble<MallocImport>;
+    int refused = 0;
+    const Double littleMemory([&refused](std::size_t size) {
+        if (size < length)
+            return Double::Original(size);
+        ++refused;
+        return static_cast<void*>(nullptr);
+    });
+    EXPECT_EQ(talix_get_token(&arguments.buffer), IdFailed);
+    EXPECT_EQ(refused, 1);
+    EXPECT_STREQ(arguments.text, "untouched");
+}
+
+} // namespace OrlindexTest

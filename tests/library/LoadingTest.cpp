@@ -1,0 +1,410 @@
+// From a verified file to its interfaces: loading, the factory, the order of the configuration, the log.
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "support/Handle.h"
+#include "support/HostTest.h"
+
+namespace OrlindexTest {
+
+using namespace Kestrany::IdentityServices;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+namespace {
+
+/// The system's text as a captured output holds it.
+std::string SystemText(DWORD code)
+{
+    wchar_t text[512];
+    const DWORD length =
+        FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code, LANG_USER_DEFAULT, text, 512, nullptr);
+    std::string shown = ToUtf8({text, length});
+    shown.erase(std::remove(shown.begin(), shown.end(), '\r'), shown.end());
+    return shown;
+}
+
+constexpr char ModuleMissing[] = "The specified module could not be found.";
+
+struct LoadLibraryImport
+{
+    static constexpr char Name[] = "LoadLibraryW";
+    using Type = decltype(LoadLibraryW);
+};
+
+struct SetDllDirectoryImport
+{
+    static constexpr char Name[] = "SetDllDirectoryW";
+    using Type = decltype(SetDllDirectoryW);
+};
+
+struct GetProcAddressImport
+{
+    static constexpr char Name[] = "GetProcAddress";
+    using Type = decltype(GetProcAddress);
+};
+
+struct IsWow64ProcessImport
+{
+    static constexpr char Name[] = "IsWow64Process";
+    using Type = decltype(IsWow64Process);
+};
+
+using LoadLibraryDouble = ImportDouble<LoadLibraryImport>;
+using SetDllDirectoryDouble = ImportDouble<SetDllDirectoryImport>;
+using GetProcAddressDouble = ImportDouble<GetProcAddressImport>;
+using IsWow64ProcessDouble = ImportDouble<IsWow64ProcessImport>;
+
+std::wstring DllDirectory()
+{
+    wchar_t directory[MAX_PATH] = L"unset";
+    return {directory, GetDllDirectoryW(MAX_PATH, directory)};
+}
+
+} // namespace
+
+class Loading : public HostTest
+{
+protected:
+    std::string File() const { return Utf8(site.PluginFile()); }
+
+    /// Expects the start to fail; answers what was printed.
+    static std::string FailedStart()
+    {
+        CapturedOutput output;
+        const IdErrorCode result = IdServicesMgr::Initialize();
+        const std::string text = output.Take();
+        EXPECT_EQ(result, IdClientUnavailable);
+        EXPECT_FALSE(IdServicesMgr::IsInitialized());
+        return text;
+    }
+};
+
+TEST_F(Loading, ThePluginIsConfiguredInOrderBeforeItsInterfacesAreTaken)
+{
+    PluginControl& plugin = InstallPlugin();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_THAT(
+        plugin.Calls(),
+        ElementsAre(Call(FactoryFunction, 0), Call(Factory, 5),
+                    Call(ServerManager, 2,
+                         '"' + Utf8(site.ServerFolder()) + "\", \"" + Utf8(site.ServerFolder() / "Pellwick.exe") + '"'),
+                    Call(Factory, 1), Call(LoggerSource, 1, "\"Orlindex\""),
+                    Call(ServerManager, 6, "\"Kestrany.TALIX.DefaultProcess-v2\""),
+                    Call(ServerManager, 8, "\"Kestrany.TALIX.DefaultServer-v2\""), Call(ServerManager, 18, "false"),
+                    Call(Factory, 2), Call(Factory, 5), Call(Factory, 3), Call(Factory, 4), Call(Module, 1, "false")));
+}
+
+TEST_F(Loading, SupportForBothLocalAndAdminReachesTheServerManager)
+{
+    PluginControl& plugin = InstallPlugin();
+    site.WriteClientConfig(R"({"ssoServer": {"supportBothLocalAndAdmin": true, "searchPaths": ")" +
+                           JsonPath(site.ServerFolder()) + R"("}})");
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_THAT(plugin.Calls(ServerManager), Contains(Call(ServerManager, 18, "true")));
+}
+
+TEST_F(Loading, APluginWithoutServerManagerIsLoadedAllTheSame)
+{
+    PluginControl& plugin = InstallPlugin();
+    plugin.Answer(Factory, 5, 0);
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_THAT(plugin.Calls(ServerManager), IsEmpty());
+    EXPECT_THAT(plugin.Calls(LoggerSource), ElementsAre(Call(LoggerSource, 1, "\"Orlindex\"")));
+}
+
+TEST_F(Loading, EveryStepOfAStartIsLoggedInOrder)
+{
+    PluginControl& plugin = InstallPlugin();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    const std::string host = Utf8(site.HostFolder());
+    const std::string server = Utf8(site.ServerFolder());
+    const std::string config = Utf8(site.ClientConfigFile());
+    const std::string compatibility = Utf8(site.CompatibilityFile());
+    const std::vector<LogLine> expected{
+        {Info, "Orlindex.dll module loaded (Version: 1.11.13.3 Config: x64-Release File: " + host + "\\Orlindex.dll)"},
+        {Info, "Searching for client config file Orlindex.config in the following paths:\n" + host + '\n' + host},
+        {Info, "Found client config file at " + config},
+        {Info, "Loading client config file " + config},
+        {Info, "Configuration to support both local and admin: No."},
+        {Info, "Unable to get Pellwick path from registry, failed with error: 2"},
+        {Info,
+         "Searching for SSO server app Pellwick.exe in the following paths:\n" + host + '\n' + host + '\n' + server},
+        {Info, "Found SSO server app at " + server + "\\Pellwick.exe"},
+        {Info, "Searching for version compatibility file TALIXVersionCompatibility.config in the following paths:\n" +
+                   server},
+        {Info, "Found version compatibility file at " + compatibility},
+        {Info, "Searching for compatible client plugin version for Orlindex version 1.11.13.3 in version compatibility "
+               "file " +
+                   compatibility},
+        {Info,
+         "Found compatible client plugin for Orlindex version 1.11.13.3 in version compatibility file: " + File()},
+        {Info, "******* Binary file: checking: " + File()},
+        {Info, "Binary file: is valid: " + File()},
+        {Info, "Dynamically loading client plugin module " + File()},
+        {Info, "Successfully loaded client plugin module " + File()},
+        {Info, "Getting factory proc from client plugin module " + File()},
+        {Info, "Getting factory from client plugin module " + File()},
+    };
+    EXPECT_EQ(plugin.Log(), expected);
+}
+
+TEST_F(Loading, WithNoPluginLoggerAnInfoMessageIsOnlyBufferedAndAnErrorMessageIsPrintedToo)
+{
+    site.InstallWithoutPlugin();
+    EXPECT_EQ(FailedStart(), "Client plugin module not found: " + File() + '\n');
+}
+
+TEST_F(Loading, WithALoggerErrorMessagesAreNotPrinted)
+{
+    PluginControl& plugin = InstallPlugin();
+    plugin.Answer(Factory, 3, 0);
+    CapturedOutput output;
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    IdServicesMgr::GetInstance()->IsLoggedIn();
+    EXPECT_EQ(output.Take(), "");
+    EXPECT_EQ(plugin.Log().back().level, Error);
+}
+
+TEST_F(Loading, AFactoryWithoutLoggerSourceLeavesThePendingMessagesInPlace)
+{
+    PluginControl& plugin = InstallPlugin();
+    const std::int64_t source = plugin.Answer(Factory, 1);
+    plugin.Answer(Factory, 1, 0);
+    plugin.Answer(Factory, 3, 0);
+    CapturedOutput output;
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    IdServicesMgr::GetInstance()->IsLoggedIn();
+    const std::string reason = "Failed to obtain ISSOClient. ISSOClientFactory::GetSSOClient returned null.";
+    EXPECT_EQ(output.Take(), reason + '\n');
+    EXPECT_THAT(plugin.Log(), IsEmpty());
+
+    // A later start with a logger delivers what was kept, in order, before anything newer.
+    plugin.Answer(Factory, 1, source);
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    std::vector<std::string> starts;
+    for (const LogLine& line : plugin.Log())
+        if (line.text == reason || line.text.rfind("Orlindex.dll module loaded", 0) == 0)
+            starts.push_back(line.text.substr(0, 12));
+    EXPECT_THAT(starts, ElementsAre("Orlindex.dll", "Failed to ob", "Orlindex.dll"));
+}
+
+TEST_F(Loading, WhereTheLoggerSourceHasNoLoggerThePendingMessagesArePrinted)
+{
+    PluginControl& plugin = InstallPlugin();
+    plugin.Answer(LoggerSource, 1, 0);
+    CapturedOutput output;
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    const std::string printed = output.Take();
+    EXPECT_THAT(printed, StartsWith("Orlindex.dll module loaded "));
+    EXPECT_THAT(printed, EndsWith("\nGetting factory from client plugin module " + File() + '\n'));
+    EXPECT_THAT(plugin.Calls(LoggerSource), ElementsAre(Call(LoggerSource, 1, "\"Orlindex\"")));
+    EXPECT_THAT(plugin.Log(), IsEmpty());
+}
+
+TEST_F(Loading, AModuleThatIsMissingIsNotFound)
+{
+    site.InstallWithoutPlugin();
+    EXPECT_THAT(FailedStart(), HasSubstr("Client plugin module not found: " + File()));
+}
+
+TEST_F(Loading, AFolderInThePlaceOfTheModuleIsNoModule)
+{
+    site.InstallWithoutPlugin();
+    site.MakeFolder("server/PellwickClient.dll");
+    EXPECT_THAT(FailedStart(), HasSubstr("Binary file: "));
+}
+
+TEST_F(Loading, AModuleWithoutFactoryFunctionIsRefusedWithTheSystemsText)
+{
+    site.Install("no-factory");
+    EXPECT_EQ(FailedStart(), "Failed to get factory proc from client plugin module " + File() +
+                                 ". Error: " + SystemText(ERROR_PROC_NOT_FOUND) + '\n');
+    EXPECT_TRUE(IsLoaded(site.PluginFile()));
+}
+
+TEST_F(Loading, AModuleWithThe32BitSymbolIsRefusedInA64BitProcess)
+{
+    site.Install("symbol32");
+    EXPECT_THAT(FailedStart(), HasSubstr("Failed to get factory proc from client plugin module " + File()));
+}
+
+TEST_F(Loading, InAWow64ProcessThe32BitSymbolNameIsLookedUp)
+{
+    site.Install("symbol32");
+    site.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\PellwickClient.dll", "2.0.0",
+                                                    R"({"versions": ["1.11"]})", "modulePathWoW64"}});
+    PluginControl plugin(site.PluginFile());
+    const IsWow64ProcessDouble wow64([](HANDLE, PBOOL isWow64) {
+        *isWow64 = TRUE;
+        return TRUE;
+    });
+    std::vector<std::string> names;
+    const GetProcAddressDouble lookups([&names](HMODULE module, LPCSTR name) {
+        names.emplace_back(name);
+        return GetProcAddressDouble::Original(module, name);
+    });
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_THAT(names, ElementsAre("?GetSSOClientFactory@@YAPAVISSOClientFactory@IdentityServices@Kestrany@@XZ"));
+    EXPECT_THAT(plugin.Calls(FactoryFunction), ElementsAre(Call(FactoryFunction, 0)));
+}
+
+TEST_F(Loading, AFailedWow64QueryCountsAs64Bit)
+{
+    site.Install();
+    const IsWow64ProcessDouble wow64([](HANDLE, PBOOL isWow64) {
+        *isWow64 = TRUE;
+        return FALSE;
+    });
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+}
+
+TEST_F(Loading, ANullFactoryFailsTheStart)
+{
+    PluginControl& plugin = InstallPlugin();
+    plugin.Answer(FactoryFunction, 0, 0);
+    EXPECT_EQ(FailedStart(), "");
+    EXPECT_THAT(plugin.Calls(), ElementsAre(Call(FactoryFunction, 0)));
+}
+
+TEST_F(Loading, AFailedLoadIsNotAttemptedAgain)
+{
+    PluginControl& plugin = InstallPlugin();
+    const std::int64_t factory = plugin.Answer(FactoryFunction, 0);
+    plugin.Answer(FactoryFunction, 0, 0);
+    FailedStart();
+    plugin.Answer(FactoryFunction, 0, factory);
+    plugin.ClearJournal();
+    int loads = 0;
+    const LoadLibraryDouble count([&loads](LPCWSTR path) {
+        ++loads;
+        return LoadLibraryDouble::Original(path);
+    });
+    EXPECT_EQ(FailedStart(), "");
+    EXPECT_THAT(plugin.Calls(), IsEmpty());
+    EXPECT_EQ(loads, 0);
+}
+
+TEST_F(Loading, AThrowingFactoryFailsTheStart)
+{
+    PluginControl& plugin = InstallPlugin();
+    plugin.OnCall(FactoryFunction, 0, [](const CallArguments&) { throw std::runtime_error("from the factory"); });
+    FailedStart();
+    EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
+}
+
+TEST_F(Loading, APluginThatThrowsWhileItIsConfiguredFailsTheStart)
+{
+    PluginControl& plugin = InstallPlugin();
+    plugin.OnCall(ServerManager, 2, [](const CallArguments&) { throw 42; });
+    FailedStart();
+    EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
+}
+
+TEST_F(Loading, ALoggerThatThrowsDoesNotReachTheHost)
+{
+    PluginControl& plugin = InstallPlugin();
+    plugin.OnCall(Logger, 10, [](const CallArguments&) { throw std::runtime_error("from the logger"); });
+    EXPECT_NO_THROW(IdServicesMgr::Initialize());
+}
+
+TEST_F(Loading, AModuleWhoseDependencyIsMissingIsRefusedWithTheSystemsText)
+{
+    site.Install("dependent");
+    const std::string output = FailedStart();
+    const std::string text = SystemText(ERROR_MOD_NOT_FOUND);
+    EXPECT_EQ(output, "Failed to load client plugin module " + File() +
+                          ". Error: " + (text.empty() ? ModuleMissing : text) + '\n');
+    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+}
+
+TEST_F(Loading, AModulesDependencyIsFoundBesideIt)
+{
+    site.Install("dependent");
+    site.CopyPlugin("dependency", site.ServerFolder() / "dependency.dll");
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_TRUE(IsLoaded(site.ServerFolder() / "dependency.dll"));
+}
+
+TEST_F(Loading, TheLibrarySearchDirectoryIsThePluginsWhileItIsLoadedAndTheFormerAfterwards)
+{
+    site.Install();
+    const std::wstring former = site.HostFolder().native();
+    ASSERT_TRUE(SetDllDirectoryW(former.c_str()));
+    std::vector<std::pair<std::wstring, std::wstring>> loads;
+    const LoadLibraryDouble record([&loads](LPCWSTR path) {
+        loads.emplace_back(path, DllDirectory());
+        return LoadLibraryDouble::Original(path);
+    });
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_THAT(loads, ElementsAre(std::pair{site.PluginFile().native(), site.ServerFolder().native()}));
+    EXPECT_EQ(DllDirectory(), former);
+}
+
+TEST_F(Loading, WithoutAFormerLibrarySearchDirectoryItIsTheEmptyTextAfterwardsNotTheDefault)
+{
+    site.Install();
+    std::vector<std::wstring> directories;
+    const SetDllDirectoryDouble record([&directories](LPCWSTR directory) {
+        directories.push_back(directory != nullptr ? directory : L"null");
+        return SetDllDirectoryDouble::Original(directory);
+    });
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_THAT(directories, ElementsAre(site.ServerFolder().native(), L""));
+}
+
+TEST_F(Loading, TheLibrarySearchDirectoryIsRestoredAfterAFailedLoadToo)
+{
+    site.Install("dependent");
+    ASSERT_TRUE(SetDllDirectoryW(site.HostFolder().c_str()));
+    EXPECT_THAT(FailedStart(), HasSubstr("Failed to load client plugin module"));
+    EXPECT_EQ(DllDirectory(), site.HostFolder().native());
+}
+
+TEST_F(Loading, NobodyCanWriteOrReplaceTheFileBetweenVerificationAndLoading)
+{
+    site.Install();
+    DWORD writing = 0;
+    DWORD replacing = 0;
+    const LoadLibraryDouble attack([&](LPCWSTR path) {
+        const Handle file(CreateFileW(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, 0, nullptr));
+        writing = file.get() == INVALID_HANDLE_VALUE ? GetLastError() : 0;
+        replacing = MoveFileW(path, (site.ServerFolder() / "moved.dll").c_str()) ? 0 : GetLastError();
+        return LoadLibraryDouble::Original(path);
+    });
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_EQ(writing, static_cast<DWORD>(ERROR_SHARING_VIOLATION));
+    EXPECT_EQ(replacing, static_cast<DWORD>(ERROR_SHARING_VIOLATION));
+}
+
+TEST_F(Loading, AFileThatSomebodyMayStillWriteIsNotLoaded)
+{
+    site.Install();
+    const Handle writer(CreateFileW(site.PluginFile().c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                    nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_NE(writer.get(), INVALID_HANDLE_VALUE);
+    EXPECT_THAT(FailedStart(), HasSubstr(File()));
+    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+}
+
+TEST_F(Loading, ARefusedFileIsNeverPassedToTheLibraryLoader)
+{
+    site.Install("stranger");
+    int loads = 0;
+    const LoadLibraryDouble count([&loads](LPCWSTR path) {
+        ++loads;
+        return LoadLibraryDouble::Original(path);
+    });
+    FailedStart();
+    EXPECT_EQ(loads, 0);
+    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+}
+
+} // namespace OrlindexTest

@@ -1,0 +1,122 @@
+// What the private and server-process surface answers when the plugin, or one of its interfaces, is missing.
+
+#include "PrivateTest.h"
+#include "orlindex/SSOServerManager.h"
+
+namespace OrlindexTest {
+
+using namespace Kestrany::IdentityServices;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace {
+
+void ExpectFallback(const PrivateMember& member)
+{
+    SCOPED_TRACE(member.name);
+    PrivateArguments arguments;
+    const std::string before = arguments.Outputs();
+    EXPECT_EQ(member.call(arguments), member.fallback);
+    EXPECT_EQ(arguments.Outputs(), before);
+}
+
+} // namespace
+
+class PrivateFallbacks : public HostTest
+{
+protected:
+    /// With a plugin that answers null for one interface: its members fall back, the others serve.
+    void ExpectFallbacksWithout(const char* interfaceName, int factorySlot, const LogLine& reason)
+    {
+        InstallPlugin().Answer(Factory, factorySlot, 0);
+        for (const PrivateMember& member : PrivateMembers())
+        {
+            if (member.interfaceName != std::string(interfaceName))
+                continue;
+            SSOClientPrivate::GetProductName(); // Loads the plugin for the first of them.
+            Plugin().ClearJournal();
+            ExpectFallback(member);
+            EXPECT_THAT(Plugin().Log(), ElementsAre(reason)) << "the surface itself adds nothing";
+            EXPECT_THAT(Plugin().Calls(), IsEmpty());
+        }
+        for (const PrivateMember& member : PrivateMembers())
+        {
+            if (member.interfaceName == std::string(interfaceName))
+                continue;
+            Plugin().ClearJournal();
+            PrivateArguments arguments;
+            member.call(arguments);
+            EXPECT_THAT(Plugin().Calls(member.interfaceName), SizeIs(1)) << member.name;
+        }
+    }
+};
+
+TEST_F(PrivateFallbacks, WithNoPluginLoadableEveryMemberAnswersItsFallbackAndTouchesNothing)
+{
+    site.InstallWithoutPlugin();
+    for (const PrivateMember& member : PrivateMembers())
+        ExpectFallback(member);
+}
+
+TEST_F(PrivateFallbacks, WithNothingInstalledEveryMemberAnswersItsFallbackAndTouchesNothing)
+{
+    for (const PrivateMember& member : PrivateMembers())
+        ExpectFallback(member);
+}
+
+TEST_F(PrivateFallbacks, WithNoPluginLoadableServerNameToServerAnswersMinusOneAndTheTimeoutIsZeroSeconds)
+{
+    site.InstallWithoutPlugin();
+    EXPECT_EQ(SSOClientPrivate::ServerNameToServer(L"production"), -1);
+    EXPECT_EQ(SSOClientPrivate::GetKillFrozenServerTimeout(), std::chrono::seconds(0));
+}
+
+TEST_F(PrivateFallbacks, WithNoPluginLoadableTheRetryScheduleIsZeroWithoutEntries)
+{
+    site.InstallWithoutPlugin();
+    const Kestrany::StdUtil::RetrySchedule schedule = SSOClientPrivate::GetActiveOAuth2TokenRefreshRetrySchedule();
+    EXPECT_EQ(schedule.limit, 0);
+    EXPECT_THAT(schedule.steps, IsEmpty());
+}
+
+TEST_F(PrivateFallbacks, ATamperedPluginCountsAsMissing)
+{
+    site.Install();
+    Tamper(site.PluginFile());
+    for (const PrivateMember& member : PrivateMembers())
+        ExpectFallback(member);
+    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+}
+
+TEST_F(PrivateFallbacks, AfterTheFailedLoadNoMemberPrintsAnything)
+{
+    site.InstallWithoutPlugin();
+    SSOClientPrivate::ClearEventQueue();
+    CapturedOutput output;
+    for (const PrivateMember& member : PrivateMembers())
+        ExpectFallback(member);
+    EXPECT_EQ(output.Take(), "");
+}
+
+TEST_F(PrivateFallbacks, WithoutPrivateInterfaceItsMembersAnswerTheirFallbacks)
+{
+    ExpectFallbacksWithout(
+        Private, 4,
+        {Error, "Failed to obtain ISSOClientPrivate. ISSOClientFactory::GetSSOClientPrivate returned null."});
+}
+
+TEST_F(PrivateFallbacks, WithoutServerManagerItsMembersAnswerTheirFallbacks)
+{
+    ExpectFallbacksWithout(
+        ServerManager, 5,
+        {Error, "Failed to obtain ISSOServerManager. ISSOClientFactory::GetSSOServerManager returned null."});
+}
+
+TEST_F(PrivateFallbacks, WithoutModuleInterfaceItsMembersAnswerTheirFallbacks)
+{
+    ExpectFallbacksWithout(
+        Module, 2, {Error, "Failed to obtain ISSOClientModule. ISSOClientFactory::GetSSOClientModule returned null."});
+}
+
+} // namespace OrlindexTest

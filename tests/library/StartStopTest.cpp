@@ -1,0 +1,277 @@
+// Initialize and Uninitialize: counting, starting, stopping and starting again.
+
+#include <future>
+
+#include "support/HostTest.h"
+
+namespace OrlindexTest {
+
+using namespace Kestrany::IdentityServices;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+class StartStop : public HostTest
+{
+};
+
+TEST_F(StartStop, InitializeMakesTheLibraryReady)
+{
+    EXPECT_FALSE(IdServicesMgr::IsInitialized());
+    EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
+    site.Install();
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_TRUE(IdServicesMgr::IsInitialized());
+    EXPECT_NE(IdServicesMgr::GetInstance(), nullptr);
+    EXPECT_TRUE(IsLoaded(site.PluginFile()));
+}
+
+TEST_F(StartStop, InitializeTwiceThenUninitializeOnceStaysInitialized)
+{
+    PluginControl& plugin = InstallPlugin();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    IdServicesMgr* const manager = IdServicesMgr::GetInstance();
+    const auto started = plugin.Calls();
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_EQ(IdServicesMgr::GetInstance(), manager);
+    EXPECT_EQ(plugin.Calls(), started) << "only the first call starts anything";
+
+    EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_TRUE(IdServicesMgr::IsInitialized());
+    EXPECT_EQ(IdServicesMgr::GetInstance(), manager);
+    EXPECT_EQ(plugin.Calls(), started);
+    plugin.Answer(Client, 7, 1);
+    EXPECT_TRUE(manager->IsLoggedIn());
+    EXPECT_THAT(plugin.Calls(Factory), SizeIs(6)) << "the interfaces stay cached";
+
+    EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_FALSE(IdServicesMgr::IsInitialized());
+    EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
+    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false"), Call(Module, 3)));
+}
+
+TEST_F(StartStop, UninitializeWithoutInitializeAnswersSuccessAndDoesNothing)
+{
+    PluginControl& plugin = InstallPlugin();
+    CapturedOutput output;
+    EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_EQ(output.Take(), "");
+    EXPECT_THAT(plugin.Calls(), IsEmpty());
+    EXPECT_FALSE(IdServicesMgr::IsInitialized());
+
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess) << "the count did not fall below zero";
+    EXPECT_TRUE(IdServicesMgr::IsInitialized());
+    EXPECT_THAT(plugin.Log().front().text, StartsWith("Orlindex.dll module loaded "));
+    EXPECT_THAT(plugin.Calls(FactoryFunction), SizeIs(1));
+}
+
+TEST_F(StartStop, UninitializeAfterTheLastOneDoesNotReachThePluginAgain)
+{
+    PluginControl& plugin = InstallPlugin();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    plugin.ClearJournal();
+    EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_THAT(plugin.Calls(), IsEmpty());
+    EXPECT_THAT(plugin.Log(), IsEmpty());
+}
+
+TEST_F(StartStop, InitializeWithNoPluginAvailableAnswersClientUnavailable)
+{
+    CapturedOutput output;
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
+    EXPECT_THAT(output.Take(), HasSubstr("Client plugin module not found: \n"));
+    EXPECT_FALSE(IdServicesMgr::IsInitialized());
+    EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
+}
+
+TEST_F(StartStop, AFailedStartIsNotRetriedByLaterCalls)
+{
+    // Not even when everything is there by now: a failed attempt is final for the manager.
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
+    site.Install();
+    CapturedOutput output;
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
+    EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
+    EXPECT_EQ(output.Take(), "");
+    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IdServicesMgr::IsInitialized());
+}
+
+TEST_F(StartStop, ThePluginStaysInTheProcessAfterTheLastUninitialize)
+{
+    site.Install();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_TRUE(IsLoaded(site.PluginFile()));
+}
+
+TEST_F(StartStop, ANewStartAfterTheLastStopResolvesEveryPathAgain)
+{
+    PluginControl& plugin = InstallPlugin();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    plugin.ClearJournal();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+
+    std::vector<std::string> steps;
+    for (const LogLine& line : plugin.Log())
+        steps.push_back(line.text);
+    for (const std::string& step :
+         {std::string("Orlindex.dll module loaded (Version: 1.11.13.3 Config: x64-Release File: ") +
+              Utf8(site.HostFolder() / "Orlindex.dll") + ')',
+          "Loading client config file " + Utf8(site.ClientConfigFile()),
+          "Found SSO server app at " + Utf8(site.ServerFolder() / "Pellwick.exe"),
+          "Found version compatibility file at " + Utf8(site.CompatibilityFile()),
+          "Binary file: is valid: " + Utf8(site.PluginFile()),
+          "Successfully loaded client plugin module " + Utf8(site.PluginFile())})
+        EXPECT_THAT(steps, Contains(step));
+    EXPECT_THAT(plugin.Calls(FactoryFunction), SizeIs(1));
+    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false")));
+}
+
+TEST_F(StartStop, ANewStartMayFindAnotherPlugin)
+{
+    site.Install();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+
+    const auto other = site.ServerFolder() / "OtherClient.dll";
+    site.CopyPlugin("asia", other);
+    site.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\OtherClient.dll"}});
+    PluginControl plugin(other);
+    plugin.Answer(Client, 7, 1);
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_TRUE(IdServicesMgr::GetInstance()->IsLoggedIn());
+    EXPECT_THAT(plugin.Calls(Client), ElementsAre(Call(Client, 7)));
+}
+
+TEST_F(StartStop, ANewStartMayFail)
+{
+    site.Install();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    site.WriteCompatibilityFile("{}");
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
+    EXPECT_FALSE(IdServicesMgr::IsInitialized());
+    EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
+}
+
+TEST_F(StartStop, MessagesAfterTheLastStopStillReachThePluginsLogger)
+{
+    PluginControl& plugin = InstallPlugin();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    plugin.ClearJournal();
+    site.WriteCompatibilityFile("{}");
+    CapturedOutput output;
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
+    EXPECT_EQ(output.Take(), "");
+    EXPECT_EQ(plugin.Log().back(), (LogLine{Error, "Client plugin module not found: "}));
+}
+
+TEST_F(StartStop, AClientThatThePluginCreatesOnlyWhileItIsInitializedServes)
+{
+    PluginControl& plugin = InstallPlugin();
+    const std::int64_t client = plugin.Answer(Factory, 3);
+    plugin.Answer(Factory, 3, 0);
+    plugin.OnCall(Module, 1, [&](const CallArguments&) { plugin.Answer(Factory, 3, client); });
+    plugin.Answer(Client, 7, 1);
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_TRUE(IdServicesMgr::GetInstance()->IsLoggedIn());
+    const auto calls = plugin.Calls();
+    ASSERT_GE(calls.size(), 3U);
+    EXPECT_THAT(std::vector<std::string>(calls.end() - 3, calls.end()),
+                ElementsAre(Call(Module, 1, "false"), Call(Factory, 3), Call(Client, 7)));
+}
+
+TEST_F(StartStop, AClientThatIsThereBeforeTheModuleIsInitializedIsNotAskedForAgain)
+{
+    PluginControl& plugin = InstallPlugin();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_EQ(plugin.Calls().back(), Call(Module, 1, "false"));
+}
+
+TEST_F(StartStop, AFactoryReturningNullForTheClientDoesNotFailTheStart)
+{
+    PluginControl& plugin = InstallPlugin();
+    plugin.Answer(Factory, 3, 0);
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    ASSERT_NE(IdServicesMgr::GetInstance(), nullptr);
+    plugin.ClearJournal();
+    EXPECT_FALSE(IdServicesMgr::GetInstance()->IsLoggedIn());
+    EXPECT_FALSE(IdServicesMgr::GetInstance()->HasEvent());
+    const LogLine reason{Error, "Failed to obtain ISSOClient. ISSOClientFactory::GetSSOClient returned null."};
+    EXPECT_THAT(plugin.Log(), ElementsAre(reason, reason));
+}
+
+TEST_F(StartStop, TheInstanceIsNewAfterANewStart)
+{
+    site.Install();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    IdServicesMgr::GetInstance()->GetProductConfigObj()->SetProductLineName("first");
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    char text[8] = {};
+    EXPECT_EQ(IdServicesMgr::GetInstance()->GetProductConfigObj()->GetProductLineName(text, sizeof text), 0);
+}
+
+TEST_F(StartStop, ASecondInitializeAnswersAtOnceWhileTheFirstIsStillStarting)
+{
+    PluginControl& plugin = InstallPlugin();
+    std::promise<void> starting;
+    std::promise<void> proceed;
+    plugin.OnCall(Module, 1, [&](const CallArguments&) {
+        starting.set_value();
+        proceed.get_future().wait();
+    });
+    auto first = std::async(std::launch::async, []() { return IdServicesMgr::Initialize(); });
+    starting.get_future().wait();
+    EXPECT_TRUE(IdServicesMgr::IsInitialized());
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr) << "the instance is made last";
+    proceed.set_value();
+    EXPECT_EQ(first.get(), IdSuccess);
+    EXPECT_NE(IdServicesMgr::GetInstance(), nullptr);
+    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false")));
+
+    EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_TRUE(IdServicesMgr::IsInitialized()) << "both calls were counted";
+    EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_FALSE(IdServicesMgr::IsInitialized());
+}
+
+TEST_F(StartStop, UninitializeWaitsForAnInitializeThatIsStillStarting)
+{
+    PluginControl& plugin = InstallPlugin();
+    std::promise<void> starting;
+    std::promise<void> proceed;
+    plugin.OnCall(Module, 1, [&](const CallArguments&) {
+        starting.set_value();
+        proceed.get_future().wait();
+    });
+    auto first = std::async(std::launch::async, []() { return IdServicesMgr::Initialize(); });
+    starting.get_future().wait();
+    auto stop = std::async(std::launch::async, []() { return IdServicesMgr::Uninitialize(); });
+    proceed.set_value();
+    EXPECT_EQ(first.get(), IdSuccess);
+    EXPECT_EQ(stop.get(), IdSuccess);
+    EXPECT_FALSE(IdServicesMgr::IsInitialized());
+    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false"), Call(Module, 3)));
+}
+
+TEST_F(StartStop, TheInstanceIsGoneWhenThePluginIsToldToStop)
+{
+    PluginControl& plugin = InstallPlugin();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    const void* instance = plugin.Calls().data();
+    plugin.OnCall(Module, 3, [&instance](const CallArguments&) { instance = IdServicesMgr::GetInstance(); });
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_EQ(instance, nullptr);
+}
+
+} // namespace OrlindexTest

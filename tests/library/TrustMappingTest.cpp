@@ -1,0 +1,404 @@
+// Answers of the platform that real files do not bring about here: each reason, and the walks over the signers.
+
+#include <array>
+#include <ostream>
+#include <utility>
+
+#include "BuildData.h"
+#include "TrustTest.h"
+
+namespace OrlindexTest {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::SizeIs;
+
+struct Answer
+{
+    const char* name;
+    DWORD code;
+    const char* reason;
+};
+
+void PrintTo(const Answer& answer, std::ostream* stream)
+{
+    *stream << answer.name;
+}
+
+class VerifyAnswer : public TrustTest, public testing::WithParamInterface<Answer>
+{
+};
+
+TEST_P(VerifyAnswer, IsMappedToItsReason)
+{
+    site.Install("good");
+    verifyAnswer = GetParam().code;
+    ExpectRefused(GetParam().reason);
+    EXPECT_THAT(Calls(), SizeIs(2));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Platform, VerifyAnswer,
+    testing::Values(
+        Answer{"ExplicitDistrust", 0x800B0111, SaidNotTrusted}, Answer{"SecuritySettings", 0x80092026, SaidNotTrusted},
+        Answer{"SubjectNotTrusted", 0x800B0004, SaidNotTrusted}, Answer{"NoSignature", 0x800B0100, SaidInvalid},
+        Answer{"FileNotFound", 2, SaidNotFound}, Answer{"BadDigest", 0x80096010, SaidUnknownError},
+        Answer{"Expired", 0x800B0101, SaidUnknownError}, Answer{"Revoked", 0x800B010C, SaidUnknownError},
+        Answer{"ChainingFailed", 0x800B010A, SaidUnknownError},
+        Answer{"SubjectFormUnknown", 0x800B0003, SaidUnknownError}, Answer{"PathNotFound", 3, SaidUnknownError},
+        Answer{"One", 1, SaidUnknownError}, Answer{"AllBitsSet", 0xFFFFFFFF, SaidUnknownError}),
+    [](const testing::TestParamInfo<Answer>& row) { return std::string(row.param.name); });
+
+class TrustedByPlatform : public TrustTest
+{
+protected:
+    void SetUp() override { verifyAnswer = 0; }
+};
+
+TEST_F(TrustedByPlatform, AListedNameIsValidWhateverTheRoot)
+{
+    site.Install("other-root");
+    ExpectAccepted();
+}
+
+TEST_F(TrustedByPlatform, ANameThatIsNotListedIsNotTrusted)
+{
+    site.Install("stranger");
+    ExpectRefused(SaidNotTrusted);
+}
+
+TEST_F(TrustedByPlatform, SuccessWithoutProviderDataIsAMissingSignature)
+{
+    site.Install("good");
+    const ProviderDataDouble none([](HANDLE) -> CRYPT_PROVIDER_DATA* { return nullptr; });
+    ExpectRefused(SaidMissing);
+}
+
+TEST_F(TrustedByPlatform, ThePinnedRootIsNotLookedAt)
+{
+    site.Install("good");
+    int hashes = 0;
+    const HashCertificateDouble count([&](auto... arguments) {
+        ++hashes;
+        return HashCertificateDouble::Original(arguments...);
+    });
+    ExpectAccepted();
+    EXPECT_EQ(hashes, 0);
+}
+
+/// Provider data that claim another number of signers than the file has.
+class SignerCount
+{
+public:
+    explicit SignerCount(DWORD count)
+        : double_([this, count](HANDLE state) {
+              data_ = *ProviderDataDouble::Original(state);
+              data_.csSigners = count;
+              return &data_;
+          })
+    {
+    }
+
+private:
+    CRYPT_PROVIDER_DATA data_{};
+    ProviderDataDouble double_;
+};
+
+TEST_F(TrustedByPlatform, NoSignerIsNotTrusted)
+{
+    site.Install("good");
+    const SignerCount none(0);
+    ExpectRefused(SaidNotTrusted);
+}
+
+TEST_F(TrustedByPlatform, ASignerThatCannotBeHadIsSkipped)
+{
+    site.Install("good");
+    const SignerCount two(2);
+    const SignerDouble firstMissing([](CRYPT_PROVIDER_DATA* data, DWORD index, BOOL counter, DWORD counterIndex) {
+        return index == 0 ? nullptr : SignerDouble::Original(data, 0, counter, counterIndex);
+    });
+    // The second signer has its first certificate at the place where the second is asked for.
+    const CertificateDouble shifted(
+        [](CRYPT_PROVIDER_SGNR* signer, DWORD) { return CertificateDouble::Original(signer, 0); });
+    ExpectAccepted();
+}
+
+TEST_F(TrustedByPlatform, ACertificateWithoutContextIsSkipped)
+{
+    site.Install("good");
+    CRYPT_PROVIDER_CERT empty{};
+    empty.cbStruct = sizeof empty;
+    const CertificateDouble without([&empty](CRYPT_PROVIDER_SGNR*, DWORD) { return &empty; });
+    ExpectRefused(SaidNotTrusted);
+}
+
+TEST_F(TrustedByPlatform, TheSignersIndexIsTheCertificatesIndexToo)
+{
+    site.Install("stranger");
+    const SignerCount three(3);
+    std::vector<std::pair<DWORD, BOOL>> signers;
+    std::vector<DWORD> counterSigners;
+    std::vector<DWORD> certificates;
+    const SignerDouble recordSigner([&](CRYPT_PROVIDER_DATA* data, DWORD index, BOOL counter, DWORD counterIndex) {
+        signers.emplace_back(index, counter);
+        counterSigners.push_back(counterIndex);
+        return SignerDouble::Original(data, 0, counter, counterIndex);
+    });
+    const CertificateDouble recordCertificate([&certificates](CRYPT_PROVIDER_SGNR* signer, DWORD index) {
+        certificates.push_back(index);
+        return CertificateDouble::Original(signer, index);
+    });
+    ExpectRefused(SaidNotTrusted);
+    EXPECT_THAT(signers, ElementsAre(std::pair{0U, FALSE}, std::pair{1U, FALSE}, std::pair{2U, FALSE}));
+    EXPECT_THAT(counterSigners, Each(0U));
+    EXPECT_THAT(certificates, ElementsAre(0U, 1U, 2U));
+}
+
+TEST_F(TrustedByPlatform, TheFirstMatchingSignerEndsTheWalk)
+{
+    site.Install("good");
+    const SignerCount three(3);
+    int asked = 0;
+    const CertificateDouble count([&asked](CRYPT_PROVIDER_SGNR* signer, DWORD) {
+        ++asked;
+        return CertificateDouble::Original(signer, 0);
+    });
+    ExpectAccepted();
+    EXPECT_EQ(asked, 1);
+}
+
+class UntrustedRoot : public TrustTest
+{
+protected:
+    void SetUp() override
+    {
+        site.Install("good");
+        verifyAnswer = 0x800B0109;
+    }
+
+    /// Answers of the hashing, call by call; the real digest comes first and may be changed.
+    template <typename Change>
+    auto ChangedHash(Change change)
+    {
+        return [this, change](LPCWSTR algorithm, DWORD flags, void* reserved, const BYTE* bytes, DWORD count,
+                              BYTE* digest, DWORD* size) {
+            EXPECT_STREQ(algorithm, L"SHA256");
+            EXPECT_EQ(flags, 0U);
+            EXPECT_EQ(reserved, nullptr);
+            EXPECT_EQ(*size, 32U);
+            EXPECT_EQ(std::string(reinterpret_cast<const char*>(bytes), count), site.RootCertificate("root"));
+            ++hashes;
+            HashCertificateDouble::Original(algorithm, flags, reserved, bytes, count, digest, size);
+            return change(digest, *size);
+        };
+    }
+
+    int hashes = 0;
+};
+
+TEST_F(UntrustedRoot, ThePinnedRootIsHashedOnce)
+{
+    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
+    ExpectAccepted();
+    EXPECT_EQ(hashes, 1);
+}
+
+TEST_F(UntrustedRoot, NoProviderDataIsNotTrusted)
+{
+    const ProviderDataDouble none([](HANDLE) -> CRYPT_PROVIDER_DATA* { return nullptr; });
+    ExpectRefused(SaidNotTrusted);
+}
+
+TEST_F(UntrustedRoot, NoSignerIsNotTrusted)
+{
+    const SignerCount none(0);
+    ExpectRefused(SaidNotTrusted);
+}
+
+TEST_F(UntrustedRoot, ASignerThatCannotBeHadIsNotTrusted)
+{
+    const SignerDouble none([](CRYPT_PROVIDER_DATA*, DWORD, BOOL, DWORD) -> CRYPT_PROVIDER_SGNR* { return nullptr; });
+    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
+    ExpectRefused(SaidNotTrusted);
+    EXPECT_EQ(hashes, 0);
+}
+
+TEST_F(UntrustedRoot, ASignerWithoutCertificateIsSkipped)
+{
+    const CertificateDouble none([](CRYPT_PROVIDER_SGNR*, DWORD) -> CRYPT_PROVIDER_CERT* { return nullptr; });
+    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
+    ExpectRefused(SaidNotTrusted);
+    EXPECT_EQ(hashes, 0);
+}
+
+/// The real signer with another chain.
+class ChangedSigner
+{
+public:
+    explicit ChangedSigner(std::function<void(CRYPT_PROVIDER_SGNR&)> change)
+        : change_(std::move(change)),
+          double_([this](CRYPT_PROVIDER_DATA* data, DWORD, BOOL counter, DWORD counterIndex) {
+              signer_ = *SignerDouble::Original(data, 0, counter, counterIndex);
+              change_(signer_);
+              return &signer_;
+          })
+    {
+    }
+
+private:
+    std::function<void(CRYPT_PROVIDER_SGNR&)> change_;
+    CRYPT_PROVIDER_SGNR signer_{};
+    SignerDouble double_;
+};
+
+TEST_F(UntrustedRoot, ASignerWithoutChainIsSkipped)
+{
+    const CertificateDouble leaf(
+        [chain = std::array<CRYPT_PROVIDER_CERT, 1>{}](CRYPT_PROVIDER_SGNR*, DWORD) mutable { return chain.data(); });
+    const ChangedSigner chainless([](CRYPT_PROVIDER_SGNR& signer) { signer.pasCertChain = nullptr; });
+    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
+    ExpectRefused(SaidNotTrusted);
+    EXPECT_EQ(hashes, 0);
+}
+
+TEST_F(UntrustedRoot, ARootWithoutContextIsSkipped)
+{
+    std::vector<CRYPT_PROVIDER_CERT> chain;
+    const ChangedSigner rootless([&chain](CRYPT_PROVIDER_SGNR& signer) {
+        chain.assign(signer.pasCertChain, signer.pasCertChain + signer.csCertChain);
+        chain.back().pCert = nullptr;
+        signer.pasCertChain = chain.data();
+    });
+    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
+    ExpectRefused(SaidNotTrusted);
+    EXPECT_EQ(hashes, 0);
+}
+
+TEST_F(UntrustedRoot, AHashThatFailsGoesOnWithTheNextSigner)
+{
+    const SignerCount two(2);
+    const ChangedSigner twice([](CRYPT_PROVIDER_SGNR&) {});
+    const HashCertificateDouble hash(ChangedHash([this](BYTE*, DWORD&) { return hashes == 2; }));
+    ExpectAccepted();
+    EXPECT_EQ(hashes, 2);
+}
+
+TEST_F(UntrustedRoot, AHashThatFailsForEverySignerIsNotTrusted)
+{
+    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return FALSE; }));
+    ExpectRefused(SaidNotTrusted);
+    EXPECT_EQ(hashes, 1);
+}
+
+TEST_F(UntrustedRoot, AHashThatFailsWithAnotherSizeEndsTheWalkAndIsCompared)
+{
+    const SignerCount two(2);
+    const ChangedSigner twice([](CRYPT_PROVIDER_SGNR&) {});
+    const HashCertificateDouble hash(ChangedHash([](BYTE* digest, DWORD& size) {
+        std::memset(digest, 0, 32);
+        size = 20;
+        return FALSE;
+    }));
+    ExpectRefused(SaidNotTrusted);
+    EXPECT_EQ(hashes, 1);
+}
+
+TEST_F(UntrustedRoot, ADigestThatDiffersInItsLastBitIsNotTrusted)
+{
+    const HashCertificateDouble hash(ChangedHash([](BYTE* digest, DWORD&) {
+        digest[31] ^= 1;
+        return TRUE;
+    }));
+    ExpectRefused(SaidNotTrusted);
+}
+
+TEST_F(UntrustedRoot, OnlyTheFirstHashedSignerCounts)
+{
+    const SignerCount two(2);
+    const ChangedSigner twice([](CRYPT_PROVIDER_SGNR&) {});
+    const HashCertificateDouble hash(ChangedHash([this](BYTE* digest, DWORD&) {
+        if (hashes == 1)
+            digest[0] ^= 1;
+        return TRUE;
+    }));
+    ExpectRefused(SaidNotTrusted);
+    EXPECT_EQ(hashes, 1);
+}
+
+TEST_F(UntrustedRoot, SuccessOfTheRootCheckWithoutProviderDataAfterwardsIsAMissingSignature)
+{
+    int asked = 0;
+    const ProviderDataDouble onlyOnce(
+        [&asked](HANDLE state) { return ++asked == 1 ? ProviderDataDouble::Original(state) : nullptr; });
+    ExpectRefused(SaidMissing);
+    EXPECT_EQ(asked, 2);
+}
+
+struct Name
+{
+    const char* name;
+    std::string text; ///< With its terminating zero, or whatever the platform claims to have written.
+    bool listed;
+};
+
+void PrintTo(const Name& name, std::ostream* stream)
+{
+    *stream << name.name;
+}
+
+class SignerName : public TrustTest, public testing::WithParamInterface<Name>
+{
+};
+
+TEST_P(SignerName, IsComparedByteForByte)
+{
+    site.Install("good");
+    const std::string& text = GetParam().text;
+    const CertificateNameDouble name(
+        [&text](PCCERT_CONTEXT, DWORD type, DWORD flags, void* parameter, LPSTR buffer, DWORD size) {
+            EXPECT_EQ(type, 4U);
+            EXPECT_EQ(flags, 0U);
+            EXPECT_EQ(parameter, nullptr);
+            if (buffer != nullptr)
+            {
+                EXPECT_EQ(size, text.size());
+                std::memcpy(buffer, text.data(), text.size());
+            }
+            return static_cast<DWORD>(text.size());
+        });
+    if (GetParam().listed)
+        ExpectAccepted();
+    else
+        ExpectRefused(SaidNotTrusted);
+}
+
+INSTANTIATE_TEST_SUITE_P(Platform, SignerName,
+                         testing::Values(Name{"First", std::string("Kestrany, Inc.", 15), true},
+                                         Name{"Second", std::string("Kestrany Asia Pte", 18), true},
+                                         Name{"Empty", std::string("", 1), false},
+                                         Name{"NoLength", std::string(), false},
+                                         Name{"LongerByOne", std::string("Kestrany, Inc.x", 16), false},
+                                         Name{"Beginning", std::string("Kestrany", 9), false},
+                                         Name{"LeadingSpace", std::string(" Kestrany, Inc.", 16), false},
+                                         Name{"BothNames", std::string("Kestrany, Inc.\0Kestrany Asia Pte", 33), false},
+                                         Name{"ZeroBehindTheName", std::string("Kestrany, Inc.\0", 16), false}),
+                         [](const testing::TestParamInfo<Name>& row) { return std::string(row.param.name); });
+
+TEST_F(TrustedByPlatform, ANameThatCannotBeFetchedAfterItsLengthWasLearntIsNotTrusted)
+{
+    site.Install("good");
+    const CertificateNameDouble name([](PCCERT_CONTEXT, DWORD, DWORD, void*, LPSTR buffer, DWORD) -> DWORD {
+        if (buffer == nullptr)
+            return 15;
+        std::memcpy(buffer, "Kestrany, Inc.", 15);
+        return 1;
+    });
+    ExpectRefused(SaidNotTrusted);
+}
+
+// The list holds each name with its NUL and nothing else; the root is this build's own.
+static_assert(sizeof(Kestrany::BuildData::TrustedSigners) == 33);
+static_assert(Kestrany::BuildData::DevelopmentRoot);
+
+} // namespace OrlindexTest

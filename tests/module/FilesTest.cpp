@@ -1,0 +1,137 @@
+// Files: their paths, how they are searched, how they are read.
+
+#include <string>
+#include <vector>
+
+#include "LocateTest.h"
+#include "base/FileContents.h"
+#include "base/Paths.h"
+#include "locate/FileSearch.h"
+
+namespace OrlindexTest {
+
+namespace fs = std::filesystem;
+using namespace Kestrany::IdentityServices;
+
+class FileSearch : public LocateTest
+{
+protected:
+    /// Where "wanted" is found; "none" where it is not.
+    std::string Search(const std::vector<fs::path>& directories) const
+    {
+        std::vector<std::wstring> texts;
+        for (const fs::path& directory : directories)
+            texts.push_back(directory.native());
+        std::wstring found = L"left over";
+        const bool any = FindFileInPaths(L"wanted", texts, found);
+        EXPECT_EQ(any, !found.empty());
+        return any ? ToUtf8(found) : "none";
+    }
+
+    const fs::path first = site.MakeFolder("first");
+    const fs::path second = site.MakeFolder("second");
+};
+
+TEST_F(FileSearch, TheFirstDirectoryInListOrderWins)
+{
+    WriteFile(second / "wanted", "");
+    EXPECT_EQ(Search({first, second}), Utf8(second / "wanted"));
+    WriteFile(first / "wanted", "");
+    EXPECT_EQ(Search({first, second}), Utf8(first / "wanted"));
+    EXPECT_EQ(Search({second, first}), Utf8(second / "wanted"));
+}
+
+TEST_F(FileSearch, NothingIsFoundInEmptyOrMissingDirectories)
+{
+    EXPECT_EQ(Search({}), "none");
+    EXPECT_EQ(Search({first, second, site.HostFolder() / "missing", first / "wanted" / "deeper"}), "none");
+}
+
+TEST_F(FileSearch, AMissingDirectoryDoesNotEndTheSearch)
+{
+    WriteFile(second / "wanted", "");
+    EXPECT_EQ(Search({L"Q:\\no such drive", L"|?*<>", first / "missing", second}), Utf8(second / "wanted"));
+}
+
+TEST_F(FileSearch, ADirectoryOfThatNameCounts)
+{
+    fs::create_directory(first / "wanted");
+    WriteFile(second / "wanted", "");
+    EXPECT_EQ(Search({first, second}), Utf8(first / "wanted"));
+}
+
+TEST_F(FileSearch, AnEmptyEntryDoesNotMeanTheCurrentDirectory)
+{
+    WriteFile("wanted", "");
+    ASSERT_TRUE(PathExists(L"wanted"));
+    EXPECT_EQ(Search({L""}), "none");
+    WriteFile(second / "wanted", "");
+    EXPECT_EQ(Search({L"", second, L""}), Utf8(second / "wanted"));
+}
+
+TEST_F(FileSearch, ASeparatorAtTheEndOfADirectoryIsNotDoubled)
+{
+    WriteFile(first / "wanted", "");
+    EXPECT_EQ(Search({Utf8(first) + '\\'}), Utf8(first / "wanted"));
+    EXPECT_EQ(Search({Utf8(first) + '/'}), Utf8(first) + "/wanted");
+}
+
+TEST_F(FileSearch, DirectoriesAreShownOneALine)
+{
+    EXPECT_EQ(DirectoryLines({}), L"");
+    EXPECT_EQ(DirectoryLines({L"a"}), L"a");
+    EXPECT_EQ(DirectoryLines({L"a", L"", L"b"}), L"a\n\nb");
+}
+
+TEST(Paths, NormalisingRemovesDotsAndDoubledSeparators)
+{
+    EXPECT_EQ(NormalizePath(L""), L"");
+    EXPECT_EQ(NormalizePath(L"C:/a/./b/../c.dll"), L"C:\\a\\c.dll");
+    EXPECT_EQ(NormalizePath(L"C:\\a\\\\b//c.dll"), L"C:\\a\\b\\c.dll");
+    EXPECT_EQ(NormalizePath(L"//server/share/a/../b.dll"), L"\\\\server\\share\\b.dll");
+    EXPECT_EQ(NormalizePath(L"a.dll"), L"a.dll");
+}
+
+TEST(Paths, ParentAndJoin)
+{
+    EXPECT_EQ(ParentPath(L"C:\\a\\b.dll"), L"C:\\a");
+    EXPECT_EQ(ParentPath(L"b.dll"), L"");
+    EXPECT_EQ(ParentPath(L""), L"");
+    EXPECT_EQ(JoinPath(L"C:\\a", L"b.dll"), L"C:\\a\\b.dll");
+    EXPECT_EQ(JoinPath(L"C:\\a\\", L"b.dll"), L"C:\\a\\b.dll");
+}
+
+class FileContents : public LocateTest
+{
+};
+
+TEST_F(FileContents, AllBytesAreRead)
+{
+    const std::string bytes("a\r\n\x1A\0\xFF z", 8);
+    const fs::path file = site.HostFolder() / L"\u4E2D.bin";
+    WriteFile(file, bytes);
+    EXPECT_EQ(ReadFileContents(file.native()), bytes);
+    WriteFile(file, "");
+    EXPECT_EQ(ReadFileContents(file.native()), "");
+}
+
+TEST_F(FileContents, WhatCannotBeReadGivesNothing)
+{
+    EXPECT_EQ(ReadFileContents(L""), std::nullopt);
+    EXPECT_EQ(ReadFileContents((site.HostFolder() / "missing").native()), std::nullopt);
+    EXPECT_EQ(ReadFileContents(site.HostFolder().native()), std::nullopt) << "a directory";
+}
+
+TEST_F(FileContents, AFileOfTheLargestSizeIsReadAndALargerOneIsNot)
+{
+    const fs::path file = site.HostFolder() / "large";
+    WriteFile(file, "x");
+    fs::resize_file(file, LargestFile);
+    const auto contents = ReadFileContents(file.native());
+    ASSERT_TRUE(contents);
+    EXPECT_EQ(contents->size(), LargestFile);
+    fs::resize_file(file, LargestFile + 1);
+    EXPECT_EQ(ReadFileContents(file.native()), std::nullopt);
+}
+
+} // namespace OrlindexTest

@@ -1,0 +1,99 @@
+#ifndef ORLINDEX_MODULE_IMPORTS_H
+#define ORLINDEX_MODULE_IMPORTS_H
+
+#include <functional>
+#include <string>
+#include <vector>
+#include <windows.h>
+
+#include "support/ImportPatch.h"
+
+namespace OrlindexTest {
+
+/// The module whose imports these tests replace: the library's sources are linked into the test itself.
+inline HMODULE Executable()
+{
+    return GetModuleHandleW(nullptr);
+}
+
+struct IsWow64ProcessImport
+{
+    static constexpr char Name[] = "IsWow64Process";
+    using Type = decltype(IsWow64Process);
+};
+
+struct RegOpenKeyImport
+{
+    static constexpr char Name[] = "RegOpenKeyExW";
+    using Type = decltype(RegOpenKeyExW);
+};
+
+struct RegCloseKeyImport
+{
+    static constexpr char Name[] = "RegCloseKey";
+    using Type = decltype(RegCloseKey);
+};
+
+struct RegEnumKeyImport
+{
+    static constexpr char Name[] = "RegEnumKeyExW";
+    using Type = decltype(RegEnumKeyExW);
+};
+
+/// Makes this process look like a 32-bit one on 64-bit Windows.
+class Wow64Process
+{
+    ImportDouble<IsWow64ProcessImport> query_{[](HANDLE process, BOOL* wow64) -> BOOL {
+                                                  *wow64 = process == GetCurrentProcess();
+                                                  return TRUE;
+                                              },
+                                              Executable()};
+};
+
+/// Makes the question whether this is a 32-bit process fail, with a misleading answer left behind.
+class FailingWow64Query
+{
+    ImportDouble<IsWow64ProcessImport> query_{[](HANDLE, BOOL* wow64) -> BOOL {
+                                                  *wow64 = TRUE;
+                                                  return FALSE;
+                                              },
+                                              Executable()};
+};
+
+/// Notes with which access a registry key is opened, and may refuse to open it.
+class RegistryOpenings
+{
+public:
+    /// Answers the status of an attempt to open a key; ERROR_SUCCESS lets it through to the platform.
+    using Judge = std::function<LSTATUS(const std::wstring& path, REGSAM access)>;
+
+    explicit RegistryOpenings(Judge judge)
+        : openings_(
+              [this, judge = std::move(judge)](HKEY root, const wchar_t* path, DWORD options, REGSAM access,
+                                               HKEY* key) -> LSTATUS {
+                  accesses_.push_back(access);
+                  const LSTATUS status = judge(path, access);
+                  return status == ERROR_SUCCESS
+                             ? ImportDouble<RegOpenKeyImport>::Original(root, path, options, access, key)
+                             : status;
+              },
+              Executable())
+    {
+    }
+
+    const std::vector<REGSAM>& Accesses() const { return accesses_; }
+
+private:
+    std::vector<REGSAM> accesses_;
+    ImportDouble<RegOpenKeyImport> openings_;
+};
+
+// How the library opens keys, as numbers: KEY_READ and KEY_QUERY_VALUE, each alone and in the 64-bit view.
+inline constexpr REGSAM ReadAccess = 131097;
+inline constexpr REGSAM ReadAccess64 = 131353;
+inline constexpr REGSAM QueryAccess = 1;
+inline constexpr REGSAM QueryAccess64 = 257;
+
+} // namespace OrlindexTest
+
+#endif

@@ -1,0 +1,16 @@
+#include <gtest/gtest.h>
+
+#include "Environment.h"
+#include "HostRoles.h"
+
+/// The tests, or one of the other hosts that some of them need.
+int main(int argc, char** argv)
+{
+    using namespace Kestrany::Simulator;
+    if (argc > 1 && std::string(argv[1]) == HostOption)
+        return PlayHost({argv + 2, argv + argc});
+    testing::InitGoogleTest(&argc, argv);
+    const int result = RUN_ALL_TESTS();
+    RemoveOwnFiles();
+    return result;
+}

@@ -1,0 +1,81 @@
+#ifndef ORLINDEX_SUPPORT_IMPORTPATCH_H
+#define ORLINDEX_SUPPORT_IMPORTPATCH_H
+
+#include <functional>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+#include <windows.h>
+
+namespace OrlindexTest {
+
+using AnyFunction = void (*)();
+
+/// Puts a function in the place of one that a module imports, and the original back on destruction. Found by name, from
+/// whatever library it comes.
+class ImportPatch
+{
+public:
+    ImportPatch(HMODULE module, const char* function, AnyFunction replacement);
+    ~ImportPatch();
+    ImportPatch(const ImportPatch&) = delete;
+    ImportPatch& operator=(const ImportPatch&) = delete;
+
+    AnyFunction Original() const { return original_; }
+
+private:
+    std::vector<AnyFunction*> entries_;
+    AnyFunction original_ = nullptr;
+};
+
+/// The library in this process. A module test that links the library's objects patches its own executable instead.
+HMODULE LibraryModule();
+
+/// An imported function replaced by a callable object. `Import` names the function and its type:
+///
+///     struct PathFileExistsImport
+///     {
+///         static constexpr char Name[] = "PathFileExistsW";
+///         using Type = decltype(PathFileExistsW);
+///     };
+///
+/// One object of each kind may live at a time.
+template <typename Import, typename Type = typename Import::Type>
+class ImportDouble;
+
+template <typename Import, typename Result, typename... Arguments>
+class ImportDouble<Import, Result(Arguments...)>
+{
+public:
+    using Behaviour = std::function<Result(Arguments...)>;
+
+    explicit ImportDouble(Behaviour behaviour, HMODULE module = LibraryModule())
+        : behaviour_(std::move(behaviour)), patch_(module, Import::Name, reinterpret_cast<AnyFunction>(&Replacement))
+    {
+        if (active_ != nullptr)
+            throw std::logic_error("the import is replaced already");
+        active_ = this;
+    }
+
+    ~ImportDouble() { active_ = nullptr; }
+    ImportDouble(const ImportDouble&) = delete;
+    ImportDouble& operator=(const ImportDouble&) = delete;
+
+    /// The function that stood there before.
+    static Result Original(Arguments... arguments)
+    {
+        return reinterpret_cast<Result(WINAPI*)(Arguments...)>(active_->patch_.Original())(arguments...);
+    }
+
+private:
+    static Result WINAPI Replacement(Arguments... arguments) { return active_->behaviour_(arguments...); }
+
+    static inline ImportDouble* active_ = nullptr;
+    Behaviour behaviour_;
+    ImportPatch patch_;
+};
+
+} // namespace OrlindexTest
+
+#endif

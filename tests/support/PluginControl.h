@@ -1,0 +1,101 @@
+#ifndef ORLINDEX_SUPPORT_PLUGINCONTROL_H
+#define ORLINDEX_SUPPORT_PLUGINCONTROL_H
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <list>
+#include <string>
+#include <vector>
+
+#include "plugin/TestPluginControl.h"
+
+namespace OrlindexTest {
+
+/// Arguments of an operation while it runs.
+class CallArguments
+{
+public:
+    CallArguments(const std::uint64_t* bits, int count) : bits_(bits, bits + count) {}
+
+    std::uint64_t Number(std::size_t index) const { return bits_.at(index); }
+
+    template <typename Target>
+    Target* Pointer(std::size_t index) const
+    {
+        return reinterpret_cast<Target*>(static_cast<std::uintptr_t>(bits_.at(index)));
+    }
+
+private:
+    std::vector<std::uint64_t> bits_;
+};
+
+struct LogLine
+{
+    int level;
+    std::string text;
+
+    bool operator==(const LogLine& other) const { return level == other.level && text == other.text; }
+};
+
+void PrintTo(const LogLine& line, std::ostream* stream);
+
+/// Steers one build of the test plugin and reads its journal. Loads the file, so that results can be set before the
+/// library loads it too; the library checks the file's signature all the same.
+class PluginControl
+{
+public:
+    using Action = std::function<void(const CallArguments&)>;
+
+    explicit PluginControl(const std::filesystem::path& file);
+    ~PluginControl();
+    PluginControl(const PluginControl&) = delete;
+    PluginControl& operator=(const PluginControl&) = delete;
+
+    /// What the operation answers from now on. A reference to a plugin's object is a number too; 0 is null.
+    void Answer(const char* interfaceName, int slot, std::int64_t result);
+    /// What it answers now, if that was set; the plugin's own objects are from the start.
+    std::int64_t Answer(const char* interfaceName, int slot) const;
+    /// What the operation does from now on, on its caller's thread, before it answers.
+    void OnCall(const char* interfaceName, int slot, Action action);
+
+    /// Every call but those of the logger, in order.
+    std::vector<std::string> Calls() const;
+    /// The calls of one interface, in order.
+    std::vector<std::string> Calls(const char* interfaceName) const;
+    /// What the plugin's logger received, in order.
+    std::vector<LogLine> Log() const;
+    void ClearJournal();
+
+private:
+    struct Hook
+    {
+        std::string interfaceName;
+        int slot;
+        Action action;
+    };
+
+    static void Run(void* context, const std::uint64_t* arguments, int count);
+    std::vector<std::string> Journal() const;
+
+    const TestPluginControl* control_;
+    std::list<Hook> hooks_; // A list: the plugin holds pointers to the elements.
+};
+
+/// Whether a module file is in this process.
+bool IsLoaded(const std::filesystem::path& file);
+
+/// A pointer as the journal shows it.
+inline std::string Address(const void* pointer)
+{
+    return '@' + std::to_string(reinterpret_cast<std::uintptr_t>(pointer));
+}
+
+/// A journal entry.
+std::string Call(const char* interfaceName, int slot, const std::string& arguments = {});
+/// What stands between the brackets of a journal entry.
+std::string ArgumentsOf(const std::string& journalEntry);
+
+} // namespace OrlindexTest
+
+#endif
