@@ -22,6 +22,14 @@ std::wstring ParentPath(const std::wstring& text)
     return path(text).parent_path().wstring();
 }
 
+bool NamesOneModule(const std::wstring& text)
+{
+    // Neither an embedded zero, at which the platform ends the text, nor an end that it strips.
+    if (text.empty() || text.find(L'\0') != std::wstring::npos || text.back() == L'.' || text.back() == L' ')
+        return false;
+    return path(text).is_absolute() && path(text).has_extension();
+}
+
 bool PathExists(const std::wstring& text)
 {
     if (text.empty())

@@ -49,7 +49,7 @@ std::optional<Json::Value> ReadJsonFile(const std::wstring& file)
 
 bool VersionCompatibilityFileExists(const std::wstring& file)
 {
-    return !ParentPath(file).empty() && PathExists(file);
+    return file != VersionCompatibilityFileName && PathExists(file);
 }
 
 bool ReadVersionCompatibility(const std::wstring& file, const std::string& key, const VersionParts& sdkVersion,

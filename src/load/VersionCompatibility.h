@@ -17,8 +17,10 @@ struct VersionCompatibilityContext
     LogSink log;
 };
 
-/// A search that failed leaves a bare file name behind, and that never exists: the current directory, where it would be
-/// looked up, may be anyone's choice.
+inline constexpr wchar_t VersionCompatibilityFileName[] = L"TALIXVersionCompatibility.config";
+
+/// A search that failed leaves the bare file name behind, and that never exists: the current directory, where it would
+/// be looked up, may be anyone's choice.
 bool VersionCompatibilityFileExists(const std::wstring& file);
 
 /// Reads a version compatibility file and chooses, among the elements of the array under `key`, the one of the highest

@@ -64,7 +64,10 @@ bool SSOPathResolver::LoadClientPluginModule()
     {
         reason = L"unknown exception";
     }
-    clientFactory_ = nullptr; // A plugin that was not configured to the end does not count as loaded.
+    // A plugin that was not configured to the end does not count as loaded.
+    clientFactory_ = nullptr;
+    pluginInterfaces = {};
+    pluginLoadState_ = PluginAttempted;
     LogLine(TALIXLog::Error, L"Failed to load client plugin module %1%. Error: %2%", clientPluginModulePath_, reason);
     return false;
 }
@@ -86,9 +89,15 @@ bool SSOPathResolver::LoadClientPluginModuleOnce()
     return true;
 }
 
-/// Between verification and loading nobody can write, replace or rename the file: it is held open for that time.
+/// Between verification and loading nobody can write, replace or rename the file: it is held open for that time. A path
+/// that the loader would take for another file than the one verified is refused.
 bool SSOPathResolver::LoadVerifiedPluginLibrary()
 {
+    if (!NamesOneModule(clientPluginModulePath_))
+    {
+        LogLoadFailure(clientPluginModulePath_, ERROR_BAD_PATHNAME);
+        return false;
+    }
     const FileHandle held(clientPluginModulePath_, FILE_SHARE_READ);
     if (!CheckClientPluginBinary(clientPluginModulePath_))
     {

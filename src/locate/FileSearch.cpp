@@ -11,7 +11,7 @@ bool FindFileInPaths(const std::wstring& fileName, const std::vector<std::wstrin
     found.clear();
     for (const std::wstring& directory : directories)
     {
-        if (directory.empty())
+        if (directory.empty() || directory.front() == L'%')
             continue;
         std::wstring candidate = JoinPath(directory, fileName);
         if (PathExists(candidate))

@@ -7,7 +7,8 @@
 namespace Kestrany::IdentityServices {
 
 /// Finds the first directory, in list order, that holds an entry of that name, and fills its full name. An empty
-/// directory holds nothing: joined with the name it would mean the current directory, which anyone may choose.
+/// directory, or one that begins with a reference without value, holds nothing: joined with the name they would be
+/// looked up in the current directory, which anyone may choose.
 bool FindFileInPaths(const std::wstring& fileName, const std::vector<std::wstring>& directories, std::wstring& found);
 
 /// The directories one a line, as messages show them.

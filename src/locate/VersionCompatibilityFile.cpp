@@ -11,7 +11,6 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
-constexpr wchar_t versionCompatibilityFileName[] = L"TALIXVersionCompatibility.config";
 constexpr char clientPluginKey[] = "ssoClientPlugin";
 
 std::wstring NormalizedModulePath(std::wstring path)
@@ -82,9 +81,9 @@ void SSOPathResolver::LocateVersionCompatibilityFile()
         directories.push_back(serverSettings_.versionCompatibilityConfigFilePath);
     if (SearchVersionCompatibilityFile(directories))
         return;
-    versionCompatibilityFilePath_ = versionCompatibilityFileName;
+    versionCompatibilityFilePath_ = VersionCompatibilityFileName;
     Log(Message(L"Failed to find version compatibility file %1% in the following paths:\n%2%",
-                versionCompatibilityFileName, DirectoryLines(directories)),
+                VersionCompatibilityFileName, DirectoryLines(directories)),
         TALIXLog::Error);
 }
 
@@ -92,9 +91,9 @@ bool SSOPathResolver::SearchVersionCompatibilityFile(std::vector<std::wstring>& 
 {
     ExpandPathVariables(directories);
     Log(Message(L"Searching for version compatibility file %1% in the following paths:\n%2%",
-                versionCompatibilityFileName, DirectoryLines(directories)),
+                VersionCompatibilityFileName, DirectoryLines(directories)),
         TALIXLog::Info);
-    if (!FindFileInPaths(versionCompatibilityFileName, directories, versionCompatibilityFilePath_))
+    if (!FindFileInPaths(VersionCompatibilityFileName, directories, versionCompatibilityFilePath_))
         return false;
     Log(Message(L"Found version compatibility file at %1%", versionCompatibilityFilePath_), TALIXLog::Info);
     return true;

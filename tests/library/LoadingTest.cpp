@@ -1,8 +1,8 @@
 // From a verified file to its interfaces: loading, the factory, the order of the configuration, the log.
 
-#include <algorithm>
 #include <stdexcept>
 
+#include "SystemText.h"
 #include "support/Handle.h"
 #include "support/HostTest.h"
 
@@ -17,17 +17,6 @@ using testing::IsEmpty;
 using testing::StartsWith;
 
 namespace {
-
-/// The system's text as a captured output holds it.
-std::string SystemText(DWORD code)
-{
-    wchar_t text[512];
-    const DWORD length =
-        FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code, LANG_USER_DEFAULT, text, 512, nullptr);
-    std::string shown = ToUtf8({text, length});
-    shown.erase(std::remove(shown.begin(), shown.end(), '\r'), shown.end());
-    return shown;
-}
 
 constexpr char ModuleMissing[] = "The specified module could not be found.";
 

@@ -255,6 +255,24 @@ TEST_F(VersionCompatibilityFile, WithoutServerApplicationTheReferenceStaysInTheM
     EXPECT_EQ(File(), fileName);
 }
 
+TEST_F(VersionCompatibilityFile, AFolderNamedLikeAReferenceWithoutValueIsNeverSearched)
+{
+    ASSERT_FALSE(manager.FindSSOServerApp());
+    fs::create_directory("%SSOServerAppPath%");
+    WriteFile(fs::path("%SSOServerAppPath%") / fileName, "planted");
+    EXPECT_FALSE(manager.FindCompatibleClientPlugin());
+    EXPECT_EQ(File(), fileName);
+}
+
+TEST_F(VersionCompatibilityFile, AnOverrideMayBeABareName)
+{
+    FindServerApplication();
+    site.WriteCompatibilityFile({Entry("C:\\default.dll")});
+    fs::copy_file(site.CompatibilityFile(), "other.json");
+    manager.SetVersionCompatibilityFileOverride(L"other.json");
+    EXPECT_TRUE(manager.FindCompatibleClientPlugin());
+}
+
 TEST_F(VersionCompatibilityFile, AMissingFileIsNamedOnceAndThenByTheCaller)
 {
     FindServerApplication();
