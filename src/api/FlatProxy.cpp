@@ -22,7 +22,9 @@ bool NamesBadPort(const char* host, int32_t port)
 
 talix_status_code TALIX_CALL talix_has_proxy_info(const char* host, int32_t port)
 {
-    if (IdServicesMgr::IsInitialized() && NamesBadPort(host, port))
+    if (!IdServicesMgr::IsInitialized())
+        return IdNotInitialized;
+    if (NamesBadPort(host, port))
         return IdInvalidProxyPort;
     return WithClient(IdClientUnavailable, [&](ISSOClient& client) {
         return Mapped(client.HasProxyInfo(host, static_cast<unsigned int>(port)));

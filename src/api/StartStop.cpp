@@ -21,20 +21,19 @@ std::mutex& LibraryMutex()
     return mutex;
 }
 
-/// Takes back one count unless the start that it stands for is complete.
-class CountedStart
+/// Takes back the count of a start that does not come to its end.
+class CountOfStart
 {
 public:
-    CountedStart() : count_(++referenceCount) {}
-    CountedStart(const CountedStart&) = delete;
-    CountedStart& operator=(const CountedStart&) = delete;
-    ~CountedStart()
+    CountOfStart() = default;
+    CountOfStart(const CountOfStart&) = delete;
+    CountOfStart& operator=(const CountOfStart&) = delete;
+    ~CountOfStart()
     {
         if (!complete_)
             --referenceCount;
     }
 
-    bool IsFirst() const { return count_ <= 1; }
     IdErrorCode Complete()
     {
         complete_ = true;
@@ -42,7 +41,6 @@ public:
     }
 
 private:
-    int count_;
     bool complete_ = false;
 };
 
@@ -66,10 +64,11 @@ void ReleasePlugin()
 /// Counts before it takes the mutex: a second caller must not wait for the first one's load.
 IdErrorCode IdServicesMgr::Initialize()
 {
-    CountedStart start;
-    if (!start.IsFirst())
-        return start.Complete();
-    const std::lock_guard<std::mutex> guard(LibraryMutex());
+    if (++referenceCount > 1)
+        return IdSuccess;
+    std::unique_lock<std::mutex> guard(LibraryMutex(), std::defer_lock);
+    CountOfStart start; // Taken back before the mutex is released, or a stop that waits for it would count below 0.
+    guard.lock();
     if (instance)
         return start.Complete();
 
@@ -86,8 +85,9 @@ IdErrorCode IdServicesMgr::Initialize()
 IdErrorCode IdServicesMgr::Uninitialize()
 {
     const std::lock_guard<std::mutex> guard(LibraryMutex());
-    if (referenceCount == 0 || --referenceCount > 0)
+    if (referenceCount <= 0 || --referenceCount > 0)
         return IdSuccess;
+    // The count is 0 now and stays so until another start counts; storing 0 at the end would lose that one.
     delete instance.exchange(nullptr);
     ReleasePlugin();
     return IdSuccess;
