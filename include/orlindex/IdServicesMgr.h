@@ -27,6 +27,8 @@ enum ApiFeature : std::int32_t
 /// each member) with its arguments in the same order, and answers the plugin's result unchanged. Where the client
 /// interface cannot be obtained it answers the fallback that its description names. The plugin runs on the caller's
 /// thread with no lock of the library held; whether two threads may be inside the plugin at once is the plugin's rule.
+/// An exception of the plugin passes to the caller; where the plugin throws while it is stopped, the library is stopped
+/// all the same.
 class ORLINDEX_API IdServicesMgr
 {
 public:

@@ -44,7 +44,8 @@ public:
     static std::wstring GetSSOClientConfigFileOverride();
     /// Names the client config file, instead of searching for it. The file need not exist; an empty path clears the
     /// override. A path that was found before is forgotten. Refused, with a message in the log, once the file was read
-    /// or an attempt to read it was made.
+    /// or an attempt to read it was made. Set it again before a new start: the last IdServicesMgr::Uninitialize forgets
+    /// it.
     static void SetSSOClientConfigFileOverride(std::wstring path);
     /// Full path of the log file, whether or not it exists.
     static std::wstring GetLogFile();
@@ -104,7 +105,9 @@ public:
     /// Starts a server process with arguments and waits at most `timeout` until it is ready (slot 10).
     static bool StartSSOServerProcess(const char* const* arguments, int count, std::chrono::milliseconds timeout,
                                       std::int64_t& processId);
-    /// Writes the arguments that server processes are started with, each into a buffer of the caller's (slot 12).
+    /// Writes the arguments that server processes are started with, each into a buffer of the caller's (slot 12). The
+    /// plugin says how large each buffer must be, for the operation is told only how many there are; the simulator
+    /// writes at most 1024 bytes into each, its terminating zero included.
     static bool GetSSOServerProcessArguments(char** buffers, int count);
     /// Sets the arguments that server processes are started with (slot 13).
     static void SetSSOServerProcessArguments(const char* const* arguments, int count);

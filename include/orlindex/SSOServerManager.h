@@ -13,7 +13,8 @@ namespace Kestrany::IdentityServices {
 /// Static members only. Each obtains the plugin's server-process interface (ISSOServerManager), which loads the plugin
 /// on first use, with or without IdServicesMgr::Initialize, and forwards to one slot with its arguments unchanged; zero
 /// and negative times too. Without the interface the answer is false and no output is touched. The plugin runs on the
-/// caller's thread with no lock of the library held: a long time-out blocks only the caller.
+/// caller's thread with no lock of the library held: a long time-out blocks only the caller. Its exceptions pass to the
+/// caller.
 class ORLINDEX_API SSOServerManager
 {
 public:

@@ -21,22 +21,23 @@ extern "C" {
  */
 typedef enum talix_status_code
 {
-    IdSuccess = 1000,              /* The call succeeded. */
-    IdNotInitialized = 2000,       /* The library is not initialized. */
-    IdFailed = 3004,               /* A required argument is missing, or the plugin answered a value below 1000. */
-    IdClientUnavailable = 3005,    /* The client plugin module or its client interface could not be obtained. */
-    IdInvalidClientId = 3006,      /* A null OAuth2 client ID. */
-    IdBufferTooSmall = 3017,       /* The caller's buffer cannot hold the text and its terminating zero. */
-    IdInvalidHostWindow = 3018,    /* A null window handle. */
-    IdNotSupported = 3021,         /* The operation is not supported. */
+    IdSuccess = 1000,           /* The call succeeded. */
+    IdNotInitialized = 2000,    /* The library is not initialized. */
+    IdFailed = 3004,            /* A required argument or the client interface is missing, the plugin answered a value
+                                   below 1000 or threw, or the system is out of memory. */
+    IdClientUnavailable = 3005, /* The client plugin module or its client interface could not be obtained. */
+    IdInvalidClientId = 3006,   /* A null OAuth2 client ID. */
+    IdBufferTooSmall = 3017,    /* The caller's buffer cannot hold the text and its terminating zero. */
+    IdInvalidHostWindow = 3018, /* A null window handle. */
+    IdNotSupported = 3021,      /* The operation is not supported. */
     IdRunningAsLocalSystem = 3025, /* The process runs under the local system account. */
     IdInvalidVersionRecord = 3041, /* A version record in which neither text buffer is usable. */
     IdInvalidProxyRecord = 3047,   /* A null proxy record. */
     IdInvalidProxyHost = 3050,     /* A proxy host that is null, of size 0 or empty. */
     IdInvalidProxyPort = 3052,     /* A proxy port outside 1..65535 with a non-empty host. */
     IdInvalidProfileRecord = 3064, /* A null profile record. */
-    IdApiUnavailable = 3071,       /* The loaded plugin does not offer the feature. */
-    IdServerQuitFailed = 3080,     /* The server processes could not be asked to quit, or did not quit in time. */
+    IdApiUnavailable = 3071,       /* The plugin does not offer the feature, or has no client interface. */
+    IdServerQuitFailed = 3080,     /* No server-process interface, or not all server processes quit in time. */
 
     /* Bounds that make every signed 32-bit number a value of this type; never results. */
     TALIX_STATUS_CODE_MIN = (-2147483647 - 1),
@@ -166,12 +167,17 @@ typedef enum talix_event_code
     TALIX_EVENT_LOGIN_RESTORED = 5 /* Always comes with the status IdSuccess. */
 } talix_event_code;
 
-/* A product configuration that the library owns. Valid until the last talix_deinit; never freed by the host. */
+/*
+ * A product configuration that the library owns. Valid until the last talix_deinit; never freed by the host. A host
+ * that starts with talix_init also stops with talix_deinit: handles and callbacks do not follow
+ * IdServicesMgr::Uninitialize.
+ */
 typedef struct talix_product_config_slot* talix_product_config;
 
 /*
  * Receives identity events, on the thread that calls talix_dispatch_events. event_code: a talix_event_code; status: a
- * talix_status_code; user_value: the one given with the callback. A callback must not add or remove callbacks.
+ * talix_status_code; user_value: the one given with the callback. A callback must not add or remove callbacks,
+ * nor call talix_init or talix_deinit, nor throw.
  */
 typedef void(TALIX_CALL* talix_event_callback)(int32_t event_code, int32_t status, void* user_value);
 
@@ -246,7 +252,7 @@ ORLINDEX_API talix_status_code TALIX_CALL talix_logout(talix_logout_flags flags)
 /*
  * Writes the OAuth2 access token (slot 6), at most 4095 UTF-16 units. IdFailed for a null record; IdNotInitialized;
  * IdClientUnavailable without client; the plugin's result, mapped; IdBufferTooSmall. On a failure of the plugin or
- * without client the buffer receives an empty text, if it has room for one.
+ * without client the buffer receives what the plugin wrote, as a rule an empty text, if it has room for it.
  */
 ORLINDEX_API talix_status_code TALIX_CALL talix_get_token(talix_buffer* token);
 

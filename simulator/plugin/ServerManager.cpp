@@ -38,8 +38,7 @@ std::wstring FileName(const std::wstring& path)
 } // namespace
 
 ServerManager::ServerManager(LogSink log)
-    : log_(log), processes_(std::move(log)), processIdentity_(DefaultIdentity), serverIdentity_(DefaultServerIdentity),
-      arguments_(1)
+    : log_(log), processes_(std::move(log)), processIdentity_(DefaultIdentity), serverIdentity_(DefaultServerIdentity)
 {
 }
 
@@ -127,7 +126,7 @@ bool ServerManager::StartSSOServerProcess(std::int64_t timeout, std::int64_t& pr
         Arguments arguments;
         {
             const std::lock_guard lock(mutex_);
-            arguments = arguments_.back();
+            arguments = arguments_;
         }
         return Start(arguments, timeout, processId);
     });
@@ -137,11 +136,18 @@ bool ServerManager::GetSSOServerProcessArguments(char** buffers, int count)
 {
     return Guarded(false, [&] {
         const std::lock_guard lock(mutex_);
-        Arguments& arguments = arguments_.back();
-        if (count < 0 || (buffers == nullptr && count > 0) || static_cast<std::size_t>(count) < arguments.size())
+        if (count < 0 || (buffers == nullptr && count > 0) || static_cast<std::size_t>(count) < arguments_.size())
             return false;
-        for (std::size_t index = 0; index < static_cast<std::size_t>(count); ++index)
-            buffers[index] = index < arguments.size() ? arguments[index].data() : nullptr;
+        const auto size = static_cast<std::size_t>(count);
+        const bool fits = std::all_of(arguments_.begin(), arguments_.end(),
+                                      [](const std::string& argument) { return argument.size() < ArgumentCapacity; });
+        if (!fits || std::find(buffers, buffers + size, nullptr) != buffers + size)
+            return false;
+        for (std::size_t index = 0; index < size; ++index)
+        {
+            const std::string argument = index < arguments_.size() ? arguments_[index] : std::string();
+            std::copy_n(argument.c_str(), argument.size() + 1, buffers[index]);
+        }
         return true;
     });
 }
@@ -153,8 +159,7 @@ void ServerManager::SetSSOServerProcessArguments(const char* const* arguments, i
         if (!taken)
             return log_(TALIXLog::Warning, "Server arguments refused: a null text, or one that is not UTF-8");
         const std::lock_guard lock(mutex_);
-        if (*taken != arguments_.back())
-            arguments_.push_back(*std::move(taken));
+        arguments_ = *std::move(taken);
     });
 }
 

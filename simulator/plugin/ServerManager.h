@@ -1,7 +1,7 @@
 #ifndef SIMULATOR_PLUGIN_SERVERMANAGER_H
 #define SIMULATOR_PLUGIN_SERVERMANAGER_H
 
-#include <list>
+#include <cstddef>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -15,6 +15,8 @@ namespace Kestrany::Simulator {
 class ServerManager final : public IdentityServices::ISSOServerManager
 {
 public:
+    static constexpr std::size_t ArgumentCapacity = 1024; // Bytes.
+
     explicit ServerManager(LogSink log);
 
     /// The name that server processes are started and found under.
@@ -37,8 +39,8 @@ public:
     bool StartSSOServerProcessWithArguments(const char* const* arguments, int count, std::int64_t timeout,
                                             std::int64_t& processId) override;
     bool StartSSOServerProcess(std::int64_t timeout, std::int64_t& processId) override;
-    /// Each element receives a pointer to one argument, those beyond the last one null. The texts belong to the plugin
-    /// and stay valid. False when there are more arguments than elements.
+    /// Each buffer must have ArgumentCapacity bytes and receives one argument, those beyond the last one an empty text.
+    /// False, with all buffers untouched, when there are more arguments than buffers, or one that is too long.
     bool GetSSOServerProcessArguments(char** buffers, int count) override;
     void SetSSOServerProcessArguments(const char* const* arguments, int count) override;
     bool IsSSOServerProcessRunning(std::int64_t& processId) override;
@@ -60,8 +62,7 @@ private:
     std::wstring executable_;
     std::string processIdentity_;
     std::string serverIdentity_;
-    /// Every list that was ever set, the one in force last: callers hold pointers into them.
-    std::list<Arguments> arguments_;
+    Arguments arguments_;
     bool supportBothLocalAndAdmin_ = false;
 };
 

@@ -57,18 +57,25 @@ TEST_F(PluginServerManagerTest, StoredArgumentsReachTheServer)
 
 TEST_F(PluginServerManagerTest, ArgumentsAreAnsweredWhenThereIsRoomForAll)
 {
-    char text[] = "untouched";
-    char* read[] = {text, text, text};
+    constexpr std::size_t ArgumentCapacity = 1024;
+    char buffers[3][ArgumentCapacity] = {"untouched", "untouched", "untouched"};
+    char* read[] = {buffers[0], buffers[1], buffers[2]};
+    char* lacking[] = {buffers[0], buffers[1], nullptr};
     EXPECT_FALSE(manager.GetSSOServerProcessArguments(read, 1));
-    EXPECT_EQ(read[0], text);
+    EXPECT_FALSE(manager.GetSSOServerProcessArguments(lacking, 3));
+    EXPECT_STREQ(read[0], "untouched");
     EXPECT_FALSE(manager.GetSSOServerProcessArguments(nullptr, 2));
     EXPECT_FALSE(manager.GetSSOServerProcessArguments(read, -1));
     ASSERT_TRUE(manager.GetSSOServerProcessArguments(read, 3));
     EXPECT_STREQ(read[0], "--quit-after");
     EXPECT_STREQ(read[1], "60");
-    EXPECT_EQ(read[2], nullptr);
-    manager.SetSSOServerProcessArguments(nullptr, 0);
-    EXPECT_STREQ(read[0], "--quit-after") << "the caller still holds it";
+    EXPECT_STREQ(read[2], "");
+
+    const std::string tooLong(ArgumentCapacity, 'x');
+    const char* const setTooLong[] = {tooLong.c_str()};
+    manager.SetSSOServerProcessArguments(setTooLong, 1);
+    EXPECT_FALSE(manager.GetSSOServerProcessArguments(read, 3));
+    EXPECT_STREQ(read[0], "--quit-after");
 }
 
 TEST_F(PluginServerManagerTest, ArgumentsWithAFaultAreRefusedWhole)

@@ -19,7 +19,8 @@ public:
     virtual void Reserved7() = 0;
     virtual void Reserved8() = 0;
     virtual void Reserved9() = 0;
-    /// Slot 10. `message` is UTF-16 with a terminating zero and belongs to the caller.
+    /// Slot 10. `message` is UTF-16 with a terminating zero and belongs to the caller. Called on any thread with the
+    /// library's lock held: it must not call the library, nor wait for a thread that does.
     virtual void Log(const wchar_t* message, TALIXLog::LogLevel level) = 0;
 
 protected:

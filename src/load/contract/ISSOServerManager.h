@@ -28,6 +28,7 @@ public:
     virtual bool StartSSOServerProcessWithArguments(const char* const* arguments, int count, std::int64_t timeout,
                                                     std::int64_t& processId) = 0;
     virtual bool StartSSOServerProcess(std::int64_t timeout, std::int64_t& processId) = 0;
+    /// Slot 12. Each argument into a buffer of the caller's; how large they must be is the plugin's rule.
     virtual bool GetSSOServerProcessArguments(char** buffers, int count) = 0;
     virtual void SetSSOServerProcessArguments(const char* const* arguments, int count) = 0;
     virtual bool IsSSOServerProcessRunning(std::int64_t& processId) = 0;
