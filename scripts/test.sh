@@ -29,6 +29,10 @@ esac
 finish()
 {
     local status=$?
+    if [ -f "${WINEPREFIX:-}/silent-starts" ]; then
+        say '' "Wine ended before the program began, and was started once more:"
+        sed 's/^/  /' "$WINEPREFIX/silent-starts"
+    fi
     wine_session_end
     finish_results "$status"
     exit $?

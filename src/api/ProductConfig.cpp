@@ -71,7 +71,7 @@ ProductConfig& ProductConfig::operator=(const ProductConfig& other)
     return *this;
 }
 
-/// The texts are left behind on purpose: plugins and hosts may still hold pointers that they read from the block.
+/// Releases the block and, on purpose, not the texts: by contract their lifetime is not the object's.
 ProductConfig::~ProductConfig()
 {
     delete d;

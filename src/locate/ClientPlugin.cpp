@@ -24,9 +24,9 @@ void LogLine(LogLevel level, const wchar_t* text, const Arguments&... arguments)
     DefaultLogFunction(Message(text, arguments...), level);
 }
 
-void LogLoadFailure(const std::wstring& path, DWORD error)
+void LogLoadFailure(const std::wstring& path, const std::wstring& reason)
 {
-    LogLine(TALIXLog::Error, L"Failed to load client plugin module %1%. Error: %2%", path, GetSystemErrorText(error));
+    LogLine(TALIXLog::Error, L"Failed to load client plugin module %1%. Error: %2%", path, reason);
 }
 
 void ConnectPluginLogger(ISSOClientFactory& factory)
@@ -68,7 +68,7 @@ bool SSOPathResolver::LoadClientPluginModule()
     clientFactory_ = nullptr;
     pluginInterfaces = {};
     pluginLoadState_ = PluginAttempted;
-    LogLine(TALIXLog::Error, L"Failed to load client plugin module %1%. Error: %2%", clientPluginModulePath_, reason);
+    LogLoadFailure(clientPluginModulePath_, reason);
     return false;
 }
 
@@ -95,7 +95,7 @@ bool SSOPathResolver::LoadVerifiedPluginLibrary()
 {
     if (!NamesOneModule(clientPluginModulePath_))
     {
-        LogLoadFailure(clientPluginModulePath_, ERROR_BAD_PATHNAME);
+        LogLoadFailure(clientPluginModulePath_, GetSystemErrorText(ERROR_BAD_PATHNAME));
         return false;
     }
     const FileHandle held(clientPluginModulePath_, FILE_SHARE_READ);
@@ -106,7 +106,7 @@ bool SSOPathResolver::LoadVerifiedPluginLibrary()
     }
     if (!held.IsOpen())
     {
-        LogLoadFailure(clientPluginModulePath_, held.Error());
+        LogLoadFailure(clientPluginModulePath_, GetSystemErrorText(held.Error()));
         return false;
     }
     return LoadPluginLibrary();
@@ -119,7 +119,7 @@ bool SSOPathResolver::LoadPluginLibrary()
     pluginModule_ = LoadModuleWithOwnDirectory(clientPluginModulePath_, error);
     if (!pluginModule_)
     {
-        LogLoadFailure(clientPluginModulePath_, error);
+        LogLoadFailure(clientPluginModulePath_, GetSystemErrorText(error));
         return false;
     }
     LogLine(TALIXLog::Info, L"Successfully loaded client plugin module %1%", clientPluginModulePath_);

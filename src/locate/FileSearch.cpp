@@ -1,6 +1,7 @@
 #include "locate/FileSearch.h"
 
 #include <boost/algorithm/string/join.hpp>
+#include <utility>
 
 #include "base/Paths.h"
 

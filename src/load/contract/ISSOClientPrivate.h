@@ -16,6 +16,9 @@ namespace Kestrany::IdentityServices {
 /// Operations for the family's own tools. Texts have a terminating zero. A text that is answered belongs to the plugin
 /// and stays valid until the same thread asks for it again; a null one counts as empty.
 ///
+/// Slots 6, 7 and 17 pass containers of the standard library, which either side may grow or release: plugin and library
+/// must be built with the same one, on the same heap. The other slots are the same for every compiler.
+///
 /// Where a plugin chooses what an argument means, the choice of the simulator is given as an example.
 class ISSOClientPrivate
 {
