@@ -30,7 +30,7 @@ finish()
 {
     local status=$?
     if [ -f "${WINEPREFIX:-}/silent-starts" ]; then
-        say '' "Wine ended before the program began, and was started once more:"
+        say "Wine ended before the program began, and was started once more:"
         sed 's/^/  /' "$WINEPREFIX/silent-starts"
     fi
     wine_session_end
