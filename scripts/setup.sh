@@ -18,8 +18,12 @@ packages=(
     cmake ninja-build g++ dpkg-dev xz-utils python3 openssl
     # The Windows side: compiler, compatibility layer, code signing.
     g++-mingw-w64-x86-64-posix wine wine64 osslsigncode
-    # Sanitizers, static checks, and the checks of what Microsoft's rules make of the headers.
-    clang-14 libclang-rt-14-dev llvm-14 clang-format-14 clang-tidy-14 shellcheck
+    # The same for 32-bit hosts.
+    g++-mingw-w64-i686-posix
+    # Sanitizers, fuzzers, static checks, and the checks of what Microsoft's rules make of headers and sources.
+    clang-14 libclang-rt-14-dev llvm-14 clang-format-14 clang-tidy-14 clang-19 llvm-19 libc++-19-dev shellcheck
+    # Coverage, the reference of the headers, and the compiler for the samples in C#.
+    gcovr doxygen mono-mcs mono-runtime
     # Libraries of the native build of the portable logic; the cross build takes its own from .deps/.
     libjsoncpp-dev libboost1.81-dev libgtest-dev googletest
 )
@@ -28,8 +32,15 @@ prefix=$deps/prefix
 
 # --- Steps ----------------------------------------------------------------------------------------------------------
 
+# Node.js is often there from elsewhere than Debian.
+node_packages()
+{
+    command -v npm >/dev/null || printf '%s\n' nodejs npm
+}
+
 missing_packages()
 {
+    node_packages
     comm -23 <(printf '%s\n' "${packages[@]}" | sort) \
         <(dpkg-query -W -f '${db:Status-Status} ${Package}\n' "${packages[@]}" 2>/dev/null |
             sed -n 's/^installed //p' | sort)
@@ -143,6 +154,15 @@ build_benchmark()
         -DBENCHMARK_ENABLE_WERROR=OFF -DBENCHMARK_INSTALL_DOCS=OFF
 }
 
+# The public tools that tests judge with; tests/node pins them.
+install_node_packages()
+{
+    rm -rf "$deps/node"
+    mkdir -p "$deps/node"
+    cp "$root/tests/node/package.json" "$root/tests/node/package-lock.json" "$deps/node/"
+    npm ci --prefix "$deps/node" --ignore-scripts --no-audit --no-fund
+}
+
 # Windows 10, as a new prefix says it is Windows 7. Made aside and moved into place when whole.
 make_wine_prefix()
 {
@@ -159,7 +179,7 @@ make_wine_prefix()
 # --- Carrying them out ----------------------------------------------------------------------------------------------
 
 number=0
-total=7
+total=8
 
 # run TITLE NAME FUNCTION: one step with its number, its time, its log, and on failure the log's tail.
 run()
@@ -238,6 +258,7 @@ main()
     once "Boost for Windows" boost build_boost "$cross"
     once "GoogleTest for Windows" googletest build_googletest "$cross"
     once "Benchmark for Windows" benchmark build_benchmark "$cross"
+    once "Node.js packages for the tests" node install_node_packages "$(cat "$root"/tests/node/package*.json; node --version)"
     once "Wine prefix (Windows 10)" wine make_wine_prefix "$(dpkg-query -W wine64)"
     rm -rf "$deps/src" "$deps/build"
     say "Set-up: ready ($(seconds_since "$began"))"
