@@ -59,16 +59,31 @@ def fallbacks_of_sources():
     return found
 
 
+def flat_fallbacks_of_sources():
+    """{function: (answer while not initialized, answer without client)} of those that have the usual shape."""
+    found = {}
+    for file in (ROOT / 'src/api').glob('Flat*.cpp'):
+        source = file.read_text(encoding='utf-8')
+        for name, body in re.findall(r'^\w+ TALIX_CALL (talix_\w+)\([^)]*\)\n\{\n(.*?)^\}', source, re.M | re.S):
+            usual = re.search(r'\bWithClient\((\w+),', body)
+            if usual:
+                found[name] = ('2000', {**FALLBACKS, 'IdApiUnavailable': '3071', 'IdSuccess': '1000'}[usual.group(1)])
+    return found
+
+
 def main():
     fallbacks = page('docs/fallbacks.md')
     errors = []
     described = Counter()
     slots = set()
     answers = {}
+    flat = {}
     for line, cells in fallbacks.rows(without={'Texts'}):
         place = f'{fallbacks.name}:{line}'
         name = plain_name(codes(cells[0])[0])
         described[name] += 1
+        if name.startswith('talix_'):
+            flat[name] = (place, tuple(re.split(r'[;:, ]', cell)[0] for cell in cells[2:4]))
         rows_slots = re.findall(r'(\w+ \d+) `(\w+)`', cells[-1])
         slots.update(f'{where} {operation}' for where, operation in rows_slots)
         for _, operation in rows_slots:
@@ -94,7 +109,15 @@ def main():
             errors.append(f'{answers[key][0]}: {key[0]} answers {value}, not {answers[key][1]}')
     if len(values) < 40:
         errors.append(f'only {len(values)} forwarding members were recognised in the sources')
-    report(errors, f'{sum(exported.values())} exported names, {len(slots)} slots, {len(values)} fallbacks')
+    usual = flat_fallbacks_of_sources()
+    for name, answer in sorted(usual.items()):
+        place, described_answer = flat.get(name, (fallbacks.name, None))
+        if answer != described_answer:
+            errors.append(f'{place}: {name} answers {answer} while not initialized and without client, '
+                          f'not {described_answer}')
+    if len(usual) < 15:
+        errors.append(f'only {len(usual)} flat functions were recognised in the sources')
+    report(errors, f'{sum(exported.values())} exported names, {len(slots)} slots, {len(values) + len(usual)} fallbacks')
 
 
 main()

@@ -1,11 +1,41 @@
-"""Every relative link of a page leads to a file of this tree, and every anchor to a heading."""
+"""Every relative link of a page leads to a file of this tree, and every anchor to a heading; what a page names of this
+tree (folders, scripts, presets) is there."""
 
+import json
 import re
 
-from pages import ROOT, Page, all_pages, report
+from pages import ROOT, Page, all_pages, codes, report
 
 # Pages that are announced before they are there. A page that has come leaves this list.
 ANNOUNCED = {'docs/doctor.md', 'docs/simulator.md', 'docs/reliability.md'}
+
+
+FOLDERS = r'(?:cmake|docs|examples|include|scripts|simulator|src|tests|tools)/[\w./*-]*'
+
+
+def mentions(page):
+    """(line number, path or preset) that stands between backticks or in a command."""
+    commands = [(sample.line + number, line) for sample in page.samples if sample.language == 'sh'
+                for number, line in enumerate(sample.lines, 1)]
+    inline = [(line, code) for line, text in page.prose for code in codes(text)]
+    for line, text in commands + inline:
+        for path in re.findall(rf'(?:^|\s)({FOLDERS})', text):
+            yield line, path, None
+        for preset in re.findall(r'--preset ([\w-]+)', text):
+            yield line, None, preset
+
+
+def check_mentions(page, errors):
+    presets = json.loads((ROOT / 'CMakePresets.json').read_text(encoding='utf-8'))['configurePresets']
+    names = {preset['name'] for preset in presets if not preset.get('hidden')}
+    count = 0
+    for line, path, preset in mentions(page):
+        count += 1
+        if preset and preset not in names:
+            errors.append(f'{page.name}:{line}: there is no preset {preset}')
+        if path and not any(ROOT.glob(path.rstrip('/.'))):
+            errors.append(f'{page.name}:{line}: there is no {path}')
+    return count
 
 
 def main():
@@ -31,9 +61,10 @@ def main():
     for page in all_pages():
         if page.path != ROOT / 'README.md' and page.path not in linked:
             errors.append(f'{page.name}: no page leads here')
-    if count == 0:
-        errors.append('no link was found')
-    report(errors, f'{count} links')
+    named = sum(check_mentions(page, errors) for page in all_pages())
+    if count == 0 or named == 0:
+        errors.append('no link or name was found')
+    report(errors, f'{count} links, {named} names')
 
 
 main()

@@ -1,6 +1,6 @@
 /*
- * A stand-in for Orlindex.dll on this machine, with the flat interface of the real one: it answers IdSuccess where every
- * argument is the one that Calls.cs gives, and IdFailed where one is not. What it writes is the same text.
+ * A stand-in for Orlindex.dll on this machine, with the flat interface of the real one: it answers IdSuccess where
+ * every argument is the one that Calls.cs gives, and IdFailed where one is not. What it writes is the same text.
  */
 #include <string.h>
 
