@@ -6,6 +6,7 @@
 #include <vector>
 #include <windows.h>
 
+#include "base/FileHandle.h"
 #include "base/Log.h"
 #include "base/Versions.h"
 #include "load/PluginInterfaces.h"
@@ -98,7 +99,7 @@ private:
     bool LoadClientPluginModule();
     bool LoadClientPluginModuleOnce();
     bool LoadVerifiedPluginLibrary();
-    bool LoadPluginLibrary();
+    bool LoadPluginLibrary(const FileHandle& verified);
     bool ObtainPluginFactory();
     void ConfigurePlugin();
 
