@@ -10,6 +10,13 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
+struct PendingLogRecord
+{
+    std::shared_ptr<const std::wstring> message;
+    LogLevel level;
+    std::size_t times;
+};
+
 struct LogState
 {
     PluginLog pluginLog;
@@ -23,9 +30,45 @@ LogState& State()
     return state;
 }
 
+void Keep(std::vector<PendingLogRecord>& pending, const std::shared_ptr<const std::wstring>& message, LogLevel level)
+{
+    // One object is one text, so that no texts need to be compared.
+    if (!pending.empty() && pending.back().message == message && pending.back().level == level)
+        ++pending.back().times;
+    else
+        pending.push_back({message, level, 1});
+}
+
+void Deliver(const std::wstring& message, LogLevel level)
+{
+    try
+    {
+        if (State().pluginLog)
+            State().pluginLog(message, level);
+        else
+            EchoLine(std::wcout, message);
+    }
+    catch (...)
+    {
+        // The next message may still get through.
+    }
+}
+
 } // namespace
 
 void DefaultLogFunction(const std::wstring& message, LogLevel level)
+{
+    try
+    {
+        LogSharedMessage(std::make_shared<const std::wstring>(message), level);
+    }
+    catch (...)
+    {
+        // A message must never cost its writer the step that it reports.
+    }
+}
+
+void LogSharedMessage(const std::shared_ptr<const std::wstring>& message, LogLevel level)
 {
     try
     {
@@ -33,16 +76,16 @@ void DefaultLogFunction(const std::wstring& message, LogLevel level)
         LogState& state = State();
         if (state.pluginLog)
         {
-            state.pluginLog(message, level);
+            state.pluginLog(*message, level);
             return;
         }
-        state.pending.push_back({message, level});
+        Keep(state.pending, message, level);
         if (level == TALIXLog::Error)
-            EchoLine(std::wcout, message);
+            EchoLine(std::wcout, *message);
     }
     catch (...)
     {
-        // A message must never cost its writer the step that it reports.
+        // As above.
     }
 }
 
@@ -59,17 +102,8 @@ void FlushPendingLog()
     const std::vector<PendingLogRecord> records = std::exchange(State().pending, {});
     for (const PendingLogRecord& record : records)
     {
-        try
-        {
-            if (State().pluginLog)
-                State().pluginLog(record.message, record.level);
-            else
-                EchoLine(std::wcout, record.message);
-        }
-        catch (...)
-        {
-            // The next record may still get through.
-        }
+        for (std::size_t time = 0; time < record.times; ++time)
+            Deliver(*record.message, record.level);
     }
 }
 

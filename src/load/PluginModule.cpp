@@ -40,11 +40,37 @@ private:
     std::wstring saved_;
 };
 
+/// One reference to a loaded module, given back at the end of a scope.
+class ModuleReference
+{
+public:
+    explicit ModuleReference(HMODULE module) : module_(module) {}
+    ModuleReference(const ModuleReference&) = delete;
+    ModuleReference& operator=(const ModuleReference&) = delete;
+    ~ModuleReference()
+    {
+        if (module_)
+            FreeLibrary(module_);
+    }
+
+    explicit operator bool() const { return module_ != nullptr; }
+
+private:
+    HMODULE module_;
+};
+
 } // namespace
 
 HMODULE LoadModuleWithOwnDirectory(const std::wstring& path, DWORD& error)
 {
     const DllDirectoryScope scope(ParentPath(path));
+    // The plain load looks for dependencies in the host's directory before the library search directory, and would take
+    // one that was planted there. This load begins with the module's own directory; the plain one then finds the module
+    // and its dependencies loaded. What lies beside the host alone is left to the plain load.
+    const ModuleReference ownFirst(LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+    error = ownFirst ? ERROR_SUCCESS : GetLastError();
+    if (error != ERROR_SUCCESS && error != ERROR_MOD_NOT_FOUND)
+        return nullptr;
     const HMODULE module = LoadLibraryW(path.c_str());
     error = module ? ERROR_SUCCESS : GetLastError();
     return module;

@@ -1,12 +1,14 @@
 // From a path to live interfaces: choose, verify, load, configure.
 
 #include <exception>
+#include <optional>
 
 #include "base/FileHandle.h"
 #include "base/MessageFormat.h"
 #include "base/Paths.h"
 #include "base/SystemText.h"
 #include "load/BinaryTrust.h"
+#include "load/FileIdentity.h"
 #include "load/PluginModule.h"
 #include "load/contract/IPluginLogger.h"
 #include "load/contract/ISSOClientFactory.h"
@@ -89,40 +91,48 @@ bool SSOPathResolver::LoadClientPluginModuleOnce()
     return true;
 }
 
-/// Between verification and loading nobody can write, replace or rename the file: it is held open for that time. A path
-/// that the loader would take for another file than the one verified is refused.
+/// Between verification and loading nobody can write, replace or rename the file: it is held open for that time, and
+/// one that cannot be held is refused. So is a path that the loader would take for another file than the one verified.
 bool SSOPathResolver::LoadVerifiedPluginLibrary()
 {
-    if (!NamesOneModule(clientPluginModulePath_))
+    const std::wstring& path = clientPluginModulePath_;
+    if (!NamesOneModule(path))
     {
-        LogLoadFailure(clientPluginModulePath_, GetSystemErrorText(ERROR_BAD_PATHNAME));
+        LogLoadFailure(path, GetSystemErrorText(ERROR_BAD_PATHNAME));
         return false;
     }
-    const FileHandle held(clientPluginModulePath_, FILE_SHARE_READ);
-    if (!CheckClientPluginBinary(clientPluginModulePath_))
-    {
-        LogLine(TALIXLog::Info, L"Not loaded client plugin module %1%", clientPluginModulePath_);
-        return false;
-    }
+    const FileHandle held(path, FILE_SHARE_READ);
+    const bool trusted = CheckClientPluginBinary(path);
+    if (!trusted)
+        LogLine(TALIXLog::Info, L"Not loaded client plugin module %1%", path);
     if (!held.IsOpen())
-    {
-        LogLoadFailure(clientPluginModulePath_, GetSystemErrorText(held.Error()));
-        return false;
-    }
-    return LoadPluginLibrary();
+        LogLine(TALIXLog::Error,
+                L"Client plugin module %1% cannot be kept from changing while it is loaded. Error: %2%", path,
+                GetSystemErrorText(held.Error()));
+    return trusted && held.IsOpen() && LoadPluginLibrary(held);
 }
 
-bool SSOPathResolver::LoadPluginLibrary()
+/// A link above the file may lead elsewhere since it was verified: what counts is which file was mapped.
+bool SSOPathResolver::LoadPluginLibrary(const FileHandle& verified)
 {
-    LogLine(TALIXLog::Info, L"Dynamically loading client plugin module %1%", clientPluginModulePath_);
+    const std::wstring& path = clientPluginModulePath_;
+    LogLine(TALIXLog::Info, L"Dynamically loading client plugin module %1%", path);
     DWORD error = ERROR_SUCCESS;
-    pluginModule_ = LoadModuleWithOwnDirectory(clientPluginModulePath_, error);
-    if (!pluginModule_)
+    const HMODULE module = LoadModuleWithOwnDirectory(path, error);
+    if (!module)
     {
-        LogLoadFailure(clientPluginModulePath_, GetSystemErrorText(error));
+        LogLoadFailure(path, GetSystemErrorText(error));
         return false;
     }
-    LogLine(TALIXLog::Info, L"Successfully loaded client plugin module %1%", clientPluginModulePath_);
+    const std::optional<FileIdentity> identity = IdentityOf(verified);
+    if (!identity || !(identity == IdentityOfMappedFile(module)))
+    {
+        FreeLibrary(module);
+        LogLine(TALIXLog::Error, L"Client plugin module %1% was loaded from another file than the one verified", path);
+        return false;
+    }
+    pluginModule_ = module;
+    LogLine(TALIXLog::Info, L"Successfully loaded client plugin module %1%", path);
     return true;
 }
 

@@ -15,6 +15,13 @@ namespace {
 
 std::atomic<SSOPathResolver*> instance = nullptr;
 
+std::shared_ptr<const std::wstring> ModuleLoadedMessage()
+{
+    return std::make_shared<const std::wstring>(Message(L"%1% module loaded (Version: %2% Config: %3% File: %4%)",
+                                                        ProductModuleName, Widen(ProductVersion), SDKBuildConfiguration,
+                                                        GetModuleFilePath(ProductModuleName)));
+}
+
 } // namespace
 
 SSOPathResolver::SSOPathResolver(VersionParts sdkVersion, LogSink logSink)
@@ -102,9 +109,9 @@ bool SSOPathResolver::EnsureClientLoaded()
         return true;
     try
     {
-        DefaultLogFunction(Message(L"%1% module loaded (Version: %2% Config: %3% File: %4%)", ProductModuleName,
-                                   Widen(ProductVersion), SDKBuildConfiguration, GetModuleFilePath(ProductModuleName)),
-                           TALIXLog::Info);
+        if (!moduleLoadedMessage_)
+            moduleLoadedMessage_ = ModuleLoadedMessage();
+        LogSharedMessage(moduleLoadedMessage_, TALIXLog::Info);
         return LoadClientPluginModule() && clientFactory_;
     }
     catch (...)

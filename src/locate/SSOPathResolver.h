@@ -2,10 +2,12 @@
 #define ORLINDEX_LOCATE_SSOPATHRESOLVER_H
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 #include <windows.h>
 
+#include "base/FileHandle.h"
 #include "base/Log.h"
 #include "base/Versions.h"
 #include "load/PluginInterfaces.h"
@@ -98,7 +100,7 @@ private:
     bool LoadClientPluginModule();
     bool LoadClientPluginModuleOnce();
     bool LoadVerifiedPluginLibrary();
-    bool LoadPluginLibrary();
+    bool LoadPluginLibrary(const FileHandle& verified);
     bool ObtainPluginFactory();
     void ConfigurePlugin();
 
@@ -116,6 +118,8 @@ private:
     HMODULE pluginModule_ = nullptr;
     ISSOClientFactory* clientFactory_ = nullptr;
     PluginLoadState pluginLoadState_ = PluginNotAttempted;
+    /// Written at every attempt, also at those that a failed one makes vain: built once.
+    std::shared_ptr<const std::wstring> moduleLoadedMessage_;
     /// A search for the server application may meet a reference to its own result.
     bool findingServerApp_ = false;
 };

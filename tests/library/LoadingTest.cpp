@@ -2,9 +2,8 @@
 
 #include <stdexcept>
 
+#include "LoadingSupport.h"
 #include "SystemText.h"
-#include "support/Handle.h"
-#include "support/HostTest.h"
 
 namespace OrlindexTest {
 
@@ -18,20 +17,6 @@ using testing::StartsWith;
 
 namespace {
 
-constexpr char ModuleMissing[] = "The specified module could not be found.";
-
-struct LoadLibraryImport
-{
-    static constexpr char Name[] = "LoadLibraryW";
-    using Type = decltype(LoadLibraryW);
-};
-
-struct SetDllDirectoryImport
-{
-    static constexpr char Name[] = "SetDllDirectoryW";
-    using Type = decltype(SetDllDirectoryW);
-};
-
 struct GetProcAddressImport
 {
     static constexpr char Name[] = "GetProcAddress";
@@ -44,35 +29,10 @@ struct IsWow64ProcessImport
     using Type = decltype(IsWow64Process);
 };
 
-using LoadLibraryDouble = ImportDouble<LoadLibraryImport>;
-using SetDllDirectoryDouble = ImportDouble<SetDllDirectoryImport>;
 using GetProcAddressDouble = ImportDouble<GetProcAddressImport>;
 using IsWow64ProcessDouble = ImportDouble<IsWow64ProcessImport>;
 
-std::wstring DllDirectory()
-{
-    wchar_t directory[MAX_PATH] = L"unset";
-    return {directory, GetDllDirectoryW(MAX_PATH, directory)};
-}
-
 } // namespace
-
-class Loading : public HostTest
-{
-protected:
-    std::string File() const { return Utf8(site.PluginFile()); }
-
-    /// Expects the start to fail; answers what was printed.
-    static std::string FailedStart()
-    {
-        CapturedOutput output;
-        const IdErrorCode result = IdServicesMgr::Initialize();
-        const std::string text = output.Take();
-        EXPECT_EQ(result, IdClientUnavailable);
-        EXPECT_FALSE(IdServicesMgr::IsInitialized());
-        return text;
-    }
-};
 
 TEST_F(Loading, ThePluginIsConfiguredInOrderBeforeItsInterfacesAreTaken)
 {
@@ -301,99 +261,6 @@ TEST_F(Loading, ALoggerThatThrowsDoesNotReachTheHost)
     PluginControl& plugin = InstallPlugin();
     plugin.OnCall(Logger, 10, [](const CallArguments&) { throw std::runtime_error("from the logger"); });
     EXPECT_NO_THROW(IdServicesMgr::Initialize());
-}
-
-TEST_F(Loading, AModuleWhoseDependencyIsMissingIsRefusedWithTheSystemsText)
-{
-    site.Install("dependent");
-    const std::string output = FailedStart();
-    const std::string text = SystemText(ERROR_MOD_NOT_FOUND);
-    EXPECT_EQ(output, "Failed to load client plugin module " + File() +
-                          ". Error: " + (text.empty() ? ModuleMissing : text) + '\n');
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
-}
-
-TEST_F(Loading, AModulesDependencyIsFoundBesideIt)
-{
-    site.Install("dependent");
-    site.CopyPlugin("dependency", site.ServerFolder() / "dependency.dll");
-    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_TRUE(IsLoaded(site.ServerFolder() / "dependency.dll"));
-}
-
-TEST_F(Loading, TheLibrarySearchDirectoryIsThePluginsWhileItIsLoadedAndTheFormerAfterwards)
-{
-    site.Install();
-    const std::wstring former = site.HostFolder().native();
-    ASSERT_TRUE(SetDllDirectoryW(former.c_str()));
-    std::vector<std::pair<std::wstring, std::wstring>> loads;
-    const LoadLibraryDouble record([&loads](LPCWSTR path) {
-        loads.emplace_back(path, DllDirectory());
-        return LoadLibraryDouble::Original(path);
-    });
-    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_THAT(loads, ElementsAre(std::pair{site.PluginFile().native(), site.ServerFolder().native()}));
-    EXPECT_EQ(DllDirectory(), former);
-}
-
-TEST_F(Loading, WithoutAFormerLibrarySearchDirectoryItIsTheEmptyTextAfterwardsNotTheDefault)
-{
-    site.Install();
-    std::vector<std::wstring> directories;
-    const SetDllDirectoryDouble record([&directories](LPCWSTR directory) {
-        directories.push_back(directory != nullptr ? directory : L"null");
-        return SetDllDirectoryDouble::Original(directory);
-    });
-    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_THAT(directories, ElementsAre(site.ServerFolder().native(), L""));
-}
-
-TEST_F(Loading, TheLibrarySearchDirectoryIsRestoredAfterAFailedLoadToo)
-{
-    site.Install("dependent");
-    ASSERT_TRUE(SetDllDirectoryW(site.HostFolder().c_str()));
-    EXPECT_THAT(FailedStart(), HasSubstr("Failed to load client plugin module"));
-    EXPECT_EQ(DllDirectory(), site.HostFolder().native());
-}
-
-TEST_F(Loading, NobodyCanWriteOrReplaceTheFileBetweenVerificationAndLoading)
-{
-    site.Install();
-    DWORD writing = 0;
-    DWORD replacing = 0;
-    const LoadLibraryDouble attack([&](LPCWSTR path) {
-        const Handle file(CreateFileW(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                      nullptr, OPEN_EXISTING, 0, nullptr));
-        writing = file.get() == INVALID_HANDLE_VALUE ? GetLastError() : 0;
-        replacing = MoveFileW(path, (site.ServerFolder() / "moved.dll").c_str()) ? 0 : GetLastError();
-        return LoadLibraryDouble::Original(path);
-    });
-    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_EQ(writing, static_cast<DWORD>(ERROR_SHARING_VIOLATION));
-    EXPECT_EQ(replacing, static_cast<DWORD>(ERROR_SHARING_VIOLATION));
-}
-
-TEST_F(Loading, AFileThatSomebodyMayStillWriteIsNotLoaded)
-{
-    site.Install();
-    const Handle writer(CreateFileW(site.PluginFile().c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                    nullptr, OPEN_EXISTING, 0, nullptr));
-    ASSERT_NE(writer.get(), INVALID_HANDLE_VALUE);
-    EXPECT_THAT(FailedStart(), HasSubstr(File()));
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
-}
-
-TEST_F(Loading, ARefusedFileIsNeverPassedToTheLibraryLoader)
-{
-    site.Install("stranger");
-    int loads = 0;
-    const LoadLibraryDouble count([&loads](LPCWSTR path) {
-        ++loads;
-        return LoadLibraryDouble::Original(path);
-    });
-    FailedStart();
-    EXPECT_EQ(loads, 0);
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
 }
 
 } // namespace OrlindexTest

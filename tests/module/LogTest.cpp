@@ -78,6 +78,28 @@ TEST(Log, AFlushEmptiesTheList)
     EXPECT_THAT(TakePending(), IsEmpty());
 }
 
+TEST(Log, ASharedMessageIsDeliveredAsOftenAsItWasWrittenAndInOrder)
+{
+    const auto attempt = std::make_shared<const std::wstring>(L"attempt");
+    LogSharedMessage(attempt, TALIXLog::Info);
+    LogSharedMessage(attempt, TALIXLog::Info);
+    LogSharedMessage(attempt, TALIXLog::Warning);
+    DefaultLogFunction(L"between", TALIXLog::Info);
+    LogSharedMessage(attempt, TALIXLog::Info);
+    EXPECT_THAT(TakePending(), ElementsAre(InfoLine("attempt"), InfoLine("attempt"), WarningLine("attempt"),
+                                           InfoLine("between"), InfoLine("attempt")));
+}
+
+TEST(Log, TheRepeatsOfASharedMessageTakeNoMemory)
+{
+    const auto attempt = std::make_shared<const std::wstring>(L"attempt");
+    for (int i = 0; i < 1000; ++i)
+        LogSharedMessage(attempt, TALIXLog::Info);
+    EXPECT_EQ(attempt.use_count(), 2) << "one record holds it";
+    EXPECT_THAT(TakePending(), SizeIs(1000));
+    EXPECT_EQ(attempt.use_count(), 1);
+}
+
 TEST(Log, AFlushWithoutLoggerPrintsEveryMessage)
 {
     DefaultLogFunction(L"progress", TALIXLog::Info);

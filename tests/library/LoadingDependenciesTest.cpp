@@ -1,0 +1,139 @@
+// What a module needs beside itself: where the system looks for it while the module is loaded, and afterwards.
+
+#include "LoadingSupport.h"
+#include "SystemText.h"
+
+namespace OrlindexTest {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+constexpr char ModuleMissing[] = "The specified module could not be found.";
+
+struct SetDllDirectoryImport
+{
+    static constexpr char Name[] = "SetDllDirectoryW";
+    using Type = decltype(SetDllDirectoryW);
+};
+
+using SetDllDirectoryDouble = ImportDouble<SetDllDirectoryImport>;
+
+std::wstring DllDirectory()
+{
+    wchar_t directory[MAX_PATH] = L"unset";
+    return {directory, GetDllDirectoryW(MAX_PATH, directory)};
+}
+
+} // namespace
+
+class LoadingDependencies : public Loading
+{
+protected:
+    /// Installs the plugin that needs a library, with none of it yet; answers where it looks first.
+    std::filesystem::path InstallDependent() const
+    {
+        site.Install("dependent");
+        return site.ServerFolder() / "dependency.dll";
+    }
+
+    std::filesystem::path Plant(const std::filesystem::path& folder) const
+    {
+        site.CopyPlugin("dependency", folder / "dependency.dll");
+        return folder / "dependency.dll";
+    }
+};
+
+TEST_F(LoadingDependencies, AModuleWhoseDependencyIsMissingIsRefusedWithTheSystemsText)
+{
+    site.Install("dependent");
+    const std::string output = FailedStart();
+    const std::string text = SystemText(ERROR_MOD_NOT_FOUND);
+    EXPECT_EQ(output, "Failed to load client plugin module " + File() +
+                          ". Error: " + (text.empty() ? ModuleMissing : text) + '\n');
+    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+}
+
+TEST_F(LoadingDependencies, AModulesDependencyIsFoundBesideIt)
+{
+    site.Install("dependent");
+    site.CopyPlugin("dependency", site.ServerFolder() / "dependency.dll");
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_TRUE(IsLoaded(site.ServerFolder() / "dependency.dll"));
+}
+
+TEST_F(LoadingDependencies, TheLibrarySearchDirectoryIsThePluginsWhileItIsLoadedAndTheFormerAfterwards)
+{
+    site.Install();
+    const std::wstring former = site.HostFolder().native();
+    ASSERT_TRUE(SetDllDirectoryW(former.c_str()));
+    std::vector<std::pair<std::wstring, std::wstring>> loads;
+    const LoadLibraryDouble record([&loads](LPCWSTR path) {
+        loads.emplace_back(path, DllDirectory());
+        return LoadLibraryDouble::Original(path);
+    });
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_THAT(loads, ElementsAre(std::pair{site.PluginFile().native(), site.ServerFolder().native()}));
+    EXPECT_EQ(DllDirectory(), former);
+}
+
+TEST_F(LoadingDependencies, WithoutAFormerLibrarySearchDirectoryItIsTheEmptyTextAfterwardsNotTheDefault)
+{
+    site.Install();
+    std::vector<std::wstring> directories;
+    const SetDllDirectoryDouble record([&directories](LPCWSTR directory) {
+        directories.push_back(directory != nullptr ? directory : L"null");
+        return SetDllDirectoryDouble::Original(directory);
+    });
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_THAT(directories, ElementsAre(site.ServerFolder().native(), L""));
+}
+
+TEST_F(LoadingDependencies, TheLibrarySearchDirectoryIsRestoredAfterAFailedLoadToo)
+{
+    site.Install("dependent");
+    ASSERT_TRUE(SetDllDirectoryW(site.HostFolder().c_str()));
+    EXPECT_THAT(FailedStart(), HasSubstr("Failed to load client plugin module"));
+    EXPECT_EQ(DllDirectory(), site.HostFolder().native());
+}
+
+TEST_F(LoadingDependencies, OnePlantedInTheHostsFolderDoesNotWinOverTheModulesOwn)
+{
+    const std::filesystem::path own = InstallDependent();
+    Plant(site.ServerFolder());
+    const std::filesystem::path planted = Plant(site.HostFolder());
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_TRUE(IsLoaded(own));
+    EXPECT_FALSE(IsLoaded(planted));
+}
+
+TEST_F(LoadingDependencies, OnePlantedInTheCurrentDirectoryDoesNotWinOverTheModulesOwn)
+{
+    const std::filesystem::path own = InstallDependent();
+    Plant(site.ServerFolder());
+    const std::filesystem::path planted = Plant(site.MakeFolder("current"));
+    ASSERT_TRUE(SetCurrentDirectoryW(planted.parent_path().c_str()));
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_TRUE(IsLoaded(own));
+    EXPECT_FALSE(IsLoaded(planted));
+}
+
+TEST_F(LoadingDependencies, OnePlantedInTheCurrentDirectoryIsNotEvenTakenWhereTheModuleHasNone)
+{
+    InstallDependent();
+    const std::filesystem::path planted = Plant(site.MakeFolder("current"));
+    ASSERT_TRUE(SetCurrentDirectoryW(planted.parent_path().c_str()));
+    EXPECT_THAT(FailedStart(), HasSubstr("Failed to load client plugin module"));
+    EXPECT_FALSE(IsLoaded(planted));
+}
+
+TEST_F(LoadingDependencies, OneThatOnlyTheHostHasIsFoundThere)
+{
+    InstallDependent();
+    const std::filesystem::path hosts = Plant(site.HostFolder());
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_TRUE(IsLoaded(hosts));
+}
+
+} // namespace OrlindexTest
