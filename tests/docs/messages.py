@@ -25,8 +25,13 @@ def level_at(source, begin, end):
             return named.group(1)
         if re.search(r'Obtain\([^;]*,$', before):
             return 'Error'
-    after = LEVEL.search(source, end)
-    return after.group(1) if after else None
+    after = LEVEL.search(source, end, source.index('\n}', end))
+    if after:
+        return after.group(1)
+    # A function that only makes the text: whoever calls it says the level.
+    maker = re.findall(r'^\S.*?(\w+)\([^;{}]*\)\n\{', source[:begin], re.M)[-1]
+    written = re.search(rf'\b{maker}\(.*?{LEVEL.pattern}', source[end:], re.S)
+    return written.group(1) if written else None
 
 
 def messages_of_sources():
