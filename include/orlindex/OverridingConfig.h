@@ -29,22 +29,23 @@ public:
 
 protected:
     BaseConfig() = default;
-    BaseConfig(const BaseConfig&) = default;
-    BaseConfig& operator=(const BaseConfig&) = default;
+    BaseConfig(const BaseConfig&) = default;            ///< Classes below copy their fields.
+    BaseConfig& operator=(const BaseConfig&) = default; ///< Classes below copy their fields.
 };
 
-/// How the plugin calls its identity service. The plugin gives the numbers their meaning; the library passes them on.
+/// How the plugin calls its identity service. The plugin gives the numbers their meaning, unit and range; the library
+/// passes them on. What is said of each is the simulator's reading, in seconds.
 struct ORLINDEX_API CallConfig : public BaseConfig
 {
-    std::int32_t interval = 0;
-    std::int32_t failInterval = 0;
-    std::int32_t minJitter = 0;
-    std::int32_t maxJitter = 0;
-    std::string url; ///< UTF-8.
+    std::int32_t interval = 0;     ///< Between two calls.
+    std::int32_t failInterval = 0; ///< Between two calls after one failed.
+    std::int32_t minJitter = 0;    ///< Least random addition to an interval.
+    std::int32_t maxJitter = 0;    ///< Greatest random addition to an interval.
+    std::string url;               ///< Address that is called. UTF-8.
 
-    CallConfig();
-    CallConfig(const CallConfig& other);
-    CallConfig& operator=(const CallConfig& other);
+    CallConfig();                                   ///< All numbers 0, the address empty.
+    CallConfig(const CallConfig& other);            ///< Copies every field.
+    CallConfig& operator=(const CallConfig& other); ///< Copies every field.
     ~CallConfig() override;
 
     /// Reads the members "failInterval", "interval", "maxJitter", "minJitter" and "url", in this order. Every field is
@@ -58,18 +59,19 @@ struct ORLINDEX_API CallConfig : public BaseConfig
     std::int32_t GetJsonVersion() const override;
 };
 
-/// How the plugin backs off after failures. The plugin gives the numbers their meaning; the library passes them on.
+/// How the plugin backs off after failures. The plugin gives the numbers their meaning, unit and range; the library
+/// passes them on. What is said of each is the simulator's reading, times in seconds.
 struct ORLINDEX_API BackoffConfig : public BaseConfig
 {
-    std::int32_t initialInterval = 0;
-    std::int32_t maxInterval = 0;
-    std::int32_t multiplier = 0;
-    std::int32_t maxRetries = 0;
-    std::int32_t jitter = 0;
+    std::int32_t initialInterval = 0; ///< Before the first retry.
+    std::int32_t maxInterval = 0;     ///< Greatest interval between two retries.
+    std::int32_t multiplier = 0;      ///< By which the interval grows with each retry.
+    std::int32_t maxRetries = 0;      ///< How many retries are made.
+    std::int32_t jitter = 0;          ///< Random addition to an interval.
 
-    BackoffConfig();
-    BackoffConfig(const BackoffConfig& other);
-    BackoffConfig& operator=(const BackoffConfig& other);
+    BackoffConfig();                                      ///< All numbers 0.
+    BackoffConfig(const BackoffConfig& other);            ///< Copies every field.
+    BackoffConfig& operator=(const BackoffConfig& other); ///< Copies every field.
     ~BackoffConfig() override;
 
     /// Has no JSON form: changes nothing.

@@ -18,8 +18,8 @@ struct RetryStep
 /// nothing in it.
 struct RetrySchedule
 {
-    std::int64_t limit = 0; ///< Milliseconds after which no further try is made; 0 for no limit.
-    std::vector<RetryStep> steps;
+    std::int64_t limit = 0;       ///< Milliseconds after which no further try is made; 0 for no limit.
+    std::vector<RetryStep> steps; ///< One after the other.
 };
 
 } // namespace Kestrany::StdUtil

@@ -84,6 +84,7 @@ public:
     static void UnlockLoginStateFile();
     /// Asks whether the server process answers, and what (slot 17).
     static bool Ping(std::map<std::string, std::string>& answers);
+    /// Asks whether the server process answers (slot 17).
     static bool Ping();
     /// Drops all events that wait (slot 19).
     static void ClearEventQueue();
@@ -120,11 +121,10 @@ public:
     /// Sets the name of the product (slot 5).
     static void SetProductName(const std::wstring& name);
 
-    // There is no state: assignment does nothing.
-    SSOClientPrivate() = default;
-    SSOClientPrivate(const SSOClientPrivate&) = default;
-    SSOClientPrivate& operator=(const SSOClientPrivate& other);
-    SSOClientPrivate& operator=(SSOClientPrivate&& other) noexcept;
+    SSOClientPrivate() = default;                                   ///< There is no state: objects serve no purpose.
+    SSOClientPrivate(const SSOClientPrivate&) = default;            ///< There is no state to copy.
+    SSOClientPrivate& operator=(const SSOClientPrivate& other);     ///< There is no state: does nothing.
+    SSOClientPrivate& operator=(SSOClientPrivate&& other) noexcept; ///< There is no state: does nothing.
 };
 
 } // namespace Kestrany::IdentityServices

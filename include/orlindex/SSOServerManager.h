@@ -27,6 +27,7 @@ public:
     static bool StartSSOServerProcess(std::chrono::milliseconds timeout, std::int64_t& processId);
     /// Whether a server process runs (slot 14). `processId` receives its ID.
     static bool IsSSOServerProcessRunning(std::int64_t& processId);
+    /// Whether a server process runs (slot 14).
     static bool IsSSOServerProcessRunning();
     /// Whether a server process runs and takes requests (slot 15).
     static bool IsSSOServerProcessReady();
@@ -35,11 +36,10 @@ public:
     /// Asks all server processes to quit and waits at most `timeout` (slot 17).
     static bool QuitAllSSOServerProcesses(std::chrono::milliseconds timeout);
 
-    // There is no state: assignment does nothing.
-    SSOServerManager() = default;
-    SSOServerManager(const SSOServerManager&) = default;
-    SSOServerManager& operator=(const SSOServerManager& other);
-    SSOServerManager& operator=(SSOServerManager&& other) noexcept;
+    SSOServerManager() = default;                                   ///< There is no state: objects serve no purpose.
+    SSOServerManager(const SSOServerManager&) = default;            ///< There is no state to copy.
+    SSOServerManager& operator=(const SSOServerManager& other);     ///< There is no state: does nothing.
+    SSOServerManager& operator=(SSOServerManager&& other) noexcept; ///< There is no state: does nothing.
 };
 
 } // namespace Kestrany::IdentityServices

@@ -4,6 +4,7 @@
 
 #include "LoadingSupport.h"
 #include "SystemText.h"
+#include "support/Wow64Import.h"
 
 namespace OrlindexTest {
 
@@ -21,12 +22,6 @@ struct GetProcAddressImport
 {
     static constexpr char Name[] = "GetProcAddress";
     using Type = decltype(GetProcAddress);
-};
-
-struct IsWow64ProcessImport
-{
-    static constexpr char Name[] = "IsWow64Process";
-    using Type = decltype(IsWow64Process);
 };
 
 using GetProcAddressDouble = ImportDouble<GetProcAddressImport>;

@@ -7,6 +7,7 @@
 #include <windows.h>
 
 #include "support/ImportPatch.h"
+#include "support/Wow64Import.h"
 
 namespace OrlindexTest {
 
@@ -15,12 +16,6 @@ inline HMODULE Executable()
 {
     return GetModuleHandleW(nullptr);
 }
-
-struct IsWow64ProcessImport
-{
-    static constexpr char Name[] = "IsWow64Process";
-    using Type = decltype(IsWow64Process);
-};
 
 struct RegOpenKeyImport
 {

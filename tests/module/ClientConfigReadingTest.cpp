@@ -1,0 +1,188 @@
+// The client config file: how it is read, and what it sets.
+
+#include "ClientConfigFileTest.h"
+#include "base/FileContents.h"
+#include "support/Handle.h"
+
+namespace OrlindexTest {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST_F(ClientConfigFile, EveryKeyIsStored)
+{
+    site.WriteClientConfig(R"({"other": 1, "ssoServer": {"bundleId": "com.kestrany.)"
+                           "\xE4\xB8\xAD"
+                           R"(", "VersionCompatibilityConfigfilePath": "%ExePath%\\compatibility",
+                              "searchPaths": "C:\\\u4e2d", "supportBothLocalAndAdmin": true}})");
+    EXPECT_TRUE(manager.LoadClientConfig());
+    EXPECT_EQ(manager.Settings().bundleId, L"com.kestrany.\u4E2D");
+    EXPECT_EQ(manager.Settings().versionCompatibilityConfigFilePath, L"%ExePath%\\compatibility")
+        << "expanded when it is searched";
+    EXPECT_THAT(manager.Settings().searchPaths, ElementsAre(L"C:\\\u4E2D"));
+    EXPECT_TRUE(manager.Settings().supportBothLocalAndAdmin);
+    ExpectFixedSettings();
+}
+
+TEST_F(ClientConfigFile, SearchPathsAreSplitAndExpanded)
+{
+    site.WriteClientConfig(ServerMember("searchPaths", R"("%ExePath%;C:\\second")"));
+    EXPECT_TRUE(manager.LoadClientConfig());
+    EXPECT_THAT(manager.Settings().searchPaths, ElementsAre(site.HostFolder().native(), L"C:\\second"));
+}
+
+TEST_F(ClientConfigFile, EmptyEntriesOfSearchPathsAreKept)
+{
+    site.WriteClientConfig(ServerMember("searchPaths", R"(";C:\\one;;%Unknown%;")"));
+    EXPECT_TRUE(manager.LoadClientConfig());
+    EXPECT_THAT(manager.Settings().searchPaths, ElementsAre(L"", L"C:\\one", L"", L"%Unknown%", L""));
+}
+
+TEST_F(ClientConfigFile, SupportBothLocalAndAdminIsLoggedAsYes)
+{
+    site.WriteClientConfig(ServerMember("supportBothLocalAndAdmin", "true"));
+    EXPECT_TRUE(manager.LoadClientConfig());
+    EXPECT_THAT(log.Take(), ElementsAre(Searching(DefaultPlaces()), Found(site.ClientConfigFile()),
+                                        Loading(site.ClientConfigFile()), Support("Yes")));
+}
+
+TEST_F(ClientConfigFile, WithoutSupportBothLocalAndAdminNoIsLogged)
+{
+    site.WriteClientConfig(ServerMember("supportBothLocalAndAdmin", "false"));
+    EXPECT_TRUE(manager.LoadClientConfig());
+    EXPECT_EQ(log.Take().back(), Support("No"));
+}
+
+TEST_F(ClientConfigFile, AMissingFileLeavesTheFixedSettingsAlone)
+{
+    EXPECT_TRUE(manager.LoadClientConfig());
+    EXPECT_THAT(log.Take(), ElementsAre(Searching(DefaultPlaces()), NotFound(DefaultPlaces())));
+    ExpectNothingConfigured();
+}
+
+TEST_F(ClientConfigFile, ASecondLoadReturnsFalseAndReadsNothing)
+{
+    site.WriteClientConfig(ServerMember("bundleId", R"("first")"));
+    EXPECT_TRUE(manager.LoadClientConfig());
+    log.Take();
+    site.WriteClientConfig(ServerMember("bundleId", R"("second")"));
+    EXPECT_FALSE(manager.LoadClientConfig());
+    EXPECT_EQ(manager.Settings().bundleId, L"first");
+    EXPECT_THAT(log.Take(), IsEmpty());
+}
+
+TEST_F(ClientConfigFile, AMissingFileIsNotLookedForAgain)
+{
+    EXPECT_TRUE(manager.LoadClientConfig());
+    log.Take();
+    site.WriteClientConfig(ServerMember("bundleId", R"("late")"));
+    EXPECT_FALSE(manager.LoadClientConfig());
+    EXPECT_EQ(manager.Settings().bundleId, L"");
+    EXPECT_THAT(log.Take(), IsEmpty());
+}
+
+TEST_F(ClientConfigFile, AFileThatWasFoundBeforeIsReadWithoutAnotherSearch)
+{
+    site.WriteClientConfig("{}");
+    manager.FindClientConfigFile();
+    log.Take();
+    EXPECT_TRUE(manager.LoadClientConfig());
+    EXPECT_THAT(log.Take(), ElementsAre(Loading(site.ClientConfigFile()), Support("No")));
+}
+
+TEST_F(ClientConfigFile, MalformedIsRefused)
+{
+    ExpectInvalid(R"({"ssoServer": {"bundleId": "com.kestrany.test")");
+}
+
+TEST_F(ClientConfigFile, EmptyIsRefused)
+{
+    ExpectInvalid("");
+}
+
+TEST_F(ClientConfigFile, BinaryIsRefused)
+{
+    ExpectInvalid(std::string("MZ\x90\0\x03\0\0\0\x04\0\0\0\xFF\xFF\0\0", 16) + std::string(70000, '\0'));
+}
+
+TEST_F(ClientConfigFile, NestedTooDeepIsRefused)
+{
+    ExpectInvalid(std::string(100000, '[') + std::string(100000, ']'));
+}
+
+TEST_F(ClientConfigFile, TooLargeIsRefused)
+{
+    using Kestrany::IdentityServices::LargestFile;
+    const std::string json = ServerMember("bundleId", R"("large")");
+    ExpectInvalid(json + std::string(LargestFile + 1 - json.size(), ' '));
+}
+
+TEST_F(ClientConfigFile, OfTheLargestSizeIsRead)
+{
+    using Kestrany::IdentityServices::LargestFile;
+    const std::string json = ServerMember("bundleId", R"("large")");
+    site.WriteClientConfig(json + std::string(LargestFile - json.size(), ' '));
+    EXPECT_TRUE(manager.LoadClientConfig());
+    EXPECT_EQ(manager.Settings().bundleId, L"large");
+}
+
+TEST_F(ClientConfigFile, ADirectoryInItsPlaceIsFoundAndRefused)
+{
+    fs::create_directory(site.ClientConfigFile());
+    EXPECT_TRUE(manager.LoadClientConfig());
+    EXPECT_THAT(log.Take(), ElementsAre(Searching(DefaultPlaces()), Found(site.ClientConfigFile()),
+                                        Loading(site.ClientConfigFile()), Invalid(site.ClientConfigFile())));
+    ExpectNothingConfigured();
+}
+
+TEST_F(ClientConfigFile, AFileThatAnotherKeepsToItselfIsRefused)
+{
+    site.WriteClientConfig("{}");
+    const Handle keeper(
+        CreateFileW(site.ClientConfigFile().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_NE(keeper.get(), INVALID_HANDLE_VALUE);
+    EXPECT_TRUE(manager.LoadClientConfig());
+    EXPECT_EQ(log.Take().back(), Invalid(site.ClientConfigFile()));
+    ExpectNothingConfigured();
+}
+
+TEST_F(ClientConfigFile, AFileThatAnotherStillWritesToIsRead)
+{
+    site.WriteClientConfig(ServerMember("bundleId", R"("shared")"));
+    const Handle writer(CreateFileW(site.ClientConfigFile().c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                    OPEN_EXISTING, 0, nullptr));
+    ASSERT_NE(writer.get(), INVALID_HANDLE_VALUE);
+    EXPECT_TRUE(manager.LoadClientConfig());
+    EXPECT_EQ(manager.Settings().bundleId, L"shared");
+}
+
+TEST_F(ClientConfigFile, WithoutServerObjectNothingIsConfigured)
+{
+    ExpectNothingIn(R"({"other": {"bundleId": "b"}})");
+}
+
+TEST_F(ClientConfigFile, AnArrayAtTheTopConfiguresNothing)
+{
+    ExpectNothingIn(R"([{"ssoServer": {"bundleId": "b"}}])");
+}
+
+TEST_F(ClientConfigFile, AServerThatIsNoObjectConfiguresNothing)
+{
+    ExpectNothingIn(R"({"ssoServer": ["bundleId"]})");
+}
+
+TEST_F(ClientConfigFile, KeysOfAWrongTypeConfigureNothing)
+{
+    ExpectNothingIn(R"({"ssoServer": {"bundleId": [], "VersionCompatibilityConfigfilePath": 1e300,
+                        "searchPaths": {"a": 1}, "supportBothLocalAndAdmin": "true"}})");
+}
+
+TEST_F(ClientConfigFile, AByteOrderMarkAndCommentsAreAccepted)
+{
+    site.WriteClientConfig("\xEF\xBB\xBF// ours\r\n" + ServerMember("bundleId", R"("b")") + " // end");
+    EXPECT_TRUE(manager.LoadClientConfig());
+    EXPECT_EQ(manager.Settings().bundleId, L"b");
+}
+
+} // namespace OrlindexTest

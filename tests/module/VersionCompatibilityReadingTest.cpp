@@ -1,0 +1,111 @@
+// The version compatibility file: how it is read, and what is said of its defects.
+
+#include "VersionCompatibilityFileTest.h"
+#include "base/FileContents.h"
+
+namespace OrlindexTest {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+
+TEST_F(VersionCompatibilityFile, MalformedIsRefused)
+{
+    ExpectNone(R"({"ssoClientPlugin": [)", {Unreadable()});
+}
+
+TEST_F(VersionCompatibilityFile, EmptyIsRefused)
+{
+    ExpectNone("", {Unreadable()});
+}
+
+TEST_F(VersionCompatibilityFile, BinaryIsRefused)
+{
+    ExpectNone(std::string("MZ\x90\0\x03\0\0\0", 8) + std::string(70000, '\xFF'), {Unreadable()});
+}
+
+TEST_F(VersionCompatibilityFile, NestedTooDeepIsRefused)
+{
+    ExpectNone(R"({"ssoClientPlugin": )" + std::string(100000, '[') + std::string(100000, ']') + '}', {Unreadable()});
+}
+
+TEST_F(VersionCompatibilityFile, TooLargeIsRefused)
+{
+    using Kestrany::IdentityServices::LargestFile;
+    ExpectNone("{}" + std::string(LargestFile - 1, ' '), {Unreadable()});
+}
+
+TEST_F(VersionCompatibilityFile, ADirectoryInItsPlaceIsFoundAndRefused)
+{
+    FindServerApplication();
+    const fs::path file = site.CompatibilityFile();
+    fs::create_directory(file);
+    EXPECT_FALSE(manager.FindCompatibleClientPlugin());
+    EXPECT_THAT(log.Take(), ElementsAre(Searching(Lines({site.ServerFolder()})), Located(file), SearchingPlugin(file),
+                                        Unreadable(), NoPlugin(file)));
+}
+
+TEST_F(VersionCompatibilityFile, WithoutKeyTheListIsEmpty)
+{
+    ExpectNone(R"({"other": []})", {ListEmpty()});
+}
+
+TEST_F(VersionCompatibilityFile, AnEmptyArrayIsAnEmptyList)
+{
+    ExpectNone(R"({"ssoClientPlugin": [null, null]})", {ListEmpty()});
+}
+
+TEST_F(VersionCompatibilityFile, AnArrayAtTheTopIsAnEmptyList)
+{
+    ExpectNone(R"([{"module": "M"}])", {ListEmpty()});
+}
+
+TEST_F(VersionCompatibilityFile, ATextInPlaceOfTheArrayIsAnEmptyList)
+{
+    ExpectNone(R"({"ssoClientPlugin": "M"})", {ListEmpty()});
+}
+
+TEST_F(VersionCompatibilityFile, EachDefectOfAnElementIsNamed)
+{
+    ExpectNone(R"({"ssoClientPlugin": [
+                   {"modulePath": "m.dll", "version": "2", "compatibleSsoServicesVersion": {"minVersion": "1"}},
+                   {"module": "M", "version": "2", "compatibleSsoServicesVersion": {"minVersion": "1"}},
+                   {"module": "M", "modulePath": "m.dll", "compatibleSsoServicesVersion": {"minVersion": "1"}},
+                   {"module": "M", "modulePath": "m.dll", "version": "2"},
+                   {"module": "M", "modulePath": "m.dll", "version": "2", "compatibleSsoServicesVersion": {}}]})",
+               {Blank("'module'"), Blank("'modulePath' or 'modulePathWoW64'"), Blank("'version'"), RangeMissing(),
+                RangeInvalid(), ListEmpty()});
+}
+
+TEST_F(VersionCompatibilityFile, AWrongTypeIsNamedByItsKey)
+{
+    ExpectNone(R"({"ssoClientPlugin": [
+                   {"module": ["M"]},
+                   {"module": "M", "modulePath": {}},
+                   {"module": "M", "modulePath": "m.dll", "version": [2]},
+                   {"module": "M", "modulePath": "m.dll", "version": "2", "compatibleSsoServicesVersion": "1.11"},
+                   {"module": "M", "modulePath": "m.dll", "version": "2",
+                    "compatibleSsoServicesVersion": {"versions": "1.11"}}]})",
+               {Blank("'module'"), Blank("'modulePath' or 'modulePathWoW64'"), Blank("'version'"), RangeInvalid(),
+                RangeInvalid(), ListEmpty()});
+}
+
+TEST_F(VersionCompatibilityFile, AnElementWithoutCompatibleVersionsIsIgnoredBesideSoundOnes)
+{
+    EXPECT_EQ(
+        Chosen({Entry("C:\\empty.dll", "9", "{}"), Entry("C:\\missing.dll", "9", "null"), Entry("C:\\sound.dll")}),
+        "C:\\sound.dll");
+    const auto lines = log.Take();
+    EXPECT_THAT(std::vector<LogLine>(lines.begin() + 3, lines.end()),
+                ElementsAre(RangeInvalid(), RangeMissing(), FoundPlugin("C:\\sound.dll")));
+}
+
+TEST_F(VersionCompatibilityFile, AByteOrderMarkAndCommentsAreAccepted)
+{
+    FindServerApplication();
+    site.WriteCompatibilityFile({Entry("C:\\client.dll")});
+    site.WriteCompatibilityFile("\xEF\xBB\xBF// builds\r\n" + ReadFile(site.CompatibilityFile()));
+    EXPECT_TRUE(manager.FindCompatibleClientPlugin());
+    EXPECT_EQ(Module(), "C:\\client.dll");
+}
+
+} // namespace OrlindexTest
