@@ -3,8 +3,9 @@
 # shellcheck shell=bash
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
-deps=$root/.deps
 # shellcheck disable=SC2034 # used by the scripts that source this file
+deps=$root/.deps
+# shellcheck disable=SC2034
 jobs=$(nproc)
 
 say()
