@@ -1,16 +1,17 @@
 # orlindex_add_plugin(<target> SOURCES <file>... [DEFINITIONS <definition>...] [SYMBOL 64|32|none])
 #
 # A client plugin module: a DLL whose sources define `ISSOClientFactory* GetSSOClientFactory()` in the global namespace.
-# Its one export is that function under the name that a process looks up: decorated for 64 bit (the default) or for
-# 32 bit, or no export at all. A module definition file names it, as mingw-w64 decorates in another way.
+# Its one export is that function under the name that a process looks up: decorated for 64 bit or for 32 bit (the default
+# is that of the build), or no export at all. A module definition file names it, as mingw-w64 decorates in another way.
 
 function(orlindex_add_plugin target)
     cmake_parse_arguments(PARSE_ARGV 1 PLUGIN "" "SYMBOL" "SOURCES;DEFINITIONS")
     if(PLUGIN_UNPARSED_ARGUMENTS OR NOT PLUGIN_SOURCES)
         message(FATAL_ERROR "orlindex_add_plugin(${target}): SOURCES are missing, or unknown: ${PLUGIN_UNPARSED_ARGUMENTS}")
     endif()
+    math(EXPR bits "${CMAKE_SIZEOF_VOID_P} * 8")
     if(NOT PLUGIN_SYMBOL)
-        set(PLUGIN_SYMBOL 64)
+        set(PLUGIN_SYMBOL ${bits})
     endif()
 
     set(symbol64 "?GetSSOClientFactory@@YAPEAVISSOClientFactory@IdentityServices@Kestrany@@XZ")
@@ -21,7 +22,7 @@ function(orlindex_add_plugin target)
     endif()
     set(export "${symbol${PLUGIN_SYMBOL}}")
     if(MSVC)
-        set(compiled "${symbol64}")
+        set(compiled "${symbol${bits}}")
     else()
         set(compiled "_Z19GetSSOClientFactoryv")
     endif()

@@ -1,9 +1,7 @@
 # orlindex_sign(<target> OUTPUT <file> SIGNER <signer>): signs a target's file into OUTPUT, as part of the default build.
 #
 # Signers are the certificates that cmake/signing/Certificates.cmake makes for this build tree; the digest of the file
-# is SHA-256.
-
-find_program(ORLINDEX_OSSLSIGNCODE osslsigncode DOC "Authenticode signing tool")
+# is SHA-256. The tool, ORLINDEX_OSSLSIGNCODE, is looked for by the project, whose options depend on it.
 
 function(orlindex_sign target)
     cmake_parse_arguments(PARSE_ARGV 1 SIGN "" "OUTPUT;SIGNER" "")

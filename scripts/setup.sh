@@ -7,6 +7,8 @@
 #
 #   --help    this text
 #   --clean   removes .deps/ first, so that everything in it is made anew
+#   --32-bit  also makes what the build for 32-bit Windows (preset mingw32-release) and its tests need: the libraries, and
+#             a Wine prefix that runs 32-bit programs, where this machine can have Debian's packages for i386
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -176,6 +178,45 @@ make_wine_prefix()
     mv -T "$new" "$deps/wine"
 }
 
+# The libraries once more, by the same steps.
+build_libraries_32()
+{
+    toolchain=$root/cmake/mingw-w64-i686.cmake
+    prefix=$deps/prefix32
+    rm -rf "$prefix"
+    build_jsoncpp
+    build_boost
+}
+
+# Debian's 32-bit Wine, where apt can add it without taking away or changing anything that is installed; else says why not.
+# A machine with newer packages for its own architecture than apt can get for i386 cannot have it.
+install_wine_32()
+{
+    dpkg-query -W wine32:i386 >/dev/null 2>&1 && return
+    export DEBIAN_FRONTEND=noninteractive
+    as_root dpkg --add-architecture i386
+    if as_root apt-get update && as_root apt-get install -y --no-install-recommends --no-remove --no-upgrade wine32:i386; then
+        return
+    fi
+    # An architecture without packages would cost every later update its time.
+    as_root dpkg --remove-architecture i386
+    as_root apt-get update
+    return 1
+}
+
+# Apart from the one that ordinary sessions copy: it is twice as large.
+make_wine_prefix_32()
+{
+    local new=$deps/wine32.new
+    rm -rf "$new" "$deps/wine32"
+    export WINEPREFIX=$new
+    "$wine64" wineboot -i
+    "$wine64" winecfg -v win10
+    wineserver -k
+    wineserver -w || [ $? -eq 2 ] # 2: the server was gone before
+    mv -T "$new" "$deps/wine32"
+}
+
 # --- Carrying them out ----------------------------------------------------------------------------------------------
 
 number=0
@@ -234,11 +275,25 @@ ensure_packages()
     run "Debian packages: ${missing[*]}" packages install_packages
 }
 
+make_ready_for_32_bit()
+{
+    total=$((total + 2))
+    once "Libraries for 32-bit Windows" libraries32 build_libraries_32 \
+        "$(declare -f build_jsoncpp build_boost; cat "$root"/cmake/mingw-w64-*.cmake "$root"/cmake/boost/*
+            i686-w64-mingw32-g++-posix -v 2>&1)"
+    if install_wine_32 >"$deps/log/wine32-packages.log" 2>&1 </dev/null; then
+        once "Wine prefix for 32-bit programs" wine32 make_wine_prefix_32 "$(dpkg-query -W wine64 wine32:i386)"
+    else
+        say "note: this machine cannot have Debian's wine32:i386; tests of 32-bit hosts will be skipped" \
+            "(${deps##*/}/log/wine32-packages.log)"
+    fi
+}
+
 main()
 {
     case ${1:-} in
         --help | -h) usage "$0"; return ;;
-        --clean | '') ;;
+        --clean | --32-bit | '') ;;
         *) fail "unknown argument: $1" "scripts/setup.sh --help shows what there is" ;;
     esac
 
@@ -260,6 +315,7 @@ main()
     once "Benchmark for Windows" benchmark build_benchmark "$cross"
     once "Node.js packages for the tests" node install_node_packages "$(cat "$root"/tests/node/package*.json; node --version)"
     once "Wine prefix (Windows 10)" wine make_wine_prefix "$(dpkg-query -W wine64)"
+    [ "${1:-}" != --32-bit ] || make_ready_for_32_bit
     rm -rf "$deps/src" "$deps/build"
     say "Set-up: ready ($(seconds_since "$began"))"
 }

@@ -5,7 +5,7 @@
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 # shellcheck disable=SC2034 # used by the scripts that source this file
 deps=$root/.deps
-# shellcheck disable=SC2034 # used by the scripts that source this file
+# shellcheck disable=SC2034
 jobs=$(nproc)
 
 say()

@@ -1,5 +1,6 @@
 """Reads the report that CTest writes with --output-junit: one line for each test, "<outcome>TAB<name>", where the
-outcome is passed, skipped or failed. No line where the report is missing."""
+outcome is passed, skipped or failed. A test that prints "skipped: <reason>" has the reason after its name. No line where
+the report is missing."""
 
 import sys
 import xml.etree.ElementTree as ElementTree
@@ -17,13 +18,22 @@ def outcome(case):
     return "failed"
 
 
+def title(case):
+    name = case.get("name")
+    output = case.findtext("system-out") or ""
+    reasons = [line for line in output.splitlines() if line.startswith("skipped: ")]
+    if outcome(case) == "skipped" and reasons:
+        return f"{name} ({reasons[0].removeprefix('skipped: ')})"
+    return name
+
+
 def main():
     try:
         cases = ElementTree.parse(sys.argv[1]).iter("testcase")
     except FileNotFoundError:
         return
     for case in cases:
-        print(outcome(case), case.get("name"), sep="\t")
+        print(outcome(case), title(case), sep="\t")
 
 
 main()

@@ -1,6 +1,7 @@
 # A Wine session of one's own: sourced after common.sh, never run.
 #
-#     wine_session_begin      copies the template prefix into a new temporary folder and starts Wine in it
+#     wine_session_begin      copies the template prefix into a new temporary folder and starts Wine in it; the template is
+#                             what `wine_template` names
 #     wine_session_end        ends every process of that prefix and removes it; fit for `trap ... EXIT`
 #
 # In between, scripts/wine-run and "$wine64" run programs in that prefix.
@@ -9,12 +10,14 @@
 # shellcheck source=scripts/lib/wine-environment.sh
 . "$root/scripts/lib/wine-environment.sh"
 
+wine_template=$deps/wine
+
 wine_session_begin()
 {
-    [ -d "$deps/wine/drive_c" ] || fail "no Wine prefix to copy: $deps/wine" "run scripts/setup.sh first"
+    [ -d "$wine_template/drive_c" ] || fail "no Wine prefix to copy: $wine_template" "run scripts/setup.sh first"
     wine_session_folder=$(mktemp -d "${TMPDIR:-/tmp}/orlindex-wine.XXXXXX")
     export WINEPREFIX=$wine_session_folder/prefix
-    cp -a "$deps/wine" "$WINEPREFIX"
+    cp -a "$wine_template" "$WINEPREFIX"
     wine_start -p || fail "Wine does not start in $WINEPREFIX"
     # Tells scripts/wine-run that it need not see to this itself.
     export ORLINDEX_WINE_SESSION=$WINEPREFIX

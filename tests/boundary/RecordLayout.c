@@ -7,10 +7,13 @@
 #include "orlindex/talix.h"
 
 #define CHECK(name, condition) typedef char check_##name[(condition) ? 1 : -1]
-#define CHECK_PLACE(record, field, place) CHECK(record##_##field, offsetof(record, field) == (place))
-#define CHECK_TEXT(record, field, place) \
-    CHECK_PLACE(record, field, place);   \
-    CHECK_PLACE(record, field##_size, (place) + 8)
+/* A value of 64-bit hosts and one of 32-bit hosts. */
+#define BITS(wide, narrow) (sizeof(void*) == 8 ? (wide) : (narrow))
+#define CHECK_PLACE(record, field, wide, narrow) CHECK(record##_##field, offsetof(record, field) == BITS(wide, narrow))
+#define CHECK_SIZE(record, wide, narrow) CHECK(record, sizeof(record) == BITS(wide, narrow))
+#define CHECK_TEXT(record, field, wide, narrow) \
+    CHECK_PLACE(record, field, wide, narrow);   \
+    CHECK_PLACE(record, field##_size, (wide) + 8, (narrow) + 4)
 #define CHECK_ENUMERATION(type)            \
     CHECK(type##_size, sizeof(type) == 4); \
     CHECK(type##_is_signed, (type)-1 < (type)0)
@@ -22,31 +25,32 @@ CHECK_ENUMERATION(TALIXEnvironment);
 CHECK_ENUMERATION(talix_login_mode);
 CHECK_ENUMERATION(talix_logout_flags);
 CHECK(talix_bool, sizeof(talix_bool) == 1);
-CHECK(talix_product_config, sizeof(talix_product_config) == 8);
+CHECK_SIZE(talix_product_config, 8, 4);
+CHECK_SIZE(talix_event_callback, 8, 4);
 
-CHECK_PLACE(talix_buffer, buffer, 0);
-CHECK_PLACE(talix_buffer, size, 8);
-CHECK(buffer, sizeof(talix_buffer) == 16);
+CHECK_PLACE(talix_buffer, buffer, 0, 0);
+CHECK_PLACE(talix_buffer, size, 8, 4);
+CHECK_SIZE(talix_buffer, 16, 8);
 
-CHECK_TEXT(talix_versions, server_version, 0);
-CHECK_TEXT(talix_versions, sdk_version, 16);
-CHECK(versions, sizeof(talix_versions) == 32);
+CHECK_TEXT(talix_versions, server_version, 0, 0);
+CHECK_TEXT(talix_versions, sdk_version, 16, 8);
+CHECK_SIZE(talix_versions, 32, 16);
 
-CHECK_PLACE(talix_user_info, reserved, 0);
-CHECK_TEXT(talix_user_info, user_id, 8);
-CHECK_TEXT(talix_user_info, user_name, 24);
-CHECK_TEXT(talix_user_info, first_name, 40);
-CHECK_TEXT(talix_user_info, last_name, 56);
-CHECK_TEXT(talix_user_info, email, 72);
-CHECK_TEXT(talix_user_info, display_name, 88);
-CHECK(user_info, sizeof(talix_user_info) == 104);
+CHECK_PLACE(talix_user_info, reserved, 0, 0);
+CHECK_TEXT(talix_user_info, user_id, 8, 8);
+CHECK_TEXT(talix_user_info, user_name, 24, 16);
+CHECK_TEXT(talix_user_info, first_name, 40, 24);
+CHECK_TEXT(talix_user_info, last_name, 56, 32);
+CHECK_TEXT(talix_user_info, email, 72, 40);
+CHECK_TEXT(talix_user_info, display_name, 88, 48);
+CHECK_SIZE(talix_user_info, 104, 56);
 
-CHECK_TEXT(talix_proxy_info, host, 0);
-CHECK_TEXT(talix_proxy_info, user_name, 16);
-CHECK_TEXT(talix_proxy_info, password, 32);
-CHECK_PLACE(talix_proxy_info, reserved, 44);
-CHECK_PLACE(talix_proxy_info, port, 48);
-CHECK(proxy_info, sizeof(talix_proxy_info) == 56);
+CHECK_TEXT(talix_proxy_info, host, 0, 0);
+CHECK_TEXT(talix_proxy_info, user_name, 16, 8);
+CHECK_TEXT(talix_proxy_info, password, 32, 16);
+CHECK_PLACE(talix_proxy_info, reserved, 44, 24);
+CHECK_PLACE(talix_proxy_info, port, 48, 28);
+CHECK_SIZE(talix_proxy_info, 56, 32);
 
 CHECK_VALUE(IdSuccess, 1000);
 CHECK_VALUE(IdNotInitialized, 2000);

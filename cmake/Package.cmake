@@ -1,0 +1,87 @@
+# What an installation holds, for `cmake --install` and for the archive that `cpack` writes: a kit for host developers
+# that works from any folder.
+#
+#     bin/          Orlindex.dll, and the diagnostic tool
+#     lib/          import libraries, cmake/Orlindex and pkgconfig
+#     include/      headers
+#     simulator/    the simulator's files in one folder, as a server installation, and a host's configuration
+#     examples/     sources, which find the library by find_package(Orlindex)
+#     docs/         guides and schemas
+#     licenses/     texts of what is linked in
+
+include(CMakePackageConfigHelpers)
+include(Licenses)
+
+# --- Library --------------------------------------------------------------------------------------------------------
+
+install(TARGETS orlindex RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/orlindex" DESTINATION include FILES_MATCHING PATTERN "*.h")
+if(TARGET orlindex_msvc_import)
+    install(FILES "${ORLINDEX_MSVC_IMPORT_LIBRARY}" DESTINATION lib)
+endif()
+
+set(ORLINDEX_IMPORT_LIBRARY "${CMAKE_IMPORT_LIBRARY_PREFIX}Orlindex${CMAKE_IMPORT_LIBRARY_SUFFIX}")
+configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/package/OrlindexConfig.cmake.in"
+    "${PROJECT_BINARY_DIR}/package/OrlindexConfig.cmake" INSTALL_DESTINATION lib/cmake/Orlindex)
+# A host needs what it was written for or more: within one major version nothing is taken away.
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/package/OrlindexConfigVersion.cmake"
+    VERSION "${PROJECT_VERSION}" COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/package/OrlindexConfig.cmake"
+    "${PROJECT_BINARY_DIR}/package/OrlindexConfigVersion.cmake" DESTINATION lib/cmake/Orlindex)
+if(MINGW)
+    # By its file name: for -lOrlindex a static link passes over import libraries, and would take Orlindex.lib.
+    set(ORLINDEX_LINK_LIBRARY "-l:${ORLINDEX_IMPORT_LIBRARY}")
+else()
+    set(ORLINDEX_LINK_LIBRARY -lOrlindex)
+endif()
+configure_file("${PROJECT_SOURCE_DIR}/cmake/package/Orlindex.pc.in" "${PROJECT_BINARY_DIR}/package/Orlindex.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/package/Orlindex.pc" DESTINATION lib/pkgconfig)
+
+# --- Programs -------------------------------------------------------------------------------------------------------
+
+if(TARGET orlindex_doctor)
+    install(TARGETS orlindex_doctor RUNTIME DESTINATION bin)
+endif()
+if(ORLINDEX_BUILD_SIMULATOR)
+    # The signed module, not the target's own file.
+    install(TARGETS simulator_server RUNTIME DESTINATION simulator)
+    install(FILES "${PROJECT_BINARY_DIR}/simulator/PellwickClient.dll" DESTINATION simulator)
+    install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/installation/server/" DESTINATION simulator)
+    install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/installation/host/" DESTINATION simulator/host)
+    install(FILES "${PROJECT_SOURCE_DIR}/simulator/installation/README.md" DESTINATION simulator)
+    if(IS_DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/scenarios")
+        install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/scenarios" DESTINATION simulator)
+    endif()
+endif()
+
+# --- Texts ----------------------------------------------------------------------------------------------------------
+
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION . PATTERN ".*" EXCLUDE)
+if(IS_DIRECTORY "${PROJECT_SOURCE_DIR}/docs")
+    install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION . PATTERN ".*" EXCLUDE)
+endif()
+orlindex_collect_licenses("${PROJECT_BINARY_DIR}/package/licenses")
+if(ORLINDEX_MISSING_LICENSES)
+    # An archive without them must not leave the house: the installation fails, the build goes on.
+    list(JOIN ORLINDEX_MISSING_LICENSES ", " missing)
+    install(CODE "message(FATAL_ERROR \"The licence texts of ${missing} are not at hand (cmake/Licenses.cmake says where \
+they are looked for). Run scripts/setup.sh, then configure again.\")")
+endif()
+install(DIRECTORY "${PROJECT_BINARY_DIR}/package/licenses" DESTINATION .)
+
+# --- Archive --------------------------------------------------------------------------------------------------------
+
+if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+    set(platform win64)
+else()
+    set(platform win32)
+endif()
+set(CPACK_GENERATOR ZIP)
+set(CPACK_PACKAGE_NAME Orlindex)
+set(CPACK_PACKAGE_VENDOR "Kestrany, Inc.")
+set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGE_FILE_NAME "Orlindex-${PROJECT_VERSION}-${platform}")
+set(CPACK_VERBATIM_VARIABLES ON)
+set(CPACK_POST_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/package/NormalizeArchive.cmake")
+include(CPack)

@@ -1,0 +1,10 @@
+# cmake -DEXPORTS=<def> -DMODULE=<file name> -DOUTPUT=<def> -P FlatDefinition.cmake: a module definition with the flat
+# functions of another one.
+
+file(STRINGS "${EXPORTS}" lines REGEX "^ +talix_[a-z_]+ @[0-9]+")
+if(NOT lines)
+    message(FATAL_ERROR "${EXPORTS} names no flat function")
+endif()
+list(TRANSFORM lines REPLACE "^ +(talix_[a-z_]+) .*" "    \\1")
+list(JOIN lines "\n" lines)
+file(WRITE "${OUTPUT}" "LIBRARY ${MODULE}\nEXPORTS\n${lines}\n")

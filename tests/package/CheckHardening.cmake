@@ -1,0 +1,26 @@
+# cmake -DOBJDUMP= -DFILE= -DPOINTER=<bytes> -P CheckHardening.cmake: the file can be loaded anywhere in the address space,
+# its data cannot be run, and it needs no compiler runtime beside it.
+
+execute_process(COMMAND "${OBJDUMP}" -p "${FILE}" OUTPUT_VARIABLE dump COMMAND_ERROR_IS_FATAL ANY)
+set(marks DYNAMIC_BASE NX_COMPAT)
+if(POINTER EQUAL 8)
+    list(APPEND marks HIGH_ENTROPY_VA)
+endif()
+foreach(mark IN LISTS marks)
+    if(NOT dump MATCHES "\n[ \t]+${mark}\n")
+        message(SEND_ERROR "${FILE} is not marked ${mark}")
+    endif()
+endforeach()
+# Without relocations the loader cannot move it, whatever the mark says.
+if(NOT dump MATCHES "Entry 5 [0-9a-f]*[1-9a-f][0-9a-f]* [0-9a-f]*[1-9a-f][0-9a-f]* Base Relocation Directory")
+    message(SEND_ERROR "${FILE} has no relocations")
+endif()
+string(REGEX MATCHALL "DLL Name: [^\n]+" imported "${dump}")
+if(NOT imported)
+    message(SEND_ERROR "${FILE} imports nothing, or ${OBJDUMP} writes in another form than is read here")
+endif()
+foreach(library IN LISTS imported)
+    if(library MATCHES "libgcc|libstdc|libwinpthread|libssp")
+        message(SEND_ERROR "${FILE} needs ${library}")
+    endif()
+endforeach()
