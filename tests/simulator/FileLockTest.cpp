@@ -70,7 +70,7 @@ protected:
 
 TEST_F(LoginStateLockTest, AnotherProcessWaitsUntilTheLockIsGivenBack)
 {
-    const OtherHost other("lock", {OwnIdentity("Server")});
+    const OtherHost other("lock", {"Kestrany.TALIX.DefaultServer-v2"});
     ASSERT_TRUE(other.HasArrived());
     const std::future<void> locked = LockOnAnotherThread();
     EXPECT_EQ(locked.wait_for(milliseconds(100)), std::future_status::timeout);
@@ -81,7 +81,7 @@ TEST_F(LoginStateLockTest, AnotherProcessWaitsUntilTheLockIsGivenBack)
 
 TEST_F(LoginStateLockTest, TheLockOfAProcessThatDiedIsFree)
 {
-    const OtherHost other("lock", {OwnIdentity("Server")});
+    const OtherHost other("lock", {"Kestrany.TALIX.DefaultServer-v2"});
     ASSERT_TRUE(other.HasArrived());
     const std::future<void> locked = LockOnAnotherThread();
     EXPECT_EQ(locked.wait_for(milliseconds(100)), std::future_status::timeout);

@@ -9,8 +9,9 @@ int main(int argc, char** argv)
     using namespace Kestrany::Simulator;
     if (argc > 1 && std::string(argv[1]) == HostOption)
         return PlayHost({argv + 2, argv + argc});
+    UseOwnFolder();
     testing::InitGoogleTest(&argc, argv);
     const int result = RUN_ALL_TESTS();
-    RemoveOwnFiles();
+    CleanUp();
     return result;
 }
