@@ -3,6 +3,7 @@
 # shellcheck shell=bash
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+# shellcheck disable=SC2034 # used by the scripts that source this file
 deps=$root/.deps
 # shellcheck disable=SC2034 # used by the scripts that source this file
 jobs=$(nproc)
