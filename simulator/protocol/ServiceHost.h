@@ -28,6 +28,7 @@ public:
     /// Takes one message. False when the host does not keep to the protocol: it is to be sent away.
     bool Receive(const std::string& message);
     void Deliver(const std::string& identity, const LoginEvent& event) const;
+    bool IsAttached() const { return logins_ != nullptr; }
     void SayQuits() const { send_(WriteQuits()); }
 
     /// See SignInService.

@@ -24,6 +24,8 @@ public:
 
     /// The host has left, or was sent away, and nothing is left to be written.
     bool IsOver() const { return over_ || (leaving_ && !writing_); }
+    /// Somebody who came, and has not said that it is a host, does not keep the server running.
+    bool IsHost() const { return host_.IsAttached(); }
     void SayQuits() { host_.SayQuits(); }
 
 private:

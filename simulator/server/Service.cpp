@@ -1,5 +1,6 @@
 #include "server/Service.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -148,7 +149,8 @@ void Service::StayFrozen()
 
 std::optional<std::int64_t> Service::IdleEnd() const
 {
-    return hosts_.empty() ? EndOf(lastUse_, limits_.idleAfter) : std::nullopt;
+    const bool used = std::any_of(hosts_.begin(), hosts_.end(), [](const Connection& host) { return host.IsHost(); });
+    return used ? std::nullopt : EndOf(lastUse_, limits_.idleAfter);
 }
 
 DWORD Service::TimeToWait() const

@@ -15,6 +15,8 @@
 #include "process/PrivatePipe.h"
 #include "process/Scope.h"
 #include "process/ServerInstance.h"
+#include "process/ServerLink.h"
+#include "process/ServerRequests.h"
 #include "session/ResultCodes.h"
 
 #include <aclapi.h>
@@ -141,11 +143,27 @@ TEST_F(SharedLoginTest, AServerWithoutHostsEndsAfterItsIdleTime)
     ASSERT_EQ(LogIn(), IdSuccess);
     const Handle server = OpenServer();
     ASSERT_TRUE(server);
+    const Handle stranger = OpenPrivatePipe(HostPipeName(DefaultIdentity), Deadline(Limit));
+    EXPECT_TRUE(stranger) << "who never says what it is";
     EXPECT_EQ(WaitForSingleObject(server.get(), 1500), static_cast<DWORD>(WAIT_TIMEOUT)) << "a host is there";
     module.Uninitialize();
     EXPECT_EQ(WaitForSingleObject(server.get(), static_cast<DWORD>(Limit)), WAIT_OBJECT_0);
     EXPECT_TRUE(client.IsLoginValid()) << "the next one knows the login";
     servers.SetSSOServerProcessArguments(nullptr, 0);
+}
+
+TEST_F(SharedLoginTest, AFrozenServerCostsTheLimitAndNoMore)
+{
+    ASSERT_EQ(LogIn(), IdSuccess);
+    const auto processId = FindServer(DefaultIdentity);
+    ASSERT_TRUE(processId);
+    ASSERT_TRUE(FreezeServer(*processId, Limit));
+    const ULONGLONG start = GetTickCount64();
+    talix_user_info info{};
+    EXPECT_EQ(client.GetUserInfo(&info), IdServerTimedOut);
+    EXPECT_LT(GetTickCount64() - start, 2 * static_cast<ULONGLONG>(ServerLink::AnswerLimit.count()));
+    ASSERT_TRUE(ThawServer(*processId, Limit));
+    EXPECT_EQ(client.GetUserInfo(&info), IdSuccess);
 }
 
 TEST_F(SharedLoginTest, OnlyTheUserMayOpenThePipe)
