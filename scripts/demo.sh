@@ -139,6 +139,17 @@ found()
     printf '  %-32s %s\n' "$1" "$value"
 }
 
+# run_host PROGRAM: through a file, not a pipe. The server process that a host starts goes on after it, and under Wine it
+# holds the host's error output open: a pipe's reader would wait for its end.
+run_host()
+{
+    local output=$wine_session_folder/output status=0
+    # One stream: the host's advice comes after the errors that it speaks of.
+    "$wine64" "$host_name\\$1" >"$output" 2>&1 || status=$?
+    tr -d '\r' <"$output" | sed 's/^/  /'
+    return $status
+}
+
 begin_step 'Build'
 bash "$root/scripts/build.sh" release
 
@@ -158,14 +169,13 @@ begin_step 'Server application answers'
 "$wine64" "$server_name\\Pellwick.exe" --version | tr -d '\r' | sed 's/^/  /'
 
 begin_step 'Run the example host in C++'
-# One stream: the host's advice comes after the errors that it speaks of.
-"$wine64" "$host_name\\cpp_host.exe" 2>&1 | tr -d '\r' | sed 's/^/  /'
+run_host cpp_host.exe
 
 begin_step 'Run the example host in C'
-"$wine64" "$host_name\\c_host.exe" 2>&1 | tr -d '\r' | sed 's/^/  /'
+run_host c_host.exe
 
 begin_step 'Start, watch and quit a real server process'
-"$wine64" "$host_name\\tools_host.exe" 2>&1 | tr -d '\r' | sed 's/^/  /'
+run_host tools_host.exe
 
 begin_step 'What the library found, from the log'
 log=$(log_file)

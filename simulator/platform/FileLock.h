@@ -24,26 +24,6 @@ private:
     Handle file_; ///< Locked while it is open.
 };
 
-/// Holds a FileLock while it lives.
-class FileLockGuard
-{
-public:
-    FileLockGuard(FileLock& lock, const std::wstring& path) : lock_(lock), held_(lock.Lock(path)) {}
-    ~FileLockGuard()
-    {
-        if (held_)
-            lock_.Unlock();
-    }
-    FileLockGuard(const FileLockGuard&) = delete;
-    FileLockGuard& operator=(const FileLockGuard&) = delete;
-
-    bool IsHeld() const { return held_; }
-
-private:
-    FileLock& lock_;
-    const bool held_;
-};
-
 } // namespace Kestrany::Simulator
 
 #endif

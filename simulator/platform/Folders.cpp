@@ -25,12 +25,42 @@ std::wstring LocalAppData()
     return SUCCEEDED(result) && folder != nullptr ? std::wstring(folder) : std::wstring();
 }
 
+std::wstring FullPath(const std::wstring& path)
+{
+    const DWORD size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    std::wstring full(size, L'\0');
+    full.resize(size == 0 ? 0 : GetFullPathNameW(path.c_str(), size, full.data(), nullptr));
+    while (full.size() > 3 && full.back() == L'\\')
+        full.pop_back();
+    return full;
+}
+
 } // namespace
 
 std::wstring DataFolder()
 {
     const std::wstring folder = LocalAppData();
     return folder.empty() ? folder : folder + L"\\Kestrany\\Identity Services";
+}
+
+const std::wstring& SettingsFolder()
+{
+    static const std::wstring folder = [] {
+        const std::wstring named = EnvironmentText(SettingsFolderVariable);
+        if (!named.empty())
+            return FullPath(named);
+        const std::wstring data = DataFolder();
+        return data.empty() ? data : data + L"\\Simulator";
+    }();
+    return folder;
+}
+
+std::wstring EnvironmentText(const wchar_t* name)
+{
+    const DWORD size = GetEnvironmentVariableW(name, nullptr, 0);
+    std::wstring text(size, L'\0');
+    text.resize(size == 0 ? 0 : GetEnvironmentVariableW(name, text.data(), size));
+    return text;
 }
 
 void CreateFoldersAbove(const std::wstring& path)

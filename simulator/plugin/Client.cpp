@@ -16,23 +16,19 @@ using IdentityServices::ApiFeature;
 using IdentityServices::IObserver;
 using IdentityServices::ProductConfig;
 
-Client::Client(Session& session, EventQueue& events, LoginKeeper& logins, LogSink log)
-    : log_(std::move(log)), session_(session), events_(events), logins_(logins)
+Client::Client(Session& session, EventQueue& events, RemoteLogins& logins, ServerLink& link, LogSink log)
+    : log_(std::move(log)), session_(session), events_(events), logins_(logins), link_(link)
 {
 }
 
 void Client::Begin()
 {
-    for (const Server server : Servers)
-    {
-        if (!session_.GetLogin(server))
-            logins_.Load(server, false);
-    }
-    session_.Resume();
+    link_.Open();
 }
 
 void Client::End()
 {
+    link_.Close();
     observers_.Clear();
     events_.Clear();
 }
@@ -97,10 +93,7 @@ IdErrorCode Client::GetOAuth2AccessToken(wchar_t* buffer, int capacity, bool wai
 {
     return Guarded(IdFailed, [&] {
         std::string token;
-        const bool renews = wait && session_.IsTokenExpired();
         const IdErrorCode code = session_.GetAccessToken(token, wait);
-        if (renews)
-            DoneWithLogin("Token renewal", code);
         return code == IdSuccess ? CopyWide(token, buffer, capacity) : code;
     });
 }
@@ -137,7 +130,7 @@ bool Client::IsLoginValid()
 
 IdErrorCode Client::RefreshOAuth2Token(bool flag)
 {
-    return Guarded(IdFailed, [&] { return DoneWithLogin("Token refresh", session_.RefreshToken(flag)); });
+    return Guarded(IdFailed, [&] { return Done("Token refresh", session_.RefreshToken(flag)); });
 }
 
 Server Client::GetServer()
@@ -154,14 +147,18 @@ IdErrorCode Client::Logout(int& result, talix_logout_flags flags)
 {
     return Guarded(IdFailed, [&] {
         if (!session_.IsLoggedIn())
+        {
+            // Who waits for a user to sign in does not, any more.
+            session_.CancelLogin();
             return Done("Logout", IdNotLoggedIn);
+        }
         if (flags != TALIX_LOGOUT_FORCE && !observers_.ConsentToLogout())
         {
             result = 1;
             return Done("Logout", IdLogoutRefused);
         }
         result = 0;
-        return DoneWithLogin("Logout", session_.Logout());
+        return Done("Logout", session_.Logout());
     });
 }
 
@@ -293,7 +290,7 @@ IdErrorCode Client::AutomatedLogin(const wchar_t* user, const wchar_t* secret, b
         if (code == IdSuccess)
             code = session_.Login(userName, password, flag);
         const std::string purpose = context == nullptr ? std::string() : " for " + ToDisplay(context);
-        return DoneWithLogin(("Automated login" + purpose).c_str(), code);
+        return Done(("Automated login" + purpose).c_str(), code);
     });
 }
 
@@ -303,7 +300,7 @@ IdErrorCode Client::Login(int& result)
         auto detail = LoginDetail::NotLoggedIn;
         const IdErrorCode code = session_.Login(detail);
         result = static_cast<int>(detail);
-        return DoneWithLogin("Login", code);
+        return Done("Login", code);
     });
 }
 
@@ -344,7 +341,9 @@ IdErrorCode Client::OverrideBackoffConfig(int initialInterval, int maxInterval, 
 
 bool Client::IsApiAvailable(ApiFeature feature)
 {
-    return feature == IdentityServices::ApiFeatureIdToken || feature == IdentityServices::ApiFeatureLoginMode;
+    const bool known =
+        feature == IdentityServices::ApiFeatureIdToken || feature == IdentityServices::ApiFeatureLoginMode;
+    return Guarded(false, [&] { return known && Offers(feature); });
 }
 
 IdErrorCode Client::GetOAuth2IdToken(wchar_t* buffer, int capacity)
@@ -358,7 +357,10 @@ IdErrorCode Client::GetOAuth2IdToken(wchar_t* buffer, int capacity)
 
 IdErrorCode Client::SetLoginMode(talix_login_mode mode)
 {
-    return Guarded(IdFailed, [&] { return Done("Login mode", session_.SetLoginMode(mode)); });
+    return Guarded(IdFailed, [&] {
+        const bool offered = Offers(IdentityServices::ApiFeatureLoginMode);
+        return Done("Login mode", offered ? session_.SetLoginMode(mode) : IdFeatureNotOffered);
+    });
 }
 
 IdErrorCode Client::GetLoginMode(talix_login_mode& mode)
@@ -377,12 +379,13 @@ IdErrorCode Client::Done(const char* operation, IdErrorCode code) const
     return code;
 }
 
-IdErrorCode Client::DoneWithLogin(const char* operation, IdErrorCode code) const
+bool Client::Offers(ApiFeature feature) const
 {
-    // What the user asked for is done, whether or not it can be kept for the next process.
-    if (code == IdSuccess)
-        Guarded([&] { logins_.Keep(session_.GetServer()); });
-    return Done(operation, code);
+    bool idToken = false;
+    bool loginMode = false;
+    if (logins_.GetFeatures({session_.GetServer(), {}, {}}, idToken, loginMode) != IdSuccess)
+        return false;
+    return feature == IdentityServices::ApiFeatureIdToken ? idToken : loginMode;
 }
 
 } // namespace Kestrany::Simulator

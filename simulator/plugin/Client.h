@@ -4,9 +4,9 @@
 #include <atomic>
 
 #include "load/contract/ISSOClient.h"
-#include "plugin/LoginKeeper.h"
 #include "plugin/Observers.h"
-#include "process/ServerProcesses.h"
+#include "process/ServerLink.h"
+#include "protocol/RemoteLogins.h"
 #include "session/CallPolicy.h"
 #include "session/EventQueue.h"
 #include "session/ProxyStore.h"
@@ -18,11 +18,11 @@ namespace Kestrany::Simulator {
 class Client final : public IdentityServices::ISSOClient
 {
 public:
-    Client(Session& session, EventQueue& events, LoginKeeper& logins, LogSink log);
+    Client(Session& session, EventQueue& events, RemoteLogins& logins, ServerLink& link, LogSink log);
 
-    /// A new start of the host: logins of earlier processes are restored.
+    /// A new start of the host: it connects to its server process, which says who is signed in.
     void Begin();
-    /// The host ends: its observers are not called any more, and nothing waits for them.
+    /// The host ends: it leaves its server process, its observers are not called any more, and nothing waits for them.
     void End();
 
     void Reserved0() override {}
@@ -77,13 +77,14 @@ public:
 private:
     /// Logs an operation that changes something, with its result, and answers the result.
     IdErrorCode Done(const char* operation, IdErrorCode code) const;
-    /// Done, for an operation that may have changed the login.
-    IdErrorCode DoneWithLogin(const char* operation, IdErrorCode code) const;
+    /// Whether the service offers a feature; false where nobody can be asked.
+    bool Offers(IdentityServices::ApiFeature feature) const;
 
     const LogSink log_;
     Session& session_;
     EventQueue& events_;
-    LoginKeeper& logins_;
+    RemoteLogins& logins_;
+    ServerLink& link_;
     Observers observers_;
     ProxyStore proxies_;
     CallPolicy calls_;

@@ -3,10 +3,12 @@
 #include <utility>
 
 #include "platform/DataProtection.h"
+#include "platform/Folders.h"
 #include "platform/Text.h"
 #include "plugin/Barrier.h"
 #include "plugin/ProductTexts.h"
 #include "plugin/TextIn.h"
+#include "process/LoginFile.h"
 #include "process/ServerInstance.h"
 #include "process/ServerRequests.h"
 #include "session/ProductJson.h"
@@ -43,10 +45,8 @@ bool WantsThaw(FreezeCallback callback, DWORD processId)
 
 } // namespace
 
-ClientPrivate::ClientPrivate(Session& session, EventQueue& events, LoginKeeper& logins, const ServerManager& servers,
-                             LogSink log)
-    : session_(session), events_(events), logins_(logins), servers_(servers), log_(log),
-      frozen_(std::move(log), AnswerLimit)
+ClientPrivate::ClientPrivate(Session& session, EventQueue& events, const ServerManager& servers, LogSink log)
+    : session_(session), events_(events), servers_(servers), log_(log), frozen_(std::move(log), AnswerLimit)
 {
 }
 
@@ -115,12 +115,7 @@ const wchar_t* ClientPrivate::GetLoginStateCacheFile(const wchar_t* name, Server
 
 bool ClientPrivate::LoadLoginFromCache(bool flag)
 {
-    return Guarded(false, [&] {
-        const bool restored = logins_.Load(session_.GetServer(), flag);
-        if (restored)
-            session_.Resume();
-        return restored;
-    });
+    return Guarded(false, [&] { return session_.Restore(flag) == IdSuccess; });
 }
 
 void ClientPrivate::RaiseEvent(IdServicesEvent event, bool flag)
@@ -164,12 +159,18 @@ bool ClientPrivate::Equals(const ProductConfig& left, const ProductConfig& right
 
 void ClientPrivate::LockLoginStateFile()
 {
-    Guarded([&] { logins_.Lock(); });
+    Guarded([&] {
+        if (!loginLock_.Lock(LoginLockFile(servers_.ServerIdentity())))
+            log_(TALIXLog::Error, "Login state not locked: " + SystemMessage(GetLastError()));
+    });
 }
 
 void ClientPrivate::UnlockLoginStateFile()
 {
-    Guarded([&] { logins_.Unlock(); });
+    Guarded([&] {
+        if (!loginLock_.Unlock())
+            log_(TALIXLog::Warning, "Login state not unlocked: this process does not hold the lock");
+    });
 }
 
 bool ClientPrivate::Ping(std::map<std::string, std::string>& answers)

@@ -2,7 +2,7 @@
 #define SIMULATOR_PLUGIN_CLIENTPRIVATE_H
 
 #include "load/contract/ISSOClientPrivate.h"
-#include "plugin/LoginKeeper.h"
+#include "platform/FileLock.h"
 #include "plugin/ServerManager.h"
 #include "process/FrozenServers.h"
 #include "session/EventQueue.h"
@@ -15,7 +15,7 @@ namespace Kestrany::Simulator {
 class ClientPrivate final : public IdentityServices::ISSOClientPrivate
 {
 public:
-    ClientPrivate(Session& session, EventQueue& events, LoginKeeper& logins, const ServerManager& servers, LogSink log);
+    ClientPrivate(Session& session, EventQueue& events, const ServerManager& servers, LogSink log);
 
     void Reserved0() override {}
     const wchar_t* ServerToServerName(Server server) override;
@@ -47,9 +47,9 @@ private:
 
     Session& session_;
     EventQueue& events_;
-    LoginKeeper& logins_;
     const ServerManager& servers_;
     const LogSink log_;
+    FileLock loginLock_;
     RetryPolicy retries_;
     FrozenServers frozen_;
 };

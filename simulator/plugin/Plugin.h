@@ -32,13 +32,16 @@ private:
     Plugin();
     ~Plugin() = default;
 
+    ServerLink::Parts LinkParts();
+
     const LogFile log_;
     const LogSink sink_;
     PluginLoggerSource loggers_;
     ServerManager serverManager_;
     EventQueue events_;
+    ServerLink link_;
+    RemoteLogins logins_;
     Session session_;
-    LoginKeeper logins_;
     Client client_;
     ClientModule module_;
     ClientPrivate private_;

@@ -30,6 +30,14 @@ std::optional<std::vector<std::string>> TakeArguments(const char* const* argumen
     return taken;
 }
 
+std::vector<std::wstring> Widen(const std::vector<std::string>& texts)
+{
+    std::vector<std::wstring> wide;
+    for (const std::string& text : texts)
+        wide.push_back(ToWide(text).value_or(std::wstring()));
+    return wide;
+}
+
 std::wstring FileName(const std::wstring& path)
 {
     return path.substr(path.find_last_of(L"\\/") + 1);
@@ -52,6 +60,12 @@ std::string ServerManager::ServerIdentity() const
 {
     const std::lock_guard lock(mutex_);
     return serverIdentity_;
+}
+
+LinkTarget ServerManager::Target() const
+{
+    const std::lock_guard lock(mutex_);
+    return {executable_, processIdentity_, serverIdentity_, Widen(arguments_)};
 }
 
 void ServerManager::ConfigureServerApp(const wchar_t* location, const wchar_t* executableFile)
@@ -208,10 +222,7 @@ bool ServerManager::Start(const Arguments& arguments, std::int64_t timeout, std:
         log_(TALIXLog::Error, "Failed to start a server: no server application was found");
         return false;
     }
-    std::vector<std::wstring> wide;
-    for (const std::string& argument : arguments)
-        wide.push_back(ToWide(argument).value_or(std::wstring()));
-    return processes_.Start(executable, ProcessIdentity(), wide, timeout, processId);
+    return processes_.Start(executable, ProcessIdentity(), Widen(arguments), timeout, processId);
 }
 
 std::wstring ServerManager::Executable() const

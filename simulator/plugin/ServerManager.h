@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "load/contract/ISSOServerManager.h"
-#include "process/ServerProcesses.h"
+#include "process/ServerLink.h"
 
 namespace Kestrany::Simulator {
 
@@ -23,6 +23,8 @@ public:
     std::string ProcessIdentity() const;
     /// The name of the server that this process talks to.
     std::string ServerIdentity() const;
+    /// The server of this process, and how it is started.
+    LinkTarget Target() const;
 
     void Reserved0() override {}
     void Reserved1() override {}

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "platform/Text.h"
+#include "process/PrivatePipe.h"
 
 namespace Kestrany::Simulator {
 
@@ -13,11 +14,8 @@ constexpr std::int64_t RequestLimit = 1000;
 
 Handle MakePipe()
 {
-    // The first instance or none: a process that took the name before would get the requests.
-    Handle pipe = OwnValid(CreateNamedPipeW(ServerPipeName(GetCurrentProcessId()).c_str(),
-                                            PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | FILE_FLAG_FIRST_PIPE_INSTANCE,
-                                            PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_REJECT_REMOTE_CLIENTS, 1,
-                                            Pipe::MaxMessage, Pipe::MaxMessage, 0, nullptr));
+    Handle pipe =
+        CreatePrivatePipe(ServerPipeName(GetCurrentProcessId()), PipeKind::Messages, true, 1, Pipe::MaxMessage);
     if (!pipe)
         throw std::runtime_error("no pipe for requests: " + SystemMessage(GetLastError()));
     return pipe;

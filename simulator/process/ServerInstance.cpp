@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "process/Scope.h"
+
 namespace Kestrany::Simulator {
 
 namespace {
@@ -32,12 +34,12 @@ View MapRecord(HANDLE section, DWORD access)
 
 std::wstring ObjectName(const std::string& identity, const wchar_t* kind)
 {
-    return L"Local\\Kestrany.TALIX." + std::wstring(identity.begin(), identity.end()) + L"." + kind;
+    return L"Local\\" + ScopeName() + L"." + std::wstring(identity.begin(), identity.end()) + L"." + kind;
 }
 
 std::wstring ProcessObjectName(DWORD processId, const wchar_t* kind)
 {
-    return L"Local\\Kestrany.TALIX.Process." + std::to_wstring(processId) + L"." + kind;
+    return L"Local\\" + ScopeName() + L".Process." + std::to_wstring(processId) + L"." + kind;
 }
 
 bool IsAlive(DWORD processId)

@@ -12,6 +12,9 @@ struct ServerOptions
 {
     std::string identity;
     std::optional<unsigned int> quitAfterSeconds;
+    std::optional<unsigned int> idleAfterSeconds = 60; ///< Nothing for never.
+    std::string checkScenario;                         ///< A file to look at, instead of serving.
+    bool quit = false;                                 ///< Asks the server that runs, instead of serving.
     bool help = false;
     bool version = false;
 };

@@ -151,6 +151,9 @@ bool ServerProcesses::Start(const std::wstring& executable, const std::string& i
     }
 
     ServerProcess server = FindRunning(identity);
+    // One that is about to end is waited for, and another one started.
+    if (server.process && WaitUntilReady(server.process.get(), ready.get(), deadline) == StartResult::Ended)
+        server = {};
     if (!server.process)
     {
         // A server that crashed may have left it set, and somebody may have kept it.

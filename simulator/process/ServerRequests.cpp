@@ -2,32 +2,16 @@
 
 #include "process/Deadline.h"
 #include "process/Pipe.h"
+#include "process/PrivatePipe.h"
 #include "process/ServerInstance.h"
 
 namespace Kestrany::Simulator {
 
 namespace {
 
-Handle OpenPipe(const std::wstring& name, const Deadline& deadline)
-{
-    for (;;)
-    {
-        // The server learns who asks, but cannot act for the asker.
-        Handle pipe =
-            OwnValid(CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                                 FILE_FLAG_OVERLAPPED | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
-        if (pipe || GetLastError() != ERROR_PIPE_BUSY)
-            return pipe;
-        // Others ask at the same time. A limit of 0 would mean the pipe's own.
-        const DWORD left = deadline.Left();
-        if (left == 0 || !WaitNamedPipeW(name.c_str(), left))
-            return {};
-    }
-}
-
 std::optional<std::string> Ask(DWORD processId, const std::string& request, const Deadline& deadline)
 {
-    Handle file = OpenPipe(ServerPipeName(processId), deadline);
+    Handle file = OpenPrivatePipe(ServerPipeName(processId), deadline);
     DWORD mode = PIPE_READMODE_MESSAGE;
     ULONG owner = 0;
     // Any process could have made a pipe of the name.

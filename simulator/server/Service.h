@@ -1,36 +1,63 @@
 #ifndef SIMULATOR_SERVER_SERVICE_H
 #define SIMULATOR_SERVER_SERVICE_H
 
-#include <functional>
+#include <cstdint>
+#include <list>
+#include <optional>
 #include <string>
 
-#include "process/Deadline.h"
 #include "process/RequestPipe.h"
-#include "process/ServerInstance.h"
+#include "protocol/SignInService.h"
+#include "server/Connection.h"
+#include "server/HostListener.h"
 
 namespace Kestrany::Simulator {
 
-/// What the server application does while it runs: answers requests, and hangs where it is told to.
+/// When the server application ends by itself. Seconds; nothing for never.
+struct ServiceLimits
+{
+    std::optional<unsigned int> quitAfter; ///< In any case.
+    std::optional<unsigned int> idleAfter; ///< Without a host, and without anybody's asking.
+};
+
+/// What the server application does while it runs: serves hosts, answers requests of tools, and hangs where it is told
+/// to. All of it on one thread, so that a hang is one for everybody.
 class Service
 {
 public:
-    /// Throws std::runtime_error when the system is out of resources.
-    explicit Service(std::string identity);
+    /// Throws std::runtime_error when the system is out of resources, or another process has the name of its pipe.
+    Service(std::string identity, ServiceLimits limits, SignInService& signIn);
 
-    /// Returns when `quit` is set, or `milliseconds` have passed. A frozen service notices the time alone.
-    void Run(HANDLE quit, DWORD milliseconds);
+    /// Returns when `quit` is set, or a limit has passed. A frozen service notices its longest time alone.
+    void Run(HANDLE quit);
 
 private:
+    /// False when the service is asked to quit.
+    bool WaitOnce(HANDLE quit);
+    void RemoveHosts();
+    void TakeHost();
+    void ServeRequest();
+    void SendAway();
     std::string Answer(const std::string& request);
     std::string Ping() const;
-    void StayFrozen(DWORD milliseconds);
+    void StayFrozen();
+
+    std::optional<std::int64_t> IdleEnd() const;
+    DWORD TimeToWait() const;
+    bool IsOver(std::optional<std::int64_t> end) const;
 
     const std::string identity_;
-    const unsigned long long start_;
+    const std::int64_t start_;
+    const ServiceLimits limits_;
+    const std::optional<std::int64_t> end_;
+    std::int64_t lastUse_;
+    SignInService& signIn_;
     Handle frozen_; ///< Set while the service is.
     Handle thaw_;
     bool freezes_ = false;
     RequestPipe requests_;
+    HostListener listener_;
+    std::list<Connection> hosts_;
 };
 
 } // namespace Kestrany::Simulator

@@ -19,7 +19,7 @@ std::vector<Account> DefaultAccounts()
 
 std::string ProfileJson(const Account& account)
 {
-    Json::Value profile(Json::objectValue);
+    Json::Value profile = account.profile;
     profile["userId"] = account.userId;
     profile["userName"] = account.userName;
     profile["firstName"] = account.firstName;

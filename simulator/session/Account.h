@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include <json/value.h>
+
 namespace Kestrany::Simulator {
 
 /// A user that the simulator knows. Texts are UTF-8.
@@ -15,7 +17,8 @@ struct Account
     std::string lastName;
     std::string email;
     std::string displayName;
-    std::string secret; ///< Only the automated login asks for it.
+    std::string secret;                     ///< Only the automated login asks for it.
+    Json::Value profile{Json::objectValue}; ///< Further members of the profile; they never replace those above.
 };
 
 /// The accounts of a simulator that nobody configured. The first one signs in when a login names no user.

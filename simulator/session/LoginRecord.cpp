@@ -8,7 +8,7 @@ namespace Kestrany::Simulator {
 namespace {
 
 /// A later form gets another one: an older simulator then refuses what it does not understand.
-constexpr char Format[] = "login-state-1";
+constexpr char Format[] = "login-state-2";
 
 /// The clock counts finer than seconds, and must not overflow on a number that a file holds: far beyond any login.
 constexpr std::int64_t LastSecond = 4'102'444'800; // 2100-01-01
@@ -23,6 +23,16 @@ Json::Value ToJson(const Token& token)
     Json::Value object(Json::objectValue);
     object["text"] = token.text;
     object["expiry"] = ToJson(token.expiry);
+    return object;
+}
+
+Json::Value ToJson(const ClientTokens& tokens)
+{
+    Json::Value object(Json::objectValue);
+    object["clientId"] = tokens.clientId;
+    object["scope"] = tokens.scope;
+    object["accessToken"] = ToJson(tokens.access);
+    object["idToken"] = ToJson(tokens.id);
     return object;
 }
 
@@ -42,6 +52,23 @@ bool TakeToken(const Json::Value& object, const char* key, Token& token)
            TakeTime(member, "expiry", token.expiry);
 }
 
+bool TakeClients(const Json::Value& object, std::vector<ClientTokens>& clients)
+{
+    const Json::Value& members = object["clients"];
+    if (!members.isArray())
+        return false;
+    for (const Json::Value& member : members)
+    {
+        ClientTokens tokens;
+        if (!member.isObject() || !TakeText(member, "clientId", tokens.clientId) || tokens.clientId.empty() ||
+            !TakeText(member, "scope", tokens.scope) || !TakeToken(member, "accessToken", tokens.access) ||
+            !TakeToken(member, "idToken", tokens.id))
+            return false;
+        clients.push_back(std::move(tokens));
+    }
+    return true;
+}
+
 } // namespace
 
 std::string WriteLoginRecord(const LoginRecord& record, const LoginOrigin& origin)
@@ -52,8 +79,9 @@ std::string WriteLoginRecord(const LoginRecord& record, const LoginOrigin& origi
     object["server"] = ServerName(origin.server);
     object["userId"] = record.userId;
     object["expiry"] = ToJson(record.expiry);
-    object["accessToken"] = ToJson(record.accessToken);
-    object["idToken"] = ToJson(record.idToken);
+    Json::Value& clients = object["clients"] = Json::Value(Json::arrayValue);
+    for (const ClientTokens& tokens : record.clients)
+        clients.append(ToJson(tokens));
     return WriteJson(object);
 }
 
@@ -67,7 +95,7 @@ std::optional<LoginRecord> ReadLoginRecord(const std::string& text, const LoginO
     if (!object || !TakeText(*object, "format", format) || format != Format ||
         !TakeText(*object, "identity", identity) || !TakeText(*object, "server", server) ||
         !TakeText(*object, "userId", record.userId) || !TakeTime(*object, "expiry", record.expiry) ||
-        !TakeToken(*object, "accessToken", record.accessToken) || !TakeToken(*object, "idToken", record.idToken))
+        !TakeClients(*object, record.clients))
     {
         problem = "it holds no login state";
         return std::nullopt;

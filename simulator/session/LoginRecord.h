@@ -3,19 +3,28 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "orlindex/IdErrorCode.h"
 #include "session/Token.h"
 
 namespace Kestrany::Simulator {
 
+/// The tokens of one product.
+struct ClientTokens
+{
+    std::string clientId;
+    std::string scope;
+    Token access;
+    Token id;
+};
+
 /// A login as it is kept beyond the process that made it. Times are whole seconds there.
 struct LoginRecord
 {
     std::string userId;
     TimePoint expiry;
-    Token accessToken;
-    Token idToken;
+    std::vector<ClientTokens> clients;
 };
 
 /// Whose record it is: a login is restored only where it was made for.

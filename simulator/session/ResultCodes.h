@@ -21,6 +21,17 @@ inline constexpr auto IdInvalidText = static_cast<IdErrorCode>(4010);        ///
 inline constexpr auto IdInvalidAddress = static_cast<IdErrorCode>(4011);     ///< Not an http or https address.
 inline constexpr auto IdInvalidOverride = static_cast<IdErrorCode>(4012);    ///< A value out of its range.
 inline constexpr auto IdInvalidLoginMode = static_cast<IdErrorCode>(4013);   ///< A login mode that does not exist.
+inline constexpr auto IdServerUnavailable = static_cast<IdErrorCode>(4014);  ///< No server process can be reached.
+inline constexpr auto IdServerLost = static_cast<IdErrorCode>(4015);         ///< The server ended before it answered.
+inline constexpr auto IdServerTimedOut = static_cast<IdErrorCode>(4016);     ///< The server did not answer in time.
+inline constexpr auto IdScenarioInvalid = static_cast<IdErrorCode>(4017); ///< The scenario file is wrong; see the log.
+inline constexpr auto IdLoginRefused = static_cast<IdErrorCode>(4018);    ///< The scenario refuses logins.
+inline constexpr auto IdLoginCancelled = static_cast<IdErrorCode>(4019);  ///< The login was cancelled.
+inline constexpr auto IdLoginTimedOut = static_cast<IdErrorCode>(4020);   ///< The login waited for its whole time.
+inline constexpr auto IdNotStored = static_cast<IdErrorCode>(4021);       ///< The state cannot be written; no change.
+inline constexpr auto IdTextTooLong = static_cast<IdErrorCode>(4022);     ///< A text does not fit a token or a message.
+inline constexpr auto IdFeatureNotOffered = static_cast<IdErrorCode>(4023); ///< The scenario does not offer it.
+inline constexpr auto IdProtocolError = static_cast<IdErrorCode>(4024);     ///< Plugin and server differ in version.
 
 } // namespace Kestrany::Simulator
 

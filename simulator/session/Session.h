@@ -6,36 +6,21 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <vector>
 
-#include "session/Account.h"
 #include "session/EventQueue.h"
-#include "session/LoginRecord.h"
+#include "session/LoginService.h"
 #include "session/ProductSettings.h"
-#include "session/ResultCodes.h"
-#include "session/Token.h"
 
 namespace Kestrany::Simulator {
 
-/// What the detail result of a login says.
-enum class LoginDetail : int
-{
-    LoggedIn = 0,
-    AlreadyLoggedIn = 1,
-    NotLoggedIn = 2
-};
-
-/// The identity service's state for one host: the product it asked for and the login it holds at each server, and which
-/// server is in use. What happens is queued as events. Texts are UTF-8. Any thread may call.
+/// One host's view of the identity service: the product that it set for each server, the server that it uses, and the
+/// shared logins as they are for both. What happens there is queued as events. Texts are UTF-8. Any thread may call.
 ///
-/// Knows nothing of the plugin contract, of files or of the platform, so that it can live in any process.
+/// Holds no lock while it asks the service, which may take its time.
 class Session
 {
 public:
-    static constexpr std::chrono::hours TokenLifetime{1};
-    static constexpr std::chrono::hours LoginLifetime{14 * 24};
-
-    Session(std::vector<Account> accounts, Clock clock, RandomSource random, EventQueue& events);
+    Session(LoginService& logins, EventQueue& events);
 
     IdErrorCode SetProduct(Server server, const ProductSettings& product);
     IdErrorCode GetProduct(Server server, ProductSettings& product) const;
@@ -45,17 +30,16 @@ public:
     talix_login_mode GetLoginMode() const;
     IdErrorCode SetLoginMode(talix_login_mode mode);
 
-    /// Signs the first account in.
+    /// Queues what happened, where it concerns the server in use and the product there.
+    void Receive(const LoginEvent& event);
+
     IdErrorCode Login(LoginDetail& detail);
-    /// Signs the named account in. `replace`: also when another one is signed in, whose login then ends.
     IdErrorCode Login(const std::string& userName, const std::string& secret, bool replace);
     IdErrorCode Logout();
-    /// The login that `server` holds, to be restored in another process; nothing when there is none.
-    std::optional<LoginRecord> GetLogin(Server server) const;
-    /// Takes over the login of another process. `replace`: also when somebody is signed in. Queues no event.
-    IdErrorCode Restore(Server server, const LoginRecord& record, bool replace);
-    /// Says that a login of an earlier start goes on, when there is one.
-    void Resume();
+    /// Ends logins that wait at the server in use.
+    IdErrorCode CancelLogin();
+    /// Takes over the login that is kept. `replace`: also when somebody is signed in.
+    IdErrorCode Restore(bool replace);
 
     bool IsLoggedIn() const;
     bool IsLoginExpired() const;
@@ -82,40 +66,14 @@ public:
     std::string StateJson() const;
 
 private:
-    struct LoginState
-    {
-        Account account;
-        TimePoint expiry;
-        Token accessToken;
-        Token idToken;
-    };
+    Caller CurrentCaller() const;
+    LoginStatus Status() const;
 
-    /// What one server knows of the host.
-    struct Realm
-    {
-        std::optional<ProductSettings> product;
-        std::optional<LoginState> login;
-    };
-
-    // All of these are called with the mutex held.
-    Realm& Current();
-    const Realm& Current() const;
-    const LoginState* CurrentLogin() const;
-    const Account* FindAccount(const std::string& userId) const;
-    bool Passed(TimePoint expiry) const;
-    IdErrorCode CheckLogin() const;
-    void SignIn(const Account& account);
-    void Renew(LoginState& login);
-    Token NewToken(const char* kind) const;
-    void Happened(IdentityServices::IdServicesConsts::IdServicesEvent kind);
-
-    const std::vector<Account> accounts_;
-    const Clock clock_;
-    const RandomSource random_;
+    LoginService& logins_;
     EventQueue& events_;
 
     mutable std::mutex mutex_;
-    std::map<Server, Realm> realms_;
+    std::map<Server, std::optional<ProductSettings>> products_;
     Server server_ = TALIX_SERVER_PRODUCTION;
     talix_login_mode loginMode_ = TALIX_LOGIN_MODE_DEFAULT;
 };

@@ -1,22 +1,16 @@
 #include "session/Token.h"
 
-#include <vector>
-
 namespace Kestrany::Simulator {
 
-std::string RandomText(const RandomSource& random, std::size_t size)
+std::string Base64Url(const std::string& bytes)
 {
     static constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
-
-    std::vector<unsigned char> bytes(size);
-    random(bytes.data(), bytes.size());
-
     std::string text;
     unsigned int pending = 0;
     int pendingBits = 0;
-    for (const unsigned char byte : bytes)
+    for (const char byte : bytes)
     {
-        pending = (pending << 8 | byte) & 0xFFFFu;
+        pending = (pending << 8 | static_cast<unsigned char>(byte)) & 0xFFFFu;
         pendingBits += 8;
         while (pendingBits >= 6)
         {
@@ -27,6 +21,13 @@ std::string RandomText(const RandomSource& random, std::size_t size)
     if (pendingBits > 0)
         text += alphabet[pending << (6 - pendingBits) & 63u];
     return text;
+}
+
+std::string RandomText(const RandomSource& random, std::size_t size)
+{
+    std::string bytes(size, '\0');
+    random(bytes.data(), bytes.size());
+    return Base64Url(bytes);
 }
 
 } // namespace Kestrany::Simulator

@@ -1,11 +1,13 @@
 #include "Environment.h"
 
+#include <filesystem>
 #include <stdexcept>
 
 #include <windows.h>
 
 #include "load/contract/ISSOServerManager.h"
 #include "platform/Folders.h"
+#include "process/ServerProcesses.h"
 
 namespace Kestrany::Simulator {
 
@@ -33,11 +35,16 @@ FactoryFunction FindFactory()
     return reinterpret_cast<FactoryFunction>(reinterpret_cast<void*>(address));
 }
 
+void ConfigureServer(IdentityServices::ISSOServerManager& servers)
+{
+    const std::wstring file = ServerFile();
+    servers.ConfigureServerApp(file.substr(0, file.rfind(L'\\')).c_str(), file.c_str());
+}
+
 IdentityServices::ISSOClientFactory& LoadPlugin()
 {
     IdentityServices::ISSOClientFactory& factory = *FindFactory()();
-    // Tests run side by side, and hosts of one server share the user's login.
-    factory.GetSSOServerManager()->SetServerIdentityName(OwnIdentity("Server").c_str());
+    ConfigureServer(*factory.GetSSOServerManager());
     return factory;
 }
 
@@ -62,8 +69,7 @@ IdentityServices::ISSOClientFactory& PluginFactory()
 void ConfigureServer(const std::string& identity)
 {
     IdentityServices::ISSOServerManager& servers = *PluginFactory().GetSSOServerManager();
-    const std::wstring file = ServerFile();
-    servers.ConfigureServerApp(file.substr(0, file.rfind(L'\\')).c_str(), file.c_str());
+    ConfigureServer(servers);
     servers.SetProcessIdentityName(identity.c_str());
 }
 
@@ -72,18 +78,24 @@ std::string OwnIdentity(const std::string& purpose)
     return OwnPrefix() + purpose;
 }
 
-void RemoveOwnFiles()
+void UseOwnFolder()
 {
+    wchar_t folder[MAX_PATH];
+    const DWORD length = GetTempPathW(MAX_PATH, folder);
     const std::string prefix = OwnPrefix();
-    const std::wstring folder = DataFolder() + L"\\Simulator\\";
-    WIN32_FIND_DATAW entry{};
-    const HANDLE search = FindFirstFileW((folder + std::wstring(prefix.begin(), prefix.end()) + L"*").c_str(), &entry);
-    if (search == INVALID_HANDLE_VALUE)
-        return;
-    do
-        DeleteFileW((folder + entry.cFileName).c_str());
-    while (FindNextFileW(search, &entry));
-    FindClose(search);
+    const std::wstring own = std::wstring(folder, length) + std::wstring(prefix.begin(), prefix.end()) + L"Data";
+    if (length == 0 || !SetEnvironmentVariableW(SettingsFolderVariable, own.c_str()))
+        throw std::runtime_error("no folder for the tests");
+}
+
+void CleanUp()
+{
+    const ServerProcesses processes([](TALIXLog::LogLevel, const std::string&) {});
+    const std::wstring file = ServerFile();
+    constexpr std::int64_t limit = 5000;
+    processes.QuitAll(file.substr(file.rfind(L'\\') + 1), limit);
+    std::error_code ignored; // The prefix is thrown away with the rest.
+    std::filesystem::remove_all(SettingsFolder(), ignored);
 }
 
 } // namespace Kestrany::Simulator

@@ -7,20 +7,23 @@
 
 namespace Kestrany::Simulator {
 
+/// Gives this process, and those that it starts, a settings folder of its own: nobody else sees its servers.
+void UseOwnFolder();
+
 /// The server application's file in this build tree.
 std::wstring ServerFile();
 
-/// The plugin module's factory, as the library gets it: by its exported name. Its logins are this process's own.
+/// The plugin module's factory, as the library gets it: by its exported name.
 IdentityServices::ISSOClientFactory& PluginFactory();
 
-/// Tells the plugin module where the server application is, and under which name it runs.
+/// Tells the plugin module where its server application is, and under which name it runs.
 void ConfigureServer(const std::string& identity);
 
-/// An identity that no other process uses.
+/// A name that no other process uses.
 std::string OwnIdentity(const std::string& purpose);
 
-/// Removes what the plugin module kept for identities of this process.
-void RemoveOwnFiles();
+/// Ends every server of the folder, and removes it.
+void CleanUp();
 
 } // namespace Kestrany::Simulator
 

@@ -5,11 +5,15 @@
 #include <windows.h>
 
 #include "Environment.h"
+#include "EventRecorder.h"
+#include "Worker.h"
 #include "load/contract/ISSOClient.h"
 #include "load/contract/ISSOClientModule.h"
 #include "load/contract/ISSOClientPrivate.h"
 #include "load/contract/ISSOServerManager.h"
 #include "platform/Handle.h"
+#include "platform/Text.h"
+#include "platform/WholeFile.h"
 
 namespace Kestrany::Simulator {
 
@@ -56,17 +60,60 @@ bool HoldLock(const std::string& meeting, const Arguments& arguments)
     return met;
 }
 
+/// Starts as a host does, with a product of the name.
+bool Begin(const std::string& clientId)
+{
+    PluginFactory().GetSSOClientModule()->Initialize(false);
+    IdentityServices::ProductConfig product;
+    product.SetOAuth2ClientID(clientId.c_str());
+    product.SetOAuth2TokenScope("openid profile");
+    return PluginFactory().GetSSOClient()->SetProductConfig(TALIX_SERVER_PRODUCTION, product) == ::IdSuccess;
+}
+
 /// login IDENTITY: signs the user in and ends, without signing out.
 bool LogIn(const std::string&, const Arguments& arguments)
 {
     PluginFactory().GetSSOServerManager()->SetServerIdentityName(arguments.at(0).c_str());
-    PluginFactory().GetSSOClientModule()->Initialize(false);
-    IdentityServices::ProductConfig product;
-    product.SetOAuth2ClientID("other-host");
+    int detail = -1;
+    return Begin("other-host") && PluginFactory().GetSSOClient()->Login(detail) == ::IdSuccess && detail == 0;
+}
+
+/// watch CLIENT: stays until it is told to leave, and hears meanwhile of a login, of tokens and of a logout, each once.
+bool Watch(const std::string& meeting, const Arguments& arguments)
+{
+    IdentityServices::ISSOClient& client = *PluginFactory().GetSSOClient();
+    EventRecorder observer;
+    if (!Begin(arguments.at(0)) || client.AddObserver(&observer) != ::IdSuccess || client.IsLoggedIn())
+        return false;
+    if (!Meet(meeting))
+        return false;
+    // An answer comes after the events before it: no need to wait for them.
+    const bool out = !client.IsLoggedIn();
+    client.DispatchEvent();
+    return out && observer.kinds == std::vector<std::string>{"LoggedIn", "TokenAvailable", "LoggedOut"};
+}
+
+/// tokens FILE: writes both tokens, one a line, and quits the server.
+bool WriteTokens(const std::string&, const Arguments& arguments)
+{
     IdentityServices::ISSOClient& client = *PluginFactory().GetSSOClient();
     int detail = -1;
-    return client.SetProductConfig(TALIX_SERVER_PRODUCTION, product) == ::IdSuccess &&
-           client.Login(detail) == ::IdSuccess && detail == 0;
+    wchar_t access[4096] = L"";
+    wchar_t id[4096] = L"";
+    const bool done =
+        Begin("verified-client") && client.Login(detail) == ::IdSuccess &&
+        client.GetOAuth2AccessToken(access, 4096, true) == ::IdSuccess &&
+        client.GetOAuth2IdToken(id, 4096) == ::IdSuccess &&
+        ReplaceWholeFile(ToWide(arguments.at(0)).value(), ToDisplay(access) + "\n" + ToDisplay(id) + "\n");
+    PluginFactory().GetSSOClientModule()->Uninitialize();
+    return PluginFactory().GetSSOServerManager()->QuitSSOServerProcess(MeetingLimit) && done;
+}
+
+/// worker SEED: see Worker.h.
+bool Work(const std::string& meeting, const Arguments& arguments)
+{
+    return Begin("worker-" + arguments.at(0)) &&
+           RunWorker(meeting, static_cast<unsigned int>(std::stoul(arguments.at(0))));
 }
 
 } // namespace
@@ -84,7 +131,8 @@ std::wstring LeaveEventName(const std::string& meeting)
 int PlayHost(const Arguments& arguments)
 {
     static const std::map<std::string, bool (*)(const std::string&, const Arguments&)> roles = {
-        {"server", UseServer}, {"lock", HoldLock}, {"login", LogIn}};
+        {"server", UseServer}, {"lock", HoldLock},      {"login", LogIn},
+        {"watch", Watch},      {"tokens", WriteTokens}, {"worker", Work}};
     const Arguments own(arguments.begin() + 2, arguments.end());
     return roles.at(arguments.at(1))(arguments.at(0), own) ? 0 : 1;
 }

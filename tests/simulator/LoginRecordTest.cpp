@@ -28,8 +28,18 @@ protected:
         return WriteJson(object);
     }
 
+    Json::Value WithoutTokenText() const
+    {
+        Json::Value clients = (*ReadJsonObject(text))["clients"];
+        clients[0]["accessToken"]["text"] = "";
+        return clients;
+    }
+
     const LoginOrigin origin{"Tests.Server", TALIX_SERVER_STAGING};
-    const LoginRecord record{"user-1", At(1'800'000'000), {"access", At(1'700'000'100)}, {"id", At(1'700'000'200)}};
+    const LoginRecord record{"user-1",
+                             At(1'800'000'000),
+                             {{"one", "openid", {"access", At(1'700'000'100)}, {"id", At(1'700'000'200)}},
+                              {"two", "", {"access-2", At(1'700'000'300)}, {"id-2", At(1'700'000'400)}}}};
     const std::string text = WriteLoginRecord(record, origin);
     std::string problem;
 };
@@ -40,10 +50,18 @@ TEST_F(LoginRecordTest, ARecordIsReadAsItWasWritten)
     ASSERT_TRUE(read) << text << problem;
     EXPECT_EQ(read->userId, "user-1");
     EXPECT_EQ(read->expiry, record.expiry);
-    EXPECT_EQ(read->accessToken.text, "access");
-    EXPECT_EQ(read->accessToken.expiry, record.accessToken.expiry);
-    EXPECT_EQ(read->idToken.text, "id");
-    EXPECT_EQ(read->idToken.expiry, record.idToken.expiry);
+    ASSERT_EQ(read->clients.size(), 2u);
+    for (std::size_t index = 0; index < 2; ++index)
+    {
+        const ClientTokens& expected = record.clients[index];
+        const ClientTokens& tokens = read->clients[index];
+        EXPECT_EQ(tokens.clientId, expected.clientId);
+        EXPECT_EQ(tokens.scope, expected.scope);
+        EXPECT_EQ(tokens.access.text, expected.access.text);
+        EXPECT_EQ(tokens.access.expiry, expected.access.expiry);
+        EXPECT_EQ(tokens.id.text, expected.id.text);
+        EXPECT_EQ(tokens.id.expiry, expected.id.expiry);
+    }
 }
 
 TEST_F(LoginRecordTest, ARecordOfAnotherOriginIsRefusedAndNamed)
@@ -57,12 +75,22 @@ TEST_F(LoginRecordTest, ARecordOfAnotherOriginIsRefusedAndNamed)
 
 TEST_F(LoginRecordTest, EveryMemberIsNeeded)
 {
-    for (const char* key : {"format", "identity", "server", "userId", "expiry", "accessToken", "idToken"})
+    for (const char* key : {"format", "identity", "server", "userId", "expiry", "clients"})
     {
         problem.clear();
         EXPECT_FALSE(ReadLoginRecord(With(key, Json::nullValue), origin, problem)) << key;
         EXPECT_FALSE(problem.empty()) << key;
         EXPECT_FALSE(ReadLoginRecord(With(key, true), origin, problem)) << key;
+    }
+}
+
+TEST_F(LoginRecordTest, EveryMemberOfAClientIsNeeded)
+{
+    for (const char* key : {"clientId", "scope", "accessToken", "idToken"})
+    {
+        Json::Value clients = (*ReadJsonObject(text))["clients"];
+        clients[1].removeMember(key);
+        EXPECT_FALSE(ReadLoginRecord(With("clients", clients), origin, problem)) << key;
     }
 }
 
@@ -75,9 +103,8 @@ TEST_F(LoginRecordTest, TimesOutOfRangeAreRefused)
 
 TEST_F(LoginRecordTest, OtherTextsAreNoRecords)
 {
-    for (const std::string& other :
-         {std::string(), std::string("{}"), std::string("login"), text + "x", text.substr(1),
-          With("format", "login-state-2"), With("accessToken", *ReadJsonObject(R"({"text":"","expiry":1})"))})
+    for (const std::string& other : {std::string(), std::string("{}"), std::string("login"), text + "x", text.substr(1),
+                                     With("format", "login-state-1"), With("clients", WithoutTokenText())})
     {
         problem.clear();
         EXPECT_FALSE(ReadLoginRecord(other, origin, problem)) << other;

@@ -2,6 +2,7 @@
 
 #include "Environment.h"
 #include "HostRoles.h"
+#include "OwnJob.h"
 
 /// The tests, or one of the other hosts that some of them need.
 int main(int argc, char** argv)
@@ -9,8 +10,10 @@ int main(int argc, char** argv)
     using namespace Kestrany::Simulator;
     if (argc > 1 && std::string(argv[1]) == HostOption)
         return PlayHost({argv + 2, argv + argc});
+    JoinOwnJob();
+    UseOwnFolder();
     testing::InitGoogleTest(&argc, argv);
     const int result = RUN_ALL_TESTS();
-    RemoveOwnFiles();
+    CleanUp();
     return result;
 }

@@ -4,6 +4,7 @@
 
 #include "Environment.h"
 #include "HostRoles.h"
+#include "Worker.h"
 #include "platform/Text.h"
 #include "process/CommandLine.h"
 
@@ -43,6 +44,7 @@ OtherHost::OtherHost(const std::string& role, const std::vector<std::string>& ar
     const std::string meeting = NewMeeting();
     arrived_.reset(CreateEventW(nullptr, TRUE, FALSE, ArrivedEventName(meeting).c_str()));
     leave_.reset(CreateEventW(nullptr, TRUE, FALSE, LeaveEventName(meeting).c_str()));
+    progress_.reset(CreateEventW(nullptr, FALSE, FALSE, ProgressEventName(meeting).c_str()));
     std::vector<std::string> all{HostOption, meeting, role};
     all.insert(all.end(), arguments.begin(), arguments.end());
     process_ = StartHost(all);

@@ -25,10 +25,14 @@ public:
     /// Waits for the end of the process. Nothing when it goes on.
     std::optional<DWORD> ExitCode() const;
     void Kill() const { TerminateProcess(process_.get(), 9); }
+    HANDLE Process() const { return process_.get(); }
+    /// Set when a worker gets on, see Worker.h.
+    HANDLE Progress() const { return progress_.get(); }
 
 private:
     Handle arrived_;
     Handle leave_;
+    Handle progress_;
     Handle process_;
 };
 

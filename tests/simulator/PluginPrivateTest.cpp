@@ -86,7 +86,7 @@ TEST_F(PluginPrivateTest, OnlyTheUserReadsWhatWasEncrypted)
 
 TEST_F(PluginPrivateTest, SettingsLieInTheUsersOwnFolder)
 {
-    EXPECT_EQ(tool.GetSettingsPath(), DataFolder() + L"\\Simulator");
+    EXPECT_EQ(tool.GetSettingsPath(), SettingsFolder());
 }
 
 TEST_F(PluginPrivateTest, EachIdentityAndServerHasItsOwnCacheFile)

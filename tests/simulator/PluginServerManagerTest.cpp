@@ -4,6 +4,7 @@
 
 #include "Environment.h"
 #include "load/contract/ISSOServerManager.h"
+#include "process/ServerInstance.h"
 
 namespace Kestrany::Simulator {
 
@@ -25,6 +26,7 @@ protected:
     {
         manager.QuitSSOServerProcess(Limit);
         manager.SetSSOServerProcessArguments(nullptr, 0);
+        ConfigureServer(DefaultIdentity);
     }
 
     IdentityServices::ISSOServerManager& manager = *PluginFactory().GetSSOServerManager();
@@ -139,7 +141,7 @@ TEST_F(PluginServerManagerTest, NamesThatCannotNameAServerChangeNothing)
     EXPECT_EQ(manager.GetSSOServerName(name, 12), 0);
     EXPECT_EQ(manager.GetSSOServerName(nullptr, 12), 0);
     EXPECT_STREQ(name, "Tests.Server.Events");
-    manager.SetServerIdentityName(OwnIdentity("Server").c_str());
+    manager.SetServerIdentityName("Kestrany.TALIX.DefaultServer-v2");
 }
 
 } // namespace

@@ -14,7 +14,12 @@ using namespace std::chrono_literals;
 class SessionLoginTest : public testing::Test, protected TestSession
 {
 protected:
-    LoginRecord Record() const { return {"2", now + 1h, {"access-2", now + 10min}, {"id-2", now + 20min}}; }
+    /// A login that an earlier process kept.
+    LoginRecord Record() const
+    {
+        return {"2", now + 1h, {{"tests", "", {"access-2", now + 10min}, {"id-2", now + 20min}}}};
+    }
+    void Keep(const LoginRecord& record) { storage.records[TALIX_SERVER_PRODUCTION] = record; }
 
     std::string UserName() const
     {
@@ -26,8 +31,12 @@ protected:
 
 TEST_F(SessionLoginTest, WithoutALoginThereIsNothingToKeep)
 {
-    EXPECT_FALSE(session.GetLogin(TALIX_SERVER_PRODUCTION));
-    EXPECT_FALSE(session.GetLogin(static_cast<Server>(3)));
+    EXPECT_FALSE(storage.records[TALIX_SERVER_PRODUCTION]);
+    LogIn();
+    EXPECT_TRUE(storage.records[TALIX_SERVER_PRODUCTION]);
+    EXPECT_FALSE(storage.records[TALIX_SERVER_STAGING]) << "each server has its own";
+    session.Logout();
+    EXPECT_FALSE(storage.records[TALIX_SERVER_PRODUCTION]);
 }
 
 TEST_F(SessionLoginTest, ALoginOfOneSessionGoesOnInAnother)
@@ -35,12 +44,10 @@ TEST_F(SessionLoginTest, ALoginOfOneSessionGoesOnInAnother)
     LogIn();
     std::string token;
     session.GetAccessToken(token, false);
-    const std::optional<LoginRecord> record = session.GetLogin(TALIX_SERVER_PRODUCTION);
-    ASSERT_TRUE(record);
-    EXPECT_FALSE(session.GetLogin(TALIX_SERVER_STAGING)) << "each server has its own";
 
     TestSession next;
-    ASSERT_EQ(next.session.Restore(TALIX_SERVER_PRODUCTION, *record, false), IdSuccess);
+    next.storage.records = storage.records;
+    next.logins.RestoreAll();
     EXPECT_TRUE(next.session.IsLoginValid());
     EXPECT_EQ(next.session.LoginExpiry(), session.LoginExpiry());
     EXPECT_EQ(next.session.TokenExpiry(), session.TokenExpiry());
@@ -49,11 +56,12 @@ TEST_F(SessionLoginTest, ALoginOfOneSessionGoesOnInAnother)
     EXPECT_EQ(nextToken, token);
 }
 
-TEST_F(SessionLoginTest, RestoringQueuesNoEventUntilTheLoginIsResumed)
+TEST_F(SessionLoginTest, RestoringQueuesNoEventUntilSomebodyAsksForIt)
 {
-    ASSERT_EQ(session.Restore(TALIX_SERVER_PRODUCTION, Record(), false), IdSuccess);
+    Keep(Record());
+    logins.RestoreAll();
     EXPECT_EQ(events.Size(), 0u);
-    session.Resume();
+    ASSERT_EQ(session.Restore(true), IdSuccess);
     ASSERT_EQ(events.Size(), 1u);
     EXPECT_EQ(events.Pop()->kind, IdentityServices::IdServicesConsts::LoginRestored);
 }
@@ -61,9 +69,10 @@ TEST_F(SessionLoginTest, RestoringQueuesNoEventUntilTheLoginIsResumed)
 TEST_F(SessionLoginTest, SomebodyWhoIsSignedInIsReplacedOnlyWhenTold)
 {
     LogIn();
-    EXPECT_EQ(session.Restore(TALIX_SERVER_PRODUCTION, Record(), false), IdAlreadyLoggedIn);
+    Keep(Record());
+    EXPECT_EQ(session.Restore(false), IdAlreadyLoggedIn);
     EXPECT_EQ(UserName(), "ann");
-    EXPECT_EQ(session.Restore(TALIX_SERVER_PRODUCTION, Record(), true), IdSuccess);
+    EXPECT_EQ(session.Restore(true), IdSuccess);
     EXPECT_EQ(UserName(), "bob");
 }
 
@@ -71,11 +80,15 @@ TEST_F(SessionLoginTest, ALoginThatCannotGoOnIsRefused)
 {
     LoginRecord stranger = Record();
     stranger.userId = "3";
-    EXPECT_EQ(session.Restore(TALIX_SERVER_PRODUCTION, stranger, false), IdCredentialsRefused);
+    Keep(stranger);
+    EXPECT_EQ(session.Restore(false), IdCredentialsRefused);
+    EXPECT_EQ(storage.refusal, "its user is not known");
     LoginRecord expired = Record();
     expired.expiry = now;
-    EXPECT_EQ(session.Restore(TALIX_SERVER_PRODUCTION, expired, false), IdLoginExpired);
-    EXPECT_EQ(session.Restore(static_cast<Server>(3), Record(), false), IdUnknownServer);
+    Keep(expired);
+    EXPECT_EQ(session.Restore(false), IdLoginExpired);
+    EXPECT_EQ(storage.refusal, "the login has expired");
+    EXPECT_EQ(logins.Restore({static_cast<Server>(3), {}, {}}, false), IdUnknownServer);
     EXPECT_FALSE(session.IsLoggedIn());
 }
 
@@ -83,8 +96,8 @@ TEST_F(SessionLoginTest, TheStateSaysWhatHolds)
 {
     EXPECT_EQ(session.StateJson(),
               R"({"events":0,"login":"none","product":true,"server":"production","token":"none","user":""})");
-    session.Restore(TALIX_SERVER_PRODUCTION, Record(), false);
-    session.Resume();
+    Keep(Record());
+    session.Restore(false);
     EXPECT_EQ(session.StateJson(),
               R"({"events":1,"login":"valid","product":true,"server":"production","token":"valid","user":"bob"})");
     now += 10min;

@@ -141,7 +141,7 @@ TEST_F(SessionTest, RefreshOfExpiredTokensOnlyLeavesGoodOnes)
 TEST_F(SessionTest, AnExpiredLoginGivesNothingUntilTheUserLogsInAgain)
 {
     LogIn();
-    now += Session::LoginLifetime;
+    now += scenario.loginLifetime;
     std::string text;
     EXPECT_TRUE(session.IsLoggedIn());
     EXPECT_TRUE(session.IsLoginExpired());
@@ -247,15 +247,15 @@ TEST_F(SessionTest, OnlyKnownLoginModesAreTaken)
     EXPECT_EQ(session.GetLoginMode(), TALIX_LOGIN_MODE_BROWSER);
 }
 
-TEST_F(SessionTest, ALoginThatGoesOnIsRestored)
+TEST_F(SessionTest, ALoginThatIsTakenOverIsRestored)
 {
-    session.Resume();
+    EXPECT_EQ(session.Restore(false), IdNotLoggedIn);
     EXPECT_EQ(TakeEvents(), Kinds{});
     LogIn();
-    session.Resume();
+    EXPECT_EQ(session.Restore(true), IdSuccess);
     EXPECT_EQ(TakeEvents(), Kinds{Events::LoginRestored});
-    now += Session::LoginLifetime;
-    session.Resume();
+    now += scenario.loginLifetime;
+    EXPECT_EQ(session.Restore(true), IdLoginExpired);
     EXPECT_EQ(TakeEvents(), Kinds{});
 }
 

@@ -1,0 +1,32 @@
+#include "process/LoginFile.h"
+
+#include "platform/Folders.h"
+#include "process/ServerInstance.h"
+#include "session/ServerNames.h"
+
+namespace Kestrany::Simulator {
+
+namespace {
+
+std::wstring Widen(const std::string& ascii)
+{
+    return std::wstring(ascii.begin(), ascii.end());
+}
+
+} // namespace
+
+std::wstring LoginFile(const std::string& identity, Server server)
+{
+    const std::wstring& folder = SettingsFolder();
+    const std::string name = ServerName(server);
+    if (folder.empty() || name.empty() || !IsValidIdentity(identity))
+        return {};
+    return folder + L"\\" + Widen(identity) + L"." + Widen(name) + L".login";
+}
+
+std::wstring LoginLockFile(const std::string& identity)
+{
+    return SettingsFolder() + L"\\" + Widen(identity) + L".lock";
+}
+
+} // namespace Kestrany::Simulator

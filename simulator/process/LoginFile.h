@@ -1,0 +1,20 @@
+#ifndef SIMULATOR_PROCESS_LOGINFILE_H
+#define SIMULATOR_PROCESS_LOGINFILE_H
+
+#include <string>
+
+#include "orlindex/IdErrorCode.h"
+
+namespace Kestrany::Simulator {
+
+/// File of the login at `server` that hosts of the server identity `identity` share; empty where either is invalid. The
+/// server process alone writes it.
+std::wstring LoginFile(const std::string& identity, Server server);
+
+/// File whose lock hosts and tools take that look at the login files. The server does not need it: it replaces them
+/// whole.
+std::wstring LoginLockFile(const std::string& identity);
+
+} // namespace Kestrany::Simulator
+
+#endif

@@ -1,0 +1,74 @@
+#ifndef SIMULATOR_PROTOCOL_SERVICEHOST_H
+#define SIMULATOR_PROTOCOL_SERVICEHOST_H
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "protocol/Message.h"
+#include "protocol/SignInService.h"
+
+namespace Kestrany::Simulator {
+
+/// One host at the service: takes its requests, answers them in the scenario's way, and tells it what happens.
+class ServiceHost
+{
+public:
+    /// Sends a message to the host. Must not call back.
+    using Send = std::function<void(std::string message)>;
+
+    ServiceHost(SignInService& service, Send send);
+    ~ServiceHost();
+    ServiceHost(const ServiceHost&) = delete;
+    ServiceHost& operator=(const ServiceHost&) = delete;
+
+    /// Takes one message. False when the host does not keep to the protocol: it is to be sent away.
+    bool Receive(const std::string& message);
+    void Deliver(const std::string& identity, const LoginEvent& event) const;
+    bool IsAttached() const { return logins_ != nullptr; }
+    void SayQuits() const { send_(WriteQuits()); }
+
+    /// See SignInService.
+    void Review();
+    std::optional<std::int64_t> NextReview() const;
+
+private:
+    /// A login that waits for a user.
+    struct Waiting
+    {
+        std::uint32_t id;
+        Server server;
+        std::int64_t until;
+        unsigned int cancellations;
+    };
+    /// An answer that is held back.
+    struct Delayed
+    {
+        std::int64_t due;
+        std::string message;
+    };
+
+    bool Attach(const Request& request);
+    bool Handle(const Request& request);
+    void Perform(const Request& request);
+    bool Waits(const Request& request);
+    void Answer(std::uint32_t id, IdErrorCode code, Json::Value result = Json::objectValue);
+    void AnswerLogin(std::uint32_t id, IdErrorCode code, LoginDetail detail);
+    /// True, with the answer given, when the wait is over.
+    bool EndsWaiting(const Waiting& waiting);
+    void SendDue();
+
+    SignInService& service_;
+    const Send send_;
+    std::string identity_;
+    Logins* logins_ = nullptr; ///< Null until the host has attached.
+    std::vector<Waiting> waiting_;
+    std::deque<Delayed> delayed_;
+};
+
+} // namespace Kestrany::Simulator
+
+#endif

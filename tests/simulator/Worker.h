@@ -1,0 +1,18 @@
+#ifndef SIMULATOR_TESTS_WORKER_H
+#define SIMULATOR_TESTS_WORKER_H
+
+#include <string>
+
+namespace Kestrany::Simulator {
+
+/// Event that a worker sets after each round in which everything was answered with success.
+std::wstring ProgressEventName(const std::string& meeting);
+
+/// A host that signs in and asks, round after round, until it is told to leave, whatever happens to the server. False,
+/// with a message, at the first answer that contradicts an earlier one, or that is none of the codes for a server that
+/// died.
+bool RunWorker(const std::string& meeting, unsigned int seed);
+
+} // namespace Kestrany::Simulator
+
+#endif
