@@ -1,11 +1,10 @@
 # Shared by the scripts of this folder: sourced, never run. Sets `root` (the source tree) and `deps` (what setup.sh
 # makes), and gives the few ways in which scripts speak to people.
 # shellcheck shell=bash
+# shellcheck disable=SC2034 # used by the scripts that source this file
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
-# shellcheck disable=SC2034 # used by the scripts that source this file
 deps=$root/.deps
-# shellcheck disable=SC2034
 jobs=$(nproc)
 
 say()
