@@ -72,11 +72,11 @@ bool UsesColor(const Options& options, const Console& console)
     return options.color && GetEnvironmentVariableW(L"NO_COLOR", nullptr, 0) <= 1 && console.EnableColor();
 }
 
-std::string Title(const Subject& subject)
+std::string Question(const Subject& subject)
 {
     if (subject.command == "check")
-        return Version() + "\nDoes the plugin module " + subject.module + " keep the contract?";
-    return Version() + "\nHow would a host in " + subject.host + " start?";
+        return "Does the plugin module " + subject.module + " keep the contract?";
+    return "How would a host in " + subject.host + " start?";
 }
 
 ExitCode RunReport(const Options& options, const Console& console)
@@ -89,7 +89,7 @@ ExitCode RunReport(const Options& options, const Console& console)
     SetPluginLog([](const std::wstring&, LogLevel) {}); // What the library's steps log, the report says.
     TextReport text(console, !options.json && UsesColor(options, console));
     if (!options.json)
-        text.WriteTitle(Title(subject));
+        text.WriteTitle(Version(), Question(subject));
     Report report(options.json ? nullptr : &text);
     const Verdict verdict = check ? RunCheck(options, host, module, report) : RunStart(options, host, report);
     if (options.json)

@@ -51,7 +51,13 @@ std::string Shown(const std::string& text)
 {
     std::string shown;
     for (const char character : text)
-        shown += static_cast<unsigned char>(character) < 0x20 || character == 0x7F ? ' ' : character;
+    {
+        const auto byte = static_cast<unsigned char>(character);
+        const bool upper = byte >= 0x80 && byte < 0xA0 && !shown.empty() && shown.back() == '\xC2'; // U+0080 to U+009F
+        if (upper)
+            shown.pop_back();
+        shown += upper || byte < 0x20 || byte == 0x7F ? ' ' : character;
+    }
     return shown;
 }
 
@@ -62,9 +68,9 @@ std::string TextReport::Marked(Mark mark, const std::string& text) const
     return color_ && mark != Mark::Info ? ColorOf(mark) + text + "\x1B[0m" : text;
 }
 
-void TextReport::WriteTitle(const std::string& title) const
+void TextReport::WriteTitle(const std::string& tool, const std::string& question) const
 {
-    console_.Write(Shown(title) + '\n');
+    console_.Write(tool + '\n' + Shown(question) + '\n');
 }
 
 void TextReport::OnStep(StepId id)

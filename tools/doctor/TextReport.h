@@ -14,7 +14,7 @@ class TextReport final : public ReportListener
 public:
     TextReport(const Console& console, bool color) : console_(console), color_(color) {}
 
-    void WriteTitle(const std::string& title) const;
+    void WriteTitle(const std::string& tool, const std::string& question) const;
     void OnStep(StepId id) override;
     void OnFinding(const Finding& finding) override;
     void WriteVerdict(const Verdict& verdict) const;
