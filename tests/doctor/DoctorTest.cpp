@@ -17,12 +17,12 @@ DoctorReport::DoctorReport(ProgramRun run) : run_(std::move(run))
     root_ = root.value_or(Json::Value(Json::objectValue));
 }
 
-Json::Value DoctorReport::Step(const std::string& name) const
+const Json::Value& DoctorReport::Step(const std::string& name) const
 {
     for (const Json::Value& step : root_["steps"])
         if (step["step"] == name)
             return step;
-    return {};
+    return Json::Value::nullSingleton();
 }
 
 std::string DoctorReport::MarkOf(const std::string& step) const

@@ -37,7 +37,7 @@ public:
     Json::Value Find(const std::string& step, const std::string& name) const;
 
 private:
-    Json::Value Step(const std::string& name) const;
+    const Json::Value& Step(const std::string& name) const;
 
     ProgramRun run_;
     Json::Value root_;

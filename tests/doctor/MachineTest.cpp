@@ -165,27 +165,42 @@ TEST_F(MachineDoctorRoots, AnExpiredCertificateIsNamed)
 /// Alone on the machine: others change it.
 class MachineDoctorChanges : public DoctorTest
 {
+protected:
+    Snapshot TakeSnapshot() const
+    {
+        Snapshot snapshot = SnapshotOfRegistry();
+        for (const fs::path& folder : {site.HostFolder(), site.ServerFolder(), Profile()})
+            snapshot.merge(SnapshotOfFiles(folder));
+        return snapshot;
+    }
+
+private:
+    static fs::path Profile() { return fs::path(_wgetenv(L"USERPROFILE")) / "AppData" / "Roaming"; }
 };
 
 TEST_F(MachineDoctorChanges, NothingIsChanged)
 {
     site.Install();
-    const fs::path user = fs::path(_wgetenv(L"USERPROFILE"));
     const std::vector<std::vector<std::wstring>> calls = {
         {}, {L"--json"}, {L"check", site.PluginFile().native()}, {L"--load"}};
+    Snapshot before = TakeSnapshot();
+    ASSERT_GT(before.size(), 200U);
     for (const auto& call : calls)
     {
-        const Snapshot registry = SnapshotOfRegistry();
-        const Snapshot host = SnapshotOfFiles(site.HostFolder());
-        const Snapshot server = SnapshotOfFiles(site.ServerFolder());
-        const Snapshot profile = SnapshotOfFiles(user / "AppData" / "Roaming");
-        ASSERT_GT(registry.size(), 1000U);
         EXPECT_EQ(RunTool(call).exitCode, 0U);
-        EXPECT_EQ(ToUtf8(Differences(registry, SnapshotOfRegistry())), "");
-        EXPECT_EQ(ToUtf8(Differences(host, SnapshotOfFiles(site.HostFolder()))), "");
-        EXPECT_EQ(ToUtf8(Differences(server, SnapshotOfFiles(site.ServerFolder()))), "");
-        EXPECT_EQ(ToUtf8(Differences(profile, SnapshotOfFiles(user / "AppData" / "Roaming"))), "");
+        Snapshot after = TakeSnapshot();
+        EXPECT_EQ(ToUtf8(Differences(before, after)), "");
+        before = std::move(after);
     }
+}
+
+TEST_F(MachineDoctorChanges, AChangeWouldBeSeen)
+{
+    const Snapshot before = TakeSnapshot();
+    WriteFile(site.ServerFolder() / "new", "");
+    const MachineKey key;
+    EXPECT_THAT(ToUtf8(Differences(before, TakeSnapshot())),
+                testing::AllOf(HasSubstr("HKLM\\SOFTWARE\\Kestrany\\Pellwick"), HasSubstr("\\server\\new\n")));
 }
 
 } // namespace OrlindexTest

@@ -122,7 +122,7 @@ TEST_F(DoctorModule, AGoodSignatureIsShownWithSignerChainAndRoot)
     EXPECT_EQ(report.Find("signature", "signer's certificate")["value"], "CN=\"Kestrany, Inc.\"");
     EXPECT_EQ(report.Find("signature", "root")["value"], "CN=Orlindex Development Root");
     EXPECT_EQ(report.Find("signature", "root")["result"], "pinned");
-    EXPECT_THAT(report.Find("signature", "root")["note"].asString(), testing::ContainsRegex("SHA-256 [0-9a-f]+"));
+    EXPECT_THAT(report.Find("signature", "root")["note"].asString(), HasSubstr("SHA-256 "));
     EXPECT_EQ(report.Find("signature", "signature")["result"], "valid");
 }
 

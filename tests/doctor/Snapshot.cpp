@@ -12,8 +12,8 @@ namespace {
 
 void AddValues(HKEY key, const std::wstring& path, Snapshot& snapshot)
 {
-    std::vector<wchar_t> name(16384);
-    std::vector<BYTE> data(1 << 20);
+    static std::vector<wchar_t> name(16384); // Made once: there are thousands of keys.
+    static std::vector<BYTE> data(1 << 20);
     for (DWORD index = 0;; ++index)
     {
         auto nameLength = static_cast<DWORD>(name.size());
@@ -23,10 +23,16 @@ void AddValues(HKEY key, const std::wstring& path, Snapshot& snapshot)
         if (status == ERROR_NO_MORE_ITEMS)
             return;
         std::wstring value = std::to_wstring(status) + L' ' + std::to_wstring(type) + L' ';
-        for (DWORD byte = 0; status == ERROR_SUCCESS && byte < size; ++byte)
-            value += static_cast<wchar_t>(data[byte]);
+        if (status == ERROR_SUCCESS)
+            value.append(data.begin(), data.begin() + size);
         snapshot[path + L" -> " + std::wstring(name.data(), nameLength)] = value;
     }
+}
+
+/// The registered classes and fonts are many thousands of keys, and the 32-bit view shows the same keys once more.
+bool IsLeftOut(const std::wstring& subkey)
+{
+    return subkey == L"Classes" || subkey == L"Wow6432Node" || subkey == L"Fonts";
 }
 
 void AddKey(HKEY parent, const std::wstring& name, const std::wstring& path, Snapshot& snapshot)
@@ -43,7 +49,8 @@ void AddKey(HKEY parent, const std::wstring& name, const std::wstring& path, Sna
         DWORD length = 256;
         if (RegEnumKeyExW(key, index, subkey, &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
             break;
-        AddKey(key, subkey, path + L'\\' + subkey, snapshot);
+        if (!IsLeftOut(subkey))
+            AddKey(key, subkey, path + L'\\' + subkey, snapshot);
     }
     RegCloseKey(key);
 }

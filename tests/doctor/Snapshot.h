@@ -10,7 +10,7 @@ namespace OrlindexTest {
 /// What is there by name, each with what tells a change: two that are equal are of an unchanged machine.
 using Snapshot = std::map<std::wstring, std::wstring>;
 
-/// Every key and value below HKEY_LOCAL_MACHINE\SOFTWARE and HKEY_CURRENT_USER.
+/// Every key and value below HKEY_LOCAL_MACHINE\SOFTWARE and HKEY_CURRENT_USER, but for registered classes and fonts.
 Snapshot SnapshotOfRegistry();
 
 /// Every file and folder below a folder, with size and time of its last change.
