@@ -169,13 +169,10 @@ protected:
     Snapshot TakeSnapshot() const
     {
         Snapshot snapshot = SnapshotOfRegistry();
-        for (const fs::path& folder : {site.HostFolder(), site.ServerFolder(), Profile()})
+        for (const fs::path& folder : {site.HostFolder(), site.ServerFolder()})
             snapshot.merge(SnapshotOfFiles(folder));
         return snapshot;
     }
-
-private:
-    static fs::path Profile() { return fs::path(_wgetenv(L"USERPROFILE")) / "AppData" / "Roaming"; }
 };
 
 TEST_F(MachineDoctorChanges, NothingIsChanged)

@@ -20,7 +20,7 @@ void AddValues(HKEY key, const std::wstring& path, Snapshot& snapshot)
         auto size = static_cast<DWORD>(data.size());
         DWORD type = 0;
         const LSTATUS status = RegEnumValueW(key, index, name.data(), &nameLength, nullptr, &type, data.data(), &size);
-        if (status == ERROR_NO_MORE_ITEMS)
+        if (status != ERROR_SUCCESS && status != ERROR_MORE_DATA)
             return;
         std::wstring value = std::to_wstring(status) + L' ' + std::to_wstring(type) + L' ';
         if (status == ERROR_SUCCESS)
