@@ -167,6 +167,22 @@ TEST_F(DoctorLocation, AVersionCompatibilityFileWhereTheClientConfigFileSaysIsFo
                             "client config file: found", "version compatibility file: found", "contents: read"));
 }
 
+TEST_F(DoctorLocation, ASearchThatTheStartRepeatsIsToldOnce)
+{
+    site.Install();
+    fs::remove(site.ServerFolder() / "Pellwick.exe");
+    site.WriteClientConfig(R"({"ssoServer": {"VersionCompatibilityConfigfilePath": ")" + JsonPath(site.ServerFolder()) +
+                           R"("}})");
+    site.WriteCompatibilityFile(
+        {CompatibilityEntry{"%SSOServerAppPath%\\a.dll", "1"}, CompatibilityEntry{Utf8(site.PluginFile()), "2"}});
+    const DoctorReport report = ExpectStart();
+    EXPECT_EQ(report.MarkOf("server-application"), "failed") << "and a start goes on without it";
+    int searches = 0;
+    for (const Json::Value& step : report.Root()["steps"])
+        searches += step["step"] == "server-application" ? 1 : 0;
+    EXPECT_EQ(searches, 1);
+}
+
 TEST_F(DoctorLocation, AVersionCompatibilityFileThatIsNoJsonIsNamedWithLineAndColumn)
 {
     site.Install();
