@@ -188,6 +188,9 @@ found 'client plugin module' \
 found 'valid signature' 'Binary file: is valid: '
 found 'loaded' 'Successfully loaded client plugin module '
 
+begin_step 'Diagnose the installation'
+"$wine64" "$build/tools/orlindex-doctor.exe" --host "$host_name" --load | tr -d '\r' | sed 's/^/  /'
+
 say_lines '' \
     'Everything succeeded: the library found the installation, verified and loaded its plugin module, the hosts signed' \
     'a user in and out, and a server process was started, watched and quit. The identity service was the simulator; no' \
@@ -195,4 +198,5 @@ say_lines '' \
 say_lines '' 'To look further:' \
     '  scripts/demo.sh --keep            the same, leaving the installation, its registry and its log' \
     '  examples/                         the hosts that ran' \
+    '  docs/doctor.md                    the tool that retraced the start, and its exit codes' \
     '  simulator/installation/           the configuration files that were installed'

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <windows.h>
 
 namespace Kestrany::IdentityServices {
 
@@ -11,7 +12,8 @@ namespace Kestrany::IdentityServices {
 inline constexpr unsigned long long LargestFile = 8ull * 1024 * 1024;
 
 /// All bytes of a file; nothing when it cannot be read (a directory, say) or is larger than LargestFile.
-std::optional<std::string> ReadFileContents(const std::wstring& path);
+/// Fills the platform's error code, where asked to.
+std::optional<std::string> ReadFileContents(const std::wstring& path, DWORD* error = nullptr);
 
 } // namespace Kestrany::IdentityServices
 

@@ -22,12 +22,19 @@ std::wstring ParentPath(const std::wstring& text)
     return path(text).parent_path().wstring();
 }
 
-bool NamesOneModule(const std::wstring& text)
+std::optional<ModulePathDefect> FindModulePathDefect(const std::wstring& text)
 {
-    // Neither an embedded zero, at which the platform ends the text, nor an end that it strips.
-    if (text.empty() || text.find(L'\0') != std::wstring::npos || text.back() == L'.' || text.back() == L' ')
-        return false;
-    return path(text).is_absolute() && path(text).has_extension();
+    if (text.empty())
+        return ModulePathDefect::Empty;
+    if (text.find(L'\0') != std::wstring::npos)
+        return ModulePathDefect::EmbeddedZero;
+    if (text.back() == L'.' || text.back() == L' ')
+        return ModulePathDefect::StrippedEnd;
+    if (!path(text).is_absolute())
+        return ModulePathDefect::NotAbsolute;
+    if (!path(text).has_extension())
+        return ModulePathDefect::NoExtension;
+    return std::nullopt;
 }
 
 bool PathExists(const std::wstring& text)

@@ -1,6 +1,7 @@
 #ifndef ORLINDEX_BASE_PATHS_H
 #define ORLINDEX_BASE_PATHS_H
 
+#include <optional>
 #include <string>
 
 namespace Kestrany::IdentityServices {
@@ -13,9 +14,17 @@ std::wstring JoinPath(const std::wstring& directory, const std::wstring& name);
 /// The path without its last element.
 std::wstring ParentPath(const std::wstring& path);
 
-/// Whether the platform's loader and its file functions take `path` for the same file. The loader searches for a path
-/// that is not absolute, and appends ".dll" to a file name without extension.
-bool NamesOneModule(const std::wstring& path);
+/// Why the platform's loader would not take a path for the file that its file functions take it for.
+enum class ModulePathDefect
+{
+    Empty,
+    EmbeddedZero, ///< The platform ends the text there.
+    StrippedEnd,  ///< It ends with a point or a space, which the platform strips.
+    NotAbsolute,  ///< The loader would search for it.
+    NoExtension   ///< The loader would append ".dll".
+};
+
+std::optional<ModulePathDefect> FindModulePathDefect(const std::wstring& path);
 
 /// Whether anything lies at `path`: a file, a directory, whatever. An empty path names nothing.
 bool PathExists(const std::wstring& path);

@@ -1,8 +1,5 @@
 #include "load/BinaryTrust.h"
 
-#include <algorithm>
-#include <array>
-#include <iterator>
 #include <optional>
 #include <windows.h>
 
@@ -12,14 +9,11 @@
 #include "base/Log.h"
 #include "base/MessageFormat.h"
 #include "load/SignerName.h"
+#include "load/StartObserver.h"
 #include "load/TrustState.h"
 
 namespace Kestrany::IdentityServices {
 namespace {
-
-using Sha256 = std::array<BYTE, 32>;
-
-static_assert(std::size(BuildData::PinnedRootSha256) == std::tuple_size<Sha256>::value, "a SHA-256 digest");
 
 /// The root of a signer's chain, by the path that the platform's data offers; null where a step is missing.
 PCCERT_CONTEXT RootOf(CRYPT_PROVIDER_DATA* provider, DWORD index)
@@ -38,11 +32,7 @@ std::optional<Sha256> FirstRootDigest(CRYPT_PROVIDER_DATA* provider)
         PCCERT_CONTEXT root = RootOf(provider, index);
         if (!root)
             continue;
-        Sha256 digest = {};
-        auto size = static_cast<DWORD>(digest.size());
-        const BOOL hashed = CryptHashCertificate2(L"SHA256", 0, nullptr, root->pbCertEncoded, root->cbCertEncoded,
-                                                  digest.data(), &size);
-        if (hashed || size != digest.size())
+        if (const std::optional<Sha256> digest = CertificateDigest(root))
             return digest;
     }
     return std::nullopt;
@@ -54,7 +44,7 @@ bool HasPinnedRoot(const TrustState& state)
     if (!provider)
         return false;
     const std::optional<Sha256> digest = FirstRootDigest(provider);
-    return digest && std::equal(digest->begin(), digest->end(), std::begin(BuildData::PinnedRootSha256));
+    return digest && IsPinnedRoot(*digest);
 }
 
 BinaryTrustResult CheckSignerName(const TrustState& state, std::string_view signers)
@@ -96,21 +86,34 @@ BinaryTrustResult Judge(LONG answer, const TrustState& state, std::string_view s
 
 } // namespace
 
-BinaryTrustResult VerifyBinaryTrust(const std::wstring& path, std::string_view signers)
+BinaryTrustResult VerifyBinaryTrust(const std::wstring& path, std::string_view signers, TrustEvidence* evidence)
 {
     if (path.empty())
         return BinaryTrustResult::NotFound;
     TrustState state(path);
     if (!PathFileExistsW(path.c_str()))
         return BinaryTrustResult::NotFound;
-    return Judge(state.Verify(), state, signers);
+    const LONG answer = state.Verify();
+    if (evidence)
+    {
+        evidence->platformAnswer = answer;
+        evidence->signers = CollectSigners(state, signers);
+    }
+    return Judge(answer, state, signers);
 }
 
-bool CheckClientPluginBinary(const std::wstring& path)
+bool CheckClientPluginBinary(const std::wstring& path, StartObserver* observer)
 {
     DefaultLogFunction(Message(L"******* Binary file: checking: %1%", path), TALIXLog::Info);
     const std::string_view signers(BuildData::TrustedSigners, sizeof BuildData::TrustedSigners);
-    const BinaryTrustResult result = VerifyBinaryTrust(path, signers);
+    TrustEvidence evidence;
+    const BinaryTrustResult result = VerifyBinaryTrust(path, signers, observer ? &evidence : nullptr);
+    if (observer)
+    {
+        evidence.path = path;
+        evidence.result = result;
+        observer->OnSignature(evidence);
+    }
     const TrustMessage& message = TrustMessageFor(result);
     DefaultLogFunction(Message(message.text, path), message.level);
     return LoadingAllowed(result);

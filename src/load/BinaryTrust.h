@@ -8,12 +8,17 @@
 
 namespace Kestrany::IdentityServices {
 
+class StartObserver;
+struct TrustEvidence;
+
 /// Verifies the Authenticode signature of a file. `signers` is the list of accepted names, each ended by a NUL. A root
-/// that the platform does not trust is accepted if it is the pinned one. Certificate revocation is not checked.
-BinaryTrustResult VerifyBinaryTrust(const std::wstring& path, std::string_view signers);
+/// that the platform does not trust is accepted if it is the pinned one. Certificate revocation is not checked. Fills
+/// what the platform found, where asked to.
+BinaryTrustResult VerifyBinaryTrust(const std::wstring& path, std::string_view signers,
+                                    TrustEvidence* evidence = nullptr);
 
 /// Verifies a plugin module against the trusted signers, logs the result, and answers whether it may be loaded.
-bool CheckClientPluginBinary(const std::wstring& path);
+bool CheckClientPluginBinary(const std::wstring& path, StartObserver* observer = nullptr);
 
 } // namespace Kestrany::IdentityServices
 

@@ -82,15 +82,22 @@ std::vector<VersionCompatibilityEntry> ReadEntries(const Json::Value& root, cons
                                                    const EntryReading& reading)
 {
     std::vector<VersionCompatibilityEntry> entries;
+    std::size_t position = 0;
     for (const Json::Value& element : MemberOf(root, key))
     {
+        VersionCompatibilityEntry entry;
+        entry.position = position++;
         if (element.isNull())
             continue;
-        VersionCompatibilityEntry entry;
-        if (const std::optional<EntryDefect> defect = ReadEntry(element, reading, entry))
-            reading.ignored(*defect);
-        else
+        const std::optional<EntryDefect> defect = ReadEntry(element, reading, entry);
+        if (!defect)
+        {
             entries.push_back(std::move(entry));
+            continue;
+        }
+        reading.ignored(*defect);
+        if (reading.examined)
+            reading.examined(entry, *defect);
     }
     return entries;
 }

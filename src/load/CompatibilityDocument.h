@@ -26,6 +26,8 @@ struct EntryReading
     std::function<std::wstring(const std::string& utf8)> widen;
     std::function<void(std::wstring& text)> expand;  ///< Expands path variables.
     std::function<void(EntryDefect defect)> ignored; ///< Called for each element that is skipped.
+    /// Called for each element that is skipped, with what was read of it. May be empty.
+    std::function<void(const VersionCompatibilityEntry& entry, EntryDefect defect)> examined = {};
 };
 
 /// The sound elements of the array under `key`, in file order; of an object in its place, the members by name.

@@ -76,9 +76,14 @@ HMODULE LoadModuleWithOwnDirectory(const std::wstring& path, DWORD& error)
     return module;
 }
 
+const char* PluginFactorySymbol()
+{
+    return IsWow64() ? factorySymbolWow64 : factorySymbol;
+}
+
 PluginFactoryFunction FindPluginFactory(HMODULE module, DWORD& error)
 {
-    const FARPROC symbol = GetProcAddress(module, IsWow64() ? factorySymbolWow64 : factorySymbol);
+    const FARPROC symbol = GetProcAddress(module, PluginFactorySymbol());
     error = symbol ? ERROR_SUCCESS : GetLastError();
     // By way of void*: a direct cast between function types draws a warning about their different arguments.
     return reinterpret_cast<PluginFactoryFunction>(reinterpret_cast<void*>(symbol));

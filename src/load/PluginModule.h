@@ -15,6 +15,9 @@ using PluginFactoryFunction = ISSOClientFactory* (*)();
 /// Null with the platform's error code on failure.
 HMODULE LoadModuleWithOwnDirectory(const std::wstring& path, DWORD& error);
 
+/// The name of the exported factory function that suits this process.
+const char* PluginFactorySymbol();
+
 /// The exported factory function of a loaded module, under the name that suits this process. Null with the platform's
 /// error code where the module has none.
 PluginFactoryFunction FindPluginFactory(HMODULE module, DWORD& error);

@@ -9,6 +9,7 @@
 #include "base/SystemText.h"
 #include "base/Wow64.h"
 #include "load/CompatibilityDocument.h"
+#include "load/StartObserver.h"
 
 namespace Kestrany::IdentityServices {
 namespace {
@@ -39,10 +40,23 @@ std::wstring DefectMessage(EntryDefect defect, const std::wstring& key, const st
     return {};
 }
 
-std::optional<Json::Value> ReadJsonFile(const std::wstring& file)
+std::optional<Json::Value> ReadJsonFile(const std::wstring& file, StartObserver* observer)
 {
-    const std::optional<std::string> contents = ReadFileContents(file);
-    return contents ? ParseJson(*contents) : std::nullopt;
+    DWORD readError = ERROR_SUCCESS;
+    JsonError parseError;
+    const std::optional<std::string> contents = ReadFileContents(file, &readError);
+    std::optional<Json::Value> root = contents ? ParseJson(*contents, observer ? &parseError : nullptr) : std::nullopt;
+    if (observer)
+        observer->OnDocument({StartFile::VersionCompatibility, file, readError,
+                              contents && !root ? std::optional(parseError) : std::nullopt});
+    return root;
+}
+
+void TellVerdicts(StartObserver& observer, const std::vector<VersionCompatibilityEntry>& entries,
+                  const VersionCompatibilityEntry* chosen, const VersionParts& sdkVersion)
+{
+    for (const VersionCompatibilityEntry& entry : entries)
+        observer.OnCompatibilityEntry({entry, std::nullopt, &entry == chosen, RefusalOf(entry, sdkVersion)});
 }
 
 } // namespace
@@ -60,7 +74,7 @@ bool ReadVersionCompatibility(const std::wstring& file, const std::string& key, 
         context.log(Message(L"Version compatibility file %1% not found", file), TALIXLog::Error);
         return false;
     }
-    const std::optional<Json::Value> root = ReadJsonFile(file);
+    const std::optional<Json::Value> root = ReadJsonFile(file, context.observer);
     if (!root)
     {
         context.log(Message(L"Failed to load file %1%. Possibly json format is not valid.", file), TALIXLog::Error);
@@ -70,8 +84,12 @@ bool ReadVersionCompatibility(const std::wstring& file, const std::string& key, 
     const auto ignored = [&](EntryDefect defect) {
         context.log(DefectMessage(defect, wideKey, file), TALIXLog::Error);
     };
+    const auto examined = [&](const VersionCompatibilityEntry& entry, EntryDefect defect) {
+        if (context.observer)
+            context.observer->OnCompatibilityEntry({entry, defect, false, std::nullopt});
+    };
     const std::vector<VersionCompatibilityEntry> entries =
-        ReadEntries(*root, key, {IsWow64(), Widen, context.expand, ignored});
+        ReadEntries(*root, key, {IsWow64(), Widen, context.expand, ignored, examined});
     if (entries.empty())
     {
         context.log(Message(L"Version compatibility list is empty under key %1% in version compatibility file %2%",
@@ -80,6 +98,8 @@ bool ReadVersionCompatibility(const std::wstring& file, const std::string& key, 
         return false;
     }
     const VersionCompatibilityEntry* entry = ChooseEntry(entries, sdkVersion);
+    if (context.observer)
+        TellVerdicts(*context.observer, entries, entry, sdkVersion);
     if (!entry)
         return false;
     chosen = *entry;

@@ -10,11 +10,14 @@
 
 namespace Kestrany::IdentityServices {
 
+class StartObserver;
+
 /// What reading the file needs of its caller.
 struct VersionCompatibilityContext
 {
     std::function<void(std::wstring& text)> expand; ///< Expands path variables.
     LogSink log;
+    StartObserver* observer = nullptr;
 };
 
 inline constexpr wchar_t VersionCompatibilityFileName[] = L"TALIXVersionCompatibility.config";

@@ -11,55 +11,78 @@ int CompareWithBound(const VersionParts& version, const VersionParts& bound)
     return CompareVersions(version, bound, static_cast<int>(bound.size()));
 }
 
-bool WithinBounds(const VersionRange& range, const VersionParts& version)
+RangeAnswer AskBounds(const VersionRange& range, const VersionParts& version)
 {
     if (range.minVersion.empty() && range.maxVersion.empty())
-        return false;
-    return (range.minVersion.empty() || CompareWithBound(version, range.minVersion) >= 0) &&
-           (range.maxVersion.empty() || CompareWithBound(version, range.maxVersion) <= 0);
+        return RangeAnswer::NotListed;
+    if (!range.minVersion.empty() && CompareWithBound(version, range.minVersion) < 0)
+        return RangeAnswer::BelowMinimum;
+    if (!range.maxVersion.empty() && CompareWithBound(version, range.maxVersion) > 0)
+        return RangeAnswer::AboveMaximum;
+    return RangeAnswer::WithinBounds;
 }
 
-enum class Walk
+bool IsMatch(RangeAnswer answer)
 {
-    AllEmpty,
-    Matched,
-    NotMatched
-};
+    return answer == RangeAnswer::NoVersion || answer == RangeAnswer::WithinBounds || answer == RangeAnswer::Listed;
+}
 
-Walk WalkRanges(const std::vector<VersionRange>& ranges, const VersionParts& version)
+/// The answer of the first range that matches, else of the first that does not. Empty ranges are not asked; nothing
+/// where all are empty.
+std::optional<RangeAnswer> AskRanges(const std::vector<VersionRange>& ranges, const VersionParts& version)
 {
-    Walk result = Walk::AllEmpty;
+    std::optional<RangeAnswer> result;
     for (const VersionRange& range : ranges)
     {
         if (range.IsEmpty())
             continue;
-        if (RangeMatches(range, version))
-            return Walk::Matched;
-        result = Walk::NotMatched;
+        const RangeAnswer answer = AskRange(range, version);
+        if (IsMatch(answer))
+            return answer;
+        if (!result)
+            result = answer;
     }
     return result;
 }
 
 } // namespace
 
-bool RangeMatches(const VersionRange& range, const VersionParts& version)
+RangeAnswer AskRange(const VersionRange& range, const VersionParts& version)
 {
     if (version.empty())
-        return true;
+        return RangeAnswer::NoVersion;
     if (range.IsEmpty())
-        return false;
-    return WithinBounds(range, version) ||
-           std::any_of(range.versions.begin(), range.versions.end(), [&](const VersionParts& listed) {
-               return CompareVersions(listed, version, static_cast<int>(listed.size())) == 0;
-           });
+        return RangeAnswer::Empty;
+    const RangeAnswer bounds = AskBounds(range, version);
+    const bool listed =
+        !IsMatch(bounds) &&
+        std::any_of(range.versions.begin(), range.versions.end(), [&](const VersionParts& listedVersion) {
+            return CompareVersions(listedVersion, version, static_cast<int>(listedVersion.size())) == 0;
+        });
+    return listed ? RangeAnswer::Listed : bounds;
+}
+
+bool RangeMatches(const VersionRange& range, const VersionParts& version)
+{
+    return IsMatch(AskRange(range, version));
+}
+
+std::optional<RangeAnswer> RefusalOf(const VersionCompatibilityEntry& entry, const VersionParts& version)
+{
+    if (version.empty())
+        return std::nullopt;
+    const std::optional<RangeAnswer> compatible = AskRanges(entry.compatibleRanges, version);
+    if (compatible && !IsMatch(*compatible))
+        return compatible;
+    const std::optional<RangeAnswer> excluded = AskRanges(entry.excludedRanges, version);
+    if (excluded && IsMatch(*excluded))
+        return RangeAnswer::Excluded;
+    return std::nullopt;
 }
 
 bool RangesMatch(const VersionCompatibilityEntry& entry, const VersionParts& version)
 {
-    if (version.empty())
-        return true;
-    return WalkRanges(entry.compatibleRanges, version) != Walk::NotMatched &&
-           WalkRanges(entry.excludedRanges, version) != Walk::Matched;
+    return !RefusalOf(entry, version);
 }
 
 const VersionCompatibilityEntry* ChooseEntry(const std::vector<VersionCompatibilityEntry>& entries,

@@ -1,6 +1,7 @@
 #ifndef ORLINDEX_LOAD_VERSIONRANGE_H
 #define ORLINDEX_LOAD_VERSIONRANGE_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,12 +28,31 @@ struct VersionCompatibilityEntry
     VersionParts version;    ///< The plugin build's own.
     std::vector<VersionRange> compatibleRanges;
     std::vector<VersionRange> excludedRanges; ///< Part of the matching rule; the file has no key that fills it.
+    std::size_t position = 0;                 ///< In the file's list, from 0.
 };
+
+/// What a range says of a version.
+enum class RangeAnswer
+{
+    NoVersion, ///< There is no version to be refused.
+    WithinBounds,
+    Listed,
+    Empty,
+    BelowMinimum,
+    AboveMaximum,
+    NotListed, ///< The range has no bounds.
+    Excluded
+};
+
+RangeAnswer AskRange(const VersionRange& range, const VersionParts& version);
 
 bool RangeMatches(const VersionRange& range, const VersionParts& version);
 
 /// Whether the entry serves `version`: some compatible range matches, and no excluded one. Empty ranges do not count.
 bool RangesMatch(const VersionCompatibilityEntry& entry, const VersionParts& version);
+
+/// Why the entry does not serve `version`, from the first range that says so; nothing where it does.
+std::optional<RangeAnswer> RefusalOf(const VersionCompatibilityEntry& entry, const VersionParts& version);
 
 /// The entry of the highest version among those that serve `version`; of equal ones the first. Null where none does.
 const VersionCompatibilityEntry* ChooseEntry(const std::vector<VersionCompatibilityEntry>& entries,

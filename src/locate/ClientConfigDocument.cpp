@@ -1,35 +1,57 @@
 #include "locate/ClientConfigDocument.h"
 
-#include "base/JsonDocument.h"
-
 namespace Kestrany::IdentityServices {
 namespace {
 
-std::string TextAt(const Json::Value& object, const std::string& key)
+/// Takes the values of one object, and notes each key that it looks for.
+class KeyReader
 {
-    const Json::Value& value = MemberOf(object, key);
-    return value.isString() ? value.asString() : std::string();
-}
+public:
+    explicit KeyReader(ClientConfigReading* reading) : reading_(reading) {}
 
-bool FlagAt(const Json::Value& object, const std::string& key)
-{
-    const Json::Value& value = MemberOf(object, key);
-    return value.isBool() && value.asBool();
-}
+    const Json::Value& Object(const Json::Value& parent, const char* key)
+    {
+        return Take(parent, key, &Json::Value::isObject);
+    }
+
+    std::string Text(const Json::Value& object, const char* key)
+    {
+        const Json::Value& value = Take(object, key, &Json::Value::isString);
+        return value.isString() ? value.asString() : std::string();
+    }
+
+    bool Flag(const Json::Value& object, const char* key)
+    {
+        const Json::Value& value = Take(object, key, &Json::Value::isBool);
+        return value.isBool() && value.asBool();
+    }
+
+private:
+    const Json::Value& Take(const Json::Value& object, const char* key, bool (Json::Value::*rightType)() const)
+    {
+        const Json::Value& value = MemberOf(object, key);
+        if (reading_)
+            reading_->keys.push_back({key, !value.isNull(), (value.*rightType)()});
+        return value;
+    }
+
+    ClientConfigReading* reading_;
+};
 
 } // namespace
 
-std::optional<ClientConfigValues> ReadClientConfigDocument(const std::string& bytes)
+std::optional<ClientConfigValues> ReadClientConfigDocument(const std::string& bytes, ClientConfigReading* reading)
 {
-    const std::optional<Json::Value> root = ParseJson(bytes);
+    const std::optional<Json::Value> root = ParseJson(bytes, reading ? &reading->error : nullptr);
     if (!root)
         return std::nullopt;
-    const Json::Value& server = MemberOf(*root, "ssoServer");
+    KeyReader keys(reading);
+    const Json::Value& server = keys.Object(*root, "ssoServer");
     ClientConfigValues values;
-    values.bundleId = TextAt(server, "bundleId");
-    values.versionCompatibilityConfigFilePath = TextAt(server, "VersionCompatibilityConfigfilePath");
-    values.searchPaths = TextAt(server, "searchPaths");
-    values.supportBothLocalAndAdmin = FlagAt(server, "supportBothLocalAndAdmin");
+    values.bundleId = keys.Text(server, "bundleId");
+    values.versionCompatibilityConfigFilePath = keys.Text(server, "VersionCompatibilityConfigfilePath");
+    values.searchPaths = keys.Text(server, "searchPaths");
+    values.supportBothLocalAndAdmin = keys.Flag(server, "supportBothLocalAndAdmin");
     return values;
 }
 

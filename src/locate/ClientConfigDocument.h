@@ -3,6 +3,9 @@
 
 #include <optional>
 #include <string>
+#include <vector>
+
+#include "base/JsonDocument.h"
 
 namespace Kestrany::IdentityServices {
 
@@ -15,8 +18,25 @@ struct ClientConfigValues
     bool supportBothLocalAndAdmin = false;
 };
 
-/// Nothing for a text that is no JSON. A key whose value has another type counts as missing.
-std::optional<ClientConfigValues> ReadClientConfigDocument(const std::string& bytes);
+/// A key that was looked for.
+struct ClientConfigKey
+{
+    std::string name;
+    bool present;
+    bool rightType;
+};
+
+/// How a client config file was read.
+struct ClientConfigReading
+{
+    JsonError error;                   ///< Of a text that is no JSON.
+    std::vector<ClientConfigKey> keys; ///< "ssoServer", then those below it.
+};
+
+/// Nothing for a text that is no JSON. A key whose value has another type counts as missing. Fills how it was read,
+/// where asked to.
+std::optional<ClientConfigValues> ReadClientConfigDocument(const std::string& bytes,
+                                                           ClientConfigReading* reading = nullptr);
 
 } // namespace Kestrany::IdentityServices
 

@@ -16,6 +16,28 @@ namespace {
 
 constexpr wchar_t clientConfigFileName[] = L"Orlindex.config";
 
+std::wstring ShownValue(const std::string& key, const ClientConfigValues& values)
+{
+    if (key == "bundleId")
+        return Widen(values.bundleId);
+    if (key == "VersionCompatibilityConfigfilePath")
+        return Widen(values.versionCompatibilityConfigFilePath);
+    if (key == "searchPaths")
+        return Widen(values.searchPaths);
+    if (key == "supportBothLocalAndAdmin")
+        return values.supportBothLocalAndAdmin ? L"true" : L"false";
+    return {};
+}
+
+void TellSettings(StartObserver& observer, const std::vector<ClientConfigKey>& keys, const ClientConfigValues& values)
+{
+    for (const ClientConfigKey& key : keys)
+    {
+        const SettingState found = key.rightType ? SettingState::Set : SettingState::WrongType;
+        observer.OnSetting({key.name, key.present ? found : SettingState::Missing, ShownValue(key.name, values)});
+    }
+}
+
 } // namespace
 
 bool SSOPathResolver::FindClientConfigFile()
@@ -32,13 +54,15 @@ bool SSOPathResolver::FindClientConfigFile()
         return true;
     }
 
-    std::vector<std::wstring> directories = {L"%ExePath%", L"%SSOServicesModulePath%"};
-    directories.insert(directories.end(), extraClientConfigSearchPaths_.begin(), extraClientConfigSearchPaths_.end());
-    ExpandPathVariables(directories);
+    SearchList directories = {{L"%ExePath%", DirectoryOrigin::Host},
+                              {L"%SSOServicesModulePath%", DirectoryOrigin::Library}};
+    for (const std::wstring& directory : extraClientConfigSearchPaths_)
+        directories.push_back({directory, DirectoryOrigin::Added});
+    ExpandSearchList(directories);
     const std::wstring lines = DirectoryLines(directories);
     Log(Message(L"Searching for client config file %1% in the following paths:\n%2%", clientConfigFileName, lines),
         TALIXLog::Info);
-    if (FindFileInPaths(clientConfigFileName, directories, clientConfigFilePath_))
+    if (Search(StartFile::ClientConfig, clientConfigFileName, directories, clientConfigFilePath_))
     {
         Log(Message(L"Found client config file at %1%", clientConfigFilePath_), TALIXLog::Info);
         return true;
@@ -65,9 +89,15 @@ bool SSOPathResolver::LoadClientConfig()
 void SSOPathResolver::ReadClientConfigFile()
 {
     Log(Message(L"Loading client config file %1%", clientConfigFilePath_), TALIXLog::Info);
-    const std::optional<std::string> contents = ReadFileContents(clientConfigFilePath_);
+    DWORD readError = ERROR_SUCCESS;
+    ClientConfigReading reading;
+    const std::optional<std::string> contents = ReadFileContents(clientConfigFilePath_, &readError);
     const std::optional<ClientConfigValues> values =
-        contents ? ReadClientConfigDocument(*contents) : std::optional<ClientConfigValues>();
+        contents ? ReadClientConfigDocument(*contents, observer_ ? &reading : nullptr)
+                 : std::optional<ClientConfigValues>();
+    if (observer_)
+        observer_->OnDocument({StartFile::ClientConfig, clientConfigFilePath_, readError,
+                               contents && !values ? std::optional(reading.error) : std::nullopt});
     if (!values)
     {
         Log(Message(L"Failed to load client config file %1%. Invalid file format.", clientConfigFilePath_),
@@ -85,6 +115,8 @@ void SSOPathResolver::ReadClientConfigFile()
     Log(Message(L"Configuration to support both local and admin: %1%.",
                 serverSettings_.supportBothLocalAndAdmin ? L"Yes" : L"No"),
         TALIXLog::Info);
+    if (observer_)
+        TellSettings(*observer_, reading.keys, *values);
 }
 
 void SSOPathResolver::SetServerSettingsDefaults()

@@ -31,16 +31,15 @@ void LogLoadFailure(const std::wstring& path, const std::wstring& reason)
     LogLine(TALIXLog::Error, L"Failed to load client plugin module %1%. Error: %2%", path, reason);
 }
 
-void ConnectPluginLogger(ISSOClientFactory& factory)
+IPluginLogger* ConnectPluginLogger(IPluginLoggerSource& source)
 {
-    IPluginLoggerSource* source = factory.GetLoggerSource();
-    if (!source)
-        return;
-    if (IPluginLogger* logger = source->GetLogger(loggerName))
+    IPluginLogger* logger = source.GetLogger(loggerName);
+    if (logger)
         SetPluginLog([logger](const std::wstring& message, LogLevel level) { logger->Log(message.c_str(), level); });
     else
         SetPluginLog(nullptr);
     FlushPendingLog();
+    return logger;
 }
 
 } // namespace
@@ -70,46 +69,74 @@ bool SSOPathResolver::LoadClientPluginModule()
     clientFactory_ = nullptr;
     pluginInterfaces = {};
     pluginLoadState_ = PluginAttempted;
+    if (observer_)
+        observer_->OnException(reason);
     LogLoadFailure(clientPluginModulePath_, reason);
     return false;
 }
 
 bool SSOPathResolver::LoadClientPluginModuleOnce()
 {
-    if (clientPluginModulePath_.empty())
-        FindCompatibleClientPlugin();
-    if (!PathExists(clientPluginModulePath_))
-    {
-        LogLine(TALIXLog::Error, L"Client plugin module not found: %1%", clientPluginModulePath_);
-        return false;
-    }
-    if (!LoadVerifiedPluginLibrary() || !ObtainPluginFactory())
+    if (!FindClientPluginFile() || !LoadVerifiedPluginLibrary() || !ObtainPluginFactory())
         return false;
     ConfigurePlugin();
     pluginLoadState_ = PluginLoaded;
-    FillPluginInterfaces(*clientFactory_);
+    TakePluginInterfaces();
     return true;
 }
 
-/// Between verification and loading nobody can write, replace or rename the file: it is held open for that time, and
-/// one that cannot be held is refused. So is a path that the loader would take for another file than the one verified.
-bool SSOPathResolver::LoadVerifiedPluginLibrary()
+bool SSOPathResolver::FindClientPluginFile()
 {
     const std::wstring& path = clientPluginModulePath_;
-    if (!NamesOneModule(path))
-    {
-        LogLoadFailure(path, GetSystemErrorText(ERROR_BAD_PATHNAME));
-        return false;
-    }
-    const FileHandle held(path, FILE_SHARE_READ);
-    const bool trusted = CheckClientPluginBinary(path);
+    if (path.empty())
+        FindCompatibleClientPlugin();
+    if (observer_)
+        observer_->OnModulePath(path, FindModulePathDefect(path));
+    if (PathExists(path))
+        return true;
+    TellStep(LoadStep::FindFile, LoadState::Failed, ERROR_FILE_NOT_FOUND);
+    LogLine(TALIXLog::Error, L"Client plugin module not found: %1%", path);
+    return false;
+}
+
+/// A path that the loader would take for another file than the one verified is refused.
+bool SSOPathResolver::AcceptClientPluginPath() const
+{
+    if (!FindModulePathDefect(clientPluginModulePath_))
+        return true;
+    TellStep(LoadStep::CheckPath, LoadState::Failed, ERROR_BAD_PATHNAME);
+    LogLoadFailure(clientPluginModulePath_, GetSystemErrorText(ERROR_BAD_PATHNAME));
+    return false;
+}
+
+bool SSOPathResolver::VerifyClientPlugin(const FileHandle& held) const
+{
+    const std::wstring& path = clientPluginModulePath_;
+    const bool trusted = CheckClientPluginBinary(path, observer_);
     if (!trusted)
         LogLine(TALIXLog::Info, L"Not loaded client plugin module %1%", path);
+    TellEnd(LoadStep::HoldFile, held.Error());
     if (!held.IsOpen())
         LogLine(TALIXLog::Error,
                 L"Client plugin module %1% cannot be kept from changing while it is loaded. Error: %2%", path,
                 GetSystemErrorText(held.Error()));
-    return trusted && held.IsOpen() && LoadPluginLibrary(held);
+    return trusted && held.IsOpen();
+}
+
+/// Between verification and loading nobody can write, replace or rename the file: it is held open for that time, and
+/// one that cannot be held is refused.
+bool SSOPathResolver::LoadVerifiedPluginLibrary()
+{
+    if (!AcceptClientPluginPath())
+        return false;
+    const FileHandle held(clientPluginModulePath_, FILE_SHARE_READ);
+    return VerifyClientPlugin(held) && LoadPluginLibrary(held);
+}
+
+bool SSOPathResolver::CheckClientPlugin()
+{
+    return FindClientPluginFile() && AcceptClientPluginPath() &&
+           VerifyClientPlugin(FileHandle(clientPluginModulePath_, FILE_SHARE_READ));
 }
 
 /// A link above the file may lead elsewhere since it was verified: what counts is which file was mapped.
@@ -118,7 +145,9 @@ bool SSOPathResolver::LoadPluginLibrary(const FileHandle& verified)
     const std::wstring& path = clientPluginModulePath_;
     LogLine(TALIXLog::Info, L"Dynamically loading client plugin module %1%", path);
     DWORD error = ERROR_SUCCESS;
+    TellStep(LoadStep::LoadModule, LoadState::Begun);
     const HMODULE module = LoadModuleWithOwnDirectory(path, error);
+    TellEnd(LoadStep::LoadModule, error);
     if (!module)
     {
         LogLoadFailure(path, GetSystemErrorText(error));
@@ -127,6 +156,7 @@ bool SSOPathResolver::LoadPluginLibrary(const FileHandle& verified)
     const std::optional<FileIdentity> identity = IdentityOf(verified);
     if (!identity || !(identity == IdentityOfMappedFile(module)))
     {
+        TellStep(LoadStep::CompareFile, LoadState::Failed);
         FreeLibrary(module);
         LogLine(TALIXLog::Error, L"Client plugin module %1% was loaded from another file than the one verified", path);
         return false;
@@ -141,6 +171,7 @@ bool SSOPathResolver::ObtainPluginFactory()
     LogLine(TALIXLog::Info, L"Getting factory proc from client plugin module %1%", clientPluginModulePath_);
     DWORD error = ERROR_SUCCESS;
     const PluginFactoryFunction getFactory = FindPluginFactory(pluginModule_, error);
+    TellEnd(LoadStep::FindSymbol, error);
     if (!getFactory)
     {
         LogLine(TALIXLog::Error, L"Failed to get factory proc from client plugin module %1%. Error: %2%",
@@ -148,7 +179,9 @@ bool SSOPathResolver::ObtainPluginFactory()
         return false;
     }
     LogLine(TALIXLog::Info, L"Getting factory from client plugin module %1%", clientPluginModulePath_);
+    TellStep(LoadStep::CallFactory, LoadState::Begun);
     clientFactory_ = getFactory();
+    TellStep(LoadStep::CallFactory, clientFactory_ ? LoadState::Done : LoadState::Failed);
     return clientFactory_ != nullptr;
 }
 
@@ -156,16 +189,38 @@ bool SSOPathResolver::ObtainPluginFactory()
 /// connected.
 void SSOPathResolver::ConfigurePlugin()
 {
+    TellStep(LoadStep::ConfigureServer, LoadState::Begun);
     ISSOServerManager* serverManager = clientFactory_->GetSSOServerManager();
     if (serverManager)
         serverManager->ConfigureServerApp(GetSSOServerAppPath().c_str(), GetSSOServerAppExeFile().c_str());
-    ConnectPluginLogger(*clientFactory_);
+    TellStep(LoadStep::ConfigureServer, LoadState::Done);
+
+    TellStep(LoadStep::ConnectLogger, LoadState::Begun);
+    IPluginLoggerSource* loggerSource = clientFactory_->GetLoggerSource();
+    TellObject(PluginObject::LoggerSource, loggerSource);
+    if (loggerSource)
+        TellObject(PluginObject::Logger, ConnectPluginLogger(*loggerSource));
+    TellStep(LoadStep::ConnectLogger, LoadState::Done);
+
+    TellStep(LoadStep::PassIdentity, LoadState::Begun);
     if (serverManager)
     {
         serverManager->SetProcessIdentityName(serverSettings_.defaultProcessName.c_str());
         serverManager->SetServerIdentityName(serverSettings_.defaultServerName.c_str());
         serverManager->SetSupportBothLocalAndAdmin(serverSettings_.supportBothLocalAndAdmin);
     }
+    TellStep(LoadStep::PassIdentity, LoadState::Done);
+}
+
+void SSOPathResolver::TakePluginInterfaces()
+{
+    TellStep(LoadStep::ObtainInterfaces, LoadState::Begun);
+    FillPluginInterfaces(*clientFactory_);
+    TellObject(PluginObject::ClientModule, pluginInterfaces.clientModule);
+    TellObject(PluginObject::ServerManager, pluginInterfaces.serverManager);
+    TellObject(PluginObject::Client, pluginInterfaces.client);
+    TellObject(PluginObject::ClientPrivate, pluginInterfaces.clientPrivate);
+    TellStep(LoadStep::ObtainInterfaces, LoadState::Done);
 }
 
 } // namespace Kestrany::IdentityServices

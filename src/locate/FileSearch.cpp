@@ -1,21 +1,35 @@
 #include "locate/FileSearch.h"
 
-#include <boost/algorithm/string/join.hpp>
 #include <utility>
 
 #include "base/Paths.h"
 
 namespace Kestrany::IdentityServices {
+namespace {
 
-bool FindFileInPaths(const std::wstring& fileName, const std::vector<std::wstring>& directories, std::wstring& found)
+DirectoryState Examine(const std::wstring& directory, const std::wstring& fileName, std::wstring& candidate)
+{
+    if (directory.empty())
+        return DirectoryState::Empty;
+    if (directory.front() == L'%')
+        return DirectoryState::NoValue;
+    candidate = JoinPath(directory, fileName);
+    return PathExists(candidate) ? DirectoryState::Holds : DirectoryState::DoesNotHold;
+}
+
+} // namespace
+
+bool FindFileInPaths(const std::wstring& fileName, const SearchList& directories, std::wstring& found,
+                     std::vector<DirectoryState>* states)
 {
     found.clear();
-    for (const std::wstring& directory : directories)
+    for (const SearchDirectory& directory : directories)
     {
-        if (directory.empty() || directory.front() == L'%')
-            continue;
-        std::wstring candidate = JoinPath(directory, fileName);
-        if (PathExists(candidate))
+        std::wstring candidate;
+        const DirectoryState state = Examine(directory.path, fileName, candidate);
+        if (states)
+            states->push_back(state);
+        if (state == DirectoryState::Holds)
         {
             found = std::move(candidate);
             return true;
@@ -24,9 +38,16 @@ bool FindFileInPaths(const std::wstring& fileName, const std::vector<std::wstrin
     return false;
 }
 
-std::wstring DirectoryLines(const std::vector<std::wstring>& directories)
+std::wstring DirectoryLines(const SearchList& directories)
 {
-    return boost::algorithm::join(directories, L"\n");
+    std::wstring lines;
+    for (const SearchDirectory& directory : directories)
+    {
+        if (&directory != &directories.front())
+            lines += L'\n';
+        lines += directory.path;
+    }
+    return lines;
 }
 
 } // namespace Kestrany::IdentityServices

@@ -4,15 +4,27 @@
 #include <string>
 #include <vector>
 
+#include "load/StartObserver.h"
+
 namespace Kestrany::IdentityServices {
+
+struct SearchDirectory
+{
+    std::wstring path;
+    DirectoryOrigin origin;
+};
+
+using SearchList = std::vector<SearchDirectory>;
 
 /// Finds the first directory, in list order, that holds an entry of that name, and fills its full name. An empty
 /// directory, or one that begins with a reference without value, holds nothing: joined with the name they would be
-/// looked up in the current directory, which anyone may choose.
-bool FindFileInPaths(const std::wstring& fileName, const std::vector<std::wstring>& directories, std::wstring& found);
+/// looked up in the current directory, which anyone may choose. Fills the state of each directory up to the one that
+/// holds the file, where asked to.
+bool FindFileInPaths(const std::wstring& fileName, const SearchList& directories, std::wstring& found,
+                     std::vector<DirectoryState>* states = nullptr);
 
 /// The directories one a line, as messages show them.
-std::wstring DirectoryLines(const std::vector<std::wstring>& directories);
+std::wstring DirectoryLines(const SearchList& directories);
 
 } // namespace Kestrany::IdentityServices
 

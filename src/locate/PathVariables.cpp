@@ -23,10 +23,10 @@ const PathVariable pathVariables[] = {
     {L"SSOServerAppPath", [](SSOPathResolver& manager) { return manager.GetSSOServerAppPath(); }},
     {L"SSOServerAppExeDirPath", [](SSOPathResolver& manager) { return manager.GetSSOServerAppExeDirPath(); }},
     {L"SSOServerAppExeFile", [](SSOPathResolver& manager) { return manager.GetSSOServerAppExeFile(); }},
-    {L"SSOServicesModulePath", [](SSOPathResolver&) { return GetModuleDirPath(ProductModuleName); }},
+    {L"SSOServicesModulePath", [](SSOPathResolver& manager) { return manager.LibraryDirectory(); }},
     {L"ProgramFiles", [](SSOPathResolver&) { return GetKnownFolderPath(FOLDERID_ProgramFiles); }},
-    {L"ExePath", [](SSOPathResolver&) { return GetExeDirPath(); }},
-    {L"AppPath", [](SSOPathResolver&) { return GetExeDirPath(); }},
+    {L"ExePath", [](SSOPathResolver& manager) { return manager.ExeDirectory(); }},
+    {L"AppPath", [](SSOPathResolver& manager) { return manager.ExeDirectory(); }},
     {L"AppData", [](SSOPathResolver&) { return GetKnownFolderPath(FOLDERID_RoamingAppData); }},
     {L"LocalAppData", [](SSOPathResolver&) { return GetKnownFolderPath(FOLDERID_LocalAppData); }},
 };
@@ -56,6 +56,23 @@ bool SSOPathResolver::GetPathVariableValue(const std::wstring& name, std::wstrin
 std::int32_t SSOPathResolver::ExpandPathVariables(std::wstring& text)
 {
     return IdentityServices::ExpandPathVariables(text, LookupIn(*this));
+}
+
+std::wstring SSOPathResolver::ExeDirectory() const
+{
+    return surroundings_.exeDirectory.empty() ? GetExeDirPath() : surroundings_.exeDirectory;
+}
+
+std::wstring SSOPathResolver::LibraryDirectory() const
+{
+    return surroundings_.libraryDirectory.empty() ? GetModuleDirPath(ProductModuleName)
+                                                  : surroundings_.libraryDirectory;
+}
+
+void SSOPathResolver::ExpandSearchList(SearchList& directories)
+{
+    for (SearchDirectory& directory : directories)
+        ExpandPathVariables(directory.path);
 }
 
 void SSOPathResolver::ExpandPathVariables(std::vector<std::wstring>& texts)

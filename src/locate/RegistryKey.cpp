@@ -37,15 +37,17 @@ std::optional<std::wstring> RegistryKey::SubkeyName(DWORD index) const
     return std::wstring(name, length);
 }
 
-std::optional<std::wstring> RegistryKey::ReadText(const wchar_t* valueName, DWORD byteLimit) const
+std::optional<std::wstring> RegistryKey::ReadText(const wchar_t* valueName, DWORD byteLimit, LSTATUS* status) const
 {
     std::vector<wchar_t> buffer(byteLimit / sizeof(wchar_t));
     DWORD type = REG_NONE;
     DWORD size = byteLimit;
-    if (RegQueryValueExW(key_, valueName, nullptr, &type, reinterpret_cast<BYTE*>(buffer.data()), &size) !=
-        ERROR_SUCCESS)
-        return std::nullopt;
-    if (type != REG_SZ && type != REG_EXPAND_SZ)
+    LSTATUS result = RegQueryValueExW(key_, valueName, nullptr, &type, reinterpret_cast<BYTE*>(buffer.data()), &size);
+    if (result == ERROR_SUCCESS && type != REG_SZ && type != REG_EXPAND_SZ)
+        result = ERROR_DATATYPE_MISMATCH;
+    if (status)
+        *status = result;
+    if (result != ERROR_SUCCESS)
         return std::nullopt;
     const auto end = buffer.begin() + static_cast<std::ptrdiff_t>(std::min(size, byteLimit) / sizeof(wchar_t));
     return std::wstring(buffer.begin(), std::find(buffer.begin(), end, L'\0'));

@@ -26,9 +26,9 @@ public:
     /// Nothing where the subkey cannot be read or its name has 255 characters or more.
     std::optional<std::wstring> SubkeyName(DWORD index) const;
     /// The text of a string value, up to its first zero. Nothing where there is none, where it is no string, or where
-    /// it has more than `byteLimit` bytes. What lies in the registry need not be terminated, nor of an even number of
-    /// bytes.
-    std::optional<std::wstring> ReadText(const wchar_t* valueName, DWORD byteLimit) const;
+    /// it has more than `byteLimit` bytes: fills which, where asked to (ERROR_DATATYPE_MISMATCH where it is no string).
+    /// What lies in the registry need not be terminated, nor of an even number of bytes.
+    std::optional<std::wstring> ReadText(const wchar_t* valueName, DWORD byteLimit, LSTATUS* status = nullptr) const;
 
 private:
     HKEY key_ = nullptr;

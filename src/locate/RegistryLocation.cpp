@@ -8,6 +8,7 @@
 
 #include "base/SystemText.h"
 #include "base/Versions.h"
+#include "load/StartObserver.h"
 #include "locate/RegistryKey.h"
 
 namespace Kestrany::IdentityServices {
@@ -41,15 +42,23 @@ std::optional<KeyPath> ParseKeyText(std::wstring keyText)
     return std::nullopt;
 }
 
-std::optional<InstalledVersion> ReadInstalledVersion(const RegistryKey& key, DWORD index)
+std::optional<InstalledVersion> ReadInstalledVersion(const RegistryKey& key, DWORD index, StartObserver* observer)
 {
     const std::optional<std::wstring> name = key.SubkeyName(index);
     if (!name)
         return std::nullopt;
     const RegistryKey subkey(key.Get(), *name, KEY_QUERY_VALUE);
-    if (!subkey.IsOpen())
-        return std::nullopt;
-    const std::optional<std::wstring> location = subkey.ReadText(LocationValueName, locationByteLimit);
+    RegistryFinding finding = {*name, subkey.Status(), std::nullopt, {}};
+    std::optional<std::wstring> location;
+    if (subkey.IsOpen())
+    {
+        LSTATUS read = ERROR_SUCCESS;
+        location = subkey.ReadText(LocationValueName, locationByteLimit, &read);
+        finding.read = read;
+        finding.location = location.value_or(std::wstring());
+    }
+    if (observer)
+        observer->OnRegistryKey(finding);
     if (!location)
         return std::nullopt;
     return InstalledVersion{SplitVersion(Narrow(*name)), Narrow(*location)};
@@ -57,7 +66,8 @@ std::optional<InstalledVersion> ReadInstalledVersion(const RegistryKey& key, DWO
 
 } // namespace
 
-bool GetLatestRegistryLocation(const std::wstring& keyText, std::string& version, std::string& location)
+bool GetLatestRegistryLocation(const std::wstring& keyText, std::string& version, std::string& location,
+                               StartObserver* observer)
 {
     const std::optional<KeyPath> path = ParseKeyText(keyText);
     if (!path)
@@ -71,7 +81,7 @@ bool GetLatestRegistryLocation(const std::wstring& keyText, std::string& version
     const DWORD count = key.SubkeyCount();
     for (DWORD index = 0; index < count; ++index)
     {
-        std::optional<InstalledVersion> installed = ReadInstalledVersion(key, index);
+        std::optional<InstalledVersion> installed = ReadInstalledVersion(key, index, observer);
         if (installed && (!latest || CompareVersions(installed->version, latest->version) >= 0))
             latest = std::move(installed);
     }
@@ -79,6 +89,8 @@ bool GetLatestRegistryLocation(const std::wstring& keyText, std::string& version
         return false;
     version = JoinVersion(latest->version);
     location = std::move(latest->location);
+    if (observer)
+        observer->OnRegistryChoice(keyText + L'\\' + Widen(version), Widen(location));
     return true;
 }
 

@@ -24,8 +24,10 @@ std::shared_ptr<const std::wstring> ModuleLoadedMessage()
 
 } // namespace
 
-SSOPathResolver::SSOPathResolver(VersionParts sdkVersion, LogSink logSink)
-    : logSink_(std::move(logSink)), sdkVersion_(std::move(sdkVersion))
+SSOPathResolver::SSOPathResolver(VersionParts sdkVersion, LogSink logSink, StartSurroundings surroundings)
+    : logSink_(std::move(logSink)), sdkVersion_(std::move(sdkVersion)), surroundings_(std::move(surroundings)),
+      observer_(surroundings_.observer), ssoServerAppPath_(surroundings_.serverAppDirectory),
+      clientPluginModulePath_(surroundings_.clientPluginModule)
 {
 }
 

@@ -11,7 +11,9 @@
 #include "base/Log.h"
 #include "base/Versions.h"
 #include "load/PluginInterfaces.h"
+#include "locate/FileSearch.h"
 #include "locate/ServerSettings.h"
+#include "locate/StartSurroundings.h"
 
 namespace Kestrany::IdentityServices {
 
@@ -39,6 +41,8 @@ class SSOPathResolver
 public:
     /// Creates the manager on first use. It is never destroyed.
     static SSOPathResolver* GetInstance();
+    /// A manager beside that one, which retraces a start in the given surroundings.
+    SSOPathResolver(VersionParts sdkVersion, LogSink logSink, StartSurroundings surroundings = {});
     /// Makes the next GetInstance start anew, with nothing resolved and the plugin's interfaces forgotten. The object
     /// itself stays, for threads that still hold it.
     static void Forget();
@@ -52,6 +56,8 @@ public:
     void EnsureClientAfterInitialize();
     /// Loads the plugin, at most once a manager. Never throws.
     bool EnsureClientLoaded();
+    /// The steps of a load up to the one that would load the plugin. Answers whether that one would be taken.
+    bool CheckClientPlugin();
 
     void Log(std::wstring message, LogLevel level) const;
 
@@ -71,6 +77,8 @@ public:
     bool FindCompatibleClientPlugin();
     void SetVersionCompatibilityFileOverride(std::wstring path);
 
+    std::wstring ExeDirectory() const;
+    std::wstring LibraryDirectory() const;
     bool GetPathVariableValue(const std::wstring& name, std::wstring& value);
     /// Answers how many references the text held.
     std::int32_t ExpandPathVariables(std::wstring& text);
@@ -83,30 +91,41 @@ public:
     const ServerSettings& Settings() const { return serverSettings_; }
 
 private:
-    SSOPathResolver(VersionParts sdkVersion, LogSink logSink);
-
     template <class Interface>
     Interface* Obtain(Interface* PluginInterfaces::*which, const wchar_t* missing);
 
     void ReadClientConfigFile();
     void SetServerSettingsDefaults();
-    std::vector<std::wstring> ServerAppSearchList();
-    void AddRegistryLocation(std::vector<std::wstring>& searchList);
-    void AddUnversionedRegistryLocation(std::vector<std::wstring>& searchList);
+    SearchList ServerAppSearchList();
+    void AddRegistryLocation(SearchList& searchList);
+    void AddUnversionedRegistryLocation(SearchList& searchList);
 
     void LocateVersionCompatibilityFile();
-    bool SearchVersionCompatibilityFile(std::vector<std::wstring>& directories);
+    bool SearchVersionCompatibilityFile(SearchList& directories);
+
+    void ExpandSearchList(SearchList& directories);
+    bool Search(StartFile file, const std::wstring& fileName, const SearchList& directories, std::wstring& found) const;
 
     bool LoadClientPluginModule();
     bool LoadClientPluginModuleOnce();
+    bool FindClientPluginFile();
+    bool AcceptClientPluginPath() const;
+    bool VerifyClientPlugin(const FileHandle& held) const;
     bool LoadVerifiedPluginLibrary();
     bool LoadPluginLibrary(const FileHandle& verified);
     bool ObtainPluginFactory();
     void ConfigurePlugin();
+    void TakePluginInterfaces();
+
+    void TellStep(LoadStep step, LoadState state, DWORD error = ERROR_SUCCESS) const;
+    void TellEnd(LoadStep step, DWORD error) const;
+    void TellObject(PluginObject object, const void* answer) const;
 
     std::vector<std::wstring> extraClientConfigSearchPaths_;
     LogSink logSink_;
     VersionParts sdkVersion_;
+    StartSurroundings surroundings_;
+    StartObserver* observer_; ///< Null in a host.
     std::wstring versionCompatibilityFileOverride_;
     std::wstring versionCompatibilityFilePath_;
     std::wstring ssoServerAppPath_;

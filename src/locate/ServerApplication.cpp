@@ -12,6 +12,14 @@ namespace {
 constexpr wchar_t keyBelowLocalMachine[] = L"SOFTWARE\\Kestrany\\Pellwick";
 constexpr DWORD locationByteLimit = 1024;
 
+void TellKey(StartObserver& observer, const RegistryKey& key, LSTATUS read, const std::optional<std::wstring>& location)
+{
+    const std::optional<LSTATUS> valueRead = key.IsOpen() ? std::optional(read) : std::nullopt;
+    observer.OnRegistryKey({ServerApplicationKey, key.Status(), valueRead, location.value_or(std::wstring())});
+    if (location)
+        observer.OnRegistryChoice(ServerApplicationKey, *location);
+}
+
 /// Sets a flag for the length of a scope.
 class FlagScope
 {
@@ -37,7 +45,7 @@ bool SSOPathResolver::FindSSOServerApp()
 
     if (clientConfigLoadState_ == NotLoaded)
         LoadClientConfig();
-    const std::vector<std::wstring> directories = ServerAppSearchList();
+    const SearchList directories = ServerAppSearchList();
     const std::wstring lines = DirectoryLines(directories);
     const std::wstring& name = serverSettings_.searchName;
     Log(Message(L"Searching for SSO server app %1% in the following paths:\n%2%", name, lines), TALIXLog::Info);
@@ -45,7 +53,7 @@ bool SSOPathResolver::FindSSOServerApp()
         return false;
 
     std::wstring found;
-    if (!FindFileInPaths(name, directories, found))
+    if (!Search(StartFile::ServerApplication, name, directories, found))
     {
         Log(Message(L"Failed to find SSO server app %1% in the following paths:\n%2%", name, lines), TALIXLog::Error);
         return false;
@@ -57,41 +65,48 @@ bool SSOPathResolver::FindSSOServerApp()
 
 /// The order is the rule of priority: the library's own directory, the host's, the client config file's; the registry's
 /// comes last, or first where local and admin installations may both serve.
-std::vector<std::wstring> SSOPathResolver::ServerAppSearchList()
+SearchList SSOPathResolver::ServerAppSearchList()
 {
-    std::vector<std::wstring> directories = {L"%SSOServicesModulePath%", L"%ExePath%"};
-    directories.insert(directories.end(), serverSettings_.searchPaths.begin(), serverSettings_.searchPaths.end());
+    SearchList directories = {{L"%SSOServicesModulePath%", DirectoryOrigin::Library},
+                              {L"%ExePath%", DirectoryOrigin::Host}};
+    for (const std::wstring& directory : serverSettings_.searchPaths)
+        directories.push_back({directory, DirectoryOrigin::ClientConfig});
     AddRegistryLocation(directories);
-    ExpandPathVariables(directories);
+    ExpandSearchList(directories);
     return directories;
 }
 
-void SSOPathResolver::AddRegistryLocation(std::vector<std::wstring>& searchList)
+void SSOPathResolver::AddRegistryLocation(SearchList& searchList)
 {
     std::string version;
     std::string location;
-    if (!GetLatestRegistryLocation(ServerApplicationKey, version, location))
+    if (!GetLatestRegistryLocation(ServerApplicationKey, version, location, observer_))
     {
         AddUnversionedRegistryLocation(searchList);
         return;
     }
     const std::wstring directory = Widen(location);
     Log(Message(L"Getting latest Pellwick path from registry: %1%", directory), TALIXLog::Info);
-    searchList.insert(serverSettings_.supportBothLocalAndAdmin ? searchList.begin() : searchList.end(), directory);
+    searchList.insert(serverSettings_.supportBothLocalAndAdmin ? searchList.begin() : searchList.end(),
+                      {directory, DirectoryOrigin::Registry});
 }
 
-void SSOPathResolver::AddUnversionedRegistryLocation(std::vector<std::wstring>& searchList)
+void SSOPathResolver::AddUnversionedRegistryLocation(SearchList& searchList)
 {
     const RegistryKey key(HKEY_LOCAL_MACHINE, keyBelowLocalMachine, KEY_READ);
+    LSTATUS read = ERROR_SUCCESS;
+    const auto directory = key.IsOpen() ? key.ReadText(LocationValueName, locationByteLimit, &read) : std::nullopt;
+    if (observer_)
+        TellKey(*observer_, key, read, directory);
     if (!key.IsOpen())
     {
         Log(Message(L"Unable to get Pellwick path from registry, failed with error: %1%", key.Status()),
             TALIXLog::Info);
         return;
     }
-    if (const auto directory = key.ReadText(LocationValueName, locationByteLimit))
+    if (directory)
     {
-        searchList.push_back(*directory);
+        searchList.push_back({*directory, DirectoryOrigin::Registry});
         Log(Message(L"Getting Pellwick path from registry: %1%", *directory), TALIXLog::Info);
     }
 }

@@ -36,7 +36,7 @@ bool SSOPathResolver::FindCompatibleClientPlugin()
 
     const VersionCompatibilityContext context = {
         [this](std::wstring& text) { ExpandPathVariables(text); },
-        [this](std::wstring message, LogLevel level) { Log(std::move(message), level); }};
+        [this](std::wstring message, LogLevel level) { Log(std::move(message), level); }, observer_};
     VersionCompatibilityEntry entry;
     if (ReadVersionCompatibility(file, clientPluginKey, sdkVersion_, context, entry))
     {
@@ -73,12 +73,12 @@ void SSOPathResolver::LocateVersionCompatibilityFile()
         return;
     }
 
-    std::vector<std::wstring> directories = {L"%SSOServerAppPath%"};
+    SearchList directories = {{L"%SSOServerAppPath%", DirectoryOrigin::ServerApplication}};
     if (SearchVersionCompatibilityFile(directories))
         return;
     directories.clear();
     if (!serverSettings_.versionCompatibilityConfigFilePath.empty())
-        directories.push_back(serverSettings_.versionCompatibilityConfigFilePath);
+        directories.push_back({serverSettings_.versionCompatibilityConfigFilePath, DirectoryOrigin::ClientConfig});
     if (SearchVersionCompatibilityFile(directories))
         return;
     versionCompatibilityFilePath_ = VersionCompatibilityFileName;
@@ -87,13 +87,14 @@ void SSOPathResolver::LocateVersionCompatibilityFile()
         TALIXLog::Error);
 }
 
-bool SSOPathResolver::SearchVersionCompatibilityFile(std::vector<std::wstring>& directories)
+bool SSOPathResolver::SearchVersionCompatibilityFile(SearchList& directories)
 {
-    ExpandPathVariables(directories);
+    ExpandSearchList(directories);
     Log(Message(L"Searching for version compatibility file %1% in the following paths:\n%2%",
                 VersionCompatibilityFileName, DirectoryLines(directories)),
         TALIXLog::Info);
-    if (!FindFileInPaths(VersionCompatibilityFileName, directories, versionCompatibilityFilePath_))
+    if (!Search(StartFile::VersionCompatibility, VersionCompatibilityFileName, directories,
+                versionCompatibilityFilePath_))
         return false;
     Log(Message(L"Found version compatibility file at %1%", versionCompatibilityFilePath_), TALIXLog::Info);
     return true;

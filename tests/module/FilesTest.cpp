@@ -19,11 +19,11 @@ protected:
     /// Where "wanted" is found; "none" where it is not.
     std::string Search(const std::vector<fs::path>& directories) const
     {
-        std::vector<std::wstring> texts;
+        SearchList list;
         for (const fs::path& directory : directories)
-            texts.push_back(directory.native());
+            list.push_back({directory.native(), DirectoryOrigin::Added});
         std::wstring found = L"left over";
-        const bool any = FindFileInPaths(L"wanted", texts, found);
+        const bool any = FindFileInPaths(L"wanted", list, found);
         EXPECT_EQ(any, !found.empty());
         return any ? ToUtf8(found) : "none";
     }
@@ -79,8 +79,10 @@ TEST_F(FileSearch, ASeparatorAtTheEndOfADirectoryIsNotDoubled)
 TEST_F(FileSearch, DirectoriesAreShownOneALine)
 {
     EXPECT_EQ(DirectoryLines({}), L"");
-    EXPECT_EQ(DirectoryLines({L"a"}), L"a");
-    EXPECT_EQ(DirectoryLines({L"a", L"", L"b"}), L"a\n\nb");
+    EXPECT_EQ(DirectoryLines({{L"a", DirectoryOrigin::Added}}), L"a");
+    EXPECT_EQ(
+        DirectoryLines({{L"a", DirectoryOrigin::Host}, {L"", DirectoryOrigin::Added}, {L"b", DirectoryOrigin::Added}}),
+        L"a\n\nb");
 }
 
 TEST(Paths, NormalisingRemovesDotsAndDoubledSeparators)

@@ -1,0 +1,137 @@
+// The check of one module file.
+
+#include "DoctorTest.h"
+
+#include <windows.h>
+
+namespace OrlindexTest {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class DoctorCheck : public DoctorTest
+{
+protected:
+    DoctorReport Check(std::vector<std::wstring> arguments = {}) const
+    {
+        arguments.insert(arguments.begin(), {L"check", site.PluginFile().native()});
+        return Report(std::move(arguments));
+    }
+};
+
+TEST_F(DoctorCheck, AGoodModuleKeepsTheContract)
+{
+    site.Install();
+    const DoctorReport report = Check({L"--load"});
+    EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
+    EXPECT_EQ(report.Root()["command"], "check");
+    EXPECT_EQ(report.Root()["module"], Utf8(site.PluginFile()));
+    EXPECT_THAT(report.Results("module-file"), ElementsAre("plugin module: read", "format: x64-dll",
+                                                           "factory function: exported", "version record: missing"));
+    EXPECT_EQ(report.Find("compatibility-entries", "offered")["result"], "offered");
+    EXPECT_EQ(report.Find("load", "IPluginLoggerSource")["result"], "present");
+    EXPECT_THAT(report.Results("interfaces"),
+                ElementsAre("ISSOClientModule: present", "ISSOServerManager: present", "ISSOClient: present",
+                            "ISSOClientPrivate: present", "obtain-interfaces: done"));
+}
+
+TEST_F(DoctorCheck, WithoutLoadNothingOfItRuns)
+{
+    site.Install("faulty");
+    SetEnvironmentVariableW(L"ORLINDEX_TEST_FAULT", L"crash");
+    const DoctorReport report = Check();
+    EXPECT_EQ(report.Run().exitCode, 0U);
+    EXPECT_EQ(report.MarkOf("load"), "");
+    EXPECT_EQ(Check({L"--load"}).Run().exitCode, 54U);
+}
+
+TEST_F(DoctorCheck, AModuleThatIsNotTrustedIsNotLoaded)
+{
+    site.Install("stranger");
+    const DoctorReport report = Check({L"--load"});
+    EXPECT_EQ(report.Run().exitCode, 42U);
+    EXPECT_EQ(report.MarkOf("load"), "");
+}
+
+TEST_F(DoctorCheck, AModuleForAnotherMachineIsSaidToBeOne)
+{
+    site.Install("unsigned");
+    std::string bytes = ReadFile(site.PluginFile());
+    IMAGE_DOS_HEADER dos;
+    std::memcpy(&dos, bytes.data(), sizeof dos);
+    const WORD machine = IMAGE_FILE_MACHINE_I386;
+    std::memcpy(&bytes.at(static_cast<std::size_t>(dos.e_lfanew) + 4), &machine, sizeof machine);
+    WriteFile(site.PluginFile(), bytes);
+    EXPECT_EQ(Check().Find("module-file", "format")["result"], "other-machine");
+}
+
+TEST_F(DoctorCheck, AMissingFileIsNamed)
+{
+    EXPECT_EQ(Check().Run().exitCode, 30U);
+}
+
+TEST_F(DoctorCheck, ABrokenFileNeverEndsTheTool)
+{
+    site.Install();
+    const std::string bytes = ReadFile(site.PluginFile());
+    for (const std::size_t size : {0U, 1U, 64U, 128U, 300U, 1024U, 4096U, 40000U})
+    {
+        WriteFile(site.PluginFile(), bytes.substr(0, size));
+        EXPECT_THAT(Check().Run().exitCode, testing::AnyOf(32U, 40U, 41U, 45U)) << size;
+    }
+}
+
+TEST_F(DoctorCheck, WithoutVersionCompatibilityFileTheOfferIsNotKnown)
+{
+    site.Install();
+    fs::remove(site.CompatibilityFile());
+    const DoctorReport report = Check();
+    EXPECT_EQ(report.Run().exitCode, 0U);
+    EXPECT_EQ(report.MarkOf("compatibility-file"), "warning");
+}
+
+TEST_F(DoctorCheck, AVersionCompatibilityFileElsewhereIsGivenByName)
+{
+    site.Install();
+    const fs::path other = site.MakeFolder("other") / "compatibility.json";
+    fs::rename(site.CompatibilityFile(), other);
+    EXPECT_EQ(Check({L"--compatibility", other.native()}).Run().exitCode, 0U);
+    EXPECT_EQ(Check({L"--compatibility", other.native() + L"x"}).Run().exitCode, 20U);
+}
+
+TEST_F(DoctorCheck, AModuleThatIsNotOfferedSaysWhy)
+{
+    site.Install();
+    const std::string path = "%SSOServerAppPath%\\PellwickClient.dll";
+    const std::string other = "%SSOServerAppPath%\\Other.dll";
+    const struct
+    {
+        std::vector<CompatibilityEntry> entries;
+        std::string why;
+    } cases[] = {
+        {{CompatibilityEntry{other}}, "no entry names it"},
+        {{CompatibilityEntry{path, "2", R"({"minVersion": "1.12"})"}}, "does not serve 1.11.13.3 (min 1.12)"},
+        {{CompatibilityEntry{path, ""}}, "is ignored: its key \"version\" is blank or missing"},
+        {{CompatibilityEntry{path, "2"}, CompatibilityEntry{other, "3"}}, "has a higher version"},
+    };
+    for (const auto& each : cases)
+    {
+        site.WriteCompatibilityFile(each.entries);
+        const DoctorReport report = Check();
+        EXPECT_EQ(report.Run().exitCode, 25U) << each.why;
+        EXPECT_THAT(report.Cause(), HasSubstr(each.why));
+    }
+}
+
+TEST_F(DoctorCheck, ARelativePathIsTakenFromTheCurrentFolder)
+{
+    site.Install();
+    fs::current_path(site.ServerFolder());
+    const DoctorReport report = Report({L"check", L"PellwickClient.dll"});
+    EXPECT_EQ(report.Run().exitCode, 0U);
+    EXPECT_EQ(report.Root()["module"], Utf8(site.PluginFile()));
+}
+
+} // namespace OrlindexTest

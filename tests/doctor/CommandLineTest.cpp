@@ -1,0 +1,138 @@
+// Options, exit codes, the form of the output, and the library beside the host.
+
+#include "DoctorTest.h"
+
+#include <windows.h>
+
+namespace OrlindexTest {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+class DoctorCommandLine : public DoctorTest
+{
+};
+
+TEST_F(DoctorCommandLine, AWrongOneSaysWhatIsWrongAndEndsWithACodeOfItsOwn)
+{
+    const struct
+    {
+        std::vector<std::wstring> arguments;
+        std::string error;
+    } cases[] = {
+        {{L"--nonsense"}, "unknown option: --nonsense"},
+        {{L"start"}, "unexpected argument: 'start'"},
+        {{L"check"}, "check needs a plugin module file"},
+        {{L"check", L"a", L"b"}, "unexpected argument: 'b'"},
+        {{L"--host"}, "--host needs a folder"},
+        {{L"--host", L"--load"}, "--host needs a folder"},
+        {{L"--host", L"C:\\no\\such"}, "--host names no folder"},
+        {{L"--host", Tool().native()}, "--host names no folder"},
+        {{L"--timeout", L"0"}, "--timeout needs a number of seconds"},
+        {{L"--timeout", L"99999999999"}, "--timeout needs a number of seconds"},
+        {{L"--timeout", L"3x"}, "--timeout needs a number of seconds"},
+        {{L"--compatibility", L"x"}, "--compatibility belongs to check"},
+    };
+    for (const auto& each : cases)
+    {
+        const ProgramRun run = RunProgram(Tool(), each.arguments);
+        EXPECT_EQ(run.exitCode, 2U) << each.error;
+        EXPECT_THAT(run.errors, StartsWith("error: " + each.error));
+        EXPECT_EQ(run.output, "");
+    }
+}
+
+TEST_F(DoctorCommandLine, HelpNamesEveryExitCode)
+{
+    const ProgramRun run = RunProgram(Tool(), {L"--help"});
+    EXPECT_EQ(run.exitCode, 0U);
+    for (int code = 0; code < 100; ++code)
+    {
+        if (const auto* const row = Orlindex::Doctor::FindExitCode(static_cast<ExitCode>(code)))
+        {
+            EXPECT_THAT(run.output, HasSubstr(std::to_string(code) + "  " + row->meaning + '\n'));
+        }
+    }
+}
+
+TEST_F(DoctorCommandLine, TheVersionIsTheLibrarys)
+{
+    EXPECT_THAT(RunProgram(Tool(), {L"--version"}).output, StartsWith("orlindex-doctor 1.11.13.3"));
+}
+
+TEST_F(DoctorCommandLine, WithoutHostTheToolsOwnFolderCounts)
+{
+    site.Install();
+    const fs::path tool = site.HostFolder() / "orlindex-doctor.exe";
+    fs::copy_file(Tool(), tool);
+    const DoctorReport report(RunProgram(tool, {L"--json", L"--load"}));
+    EXPECT_EQ(report.Run().exitCode, 0U);
+    EXPECT_EQ(report.Root()["host"], Utf8(site.HostFolder()));
+    EXPECT_EQ(report.Root()["load"], true);
+}
+
+TEST_F(DoctorCommandLine, AFinalSeparatorOfTheHostsFolderDoesNotCount)
+{
+    site.Install();
+    const DoctorReport report(
+        RunProgram(Tool(), {L"--json", L"--load", L"--host", site.HostFolder().native() + L"\\."}));
+    EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
+    EXPECT_EQ(report.Root()["host"], Utf8(site.HostFolder()));
+}
+
+TEST_F(DoctorCommandLine, TheLibraryBesideTheHostIsShownWithItsVersion)
+{
+    site.Install();
+    const Json::Value finding = Report().Find("library", "Orlindex.dll");
+    EXPECT_EQ(finding["value"], "1.11.13.3");
+    EXPECT_EQ(finding["result"], "same");
+    EXPECT_EQ(finding["source"], Utf8(site.HostFolder() / "Orlindex.dll"));
+}
+
+TEST_F(DoctorCommandLine, ALibraryOfAnotherVersionIsAWarning)
+{
+    site.Install();
+    const DoctorReport mine = Report();
+    // The version record's numbers, 1.11.13.3, as they lie in the file; the last becomes 4.
+    const fs::path file = site.MakeFolder("old") / "Orlindex.dll";
+    std::string bytes = ReadFile(site.HostFolder() / "Orlindex.dll");
+    const std::string numbers("\xBD\x04\xEF\xFE\x00\x00\x01\x00\x0B\x00\x01\x00\x03\x00\x0D\x00", 16);
+    const std::size_t at = bytes.find(numbers);
+    ASSERT_NE(at, std::string::npos);
+    bytes[at + 12] = 4;
+    WriteFile(file, bytes);
+    const DoctorReport report(RunProgram(Tool(), {L"--json", L"--host", file.parent_path().native()}));
+    EXPECT_EQ(report.Find("library", "Orlindex.dll")["value"], "1.11.13.4");
+    EXPECT_EQ(report.Find("library", "Orlindex.dll")["result"], "other");
+    EXPECT_EQ(report.MarkOf("library"), "warning");
+}
+
+TEST_F(DoctorCommandLine, AFolderWithoutLibraryIsAWarning)
+{
+    const fs::path folder = site.MakeFolder("empty");
+    const DoctorReport report(RunProgram(Tool(), {L"--json", L"--host", folder.native()}));
+    EXPECT_EQ(report.Find("library", "Orlindex.dll")["result"], "missing");
+    EXPECT_EQ(report.MarkOf("library"), "warning");
+}
+
+TEST_F(DoctorCommandLine, OutputToAFileHoldsNoColour)
+{
+    site.Install();
+    EXPECT_THAT(RunTool().output, Not(HasSubstr("\x1B")));
+    EXPECT_THAT(RunTool({L"--no-color"}).output, Not(HasSubstr("\x1B")));
+}
+
+TEST_F(DoctorCommandLine, NothingThatAFileHoldsSteersTheConsole)
+{
+    site.Install();
+    site.WriteClientConfig(R"({"ssoServer": {"bundleId": "a\u001B[31m\n\u009Bb", "searchPaths": ")" +
+                           JsonPath(site.ServerFolder()) + R"("}})");
+    EXPECT_THAT(RunTool().output, HasSubstr("a [31m  b"));
+    EXPECT_EQ(Report().Find("client-config", "bundleId")["value"], "a\x1B[31m\n\xC2\x9B"
+                                                                   "b")
+        << "JSON says it as it is";
+}
+
+} // namespace OrlindexTest

@@ -1,0 +1,158 @@
+// Failures of the plugin module's file: where it lies, its signature, who else has it open.
+
+#include "DoctorTest.h"
+
+#include <windows.h>
+
+#include "support/Handle.h"
+
+namespace OrlindexTest {
+
+namespace fs = std::filesystem;
+using testing::Contains;
+using testing::HasSubstr;
+
+class DoctorModule : public DoctorTest
+{
+protected:
+    std::string File() const { return Utf8(site.PluginFile()); }
+
+    DoctorReport ExpectSignatureFailure(const std::string& plugin, ExitCode code, const std::string& cause) const
+    {
+        site.Install(plugin);
+        DoctorReport report = ExpectFailure(code, "signature", cause);
+        EXPECT_THAT(report.Cause(), HasSubstr(File()));
+        EXPECT_THAT(report.Remedy(), HasSubstr(File()));
+        EXPECT_EQ(report.MarkOf("signature"), "failed");
+        EXPECT_EQ(report.MarkOf("load"), "") << "a module that is not trusted is not loaded";
+        return report;
+    }
+
+    void ExpectRefusedPath(const std::string& path, const std::string& words) const
+    {
+        site.Install();
+        site.WriteCompatibilityFile({CompatibilityEntry{path}});
+        const DoctorReport report = ExpectFailure(ExitCode::ModulePathRefused, "module-file", words);
+        EXPECT_THAT(report.Remedy(), HasSubstr(Utf8(site.CompatibilityFile())));
+    }
+};
+
+TEST_F(DoctorModule, AMissingModuleIsNamed)
+{
+    site.InstallWithoutPlugin();
+    const DoctorReport report = ExpectFailure(ExitCode::ModuleMissing, "module-file", File());
+    EXPECT_THAT(report.Results("module-file"), Contains("plugin module: missing"));
+}
+
+TEST_F(DoctorModule, AFolderInItsPlaceIsNamed)
+{
+    site.InstallWithoutPlugin();
+    site.MakeFolder("server/PellwickClient.dll");
+    ExpectFailure(ExitCode::ModuleFormat, "module-file", "cannot be read");
+}
+
+TEST_F(DoctorModule, APathThatIsNotAbsoluteIsRefused)
+{
+    ExpectRefusedPath("PellwickClient.dll", "not absolute");
+}
+
+TEST_F(DoctorModule, APathWithoutExtensionIsRefused)
+{
+    ExpectRefusedPath("%SSOServerAppPath%\\PellwickClient", "no extension");
+}
+
+TEST_F(DoctorModule, APathThatTheSystemStripsIsRefused)
+{
+    ExpectRefusedPath("%SSOServerAppPath%\\PellwickClient.dll.", "ends with a point or a space");
+}
+
+TEST_F(DoctorModule, AFileThatIsNoModuleIsNamed)
+{
+    site.InstallWithoutPlugin();
+    WriteFile(site.PluginFile(), "no module");
+    ExpectFailure(ExitCode::ModuleFormat, "module-file", "no Windows module");
+}
+
+TEST_F(DoctorModule, AnEmptyFileIsNoModule)
+{
+    site.InstallWithoutPlugin();
+    WriteFile(site.PluginFile(), "");
+    ExpectFailure(ExitCode::ModuleFormat, "module-file", "no Windows module");
+}
+
+TEST_F(DoctorModule, AnUnsignedModuleIsNamed)
+{
+    ExpectSignatureFailure("unsigned", ExitCode::SignatureMissing, "is not signed");
+}
+
+TEST_F(DoctorModule, AModuleThatWasChangedIsNamed)
+{
+    site.Install();
+    Tamper(site.PluginFile());
+    ExpectFailure(ExitCode::FileChanged, "signature", "was changed after it was signed");
+}
+
+TEST_F(DoctorModule, AStrangersSignatureIsNamedWithItsSigner)
+{
+    const DoctorReport report = ExpectSignatureFailure("stranger", ExitCode::SignerNotAccepted, "\"Somebody Else\"");
+    EXPECT_EQ(report.Find("signature", "signer")["result"], "not-accepted");
+    EXPECT_EQ(report.Find("signature", "root")["result"], "pinned");
+}
+
+TEST_F(DoctorModule, AnAcceptedNameInOtherLetterCaseIsAStranger)
+{
+    ExpectSignatureFailure("wrong-case", ExitCode::SignerNotAccepted, "\"KESTRANY, INC.\"");
+}
+
+TEST_F(DoctorModule, AnotherRootIsNamed)
+{
+    const DoctorReport report =
+        ExpectSignatureFailure("other-root", ExitCode::RootNotTrusted, "neither is the pinned one");
+    EXPECT_EQ(report.Find("signature", "root")["result"], "unknown");
+    EXPECT_EQ(report.Find("signature", "root")["value"], "CN=Orlindex Unknown Root");
+    EXPECT_EQ(report.Find("signature", "signer")["result"], "accepted");
+}
+
+TEST_F(DoctorModule, AGoodSignatureIsShownWithSignerChainAndRoot)
+{
+    site.Install();
+    const DoctorReport report = Report();
+    EXPECT_EQ(report.Run().exitCode, 0U);
+    EXPECT_EQ(report.Find("signature", "signer")["value"], "Kestrany, Inc.");
+    EXPECT_EQ(report.Find("signature", "signer's certificate")["value"], "CN=\"Kestrany, Inc.\"");
+    EXPECT_EQ(report.Find("signature", "root")["value"], "CN=Orlindex Development Root");
+    EXPECT_EQ(report.Find("signature", "root")["result"], "pinned");
+    EXPECT_THAT(report.Find("signature", "root")["note"].asString(), HasSubstr("SHA-256 "));
+    EXPECT_EQ(report.Find("signature", "signature")["result"], "valid");
+}
+
+TEST_F(DoctorModule, AFileThatSomebodyMayStillWriteIsInUse)
+{
+    site.Install();
+    const Handle writer(CreateFileW(site.PluginFile().c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                    nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_NE(writer.get(), INVALID_HANDLE_VALUE);
+    ExpectFailure(ExitCode::FileInUse, "signature", "cannot be kept from changing");
+}
+
+TEST_F(DoctorModule, WithoutLoadAMissingFactoryFunctionIsReadFromTheFile)
+{
+    for (const char* const plugin : {"no-factory", "symbol32"})
+    {
+        site.Install(plugin);
+        const DoctorReport report = Report();
+        EXPECT_EQ(report.Run().exitCode, 34U) << plugin;
+        EXPECT_EQ(report.FailedStep(), "module-file");
+        EXPECT_EQ(report.Find("module-file", "factory function")["result"], "missing");
+        EXPECT_EQ(report.MarkOf("load"), "");
+    }
+}
+
+TEST_F(DoctorModule, WithoutLoadNoCodeOfThePluginRuns)
+{
+    site.Install("faulty");
+    SetEnvironmentVariableW(L"ORLINDEX_TEST_FAULT", L"crash");
+    EXPECT_EQ(Report().Run().exitCode, 0U);
+}
+
+} // namespace OrlindexTest

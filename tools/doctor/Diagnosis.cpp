@@ -1,0 +1,309 @@
+// From what was seen to one cause and one remedy. The order is that of the start; the first failure counts.
+
+#include "StartFacts.h"
+#include "Words.h"
+#include "base/ProductIdentity.h"
+#include "base/SystemText.h"
+#include "base/Versions.h"
+#include "locate/RegistryLocation.h"
+
+namespace Orlindex::Doctor {
+
+using namespace Ids;
+
+namespace {
+
+std::string Quoted(const std::wstring& text)
+{
+    return '"' + Narrow(text) + '"';
+}
+
+/// Where a directory of the server application can be made known.
+std::string WaysToName(const StartFacts& facts)
+{
+    const std::wstring config =
+        facts.clientConfigFile.empty() ? facts.hostDirectory + L"\\Orlindex.config" : facts.clientConfigFile;
+    return "the registry value Location of " + Narrow(ServerApplicationKey) +
+           ", or the key searchPaths of the object ssoServer in " + Quoted(config);
+}
+
+/// Without server application, where the version compatibility file was not found either.
+Verdict WithoutServerApplication(const StartFacts& facts)
+{
+    if (!facts.clientConfigError.empty())
+        return {ExitCode::ClientConfigInvalid, StepId::ClientConfig,
+                "The client config file " + Quoted(facts.clientConfigFile) + " is not used (" +
+                    facts.clientConfigError + "), and without it the server application Pellwick.exe is not found.",
+                "Mend that file, or restore it from the host's installer."};
+    if (!facts.registryProblem.empty())
+        return {ExitCode::RegistryUnusable, StepId::Registry,
+                "The registry does not say where the server application Pellwick.exe is: " + facts.registryProblem +
+                    ".",
+                "Repair the installation of the server application, which writes the text value Location, or name its "
+                "folder by " +
+                    WaysToName(facts) + '.'};
+    std::string cause = "The server application Pellwick.exe is in none of the folders that are searched";
+    if (!facts.registeredLocation.empty())
+        cause += "; the registered one, " + Quoted(facts.registeredLocation) + ", does not hold it";
+    else
+        cause +=
+            "; the registry key " + Narrow(ServerApplicationKey) + " is absent, " +
+            (facts.clientConfigFile.empty() ? "and there is no client config file"
+                                            : "and " + Quoted(facts.clientConfigFile) + " names no folder with it");
+    return {ExitCode::ServerApplicationNotFound, StepId::ServerApplication, cause + '.',
+            "Install the server application again, or name its folder by " + WaysToName(facts) + '.'};
+}
+
+Verdict WithoutCompatibilityFile(const StartFacts& facts)
+{
+    if (facts.serverDirectory.empty())
+        return WithoutServerApplication(facts);
+    return {ExitCode::CompatibilityFileNotFound, StepId::CompatibilityFile,
+            "There is no TALIXVersionCompatibility.config in the server application's folder, " +
+                Quoted(facts.serverDirectory) + ", nor in one that the client config file names.",
+            "Repair the installation of the server application: it brings that file."};
+}
+
+Verdict WithoutSoundEntry(const StartFacts& facts)
+{
+    const EntryFinding& first = facts.entries.front();
+    return {ExitCode::CompatibilityEntriesDefective, StepId::CompatibilityEntries,
+            "No entry of " + Quoted(facts.compatibilityFile) + " can be used: in " + EntryPlace(first.entry) + ", " +
+                DefectWords(*first.defect) + '.',
+            "Mend " + EntryPlace(first.entry) + " in " + Quoted(facts.compatibilityFile) +
+                ", or repair the installation of the server application."};
+}
+
+Verdict WithoutEntry(const StartFacts& facts)
+{
+    if (facts.entries.empty())
+        return {ExitCode::CompatibilityListEmpty, StepId::CompatibilityFile,
+                "The list \"ssoClientPlugin\" of " + Quoted(facts.compatibilityFile) + " is missing or empty.",
+                "Repair the installation of the server application, which brings that file."};
+    std::string offered;
+    for (const EntryFinding& finding : facts.entries)
+    {
+        if (!finding.defect)
+            offered +=
+                (offered.empty() ? "" : "; ") + EntryPlace(finding.entry) + " serves " + RangeWords(finding.entry);
+    }
+    if (offered.empty())
+        return WithoutSoundEntry(facts);
+    return {ExitCode::NoEntryServes, StepId::CompatibilityEntries,
+            std::string("No plugin that ") + Quoted(facts.compatibilityFile) + " offers serves version " +
+                ProductVersion + " of the library: " + offered + '.',
+            std::string("Install a server application whose plugin serves ") + ProductVersion +
+                ", or a host with a library that this one serves."};
+}
+
+Verdict OfRefusedPath(const StartFacts& facts)
+{
+    return {ExitCode::ModulePathRefused, StepId::ModuleFile,
+            "The path of the plugin module, " + Quoted(facts.modulePath) +
+                ", is refused: " + PathDefectWords(*facts.modulePathDefect) + '.',
+            "Write an absolute path with the file's extension to modulePath in " + Quoted(facts.compatibilityFile) +
+                ", such as %SSOServerAppPath%\\PellwickClient.dll."};
+}
+
+std::string SignerName(const TrustEvidence& evidence)
+{
+    if (evidence.signers.empty() || evidence.signers.front().chain.empty())
+        return "an unknown signer";
+    return Quoted(evidence.signers.front().chain.front().name);
+}
+
+bool HasAcceptedSigner(const TrustEvidence& evidence)
+{
+    for (const SignerEvidence& signer : evidence.signers)
+        if (signer.nameAccepted)
+            return true;
+    return false;
+}
+
+Verdict OfUntrustedSigner(const StartFacts& facts, const std::string& reinstall)
+{
+    const TrustEvidence& evidence = *facts.trust;
+    if (static_cast<DWORD>(*evidence.platformAnswer) == static_cast<DWORD>(CERT_E_UNTRUSTEDROOT) &&
+        (HasAcceptedSigner(evidence) || evidence.signers.empty()))
+        return {ExitCode::RootNotTrusted, StepId::Signature,
+                "The signature of " + Quoted(facts.modulePath) + " by " + SignerName(evidence) +
+                    " ends in a root that neither is the pinned one nor is trusted by the system.",
+                reinstall + " Do not make the system trust that root."};
+    if (!HasAcceptedSigner(evidence))
+        return {ExitCode::SignerNotAccepted, StepId::Signature,
+                Quoted(facts.modulePath) + " is signed by " + SignerName(evidence) + ", which is not an accepted name.",
+                reinstall};
+    return {ExitCode::SignatureRefused, StepId::Signature,
+            "The system refuses the signature of " + Quoted(facts.modulePath) + ": " +
+                TrustAnswerWords(*evidence.platformAnswer) + '.',
+            reinstall};
+}
+
+Verdict OfRefusedSignature(const StartFacts& facts)
+{
+    const TrustEvidence& evidence = *facts.trust;
+    const std::string file = Quoted(facts.modulePath);
+    const std::string reinstall = "Replace " + file +
+                                  " by the original of its maker: repair the installation of the "
+                                  "server application.";
+    if (!facts.module.module)
+        return {ExitCode::ModuleFormat, StepId::ModuleFile, file + " is no Windows module.", reinstall};
+    if (!evidence.platformAnswer)
+        return {ExitCode::ModuleMissing, StepId::Signature, file + " was gone when its signature was to be verified.",
+                reinstall};
+    if (evidence.result == BinaryTrustResult::NotTrusted)
+        return OfUntrustedSigner(facts, reinstall);
+    switch (static_cast<DWORD>(*evidence.platformAnswer))
+    {
+    case static_cast<DWORD>(TRUST_E_NOSIGNATURE):
+        return {ExitCode::SignatureMissing, StepId::Signature, file + " is not signed.", reinstall};
+    case static_cast<DWORD>(TRUST_E_BAD_DIGEST):
+        return {ExitCode::FileChanged, StepId::Signature, file + " was changed after it was signed.", reinstall};
+    case static_cast<DWORD>(CERT_E_EXPIRED):
+        return {ExitCode::CertificateExpired, StepId::Signature,
+                "A certificate of the signature of " + file + " is not valid at this machine's time.",
+                "Set the machine's clock if it is wrong. " + reinstall};
+    default:
+        return {ExitCode::SignatureRefused, StepId::Signature,
+                "The system refuses the signature of " + file + ": " + TrustAnswerWords(*evidence.platformAnswer) + '.',
+                reinstall};
+    }
+}
+
+std::string Joined(const std::vector<std::string>& texts)
+{
+    std::string joined;
+    for (const std::string& text : texts)
+        joined += (joined.empty() ? "" : ", ") + text;
+    return joined;
+}
+
+Verdict OfFailedLoadModule(const StartFacts& facts, const LoadFinding& failure)
+{
+    const std::string cause = "The system cannot load " + Quoted(facts.modulePath) + ": " + ErrorWords(failure.error);
+    const std::vector<std::string>& missing = facts.load->missingLibraries;
+    if (!missing.empty())
+        return {ExitCode::LoadFailed, StepId::Load,
+                cause + ". It needs " + Joined(missing) + ", not found beside it nor where the system looks.",
+                "Put " + Joined(missing) + " into its folder, or repair the installation of the server application."};
+    return {ExitCode::LoadFailed, StepId::Load, cause + '.',
+            "Repair the installation of the server application; a library that the module needs, or one that it needs "
+            "in turn, may be missing."};
+}
+
+Verdict OfFailedStep(const StartFacts& facts, const LoadFinding& failure)
+{
+    const std::string file = Quoted(facts.modulePath);
+    const std::string maker = "Ask the plugin's maker for a module that keeps the contract.";
+    switch (failure.step)
+    {
+    case LoadStep::LoadModule:
+        return OfFailedLoadModule(facts, failure);
+    case LoadStep::CompareFile:
+        return {ExitCode::OtherFileLoaded, StepId::Load, "The system loaded another file than " + file + '.',
+                "Find out what redirects that path: a link above it, or a module of that name loaded before."};
+    case LoadStep::FindSymbol:
+        return {ExitCode::FactorySymbolMissing, StepId::Load, file + " does not export its factory function.", maker};
+    case LoadStep::CallFactory:
+        return {ExitCode::FactoryNull, StepId::Load, "The factory function of " + file + " answers null.", maker};
+    default:
+        return {ExitCode::LoadFailed, StepId::Load,
+                file + " could not be loaded: " + LoadStepWords(failure.step) + ", " + ErrorWords(failure.error) + '.',
+                "Run the tool again; the machine changed while it looked."};
+    }
+}
+
+Verdict OfFailedLoad(const StartFacts& facts)
+{
+    const LoadOutcome& load = *facts.load;
+    const std::string file = Quoted(facts.modulePath);
+    const std::string when = load.begun ? std::string(" while ") + LoadStepWords(*load.begun) : std::string();
+    const std::string maker = "Ask the plugin's maker; the plugin's own log may say more.";
+    if (load.end == LoadOutcome::End::Hung)
+        return {ExitCode::PluginHung, StepId::Load,
+                file + " did not answer within " + std::to_string(load.timeoutSeconds) + " seconds" + when + '.',
+                maker};
+    if (load.exception)
+        return {ExitCode::PluginThrew, StepId::Load,
+                file + " threw an exception" + when + ": " + Narrow(*load.exception) + '.', maker};
+    if (load.end == LoadOutcome::End::Ended)
+        return {ExitCode::PluginCrashed, StepId::Load,
+                file + " ended its process" + when + ", with " + ErrorWords(load.processExitCode) + '.', maker};
+    if (load.failure)
+        return OfFailedStep(facts, *load.failure);
+    return {ExitCode::ModuleInterfaceNull, StepId::Interfaces, "The factory of " + file + " has no ISSOClientModule.",
+            "Ask the plugin's maker for a module that keeps the contract."};
+}
+
+std::optional<Verdict> OfFormat(const StartFacts& facts)
+{
+    const ModuleFacts& module = facts.module;
+    const std::string file = Quoted(facts.modulePath);
+    const std::string replace = "Replace it by the module for 64-bit hosts, or name that one in the version "
+                                "compatibility file.";
+    if (!module.module || !module.dll)
+        return Verdict{ExitCode::ModuleFormat, StepId::ModuleFile, file + " is no Windows DLL.", replace};
+    if (!module.x64)
+        return Verdict{ExitCode::ModuleArchitecture, StepId::ModuleFile, file + " is not for 64-bit x86 processes.",
+                       replace};
+    if (!module.factorySymbol)
+        return Verdict{ExitCode::FactorySymbolMissing, StepId::ModuleFile,
+                       file + " does not export its factory function.",
+                       "Ask the plugin's maker for a module that keeps the contract."};
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<Verdict> DiagnoseModule(const StartFacts& facts)
+{
+    const std::string file = Quoted(facts.modulePath);
+    if (facts.modulePathDefect) // Whether or not there is something at such a path: it is what to mend.
+        return OfRefusedPath(facts);
+    if (!facts.module.exists)
+        return Verdict{ExitCode::ModuleMissing, StepId::ModuleFile, "The plugin module " + file + " is not there.",
+                       "Repair the installation of the server application: it brings the plugin module."};
+    if (facts.holdError == ERROR_SHARING_VIOLATION)
+        return Verdict{ExitCode::FileInUse, StepId::Signature,
+                       file + " cannot be kept from changing: " + ErrorWords(facts.holdError) + '.',
+                       "End the program that has the file open for writing, such as an installer or a scanner."};
+    if (!facts.module.readable)
+        return Verdict{ExitCode::ModuleFormat, StepId::ModuleFile,
+                       file + " cannot be read: " + ErrorWords(facts.module.readError) + '.',
+                       "Give the user the right to read it; where it is a folder, repair the installation."};
+    if (facts.trust && !LoadingAllowed(facts.trust->result))
+        return OfRefusedSignature(facts);
+    if (!facts.load)
+        return OfFormat(facts);
+    if (facts.load->end != LoadOutcome::End::Regular || !facts.load->loaded || !facts.load->clientModule)
+        return OfFailedLoad(facts);
+    return std::nullopt;
+}
+
+Verdict Diagnose(const StartFacts& facts)
+{
+    if (facts.localSystem)
+        return {ExitCode::LocalSystemAccount, StepId::Account,
+                "The account is the local system's, under which the library refuses to start.",
+                "Run the host under the account of the user who is to sign in."};
+    if (facts.modulePath.empty())
+    {
+        if (facts.compatibilityFile.empty())
+            return WithoutCompatibilityFile(facts);
+        if (!facts.compatibilityError.empty())
+            return {ExitCode::CompatibilityFileInvalid, StepId::CompatibilityFile,
+                    "The version compatibility file " + Quoted(facts.compatibilityFile) +
+                        " is not used: " + facts.compatibilityError + '.',
+                    "Mend that file, or repair the installation of the server application."};
+        return WithoutEntry(facts);
+    }
+    if (std::optional<Verdict> failure = DiagnoseModule(facts))
+        return *failure;
+    const std::string file = Quoted(facts.modulePath);
+    if (facts.load)
+        return {ExitCode::Starts, std::nullopt, "A host starts: " + file + " was loaded and has its interfaces.", ""};
+    return {ExitCode::Starts, std::nullopt,
+            "Everything is in place up to loading " + file + ", which was not tried (--load does).", ""};
+}
+
+} // namespace Orlindex::Doctor

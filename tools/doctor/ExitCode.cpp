@@ -1,0 +1,71 @@
+#include "ExitCode.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace Orlindex::Doctor {
+namespace {
+
+const ExitCodeRow rows[] = {
+    {ExitCode::Starts, "starts", "a host would start; `check`: the module keeps the contract"},
+    {ExitCode::UsageError, "usage-error", "the command line is wrong"},
+    {ExitCode::ToolError, "tool-error", "the tool itself failed"},
+    {ExitCode::LocalSystemAccount, "local-system-account", "the account is the local system's, which may not sign in"},
+    {ExitCode::ClientConfigInvalid, "client-config-invalid",
+     "no server application, and the client config file cannot be read"},
+    {ExitCode::RegistryUnusable, "registry-unusable",
+     "no server application, and the registry has its key, but no usable location"},
+    {ExitCode::ServerApplicationNotFound, "server-application-not-found",
+     "no server application where it is looked for"},
+    {ExitCode::CompatibilityFileNotFound, "compatibility-file-not-found", "no version compatibility file"},
+    {ExitCode::CompatibilityFileInvalid, "compatibility-file-invalid", "the version compatibility file cannot be read"},
+    {ExitCode::CompatibilityListEmpty, "compatibility-list-empty", "the version compatibility file lists no plugin"},
+    {ExitCode::CompatibilityEntriesDefective, "compatibility-entries-defective",
+     "every entry of the version compatibility file has a defect"},
+    {ExitCode::NoEntryServes, "no-entry-serves", "no entry serves this version of the library"},
+    {ExitCode::ModuleNotOffered, "module-not-offered",
+     "`check`: the version compatibility file would not choose the module"},
+    {ExitCode::ModuleMissing, "module-missing", "the plugin module is not there"},
+    {ExitCode::ModulePathRefused, "module-path-refused", "the plugin module's path is not absolute, or ambiguous"},
+    {ExitCode::ModuleFormat, "module-format", "the plugin module is no Windows DLL, or cannot be read"},
+    {ExitCode::ModuleArchitecture, "module-architecture", "the plugin module is not for 64-bit x86 processes"},
+    {ExitCode::FactorySymbolMissing, "factory-symbol-missing",
+     "the plugin module does not export its factory function"},
+    {ExitCode::SignatureMissing, "signature-missing", "the plugin module is not signed"},
+    {ExitCode::FileChanged, "file-changed", "the plugin module was changed after it was signed"},
+    {ExitCode::SignerNotAccepted, "signer-not-accepted", "the plugin module's signer is not an accepted one"},
+    {ExitCode::RootNotTrusted, "root-not-trusted", "the signature's root is neither trusted by the system nor pinned"},
+    {ExitCode::CertificateExpired, "certificate-expired", "a certificate of the signature is not valid at this time"},
+    {ExitCode::SignatureRefused, "signature-refused", "the system refuses the signature for another reason"},
+    {ExitCode::FileInUse, "file-in-use", "another process has the plugin module open for writing"},
+    {ExitCode::LoadFailed, "load-failed", "the system cannot load the plugin module"},
+    {ExitCode::OtherFileLoaded, "other-file-loaded", "the system loaded another file than the one verified"},
+    {ExitCode::FactoryNull, "factory-null", "the plugin's factory function answered null"},
+    {ExitCode::PluginThrew, "plugin-threw", "the plugin threw an exception"},
+    {ExitCode::PluginCrashed, "plugin-crashed", "the plugin ended its process"},
+    {ExitCode::PluginHung, "plugin-hung", "the plugin did not answer in time"},
+    {ExitCode::ModuleInterfaceNull, "module-interface-null", "the plugin's factory has no ISSOClientModule"},
+};
+
+} // namespace
+
+const ExitCodeRow* FindExitCode(ExitCode code)
+{
+    const auto* const row =
+        std::find_if(std::begin(rows), std::end(rows), [code](const ExitCodeRow& each) { return each.code == code; });
+    return row == std::end(rows) ? nullptr : row;
+}
+
+std::string ExitCodeLines()
+{
+    std::string lines;
+    for (const ExitCodeRow& row : rows)
+    {
+        std::string number = std::to_string(static_cast<int>(row.code));
+        number.insert(0, 4 - number.size(), ' ');
+        lines += number + "  " + row.meaning + '\n';
+    }
+    return lines;
+}
+
+} // namespace Orlindex::Doctor

@@ -1,0 +1,93 @@
+#include "LoadChild.h"
+
+#include <cstdint>
+#include <windows.h>
+
+#include "LoadMessages.h"
+#include "base/Log.h"
+#include "base/Paths.h"
+#include "base/ProductIdentity.h"
+#include "base/SystemText.h"
+#include "locate/SSOPathResolver.h"
+
+namespace Orlindex::Doctor {
+
+using namespace Kestrany::IdentityServices;
+
+namespace {
+
+class MessagePipe
+{
+public:
+    explicit MessagePipe(HANDLE handle) : handle_(handle) {}
+
+    void Send(const LoadMessage& message) const
+    {
+        const std::string line = LineOf(message) + '\n';
+        DWORD written = 0;
+        WriteFile(handle_, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+    }
+
+private:
+    HANDLE handle_;
+};
+
+class LoadReporter final : public StartObserver
+{
+public:
+    explicit LoadReporter(const MessagePipe& pipe) : pipe_(pipe) {}
+
+    void OnLoadStep(const LoadFinding& finding) override
+    {
+        pipe_.Send({LoadMessage::Kind::Step, static_cast<unsigned long>(finding.step), finding.state, finding.error});
+    }
+
+    void OnPluginObject(PluginObject object, bool present) override
+    {
+        pipe_.Send(
+            {LoadMessage::Kind::Object, static_cast<unsigned long>(object), LoadState::Done, present ? 1UL : 0UL});
+    }
+
+    void OnException(const std::wstring& reason) override
+    {
+        pipe_.Send({LoadMessage::Kind::Exception, 0, LoadState::Failed, 0, Narrow(reason)});
+    }
+
+private:
+    const MessagePipe& pipe_;
+};
+
+/// A plugin may call functions of the library, which every host has in its process.
+DWORD LoadHostsLibrary(const std::wstring& host)
+{
+    const std::wstring library = JoinPath(host, ProductModuleName);
+    return LoadLibraryExW(library.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH) ? ERROR_SUCCESS : GetLastError();
+}
+
+} // namespace
+
+int RunLoadChild(const std::vector<std::wstring>& arguments)
+{
+    if (arguments.size() < 2)
+        return 1;
+    // Nobody sits in front of this process to close a message box.
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+    const auto handle = static_cast<std::uintptr_t>(std::wcstoull(arguments[0].c_str(), nullptr, 10));
+    const MessagePipe pipe(reinterpret_cast<HANDLE>(handle));
+    // A plugin's own processes must not keep the pipe open.
+    SetHandleInformation(reinterpret_cast<HANDLE>(handle), HANDLE_FLAG_INHERIT, 0);
+
+    const std::wstring& host = arguments[1];
+    pipe.Send({LoadMessage::Kind::Library, LoadHostsLibrary(host)});
+    LoadReporter reporter(pipe);
+    StartSurroundings surroundings = {host, host, {}, {}, &reporter};
+    if (arguments.size() > 2)
+        surroundings.clientPluginModule = arguments[2];
+    SSOPathResolver manager(SplitVersion(ProductVersion), DefaultLogFunction, surroundings);
+    pipe.Send({LoadMessage::Kind::End, manager.EnsureClientLoaded() ? 1UL : 0UL});
+    // Without the ends of the modules: a plugin may have threads that outlive them.
+    TerminateProcess(GetCurrentProcess(), 0);
+    return 0;
+}
+
+} // namespace Orlindex::Doctor

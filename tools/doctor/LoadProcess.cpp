@@ -1,0 +1,313 @@
+#include "LoadProcess.h"
+
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+#include <windows.h>
+
+#include "LoadChild.h"
+#include "LoadMessages.h"
+#include "Words.h"
+#include "base/ProductIdentity.h"
+#include "base/SystemText.h"
+#include "locate/PlatformFolders.h"
+
+namespace Orlindex::Doctor {
+
+using namespace Ids;
+
+namespace {
+
+struct HandleCloser
+{
+    using pointer = HANDLE;
+    void operator()(HANDLE handle) const
+    {
+        if (handle != INVALID_HANDLE_VALUE)
+            CloseHandle(handle);
+    }
+};
+
+using Handle = std::unique_ptr<void, HandleCloser>;
+
+[[noreturn]] void ThrowLastError(const char* what)
+{
+    throw std::runtime_error(std::string(what) + ": " + ErrorWords(GetLastError()));
+}
+
+struct Pipe
+{
+    Handle readEnd;
+    Handle writeEnd;
+};
+
+Pipe MakePipe()
+{
+    SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
+    HANDLE readEnd = nullptr;
+    HANDLE writeEnd = nullptr;
+    if (!CreatePipe(&readEnd, &writeEnd, &inheritable, 0))
+        ThrowLastError("cannot make a pipe");
+    Pipe pipe = {Handle(readEnd), Handle(writeEnd)};
+    SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
+    return pipe;
+}
+
+/// Ends all its processes with its owner: also those that a plugin started.
+Handle MakeJob()
+{
+    Handle job(CreateJobObjectW(nullptr, nullptr));
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+    if (!job || !SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits, sizeof limits))
+        ThrowLastError("cannot make a job object");
+    return job;
+}
+
+Handle OpenNowhere()
+{
+    SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
+    Handle nowhere(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable,
+                               OPEN_EXISTING, 0, nullptr));
+    if (nowhere.get() == INVALID_HANDLE_VALUE)
+        ThrowLastError("cannot open NUL");
+    return nowhere;
+}
+
+/// In a command line, a folder's final backslash would take the closing quotation mark for text.
+std::wstring Quoted(const std::wstring& text)
+{
+    std::wstring quoted = L'"' + text;
+    for (std::size_t end = text.size(); end > 0 && text[end - 1] == L'\\'; --end)
+        quoted += L'\\';
+    return quoted + L'"';
+}
+
+std::wstring OwnFile()
+{
+    std::wstring path(32768, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return path;
+}
+
+std::wstring CommandLine(const LoadRequest& request, HANDLE pipe)
+{
+    std::wstring command = Quoted(OwnFile()) + L' ' + LoadChildCommand + L' ' +
+                           std::to_wstring(reinterpret_cast<std::uintptr_t>(pipe)) + L' ' + Quoted(request.host);
+    if (!request.module.empty())
+        command += L' ' + Quoted(request.module);
+    return command;
+}
+
+/// Libraries beside the host are found in a host because it runs there. Here they are, last, because the path of the
+/// new process names that folder.
+class HostInPath
+{
+public:
+    explicit HostInPath(const std::wstring& host)
+    {
+        former_.resize(GetEnvironmentVariableW(L"PATH", nullptr, 0));
+        former_.resize(GetEnvironmentVariableW(L"PATH", former_.data(), static_cast<DWORD>(former_.size())));
+        SetEnvironmentVariableW(L"PATH", (host + L';' + former_).c_str());
+    }
+    HostInPath(const HostInPath&) = delete;
+    HostInPath& operator=(const HostInPath&) = delete;
+    ~HostInPath() { SetEnvironmentVariableW(L"PATH", former_.c_str()); }
+
+private:
+    std::wstring former_;
+};
+
+Handle StartProcess(const LoadRequest& request, const Pipe& pipe, HANDLE job)
+{
+    const Handle nowhere = OpenNowhere();
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = startup.hStdOutput = startup.hStdError = nowhere.get();
+    PROCESS_INFORMATION started = {};
+    std::wstring command = CommandLine(request, pipe.writeEnd.get());
+    const HostInPath path(request.host);
+    if (!CreateProcessW(OwnFile().c_str(), command.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr, nullptr,
+                        &startup, &started))
+        ThrowLastError("cannot start a process to load the plugin in");
+    Handle process(started.hProcess);
+    const Handle thread(started.hThread);
+    if (!AssignProcessToJobObject(job, process.get()))
+    {
+        TerminateProcess(process.get(), 1);
+        ThrowLastError("cannot keep the process that loads the plugin in a job");
+    }
+    ResumeThread(thread.get());
+    return process;
+}
+
+/// Turns the messages into findings as they come.
+class LoadListener
+{
+public:
+    LoadListener(Report& report, LoadOutcome& outcome) : report_(report), outcome_(outcome) {}
+
+    bool Ended() const { return ended_; }
+
+    void Take(const std::string& line)
+    {
+        if (const std::optional<LoadMessage> message = ParseLoadMessage(line))
+            Take(*message);
+    }
+
+private:
+    void Take(const LoadMessage& message)
+    {
+        switch (message.kind)
+        {
+        case LoadMessage::Kind::Library:
+            TakeLibrary(message.number);
+            break;
+        case LoadMessage::Kind::Step:
+            TakeStep({static_cast<LoadStep>(message.number), message.state, message.error});
+            break;
+        case LoadMessage::Kind::Object:
+            TakeObject(static_cast<PluginObject>(message.number), message.error != 0);
+            break;
+        case LoadMessage::Kind::Exception:
+            outcome_.exception = Widen(message.text);
+            Fail("exception", Narrow(*outcome_.exception));
+            break;
+        case LoadMessage::Kind::End:
+            ended_ = true;
+            outcome_.loaded = message.number == 1;
+            break;
+        }
+    }
+
+    void TakeLibrary(unsigned long error)
+    {
+        if (error != ERROR_SUCCESS)
+            report_.Add({Mark::Warning, "load", "host's library", Narrow(ProductModuleName), "not-loaded", "",
+                         "cannot be loaded, and the plugin may need it: " + ErrorWords(error)});
+    }
+
+    void TakeStep(const LoadFinding& finding)
+    {
+        if (finding.state == LoadState::Begun)
+        {
+            outcome_.begun = finding.step;
+            return;
+        }
+        if (finding.state == LoadState::Failed)
+        {
+            if (!outcome_.failure)
+                outcome_.failure = finding;
+            Fail(LoadStepName(finding.step),
+                 LoadStepWords(finding.step) +
+                     (finding.error == ERROR_SUCCESS ? std::string() : ", " + ErrorWords(finding.error)));
+            return;
+        }
+        if (outcome_.begun == finding.step)
+            outcome_.begun.reset();
+        report_.Add({Mark::Ok, "load", LoadStepName(finding.step), LoadStepWords(finding.step), "done", "", ""});
+    }
+
+    void TakeObject(PluginObject object, bool present)
+    {
+        if (object == PluginObject::ClientModule)
+        {
+            outcome_.clientModule = present;
+            report_.Begin(StepId::Interfaces);
+        }
+        Finding line = {Mark::Ok, "interface", PluginObjectWords(object), "", "present", "", "present"};
+        if (!present)
+        {
+            line.result = "null";
+            line.mark = object == PluginObject::ClientModule ? Mark::Failed : Mark::Warning;
+            line.note = NullWords(object);
+        }
+        report_.Add(std::move(line));
+    }
+
+    static std::string NullWords(PluginObject object)
+    {
+        switch (object)
+        {
+        case PluginObject::LoggerSource:
+        case PluginObject::Logger:
+            return "null: the library's messages do not reach the plugin's log";
+        case PluginObject::ClientModule:
+            return "null: the library cannot start";
+        case PluginObject::Client:
+            return "null: every call of the user's fails, unless the plugin makes it while it is initialized";
+        case PluginObject::ServerManager:
+        case PluginObject::ClientPrivate:
+            break;
+        }
+        return "null: the calls that need it answer their fallbacks";
+    }
+
+    void Fail(const char* name, const std::string& note)
+    {
+        report_.Add({Mark::Failed, "load", name, "", "failed", "", note});
+    }
+
+    Report& report_;
+    LoadOutcome& outcome_;
+    bool ended_ = false;
+};
+
+/// Reads lines until nobody writes any more. A line without end is cut: a plugin may write what it likes.
+void ReadLines(HANDLE pipe, LoadListener& listener)
+{
+    constexpr std::size_t longestLine = 64 * 1024;
+    std::string line;
+    char buffer[4096];
+    DWORD read = 0;
+    while (ReadFile(pipe, buffer, sizeof buffer, &read, nullptr) && read > 0)
+    {
+        for (DWORD index = 0; index < read; ++index)
+        {
+            if (buffer[index] != '\n')
+            {
+                if (line.size() < longestLine)
+                    line += buffer[index];
+                continue;
+            }
+            listener.Take(line);
+            line.clear();
+        }
+    }
+}
+
+} // namespace
+
+LoadOutcome LoadInOwnProcess(const LoadRequest& request, Report& report)
+{
+    LoadOutcome outcome;
+    outcome.timeoutSeconds = request.timeoutSeconds;
+    report.Begin(StepId::Load);
+    Pipe pipe = MakePipe();
+    const Handle job = MakeJob();
+    const Handle process = StartProcess(request, pipe, job.get());
+    pipe.writeEnd.reset(); // Or the pipe would never end.
+
+    // This thread only waits until the reader has ended, so the report has one writer at a time.
+    LoadListener listener(report, outcome);
+    std::thread reader([&] { ReadLines(pipe.readEnd.get(), listener); });
+    const bool inTime = WaitForSingleObject(process.get(), request.timeoutSeconds * 1000) == WAIT_OBJECT_0;
+    TerminateJobObject(job.get(), 1); // Also what the plugin started.
+    reader.join();
+
+    if (listener.Ended())
+        return outcome;
+    DWORD exitCode = 0;
+    GetExitCodeProcess(process.get(), &exitCode);
+    outcome.processExitCode = exitCode;
+    outcome.end = inTime ? LoadOutcome::End::Ended : LoadOutcome::End::Hung;
+    report.Add({Mark::Failed, "load", outcome.begun ? LoadStepName(*outcome.begun) : "load", "",
+                inTime ? "ended" : "hung", "",
+                inTime ? "the process ended: " + ErrorWords(exitCode)
+                       : "no answer within " + std::to_string(request.timeoutSeconds) + " seconds"});
+    return outcome;
+}
+
+} // namespace Orlindex::Doctor

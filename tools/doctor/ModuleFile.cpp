@@ -1,0 +1,184 @@
+#include "ModuleFile.h"
+
+#include <optional>
+#include <string_view>
+#include <windows.h>
+
+#include "PeFile.h"
+#include "VersionRecord.h"
+#include "Words.h"
+#include "base/FileHandle.h"
+#include "base/Paths.h"
+#include "base/SystemText.h"
+#include "load/PluginModule.h"
+
+namespace Orlindex::Doctor {
+
+using namespace Ids;
+
+namespace {
+
+constexpr std::size_t mostLibraries = 1000;
+
+/// A file's bytes, mapped as data. It cannot be written meanwhile: bytes that are gone would end this process.
+class MappedFile
+{
+public:
+    explicit MappedFile(const std::wstring& path) : file_(path, FILE_SHARE_READ), error_(file_.Error())
+    {
+        LARGE_INTEGER size = {};
+        if (!file_.IsOpen())
+            return;
+        if (!GetFileSizeEx(file_.Get(), &size))
+        {
+            error_ = GetLastError();
+            return;
+        }
+        if (size.QuadPart == 0)
+            return; // Readable, and cannot be mapped.
+        const HANDLE mapping = CreateFileMappingW(file_.Get(), nullptr, PAGE_READONLY, 0, 0, nullptr);
+        if (mapping)
+        {
+            view_ = MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0);
+            error_ = view_ ? ERROR_SUCCESS : GetLastError();
+            CloseHandle(mapping); // The view keeps it.
+        }
+        else
+        {
+            error_ = GetLastError();
+        }
+        size_ = view_ ? static_cast<std::size_t>(size.QuadPart) : 0;
+    }
+    MappedFile(const MappedFile&) = delete;
+    MappedFile& operator=(const MappedFile&) = delete;
+    ~MappedFile()
+    {
+        if (view_)
+            UnmapViewOfFile(view_);
+    }
+
+    DWORD Error() const { return error_; }
+    std::string_view Bytes() const { return {static_cast<const char*>(view_), size_}; }
+
+private:
+    FileHandle file_;
+    DWORD error_;
+    const void* view_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+std::string MachineWords(const PeFile& module)
+{
+    switch (module.Machine())
+    {
+    case PeFile::MachineX64:
+        return "64-bit x86";
+    case PeFile::MachineX86:
+        return "32-bit x86";
+    default:
+        return "machine type " + std::to_string(module.Machine());
+    }
+}
+
+void AddFormat(const PeFile& module, Report& report, ModuleFacts& facts)
+{
+    facts.dll = module.IsDll();
+    facts.x64 = module.Machine() == PeFile::MachineX64 && module.Is64Bit();
+    const std::string kind = MachineWords(module) + (module.IsDll() ? " DLL" : " program");
+    if (facts.dll && facts.x64)
+        report.Add({Mark::Ok, "module", "format", kind, "x64-dll", "", ""});
+    else
+        report.Add({Mark::Failed, "module", "format", kind, facts.dll ? "other-machine" : "no-dll", "",
+                    "a 64-bit host cannot load it"});
+}
+
+void AddFactorySymbol(const PeFile& module, Report& report, ModuleFacts& facts)
+{
+    facts.factorySymbol = module.Exports(PluginFactorySymbol());
+    if (facts.factorySymbol)
+    {
+        report.Add({Mark::Ok, "module", "factory function", PluginFactorySymbol(), "exported", "export table", ""});
+        return;
+    }
+    std::string names;
+    for (const std::string& name : module.ExportedNames(5))
+        names += (names.empty() ? "" : ", ") + Narrow(Widen(name)); // Whatever it holds, it is UTF-8 now.
+    report.Add({Mark::Failed, "module", "factory function", PluginFactorySymbol(), "missing", "export table",
+                names.empty() ? "not exported; the module exports no name" : "not exported; exported are " + names});
+}
+
+void AddVersionRecord(const std::wstring& path, Report& report)
+{
+    const std::optional<VersionRecord> record = ReadVersionRecord(path);
+    if (!record)
+    {
+        report.Add({Mark::Info, "version", "version record", "", "missing", "", "the file has none"});
+        return;
+    }
+    std::string note = record->description;
+    if (!record->company.empty())
+        note += (note.empty() ? "" : ", ") + record->company;
+    report.Add({Mark::Info, "version", "version record", record->fileVersion, "read", "", note});
+}
+
+/// Where the system would look for a library that a module beside `directory` names.
+bool IsFindable(const std::wstring& library, const std::wstring& directory, const std::wstring& hostDirectory)
+{
+    if (PathExists(JoinPath(directory, library)) || PathExists(JoinPath(hostDirectory, library)))
+        return true;
+    wchar_t found[MAX_PATH] = {};
+    // A name that stands for a set of functions is resolved by the system itself.
+    return library.compare(0, 7, L"api-ms-") == 0 || library.compare(0, 7, L"ext-ms-") == 0 ||
+           GetModuleHandleW(library.c_str()) != nullptr ||
+           SearchPathW(nullptr, library.c_str(), nullptr, MAX_PATH, found, nullptr) != 0;
+}
+
+} // namespace
+
+void InspectModuleFile(const std::wstring& path, Report& report, ModuleFacts& facts)
+{
+    facts.exists = PathExists(path);
+    if (!facts.exists)
+    {
+        report.Add({Mark::Failed, "file", "plugin module", Narrow(path), "missing", "", "not there"});
+        return;
+    }
+    const MappedFile file(path);
+    facts.readError = file.Error();
+    facts.readable = facts.readError == ERROR_SUCCESS;
+    if (!facts.readable)
+    {
+        report.Add({Mark::Failed, "file", "plugin module", Narrow(path), "unreadable", "",
+                    "cannot be read: " + ErrorWords(facts.readError)});
+        return;
+    }
+    report.Add(
+        {Mark::Ok, "file", "plugin module", Narrow(path), "read", "", std::to_string(file.Bytes().size()) + " bytes"});
+    const std::optional<PeFile> module = PeFile::Read(file.Bytes());
+    facts.module = module.has_value();
+    if (!module)
+    {
+        report.Add({Mark::Failed, "module", "format", "", "no-module", "", "no Windows module"});
+        return;
+    }
+    AddFormat(*module, report, facts);
+    AddFactorySymbol(*module, report, facts);
+    AddVersionRecord(path, report);
+}
+
+std::vector<std::string> FindMissingLibraries(const std::wstring& path, const std::wstring& hostDirectory)
+{
+    std::vector<std::string> missing;
+    const MappedFile file(path);
+    const std::optional<PeFile> module = PeFile::Read(file.Bytes());
+    if (!module)
+        return missing;
+    for (const std::string& library : module->ImportedLibraries(mostLibraries))
+    {
+        if (!IsFindable(Widen(library), ParentPath(path), hostDirectory))
+            missing.push_back(Narrow(Widen(library)));
+    }
+    return missing;
+}
+
+} // namespace Orlindex::Doctor

@@ -1,0 +1,78 @@
+#ifndef ORLINDEX_DOCTOR_PEFILE_H
+#define ORLINDEX_DOCTOR_PEFILE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Orlindex::Doctor {
+
+/// Reads a Windows module from its bytes as they lie in the file. The bytes may be hostile: nothing outside of them is
+/// read, and no number in them decides how long the reading takes or how much memory it needs. The bytes must outlive
+/// the object.
+class PeFile
+{
+public:
+    static constexpr std::uint16_t MachineX64 = 0x8664;
+    static constexpr std::uint16_t MachineX86 = 0x014C;
+
+    /// Nothing where the bytes are no Windows module.
+    static std::optional<PeFile> Read(std::string_view bytes);
+
+    std::uint16_t Machine() const { return machine_; }
+    bool IsDll() const { return dll_; }
+    bool Is64Bit() const { return pe64_; }
+
+    /// Whether a name is exported.
+    bool Exports(std::string_view name) const;
+    /// Names that are exported, at most `limit`, in the module's order.
+    std::vector<std::string> ExportedNames(std::size_t limit) const;
+    /// Libraries that the system loads with the module, at most `limit`, in the module's order.
+    std::vector<std::string> ImportedLibraries(std::size_t limit) const;
+
+private:
+    struct Section
+    {
+        std::uint32_t address;
+        std::uint32_t fileSize; ///< Of what lies in the file, and is mapped.
+        std::uint32_t fileOffset;
+    };
+
+    struct Directory
+    {
+        std::uint32_t address = 0;
+        std::uint32_t size = 0;
+    };
+
+    explicit PeFile(std::string_view bytes) : bytes_(bytes) {}
+
+    bool ReadHeaders();
+    bool ReadSections(std::size_t offset, std::size_t count);
+
+    std::optional<std::uint16_t> U16(std::size_t offset) const;
+    std::optional<std::uint32_t> U32(std::size_t offset) const;
+    /// Where an address of the loaded module lies in the file.
+    std::optional<std::size_t> OffsetOf(std::uint64_t address) const;
+    std::optional<std::uint32_t> U32At(std::uint64_t address) const;
+    /// The text at an address, which must end within the file and within 4096 bytes.
+    std::optional<std::string_view> TextAt(std::uint64_t address) const;
+    Directory DirectoryAt(std::size_t index) const;
+    /// Calls `visit(name)` for each exported name until it answers false.
+    template <class Visit>
+    void VisitExports(const Visit& visit) const;
+
+    std::string_view bytes_;
+    std::uint16_t machine_ = 0;
+    bool dll_ = false;
+    bool pe64_ = false;
+    std::size_t directories_ = 0; ///< Offset of the first.
+    std::uint32_t directoryCount_ = 0;
+    std::vector<Section> sections_;
+};
+
+} // namespace Orlindex::Doctor
+
+#endif

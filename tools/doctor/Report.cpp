@@ -1,0 +1,108 @@
+#include "Report.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Orlindex::Doctor {
+
+Mark Step::Outcome() const
+{
+    Mark gravest = Mark::Ok;
+    for (const Finding& finding : findings)
+        gravest = std::max(gravest, finding.mark);
+    return gravest == Mark::Info ? Mark::Ok : gravest;
+}
+
+const char* StepName(StepId id)
+{
+    switch (id)
+    {
+    case StepId::Account:
+        return "account";
+    case StepId::Library:
+        return "library";
+    case StepId::ClientConfig:
+        return "client-config";
+    case StepId::Registry:
+        return "registry";
+    case StepId::ServerApplication:
+        return "server-application";
+    case StepId::CompatibilityFile:
+        return "compatibility-file";
+    case StepId::CompatibilityEntries:
+        return "compatibility-entries";
+    case StepId::ModuleFile:
+        return "module-file";
+    case StepId::Signature:
+        return "signature";
+    case StepId::Load:
+        return "load";
+    case StepId::Interfaces:
+        return "interfaces";
+    }
+    return "";
+}
+
+const char* StepTitle(StepId id)
+{
+    switch (id)
+    {
+    case StepId::Account:
+        return "Account";
+    case StepId::Library:
+        return "Library";
+    case StepId::ClientConfig:
+        return "Client config file";
+    case StepId::Registry:
+        return "Registry";
+    case StepId::ServerApplication:
+        return "Server application";
+    case StepId::CompatibilityFile:
+        return "Version compatibility file";
+    case StepId::CompatibilityEntries:
+        return "Entries of the version compatibility file";
+    case StepId::ModuleFile:
+        return "Plugin module file";
+    case StepId::Signature:
+        return "Signature";
+    case StepId::Load:
+        return "Load";
+    case StepId::Interfaces:
+        return "Interfaces";
+    }
+    return "";
+}
+
+const char* MarkName(Mark mark)
+{
+    switch (mark)
+    {
+    case Mark::Ok:
+        return "ok";
+    case Mark::Info:
+        return "info";
+    case Mark::Warning:
+        return "warning";
+    case Mark::Failed:
+        return "failed";
+    }
+    return "";
+}
+
+void Report::Begin(StepId id)
+{
+    if (!steps_.empty() && steps_.back().id == id)
+        return;
+    steps_.push_back({id, {}});
+    if (listener_)
+        listener_->OnStep(id);
+}
+
+void Report::Add(Finding finding)
+{
+    if (listener_)
+        listener_->OnFinding(finding);
+    steps_.back().findings.push_back(std::move(finding));
+}
+
+} // namespace Orlindex::Doctor

@@ -1,0 +1,86 @@
+#ifndef ORLINDEX_DOCTOR_STARTFACTS_H
+#define ORLINDEX_DOCTOR_STARTFACTS_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ExitCode.h"
+#include "Report.h"
+#include "load/StartObserver.h"
+
+namespace Orlindex::Doctor {
+
+namespace Ids = Kestrany::IdentityServices;
+
+/// How the load of the plugin went, in a process of its own.
+struct LoadOutcome
+{
+    enum class End
+    {
+        Regular,
+        Ended, ///< The process ended before the load did.
+        Hung
+    };
+
+    End end = End::Regular;
+    bool loaded = false;
+    unsigned long processExitCode = 0;
+    unsigned timeoutSeconds = 0;
+    std::optional<Ids::LoadStep> begun;        ///< The step under way where the load ended.
+    std::optional<Ids::LoadFinding> failure;   ///< The step that failed.
+    std::optional<std::wstring> exception;     ///< What the plugin threw.
+    bool clientModule = false;                 ///< Whether the factory has an ISSOClientModule.
+    std::vector<std::string> missingLibraries; ///< Among those that the module names.
+};
+
+/// What is known of the plugin module's file as it lies on the disk.
+struct ModuleFacts
+{
+    bool exists = false;
+    bool readable = false;
+    bool module = false; ///< A Windows module.
+    bool dll = false;
+    bool x64 = false;
+    bool factorySymbol = false;
+    unsigned long readError = 0;
+};
+
+/// What a start saw, as far as the verdict depends on it.
+struct StartFacts
+{
+    bool localSystem = false;
+
+    std::wstring hostDirectory;
+    std::wstring clientConfigFile; ///< Empty where there is none.
+    std::string clientConfigError; ///< In words; empty where the file could be read.
+
+    std::string registryProblem; ///< In words; empty where the key is absent or sound.
+    std::wstring registeredLocation;
+
+    std::wstring serverDirectory; ///< Empty where it was not found.
+
+    std::wstring compatibilityFile; ///< Empty where it was not found.
+    std::string compatibilityError; ///< In words.
+    std::vector<Ids::EntryFinding> entries;
+    bool entryChosen = false;
+
+    std::wstring modulePath;
+    std::optional<Ids::ModulePathDefect> modulePathDefect;
+    ModuleFacts module;
+
+    std::optional<Ids::TrustEvidence> trust;
+    unsigned long holdError = 0;
+
+    std::optional<LoadOutcome> load;
+};
+
+/// The first failure of a start, and what to do about it.
+Verdict Diagnose(const StartFacts& facts);
+
+/// The part of it from the module's file on.
+std::optional<Verdict> DiagnoseModule(const StartFacts& facts);
+
+} // namespace Orlindex::Doctor
+
+#endif

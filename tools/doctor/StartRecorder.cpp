@@ -1,0 +1,272 @@
+#include "StartRecorder.h"
+
+#include "ModuleFile.h"
+#include "Words.h"
+#include "base/ProductIdentity.h"
+#include "base/SystemText.h"
+#include "base/Versions.h"
+#include "locate/RegistryLocation.h"
+
+namespace Orlindex::Doctor {
+
+using namespace Ids;
+
+namespace {
+
+constexpr char registryView[] = "64-bit view"; // This tool is a 64-bit program, as its hosts are.
+
+Mark MarkOf(DirectoryState state)
+{
+    return state == DirectoryState::Holds ? Mark::Ok : Mark::Info;
+}
+
+Finding DirectoryFinding(const SearchedDirectory& directory, const std::string& fileName)
+{
+    return {MarkOf(directory.state),    "directory", OriginWords(directory.origin),        Narrow(directory.path),
+            StateName(directory.state), "",          StateWords(directory.state, fileName)};
+}
+
+/// What is wrong with a registry key, in words; empty where nothing is. That a subkey has no location is its right.
+std::string RegistryProblem(const RegistryFinding& finding)
+{
+    if (finding.opened != ERROR_SUCCESS)
+        return "cannot be opened: " + ErrorWords(static_cast<unsigned long>(finding.opened));
+    if (!finding.read)
+        return {};
+    switch (*finding.read)
+    {
+    case ERROR_SUCCESS:
+        return finding.location.empty() ? "its value Location is empty" : "";
+    case ERROR_FILE_NOT_FOUND:
+        return {};
+    case ERROR_MORE_DATA:
+        return "its value Location is too long";
+    case ERROR_DATATYPE_MISMATCH:
+        return "its value Location is no text";
+    default:
+        return "its value Location cannot be read: " + ErrorWords(static_cast<unsigned long>(*finding.read));
+    }
+}
+
+Finding EntryLine(const EntryFinding& finding)
+{
+    const VersionCompatibilityEntry& entry = finding.entry;
+    Finding line = {Mark::Info, "entry", EntryPlace(entry), "", "", "", ""};
+    line.value = Narrow(entry.module);
+    if (!entry.version.empty())
+        line.value += ' ' + JoinVersion(entry.version);
+    if (!entry.modulePath.empty())
+        line.value += (line.value.empty() ? "" : ", ") + Narrow(entry.modulePath);
+    if (finding.defect)
+    {
+        line.mark = Mark::Warning;
+        line.result = DefectName(*finding.defect);
+        line.note = std::string("ignored, ") + DefectWords(*finding.defect);
+    }
+    else if (finding.chosen)
+    {
+        line.mark = Mark::Ok;
+        line.result = "chosen";
+        line.note = "chosen, serves " + RangeWords(entry);
+    }
+    else if (finding.refusal)
+    {
+        line.result = RefusalName(*finding.refusal);
+        line.note = std::string("does not serve ") + ProductVersion + ": " + RangeWords(entry);
+    }
+    else
+    {
+        line.result = "not-higher";
+        line.note = "serves, but its version is not higher than the chosen one's";
+    }
+    return line;
+}
+
+} // namespace
+
+void StartRecorder::AddDirectories(const SearchFinding& finding, Mark notFound)
+{
+    const std::string fileName = Narrow(finding.fileName);
+    for (const SearchedDirectory& directory : finding.directories)
+        report_.Add(DirectoryFinding(directory, fileName));
+    if (finding.found.empty())
+        report_.Add({notFound, "file", FileWords(finding.file), "", "not-found", "",
+                     finding.directories.empty() ? "no directory to search" : "no directory holds " + fileName});
+    else
+        report_.Add({Mark::Ok, "file", FileWords(finding.file), Narrow(finding.found), "found", "", ""});
+}
+
+void StartRecorder::OnSearch(const SearchFinding& finding)
+{
+    switch (finding.file)
+    {
+    case StartFile::ClientConfig:
+        report_.Begin(StepId::ClientConfig);
+        facts_.clientConfigFile = finding.found;
+        AddDirectories(finding, Mark::Info); // It is optional.
+        break;
+    case StartFile::ServerApplication:
+        if (serverApplicationSearched_)
+        {
+            registry_.clear();
+            break;
+        }
+        serverApplicationSearched_ = true;
+        FlushRegistry();
+        report_.Begin(StepId::ServerApplication);
+        facts_.serverDirectory = ParentPath(finding.found);
+        AddDirectories(finding, Mark::Failed);
+        break;
+    case StartFile::VersionCompatibility:
+        report_.Begin(StepId::CompatibilityFile);
+        facts_.compatibilityFile = finding.found;
+        // The server application's directory first; where that does not hold it, the client config file's.
+        AddDirectories(finding, finding.directories.empty() ||
+                                        finding.directories.front().origin == DirectoryOrigin::ClientConfig
+                                    ? Mark::Failed
+                                    : Mark::Info);
+        break;
+    }
+}
+
+void StartRecorder::OnDocument(const DocumentFinding& finding)
+{
+    Finding line = {Mark::Ok, "file", "contents", "JSON", "read", Narrow(finding.path), ""};
+    if (finding.readError != ERROR_SUCCESS)
+    {
+        line.result = "unreadable";
+        line.note = "cannot be read: " + ErrorWords(finding.readError);
+    }
+    else if (finding.parseError)
+    {
+        line.result = "invalid";
+        line.note = "no JSON, " + JsonErrorWords(*finding.parseError);
+    }
+    const bool config = finding.file == StartFile::ClientConfig;
+    if (!line.note.empty())
+    {
+        line.value.clear();
+        line.mark = config ? Mark::Warning : Mark::Failed; // A start goes on without the one, not without the other.
+        (config ? facts_.clientConfigError : facts_.compatibilityError) = line.note;
+    }
+    report_.Begin(config ? StepId::ClientConfig : StepId::CompatibilityFile);
+    report_.Add(std::move(line));
+}
+
+void StartRecorder::OnSetting(const SettingFinding& finding)
+{
+    Finding line = {Mark::Ok, "setting", finding.key, Narrow(finding.value), "set", "", ""};
+    line.source = Narrow(facts_.clientConfigFile) + ", key " + finding.key;
+    if (finding.state == SettingState::Missing)
+    {
+        line.mark = finding.key == "ssoServer" ? Mark::Warning : Mark::Info;
+        line.result = "default";
+        line.source = "default";
+        line.note = finding.value.empty() ? "not set" : "";
+    }
+    else if (finding.state == SettingState::WrongType)
+    {
+        line.mark = Mark::Warning;
+        line.result = "wrong-type";
+        line.note = "has another type than it should, and is ignored";
+    }
+    registry_.clear(); // What a reference in a setting made the start look for is looked for again.
+    report_.Begin(StepId::ClientConfig);
+    report_.Add(std::move(line));
+}
+
+void StartRecorder::OnRegistryKey(const RegistryFinding& finding)
+{
+    const bool top = finding.key == ServerApplicationKey;
+    const std::string key = Narrow(top ? finding.key : ServerApplicationKey + (L'\\' + finding.key));
+    const std::string problem = RegistryProblem(finding);
+    Finding line = {Mark::Ok,
+                    "registry",
+                    top ? "key" : "version " + Narrow(finding.key),
+                    Narrow(finding.location),
+                    "location",
+                    key + ", value Location, " + registryView,
+                    ""};
+    if (top && finding.opened == ERROR_FILE_NOT_FOUND)
+    {
+        line.mark = Mark::Info;
+        line.result = "absent";
+        line.note = "the key is absent: " + ErrorWords(ERROR_FILE_NOT_FOUND);
+    }
+    else if (!problem.empty())
+    {
+        line.mark = Mark::Warning;
+        line.result = "unusable";
+        line.note = problem;
+        registryProblem_ = key + ": " + problem;
+    }
+    else if (!finding.read || *finding.read != ERROR_SUCCESS)
+    {
+        line.mark = Mark::Info;
+        line.result = "no-location";
+        line.note = "has no value Location";
+        if (top && registryProblem_.empty())
+            registryProblem_ = key + ": neither it nor a version below it has a value Location";
+    }
+    registry_.push_back(std::move(line));
+}
+
+void StartRecorder::OnRegistryChoice(const std::wstring& key, const std::wstring& location)
+{
+    registeredLocation_ = location;
+    registry_.push_back({location.empty() ? Mark::Warning : Mark::Ok, "registry", "location", Narrow(location),
+                         "chosen", Narrow(key) + ", value Location, " + registryView, "the one that counts"});
+}
+
+void StartRecorder::FlushRegistry()
+{
+    report_.Begin(StepId::Registry);
+    for (Finding& line : registry_)
+        report_.Add(std::move(line));
+    registry_.clear();
+    facts_.registryProblem = registeredLocation_.empty() ? registryProblem_ : "";
+    facts_.registeredLocation = registeredLocation_;
+}
+
+void StartRecorder::OnCompatibilityEntry(const EntryFinding& finding)
+{
+    report_.Begin(StepId::CompatibilityEntries);
+    facts_.entries.push_back(finding);
+    facts_.entryChosen = facts_.entryChosen || finding.chosen;
+    Finding line = EntryLine(finding);
+    line.source = Narrow(facts_.compatibilityFile);
+    report_.Add(std::move(line));
+}
+
+void StartRecorder::OnModulePath(const std::wstring& path, std::optional<ModulePathDefect> defect)
+{
+    facts_.modulePath = path;
+    facts_.modulePathDefect = defect;
+    if (path.empty())
+        return; // Nothing was chosen, which was said already.
+    report_.Begin(StepId::ModuleFile);
+    InspectModuleFile(path, report_, facts_.module);
+    if (defect && facts_.module.exists)
+        report_.Add({Mark::Failed, "file", "path", Narrow(path), "refused", "",
+                     std::string("refused, ") + PathDefectWords(*defect)});
+}
+
+void StartRecorder::OnSignature(const TrustEvidence& evidence)
+{
+    facts_.trust = evidence;
+    report_.Begin(StepId::Signature);
+    AddSignature(report_, evidence);
+}
+
+void StartRecorder::OnLoadStep(const LoadFinding& finding)
+{
+    if (finding.step != LoadStep::HoldFile)
+        return; // The others are told by OnModulePath already.
+    facts_.holdError = finding.error;
+    Finding line = {Mark::Ok, "file", "kept from changing", "yes", "held", "", ""};
+    if (finding.state == LoadState::Failed)
+        line = {Mark::Failed, "file", "kept from changing", "", "in-use", "", ErrorWords(finding.error)};
+    report_.Add(std::move(line));
+}
+
+} // namespace Orlindex::Doctor

@@ -1,0 +1,48 @@
+#ifndef ORLINDEX_DOCTOR_STARTRECORDER_H
+#define ORLINDEX_DOCTOR_STARTRECORDER_H
+
+#include <string>
+#include <vector>
+
+#include "Report.h"
+#include "StartFacts.h"
+#include "load/StartObserver.h"
+
+namespace Orlindex::Doctor {
+
+/// Turns what a start sees into the report's findings, and keeps what the verdict depends on.
+class StartRecorder final : public Ids::StartObserver
+{
+public:
+    StartRecorder(Report& report, StartFacts& facts) : report_(report), facts_(facts) {}
+
+    void OnSearch(const Ids::SearchFinding& finding) override;
+    void OnDocument(const Ids::DocumentFinding& finding) override;
+    void OnSetting(const Ids::SettingFinding& finding) override;
+    void OnRegistryKey(const Ids::RegistryFinding& finding) override;
+    void OnRegistryChoice(const std::wstring& key, const std::wstring& location) override;
+    void OnCompatibilityEntry(const Ids::EntryFinding& finding) override;
+    void OnModulePath(const std::wstring& path, std::optional<Ids::ModulePathDefect> defect) override;
+    void OnSignature(const Ids::TrustEvidence& evidence) override;
+    void OnLoadStep(const Ids::LoadFinding& finding) override;
+
+private:
+    void AddDirectories(const Ids::SearchFinding& finding, Mark notFound);
+    void FlushRegistry();
+
+    Report& report_;
+    StartFacts& facts_;
+    /// A start looks into the registry whenever it searches for the server application, which it may do several times.
+    /// The first search that is a real one counts.
+    std::vector<Finding> registry_;
+    std::string registryProblem_;
+    std::wstring registeredLocation_;
+    bool serverApplicationSearched_ = false;
+};
+
+/// Findings about a plugin module's signature, at the end of the report's current step.
+void AddSignature(Report& report, const Ids::TrustEvidence& evidence);
+
+} // namespace Orlindex::Doctor
+
+#endif

@@ -1,0 +1,23 @@
+#ifndef ORLINDEX_DOCTOR_VERSIONRECORD_H
+#define ORLINDEX_DOCTOR_VERSIONRECORD_H
+
+#include <optional>
+#include <string>
+
+namespace Orlindex::Doctor {
+
+/// The version record of a file, in UTF-8. A text that the record lacks is empty.
+struct VersionRecord
+{
+    std::string fileVersion; ///< Four numbers.
+    std::string company;
+    std::string description;
+    std::string specialBuild;
+};
+
+/// Nothing where the file cannot be read or has no version record. The file is read as data.
+std::optional<VersionRecord> ReadVersionRecord(const std::wstring& path);
+
+} // namespace Orlindex::Doctor
+
+#endif
