@@ -1,0 +1,146 @@
+"""Judges the benchmarks: reads the reports run-*.json of every run in a folder, takes the best of the runs for each
+measurement, prints the table and writes results.json. Ends with 0 where every bound was reached, 1 where one was
+missed, 2 where a measurement is missing.
+
+    bench.py [--quick] FOLDER"""
+
+import glob
+import json
+import os
+import sys
+
+# name of the benchmark: (what was measured, its floor, the ratio to reach, the same for --quick)
+RATIOS = {
+    "forward/class_member": ("class member that forwards", "lock + check + virtual call", 1.15, 1.25),
+    "forward/flat_function": ("flat function that forwards", "lock + check + virtual call", 1.15, 1.25),
+    "token/60": ("talix_get_token, 60 characters", "zero, call, convert, copy", 1.2, 1.3),
+    "token/1200": ("talix_get_token, 1200 characters", "zero, call, convert, copy", 1.2, 1.3),
+    "start/cold": ("talix_init, first in a process", "read, verify, load by hand", 1.2, 1.3),
+    "threads/1": ("1 thread forwarding", "the same on the floor", 1.3, 1.4),
+    "threads/2": ("2 threads forwarding", "the same on the floor", 1.3, 1.4),
+    "threads/4": ("4 threads forwarding", "the same on the floor", 1.3, 1.4),
+    "threads/8": ("8 threads forwarding", "the same on the floor", 1.3, 1.4),
+}
+FALLBACK = "forward/fallback"
+FALLBACK_REACH = 50  # Nanoseconds over the floor.
+OWN_REACH = 2e6  # Nanoseconds: the library's own part of a first start.
+EVENTS = {count: f"events/{count}" for count in (1, 10, 1000)}
+GROWTH = {
+    "entries": "compatibility entries",
+    "defective_entries": "compatibility entries, ignored",
+    "subkeys": "registry subkeys",
+    "directories": "search directories",
+}
+SIZES = (10, 1000, 10000)
+LINEAR = 1.5  # How much more the tenfold may cost than ten times as much.
+STEPS = (("trust", "verifying"), ("load", "loading"), ("registry", "registry"), ("files", "files"),
+         ("account", "account"), ("rest", "rest"))
+
+
+def read_runs(folder):
+    """For each benchmark its counters, one dictionary a run."""
+    measured = {}
+    for file in sorted(glob.glob(os.path.join(folder, "run-*.json"))):
+        with open(file, encoding="utf-8") as stream:
+            for benchmark in json.load(stream)["benchmarks"]:
+                name = benchmark["name"].removesuffix("/manual_time").split("/iterations:")[0]
+                measured.setdefault(name, []).append(benchmark)
+    return measured
+
+
+def best(measured, name, counter):
+    return min(run[counter] for run in measured[name])
+
+
+def shown(nanoseconds):
+    for unit, size in (("ms", 1e6), ("us", 1e3)):
+        if nanoseconds >= size:
+            return f"{nanoseconds / size:.2f} {unit}"
+    return f"{nanoseconds:.1f} ns"
+
+
+def row(what, value, floor, ratio, reach, good):
+    """`good` is None where there is nothing to reach."""
+    return {"measured": what, "value": value, "floor": floor, "ratio": ratio, "reach": reach,
+            "verdict": "" if good is None else "reached" if good else "MISSED"}
+
+
+def ratio_rows(measured, quick):
+    for name, (what, _, reach, quick_reach) in RATIOS.items():
+        run = min(measured[name], key=lambda one: one["ratio"])
+        bound = quick_reach if quick else reach
+        yield row(what, shown(run["library_ns"]), shown(run["floor_ns"]), run["ratio"], f"<= {bound}",
+                  run["ratio"] <= bound)
+
+
+def fallback_row(measured):
+    run = min(measured[FALLBACK], key=lambda one: one["library_ns"] - one["floor_ns"])
+    over = run["library_ns"] - run["floor_ns"]
+    return row("fallback without plugin", shown(run["library_ns"]), shown(run["floor_ns"]), run["ratio"],
+               f"<= {FALLBACK_REACH} ns over it", over <= FALLBACK_REACH)
+
+
+def own_row(measured):
+    own = best(measured, "start/cold", "own_ns")
+    return row("the library's own part of it", shown(own), shown(best(measured, "start/cold", "floor_own_ns")), None,
+               f"< {OWN_REACH / 1e6:.0f} ms", own < OWN_REACH)
+
+
+def event_rows(measured):
+    times = {count: best(measured, name, "library_ns") for count, name in EVENTS.items()}
+    for count, name in EVENTS.items():
+        linear = count < 1000 or times[1000] <= LINEAR * 100 * times[10]
+        yield row(f"event to {count} callbacks", shown(times[count]), shown(best(measured, name, "floor_ns")),
+                  best(measured, name, "ratio"), "linear" if count == 1000 else "", linear if count == 1000 else None)
+
+
+def growth_rows(measured):
+    for name, what in GROWTH.items():
+        small, middle, large = (best(measured, f"growth/{name}/{size}", "own_ns") for size in SIZES)
+        # What a start costs whatever the size is taken off.
+        factor = (large - small) / (middle - small) if middle > small else float("inf")
+        expected = (SIZES[2] - SIZES[0]) / (SIZES[1] - SIZES[0])
+        values = ", ".join(shown(value) for value in (small, middle, large))
+        yield row(f"10, 1,000, 10,000 {what}", values, "", factor / expected, f"linear: <= {LINEAR}",
+                  factor <= LINEAR * expected)
+
+
+def print_table(rows):
+    columns = ("measured", "value", "floor", "ratio", "reach", "verdict")
+    lines = [columns]
+    for one in rows:
+        lines.append([f"{one[column]:.2f}" if isinstance(one[column], float) else one[column] or "" for column in columns])
+    widths = [max(len(line[column]) for line in lines) for column in range(len(columns))]
+    for line in lines:
+        print(" | ".join(cell.ljust(width) for cell, width in zip(line, widths)).rstrip())
+
+
+def print_profile(measured):
+    run = min(measured["start/cold"], key=lambda one: one["own_ns"])
+    print("\nWhere a first start spends its time: " +
+          ", ".join(f"{title} {shown(run[step + '_ns'])}" for step, title in STEPS))
+    return {title: run[step + "_ns"] for step, title in STEPS}
+
+
+def main():
+    arguments = sys.argv[1:]
+    quick = "--quick" in arguments
+    folder = arguments[-1]
+    measured = read_runs(folder)
+    try:
+        rows = [*ratio_rows(measured, quick), fallback_row(measured), own_row(measured), *event_rows(measured),
+                *growth_rows(measured)]
+        print_table(rows)
+        profile = print_profile(measured)
+    except KeyError as missing:
+        print(f"error: no measurement of {missing} in {folder}", file=sys.stderr)
+        return 2
+    with open(os.path.join(folder, "results.json"), "w", encoding="utf-8") as stream:
+        json.dump({"quick": quick, "rows": rows, "firstStartNanoseconds": profile}, stream, indent=2)
+    missed = [one["measured"] for one in rows if one["verdict"] == "MISSED"]
+    print("\nEvery bound was reached." if not missed else "\nMissed: " + "; ".join(missed))
+    return 1 if missed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
