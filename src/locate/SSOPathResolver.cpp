@@ -1,6 +1,5 @@
 #include "locate/SSOPathResolver.h"
 
-#include <atomic>
 #include <utility>
 
 #include "base/MessageFormat.h"
@@ -13,8 +12,6 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
-std::atomic<SSOPathResolver*> instance = nullptr;
-
 std::shared_ptr<const std::wstring> ModuleLoadedMessage()
 {
     return std::make_shared<const std::wstring>(Message(L"%1% module loaded (Version: %2% Config: %3% File: %4%)",
@@ -24,22 +21,21 @@ std::shared_ptr<const std::wstring> ModuleLoadedMessage()
 
 } // namespace
 
+std::atomic<SSOPathResolver*> SSOPathResolver::instance_ = nullptr;
+
 SSOPathResolver::SSOPathResolver(VersionParts sdkVersion, LogSink logSink)
     : logSink_(std::move(logSink)), sdkVersion_(std::move(sdkVersion))
 {
 }
 
-SSOPathResolver* SSOPathResolver::GetInstance()
+SSOPathResolver* SSOPathResolver::Create()
 {
-    SSOPathResolver* manager = instance.load(std::memory_order_acquire);
-    if (manager)
-        return manager;
     const ProcessLockGuard guard(processLock);
-    manager = instance.load(std::memory_order_relaxed);
+    SSOPathResolver* manager = instance_.load(std::memory_order_relaxed);
     if (!manager)
     {
         manager = new SSOPathResolver(SplitVersion(ProductVersion), DefaultLogFunction);
-        instance.store(manager, std::memory_order_release);
+        instance_.store(manager, std::memory_order_release);
     }
     return manager;
 }
@@ -47,13 +43,13 @@ SSOPathResolver* SSOPathResolver::GetInstance()
 void SSOPathResolver::Forget()
 {
     const ProcessLockGuard guard(processLock);
-    if (SSOPathResolver* manager = instance.load(std::memory_order_relaxed))
+    if (SSOPathResolver* manager = instance_.load(std::memory_order_relaxed))
     {
         manager->pluginModule_ = nullptr;
         manager->clientFactory_ = nullptr;
         manager->pluginLoadState_ = PluginNotAttempted;
     }
-    instance.store(nullptr, std::memory_order_release);
+    instance_.store(nullptr, std::memory_order_release);
     pluginInterfaces = {};
 }
 

@@ -1,6 +1,7 @@
 #ifndef ORLINDEX_LOCATE_SSOPATHRESOLVER_H
 #define ORLINDEX_LOCATE_SSOPATHRESOLVER_H
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -37,8 +38,13 @@ enum PluginLoadState : std::uint32_t
 class SSOPathResolver
 {
 public:
-    /// Creates the manager on first use. It is never destroyed.
-    static SSOPathResolver* GetInstance();
+    /// Creates the manager on first use. It is never destroyed. Every forwarded call asks, so that only the creation
+    /// costs a call.
+    static SSOPathResolver* GetInstance()
+    {
+        SSOPathResolver* const manager = instance_.load(std::memory_order_acquire);
+        return manager ? manager : Create();
+    }
     /// Makes the next GetInstance start anew, with nothing resolved and the plugin's interfaces forgotten. The object
     /// itself stays, for threads that still hold it.
     static void Forget();
@@ -85,6 +91,8 @@ public:
 private:
     SSOPathResolver(VersionParts sdkVersion, LogSink logSink);
 
+    static SSOPathResolver* Create();
+
     template <class Interface>
     Interface* Obtain(Interface* PluginInterfaces::*which, const wchar_t* missing);
 
@@ -103,6 +111,8 @@ private:
     bool LoadPluginLibrary(const FileHandle& verified);
     bool ObtainPluginFactory();
     void ConfigurePlugin();
+
+    static std::atomic<SSOPathResolver*> instance_;
 
     std::vector<std::wstring> extraClientConfigSearchPaths_;
     LogSink logSink_;
