@@ -28,7 +28,7 @@ void Register(bool withPlugin, bool quick)
     RegisterForwarding(turns);
     RegisterTokens(turns);
     RegisterEvents(turns);
-    RegisterThreads(quick ? 40 : 200);
+    RegisterThreads(quick ? 60 : 400);
 }
 
 } // namespace

@@ -44,6 +44,27 @@ private:
     std::vector<double> ratio_;
 };
 
+/// Takes the time of each side once a turn, by functions that answer it in nanoseconds for `calls` calls; which side is
+/// first changes from turn to turn.
+template <class FloorTime, class LibraryTime>
+void CompareTimes(benchmark::State& state, double calls, const FloorTime& floor, const LibraryTime& library)
+{
+    floor(); // Fills the caches of both.
+    library();
+    Comparison comparison;
+    bool floorFirst = true;
+    for (auto _ : state)
+    {
+        const double first = floorFirst ? floor() : library();
+        const double second = floorFirst ? library() : floor();
+        const auto [floorTime, libraryTime] = floorFirst ? std::pair(first, second) : std::pair(second, first);
+        comparison.Add(floorTime, libraryTime);
+        state.SetIterationTime(libraryTime * 1e-9);
+        floorFirst = !floorFirst;
+    }
+    comparison.Report(state, calls);
+}
+
 template <class Call>
 double TimeOf(int calls, const Call& call)
 {
@@ -53,24 +74,12 @@ double TimeOf(int calls, const Call& call)
     return watch.Nanoseconds();
 }
 
-/// Times `calls` calls of each side a turn; which side is first changes from turn to turn.
+/// Compares two calls, each made `calls` times a turn.
 template <class FloorCall, class LibraryCall>
 void Compare(benchmark::State& state, int calls, const FloorCall& floor, const LibraryCall& library)
 {
-    TimeOf(calls, floor); // Fills the caches of both.
-    TimeOf(calls, library);
-    Comparison comparison;
-    bool floorFirst = true;
-    for (auto _ : state)
-    {
-        const double first = floorFirst ? TimeOf(calls, floor) : TimeOf(calls, library);
-        const double second = floorFirst ? TimeOf(calls, library) : TimeOf(calls, floor);
-        const auto [floorTime, libraryTime] = floorFirst ? std::pair(first, second) : std::pair(second, first);
-        comparison.Add(floorTime, libraryTime);
-        state.SetIterationTime(libraryTime * 1e-9);
-        floorFirst = !floorFirst;
-    }
-    comparison.Report(state, calls);
+    CompareTimes(
+        state, calls, [&] { return TimeOf(calls, floor); }, [&] { return TimeOf(calls, library); });
 }
 
 } // namespace OrlindexBench

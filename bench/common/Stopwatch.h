@@ -5,23 +5,24 @@
 
 namespace OrlindexBench {
 
+/// Nanoseconds since some moment before the process.
+inline double Now()
+{
+    LARGE_INTEGER now;
+    LARGE_INTEGER frequency;
+    QueryPerformanceCounter(&now);
+    QueryPerformanceFrequency(&frequency);
+    return static_cast<double>(now.QuadPart) * (1e9 / static_cast<double>(frequency.QuadPart));
+}
+
 /// Nanoseconds since its creation.
 class Stopwatch
 {
 public:
-    Stopwatch() { QueryPerformanceCounter(&began_); }
-
-    double Nanoseconds() const
-    {
-        LARGE_INTEGER now;
-        QueryPerformanceCounter(&now);
-        LARGE_INTEGER frequency;
-        QueryPerformanceFrequency(&frequency);
-        return static_cast<double>(now.QuadPart - began_.QuadPart) * 1e9 / static_cast<double>(frequency.QuadPart);
-    }
+    double Nanoseconds() const { return Now() - began_; }
 
 private:
-    LARGE_INTEGER began_;
+    double began_ = Now();
 };
 
 } // namespace OrlindexBench
