@@ -9,7 +9,7 @@
 # What missed its bound is measured again, at most twice: what counts is the best of the (up to) three measurements, as
 # other programs on the machine can make one slower, never faster. Ends with 0 only when every bound was reached.
 #
-#   --quick              fewer repetitions, under 40 seconds, and wider bounds for what only many repetitions settle
+#   --quick              fewer repetitions, about 20 seconds, and wider bounds for what only many repetitions settle
 #   --build-dir FOLDER   measures what FOLDER holds, builds nothing
 #   --help               this text
 

@@ -18,8 +18,8 @@ int main(int argc, char** argv)
         benchmark::Initialize(&argc, argv);
         if (benchmark::ReportUnrecognizedArguments(argc, argv))
             return 2;
-        RegisterColdStarts(quick ? 5 : 25);
-        RegisterGrowth(quick ? 2 : 7);
+        RegisterColdStarts(quick ? 4 : 25);
+        RegisterGrowth(quick ? 1 : 7);
         benchmark::RunSpecifiedBenchmarks();
         return 0;
     }
