@@ -17,7 +17,7 @@ talix_status_code CopyTokenOut(talix_buffer& token, Write&& write)
 {
     TokenText text;
     const talix_status_code result = Guarded(IdFailed, [&] { return Mapped(write(text.Data(), TokenText::Capacity)); });
-    return CopyTextOut(text.Text(), token, result);
+    return CopyTextOut(text, token, result);
 }
 
 talix_status_code GetAccessToken(talix_buffer* token, bool wait)
@@ -71,6 +71,6 @@ talix_status_code TALIX_CALL talix_get_session_uri(const char* uri, uint16_t fla
         AddressText text;
         const IdErrorCode result =
             Mapped(client.GetSessionUri(Widen(uri).c_str(), flag, text.Data(), AddressText::Capacity));
-        return result == IdSuccess ? CopyTextOut(text.Text(), *session, IdSuccess) : result;
+        return result == IdSuccess ? CopyTextOut(text, *session, IdSuccess) : result;
     });
 }

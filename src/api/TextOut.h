@@ -1,8 +1,10 @@
 #ifndef ORLINDEX_API_TEXTOUT_H
 #define ORLINDEX_API_TEXTOUT_H
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 #include "api/BoundedCopy.h"
@@ -22,19 +24,25 @@ struct PluginText
     /// Up to its first zero; a plugin that forgets the zero does not lead beyond the buffer.
     std::wstring_view Text() const
     {
-        const std::wstring_view whole(buffer.data(), buffer.size());
-        return whole.substr(0, whole.find(L'\0'));
+        const auto end = std::find(buffer.begin(), buffer.end(), L'\0');
+        return {buffer.data(), static_cast<std::size_t>(end - buffer.begin())};
     }
 };
 
 /// Copies a text as UTF-8 into the caller's buffer. Answers `result`, or IdBufferTooSmall with the buffer untouched.
-inline talix_status_code CopyTextOut(std::wstring_view text, const talix_buffer& out, talix_status_code result)
+template <std::size_t Units>
+talix_status_code CopyTextOut(const PluginText<Units>& text, const talix_buffer& out, talix_status_code result)
 {
-    const std::string utf8 = Narrow(text);
+    char utf8[Units * Utf8BytesAUnit + 1];
+    const std::size_t size = NarrowInto(utf8, text.Text());
+    utf8[size] = '\0';
     const std::size_t capacity = CallerCapacity(out.size);
-    if (capacity <= utf8.size())
+    if (capacity <= size)
         return IdBufferTooSmall;
-    BoundedCopy(out.buffer, capacity, utf8.c_str());
+    if (out.buffer)
+        std::memcpy(out.buffer, utf8, size + 1); // It fits; the bounded copy goes byte by byte.
+    else
+        BoundedCopy(out.buffer, capacity, utf8);
     return result;
 }
 

@@ -48,6 +48,17 @@ std::string Narrow(std::wstring_view utf16)
     return utf8;
 }
 
+std::size_t NarrowInto(char* target, std::wstring_view utf16)
+{
+    constexpr std::size_t longest = (std::numeric_limits<int>::max)() / Utf8BytesAUnit;
+    if (utf16.empty() || utf16.size() > longest)
+        return 0;
+    const int length = static_cast<int>(utf16.size());
+    const int capacity = length * static_cast<int>(Utf8BytesAUnit);
+    const int size = WideCharToMultiByte(CP_UTF8, 0, utf16.data(), length, target, capacity, nullptr, nullptr);
+    return size > 0 ? static_cast<std::size_t>(size) : 0;
+}
+
 std::wstring GetSystemErrorText(unsigned long code)
 {
     constexpr DWORD neutralLanguage = 0x400;

@@ -1,6 +1,5 @@
 #include "locate/SSOPathResolver.h"
 
-#include <atomic>
 #include <utility>
 
 #include "base/MessageFormat.h"
@@ -13,8 +12,6 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
-std::atomic<SSOPathResolver*> instance = nullptr;
-
 std::shared_ptr<const std::wstring> ModuleLoadedMessage()
 {
     return std::make_shared<const std::wstring>(Message(L"%1% module loaded (Version: %2% Config: %3% File: %4%)",
@@ -24,6 +21,8 @@ std::shared_ptr<const std::wstring> ModuleLoadedMessage()
 
 } // namespace
 
+std::atomic<SSOPathResolver*> SSOPathResolver::instance_ = nullptr;
+
 SSOPathResolver::SSOPathResolver(VersionParts sdkVersion, LogSink logSink, StartSurroundings surroundings)
     : logSink_(std::move(logSink)), sdkVersion_(std::move(sdkVersion)), surroundings_(std::move(surroundings)),
       observer_(surroundings_.observer), ssoServerAppPath_(surroundings_.serverAppDirectory),
@@ -31,17 +30,14 @@ SSOPathResolver::SSOPathResolver(VersionParts sdkVersion, LogSink logSink, Start
 {
 }
 
-SSOPathResolver* SSOPathResolver::GetInstance()
+SSOPathResolver* SSOPathResolver::Create()
 {
-    SSOPathResolver* manager = instance.load(std::memory_order_acquire);
-    if (manager)
-        return manager;
     const ProcessLockGuard guard(processLock);
-    manager = instance.load(std::memory_order_relaxed);
+    SSOPathResolver* manager = instance_.load(std::memory_order_relaxed);
     if (!manager)
     {
         manager = new SSOPathResolver(SplitVersion(ProductVersion), DefaultLogFunction);
-        instance.store(manager, std::memory_order_release);
+        instance_.store(manager, std::memory_order_release);
     }
     return manager;
 }
@@ -49,13 +45,13 @@ SSOPathResolver* SSOPathResolver::GetInstance()
 void SSOPathResolver::Forget()
 {
     const ProcessLockGuard guard(processLock);
-    if (SSOPathResolver* manager = instance.load(std::memory_order_relaxed))
+    if (SSOPathResolver* manager = instance_.load(std::memory_order_relaxed))
     {
         manager->pluginModule_ = nullptr;
         manager->clientFactory_ = nullptr;
         manager->pluginLoadState_ = PluginNotAttempted;
     }
-    instance.store(nullptr, std::memory_order_release);
+    instance_.store(nullptr, std::memory_order_release);
     pluginInterfaces = {};
 }
 

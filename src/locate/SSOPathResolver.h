@@ -1,6 +1,7 @@
 #ifndef ORLINDEX_LOCATE_SSOPATHRESOLVER_H
 #define ORLINDEX_LOCATE_SSOPATHRESOLVER_H
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -39,8 +40,13 @@ enum PluginLoadState : std::uint32_t
 class SSOPathResolver
 {
 public:
-    /// Creates the manager on first use. It is never destroyed.
-    static SSOPathResolver* GetInstance();
+    /// Creates the manager on first use. It is never destroyed. Every forwarded call asks, so that only the creation
+    /// costs a call.
+    static SSOPathResolver* GetInstance()
+    {
+        SSOPathResolver* const manager = instance_.load(std::memory_order_acquire);
+        return manager ? manager : Create();
+    }
     /// A manager beside that one, which retraces a start in the given surroundings.
     SSOPathResolver(VersionParts sdkVersion, LogSink logSink, StartSurroundings surroundings = {});
     /// Makes the next GetInstance start anew, with nothing resolved and the plugin's interfaces forgotten. The object
@@ -91,6 +97,8 @@ public:
     const ServerSettings& Settings() const { return serverSettings_; }
 
 private:
+    static SSOPathResolver* Create();
+
     template <class Interface>
     Interface* Obtain(Interface* PluginInterfaces::*which, const wchar_t* missing);
 
@@ -120,6 +128,8 @@ private:
     void TellStep(LoadStep step, LoadState state, DWORD error = ERROR_SUCCESS) const;
     void TellEnd(LoadStep step, DWORD error) const;
     void TellObject(PluginObject object, const void* answer) const;
+
+    static std::atomic<SSOPathResolver*> instance_;
 
     std::vector<std::wstring> extraClientConfigSearchPaths_;
     LogSink logSink_;

@@ -211,11 +211,11 @@ TEST_F(FlatStates, NoExceptionOfTheFeatureQuestionReachesTheHost)
     EXPECT_EQ(talix_set_login_mode(TALIX_LOGIN_MODE_DEFAULT), IdFailed);
 }
 
-TEST_F(FlatStates, WithoutMemoryForTheConversionATextFunctionFails)
+TEST_F(FlatStates, WithoutMemoryForTheConversionOfItsArgumentATextFunctionFails)
 {
     // The small blocks that an exception itself takes are still there.
     constexpr std::size_t length = 4000;
-    Plugin().OnCall(Client, 6, [](const CallArguments& call) { std::fill_n(call.Pointer<wchar_t>(0), length, L'x'); });
+    const std::string address(length, 'x');
     FlatArguments arguments;
     using Double = ImportDouble<MallocImport>;
     int refused = 0;
@@ -225,9 +225,19 @@ TEST_F(FlatStates, WithoutMemoryForTheConversionATextFunctionFails)
         ++refused;
         return static_cast<void*>(nullptr);
     });
-    EXPECT_EQ(talix_get_token(&arguments.buffer), IdFailed);
+    EXPECT_EQ(talix_get_session_uri(address.c_str(), 0, &arguments.buffer), IdFailed);
     EXPECT_EQ(refused, 1);
     EXPECT_STREQ(arguments.text, "untouched");
+    EXPECT_THAT(Plugin().Calls(Client), IsEmpty());
+}
+
+TEST_F(FlatStates, ATokenArrivesWithoutMemory)
+{
+    Plugin().OnCall(Client, 6, [](const CallArguments& call) { call.Pointer<wchar_t>(0)[0] = L'x'; });
+    FlatArguments arguments;
+    const ImportDouble<MallocImport> noMemory([](std::size_t) { return static_cast<void*>(nullptr); });
+    EXPECT_EQ(talix_get_token(&arguments.buffer), IdSuccess);
+    EXPECT_STREQ(arguments.text, "x");
 }
 
 } // namespace OrlindexTest

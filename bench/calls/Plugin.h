@@ -1,0 +1,15 @@
+#ifndef ORLINDEX_BENCH_PLUGIN_H
+#define ORLINDEX_BENCH_PLUGIN_H
+
+namespace Kestrany::IdentityServices {
+class ISSOClient;
+}
+
+namespace OrlindexBench {
+
+/// The client of the plugin module that the library has loaded: what the floor calls directly.
+Kestrany::IdentityServices::ISSOClient& LoadedClient();
+
+} // namespace OrlindexBench
+
+#endif

@@ -1,0 +1,42 @@
+// The call that brings a text to the caller.
+
+#include "calls/Benchmarks.h"
+#include "calls/Plugin.h"
+#include "common/Comparison.h"
+#include "floor/Floor.h"
+#include "orlindex/talix.h"
+
+namespace OrlindexBench {
+
+using namespace Kestrany;
+
+namespace {
+
+constexpr int callsATurn = 100;
+
+/// `units` is the token's length: 60 for an opaque one, 1200 for one that carries claims.
+void GetToken(benchmark::State& state, std::uint64_t units)
+{
+    IdentityServices::ISSOClient& client = LoadedClient();
+    client.SetHostApplicationWindow(units);
+    Floor::SetClient(&client);
+    char text[4096];
+    talix_buffer buffer = {};
+    buffer.buffer = text;
+    buffer.size = sizeof text;
+    Compare(
+        state, callsATurn, [&] { benchmark::DoNotOptimize(Floor::GetToken(&buffer)); },
+        [&] { benchmark::DoNotOptimize(talix_get_token(&buffer)); });
+}
+
+} // namespace
+
+void RegisterTokens(int turns)
+{
+    for (const int units : {60, 1200})
+        benchmark::RegisterBenchmark(("token/" + std::to_string(units)).c_str(), GetToken, units)
+            ->Iterations(turns)
+            ->UseManualTime();
+}
+
+} // namespace OrlindexBench

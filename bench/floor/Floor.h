@@ -1,0 +1,30 @@
+#ifndef ORLINDEX_FLOOR_FLOOR_H
+#define ORLINDEX_FLOOR_FLOOR_H
+
+#include "load/contract/ISSOClient.h"
+
+#if defined(ORLINDEX_BUILDING_FLOOR)
+#define ORLINDEX_FLOOR_API __declspec(dllexport)
+#else
+#define ORLINDEX_FLOOR_API __declspec(dllimport)
+#endif
+
+/// The least work that a call can be, written by hand: what the library's calls are compared with. A module of its own,
+/// compiled with the library's flags, so that both calls cross one module boundary.
+namespace Kestrany::Floor {
+
+using IdentityServices::ISSOClient;
+
+/// The client that the calls reach from now on; null for none.
+ORLINDEX_FLOOR_API void SetClient(ISSOClient* client);
+
+/// An uncontended recursive lock, a check, a virtual call.
+ORLINDEX_FLOOR_API bool IsLoggedIn();
+ORLINDEX_FLOOR_API talix_status_code RefreshToken();
+
+/// A zeroed buffer of 8 KiB, the virtual call (without the lock), one conversion, one copy.
+ORLINDEX_FLOOR_API talix_status_code GetToken(talix_buffer* token);
+
+} // namespace Kestrany::Floor
+
+#endif

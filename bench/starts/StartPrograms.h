@@ -1,0 +1,14 @@
+#ifndef ORLINDEX_BENCH_STARTPROGRAMS_H
+#define ORLINDEX_BENCH_STARTPROGRAMS_H
+
+#include "starts/StartFigures.h"
+
+namespace OrlindexBench {
+
+/// Each runs its program in a new process and answers the program's figures; throws where it fails.
+StartFigures StartLibrary();
+StartFigures StartFloor();
+
+} // namespace OrlindexBench
+
+#endif

@@ -1,0 +1,166 @@
+"""Judges the benchmarks: reads the reports run-*.json of every run in a folder, takes the best of the runs for each
+measurement, prints the table, and writes results.json and the names of the benchmarks behind missed bounds, one a line,
+to missed.txt. Ends with 0 where every bound was reached, 1 where one was missed, 2 where a measurement is missing.
+
+    bench.py [--quick] FOLDER"""
+
+import glob
+import json
+import os
+import sys
+
+# name of the benchmark: (what was measured, the ratio to reach, the same for --quick). The quick bounds are
+# wider where a turn takes milliseconds, and few turns leave what else the machine does in their median.
+RATIOS = {
+    "forward/class_member": ("class member that forwards", 1.15, 1.15),
+    "forward/flat_function": ("flat function that forwards", 1.15, 1.15),
+    "token/60": ("talix_get_token, 60 characters", 1.2, 1.2),
+    "token/1200": ("talix_get_token, 1200 characters", 1.2, 1.2),
+    "start/cold": ("talix_init, first in a process", 1.2, 1.3),
+    "threads/1": ("1 thread forwarding", 1.3, 1.4),
+    "threads/2": ("2 threads forwarding", 1.3, 1.4),
+    "threads/4": ("4 threads forwarding", 1.3, 1.4),
+    "threads/8": ("8 threads forwarding", 1.3, 1.4),
+}
+FALLBACK = "forward/fallback"
+FALLBACK_REACH = 50  # Nanoseconds over the floor.
+# Nanoseconds: the library's own part of a first start. With --quick few starts are made, and none may have run undisturbed.
+OWN_REACH, OWN_REACH_QUICK = 2e6, 6e6
+EVENTS = {count: f"events/{count}" for count in (1, 10, 1000)}
+GROWTH = {
+    "entries": "compatibility entries",
+    "defective_entries": "compatibility entries, ignored",
+    "subkeys": "registry subkeys",
+    "directories": "search directories",
+}
+SIZES = (10, 1000, 10000)
+# How much more the tenfold may cost than ten times as much. With --quick each size is measured once; a cost that grew with
+# the square would be ten.
+LINEAR, LINEAR_QUICK = 1.5, 3
+STEPS = (("trust", "verifying"), ("load", "loading"), ("registry", "registry"), ("files", "files"),
+         ("account", "account"), ("rest", "rest"))
+
+
+def read_runs(folder):
+    """For each benchmark its counters, one dictionary a run."""
+    measured = {}
+    for file in sorted(glob.glob(os.path.join(folder, "run-*.json"))):
+        with open(file, encoding="utf-8") as stream:
+            for benchmark in json.load(stream)["benchmarks"]:
+                name = benchmark["name"].removesuffix("/manual_time").split("/iterations:")[0]
+                measured.setdefault(name, []).append(benchmark)
+    return measured
+
+
+def best(measured, name, counter):
+    return min(run[counter] for run in measured[name])
+
+
+def shown(value):
+    """A time in nanoseconds, several of them, a text, or nothing."""
+    if value is None or isinstance(value, str):
+        return value or ""
+    if isinstance(value, list):
+        return ", ".join(shown(one) for one in value)
+    for unit, size in (("ms", 1e6), ("us", 1e3)):
+        if value >= size:
+            return f"{value / size:.2f} {unit}"
+    return f"{value:.1f} ns"
+
+
+def row(benchmarks, what, library, floor, ratio, reach, good):
+    """`benchmarks` are measured again where it is missed; times are in nanoseconds; `good` is None where there is nothing
+    to reach."""
+    return {"benchmarks": benchmarks, "measured": what, "library": library, "floor": floor, "ratio": ratio, "reach": reach,
+            "verdict": "" if good is None else "reached" if good else "MISSED"}
+
+
+def ratio_rows(measured, quick):
+    for name, (what, reach, quick_reach) in RATIOS.items():
+        run = min(measured[name], key=lambda one: one["ratio"])
+        bound = quick_reach if quick else reach
+        yield row([name], what, run["library_ns"], run["floor_ns"], run["ratio"], f"<= {bound}",
+                  run["ratio"] <= bound)
+
+
+def fallback_row(measured):
+    run = min(measured[FALLBACK], key=lambda one: one["library_ns"] - one["floor_ns"])
+    over = run["library_ns"] - run["floor_ns"]
+    return row([FALLBACK], "fallback without plugin", run["library_ns"], run["floor_ns"], run["ratio"],
+               f"<= {FALLBACK_REACH} ns over it", over <= FALLBACK_REACH)
+
+
+def own_row(measured, quick):
+    reach = OWN_REACH_QUICK if quick else OWN_REACH
+    own = best(measured, "start/cold", "own_ns")
+    return row(["start/cold"], "the library's own part of it", own, best(measured, "start/cold", "floor_own_ns"), None,
+               f"< {reach / 1e6:.0f} ms", own < reach)
+
+
+def event_rows(measured):
+    """Linear: a callback more costs the library what it costs the floor. A first one brings the call of the plugin."""
+    library = {count: best(measured, name, "library_ns") for count, name in EVENTS.items()}
+    floor = {count: best(measured, name, "floor_ns") for count, name in EVENTS.items()}
+    for count in EVENTS:
+        yield row([EVENTS[count]], f"event to {count} callbacks", library[count], floor[count],
+                  library[count] / floor[count], "", None)
+    growth = (library[1000] - library[10]) / (floor[1000] - floor[10])
+    yield row([EVENTS[10], EVENTS[1000]], "each callback from the 11th to the 1000th",
+              (library[1000] - library[10]) / 990, (floor[1000] - floor[10]) / 990, growth,
+              f"linear: <= {LINEAR}", growth <= LINEAR)
+
+
+def growth_rows(measured, quick):
+    linear = LINEAR_QUICK if quick else LINEAR
+    for name, what in GROWTH.items():
+        benchmarks = [f"growth/{name}/{size}" for size in SIZES]
+        small, middle, large = (best(measured, benchmark, "own_ns") for benchmark in benchmarks)
+        # What a start costs whatever the size is taken off.
+        factor = (large - small) / (middle - small) if middle > small else float("inf")
+        expected = (SIZES[2] - SIZES[0]) / (SIZES[1] - SIZES[0])
+        yield row(benchmarks, f"10, 1,000, 10,000 {what}", [small, middle, large], None, factor / expected, f"linear: <= {linear}",
+                  factor <= linear * expected)
+
+
+def print_table(rows):
+    columns = ("measured", "library", "floor", "ratio", "reach", "verdict")
+    lines = [columns]
+    for one in rows:
+        ratio = "" if one["ratio"] is None else f"{one['ratio']:.2f}"
+        lines.append([ratio if column == "ratio" else shown(one[column]) for column in columns])
+    widths = [max(len(line[column]) for line in lines) for column in range(len(columns))]
+    for line in lines:
+        print(" | ".join(cell.ljust(width) for cell, width in zip(line, widths)).rstrip())
+
+
+def print_profile(measured):
+    run = min(measured["start/cold"], key=lambda one: one["own_ns"])
+    print("\nWhere a first start spends its time: " +
+          ", ".join(f"{title} {shown(run[step + '_ns'])}" for step, title in STEPS))
+    return {title: run[step + "_ns"] for step, title in STEPS}
+
+
+def main():
+    arguments = sys.argv[1:]
+    quick = "--quick" in arguments
+    folder = arguments[-1]
+    measured = read_runs(folder)
+    try:
+        rows = [*ratio_rows(measured, quick), fallback_row(measured), own_row(measured, quick), *event_rows(measured),
+                *growth_rows(measured, quick)]
+        print_table(rows)
+        profile = print_profile(measured)
+    except KeyError as missing:
+        print(f"error: no measurement of {missing} in {folder}", file=sys.stderr)
+        return 2
+    with open(os.path.join(folder, "results.json"), "w", encoding="utf-8") as stream:
+        json.dump({"quick": quick, "rows": rows, "firstStartNanoseconds": profile}, stream, indent=2)
+    missed = [one for one in rows if one["verdict"] == "MISSED"]
+    with open(os.path.join(folder, "missed.txt"), "w", encoding="utf-8") as stream:
+        stream.writelines(sorted({name + "\n" for one in missed for name in one["benchmarks"]}))
+    print("\nMissed: " + "; ".join(one["measured"] for one in missed) if missed else "\nEvery bound was reached.")
+    return 1 if missed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,161 @@
+// What forwarded calls cost in memory: every allocation of the library passes its imports of the C runtime, and is
+// counted there.
+
+#include <algorithm>
+#include <cstddef>
+
+#include "ClientMembers.h"
+#include "FlatFunctions.h"
+#include "FlatTest.h"
+#include "orlindex/SSOClientPrivate.h"
+
+namespace OrlindexTest {
+
+using namespace Kestrany::IdentityServices;
+
+namespace {
+
+struct MallocImport
+{
+    static constexpr char Name[] = "malloc";
+    using Type = void*(std::size_t);
+};
+
+struct CallocImport
+{
+    static constexpr char Name[] = "calloc";
+    using Type = void*(std::size_t, std::size_t);
+};
+
+struct ReallocImport
+{
+    static constexpr char Name[] = "realloc";
+    using Type = void*(void*, std::size_t);
+};
+
+/// Counts what the library, and nobody else in the process, allocates while it lives.
+class Allocations
+{
+public:
+    int Count() const { return count_; }
+
+private:
+    int count_ = 0;
+    ImportDouble<MallocImport> malloc_{[this](std::size_t size) {
+        ++count_;
+        return ImportDouble<MallocImport>::Original(size);
+    }};
+    ImportDouble<CallocImport> calloc_{[this](std::size_t number, std::size_t size) {
+        ++count_;
+        return ImportDouble<CallocImport>::Original(number, size);
+    }};
+    ImportDouble<ReallocImport> realloc_{[this](void* memory, std::size_t size) {
+        ++count_;
+        return ImportDouble<ReallocImport>::Original(memory, size);
+    }};
+};
+
+template <class Call>
+int AllocationsOf(const Call& call)
+{
+    const Allocations allocations;
+    call();
+    return allocations.Count();
+}
+
+/// Forwards one call, and hands the host no text and no object of its own.
+bool IsPlainForward(const FlatFunction& function)
+{
+    const std::string name = function.name;
+    return function.slot >= 0 && name != "talix_get_session_uri" && name != "talix_add_event_callback" &&
+           name != "talix_remove_event_callback";
+}
+
+} // namespace
+
+class AllocationsOfMembers : public StartedTest
+{
+};
+
+class AllocationsOfFunctions : public FlatTest
+{
+protected:
+    void SetUp() override
+    {
+        FlatTest::SetUp();
+        for (const int slot : {4, 6, 35})
+            Plugin().OnCall(Client, slot, [slot](const CallArguments& call) {
+                wchar_t* const target = call.Pointer<wchar_t>(slot == 4 ? 2 : 0);
+                std::fill_n(target, length, L'a');
+                target[length] = L'\0';
+            });
+    }
+
+    static constexpr std::size_t length = 2047; ///< The longest address.
+    char text[4096] = {};
+    talix_buffer buffer{text, sizeof text};
+};
+
+TEST_F(AllocationsOfMembers, AreCounted)
+{
+    EXPECT_GT(AllocationsOf([] { SSOClientPrivate::GetSSOServerAppPath(); }), 0);
+}
+
+TEST_F(AllocationsOfMembers, NoForwardedMemberAllocates)
+{
+    for (const ClientMember& member : ClientMembers())
+    {
+        SCOPED_TRACE(member.name);
+        MemberArguments arguments;
+        EXPECT_EQ(AllocationsOf([&] { member.call(*manager, arguments); }), 0);
+    }
+    EXPECT_THAT(Plugin().Calls(Client), testing::SizeIs(ClientMembers().size()));
+}
+
+TEST_F(AllocationsOfFunctions, NoForwardedFunctionAllocates)
+{
+    int calls = 0;
+    for (const FlatFunction& function : FlatFunctions())
+    {
+        if (!IsPlainForward(function))
+            continue;
+        SCOPED_TRACE(function.name);
+        FlatArguments arguments;
+        arguments.config = talix_create_product_config("client", "scope");
+        function.prepare(arguments);
+        Plugin().ClearJournal();
+        EXPECT_EQ(AllocationsOf([&] { function.call(arguments); }), 0);
+        EXPECT_FALSE(Plugin().Calls().empty());
+        ++calls;
+    }
+    EXPECT_GT(calls, 20);
+}
+
+TEST_F(AllocationsOfFunctions, ALongTokenIsCopiedOutWithoutAllocation)
+{
+    EXPECT_EQ(AllocationsOf([&] { EXPECT_EQ(talix_get_token(&buffer), IdSuccess); }), 0);
+    EXPECT_EQ(AllocationsOf([&] { EXPECT_EQ(talix_get_id_token(&buffer), IdSuccess); }), 0);
+    EXPECT_EQ(std::string(text).size(), length);
+}
+
+TEST_F(AllocationsOfFunctions, ASessionAddressAllocatesAtMostTwice)
+{
+    EXPECT_LE(AllocationsOf(
+                  [&] { EXPECT_EQ(talix_get_session_uri("https://a.long.address.invalid/", 0, &buffer), IdSuccess); }),
+              2);
+    EXPECT_EQ(std::string(text).size(), length);
+}
+
+class AllocationsWithoutPlugin : public HostTest
+{
+};
+
+TEST_F(AllocationsWithoutPlugin, AFallbackAfterTheFirstAllocatesNothing)
+{
+    site.InstallWithoutPlugin();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
+    SSOClientPrivate::LoadLoginFromCache(false);
+    EXPECT_EQ(AllocationsOf([] { SSOClientPrivate::LoadLoginFromCache(false); }), 0);
+}
+
+} // namespace OrlindexTest
