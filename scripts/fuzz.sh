@@ -80,7 +80,7 @@ explain_failure()
 {
     local target=$1 log=$2 input
     say "  FAILED; the whole report: $log"
-    grep -E '^does not hold:|ERROR: |runtime error:|SUMMARY: ' "$log" | sort -u | sed 's/^/  | /'
+    grep -E '^does not hold:|terminate called|what\(\):|ERROR: |runtime error:|SUMMARY: ' "$log" | sort -u | sed 's/^/  | /'
     input=$(sed -n 's/^.*Test unit written to //p' "$log" | tail -n 1)
     [ -n "$input" ] || return
     say "  input:   $input"
