@@ -7,8 +7,8 @@
 
 namespace Kestrany::IdentityServices {
 
-/// Nothing for a text that is no JSON or nests too deep. A UTF-8 byte order mark and comments are accepted: people edit
-/// these files by hand.
+/// Nothing for a text that is no JSON, nests too deep or holds a number of more than a thousand digits. A UTF-8 byte
+/// order mark and comments are accepted: people edit these files by hand.
 std::optional<Json::Value> ParseJson(const std::string& bytes);
 
 /// The member `key` of `value`; null where there is none, or where `value` is no object.

@@ -122,14 +122,26 @@ TEST(HostileLengths, NestingIsReadUpToTheReadersLimitAndRefusedBeyond)
     EXPECT_FALSE(ReadClientConfigDocument(Repeated(R"({"a":)", million)));
 }
 
-TEST(HostileLengths, NumbersOfAnyLengthAreNoTexts)
+TEST(HostileLengths, ANumberOfAMillionDigitsIsRefusedAtOnce)
 {
-    for (const std::string& number : {std::string(million, '9'), "-" + std::string(million, '9'),
-                                      "1." + std::string(million, '9'), "1e" + std::string(million, '9')})
+    const std::string digits(million, '9');
+    for (const std::string& number : {digits, "-" + digits, "1." + digits, "1e" + digits, "0." + digits + "e5"})
     {
-        const auto values = ReadClientConfigDocument(R"({"ssoServer": {"bundleId": )" + number + "}}");
-        EXPECT_TRUE(!values || values->bundleId.empty()) << number.substr(0, 8);
+        EXPECT_FALSE(ReadClientConfigDocument(R"({"ssoServer": {"bundleId": )" + number + "}}")) << number.substr(0, 8);
+        EXPECT_FALSE(ReadClientConfigDocument("// \" \r[" + number + "]")) << number.substr(0, 8);
+        EXPECT_FALSE(ReadClientConfigDocument("/* \" */[" + number + "]")) << number.substr(0, 8);
     }
+}
+
+TEST(HostileLengths, DigitsThatAreNoNumberMayBeMany)
+{
+    const std::string digits(5000, '9');
+    const auto values = ReadClientConfigDocument(
+        "//" + digits + "\n/*" + digits + R"(*/{"ssoServer": {"searchPaths": "\"", "bundleId": ")" + digits + R"("}})");
+    ASSERT_TRUE(values);
+    EXPECT_EQ(values->bundleId, digits);
+    EXPECT_TRUE(ParseJson("[1" + std::string(999, '0') + "e-990, 1" + std::string(999, '0') + "e-990]"));
+    EXPECT_FALSE(ParseJson("[1" + std::string(1000, '0') + "e-990]"));
 }
 
 TEST(HostileLengths, ALineOfAMegabyteThatTheStreamTakesIsWritten)
