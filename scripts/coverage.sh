@@ -37,7 +37,7 @@ build_with_counters()
 # Counts add up over all processes of a run; each run begins at none.
 run_tests()
 {
-    local suite
+    local suite failed=''
     find "$folder" -name '*.gcda' -delete
     trap wine_session_end EXIT
     wine_session_begin
@@ -46,8 +46,10 @@ run_tests()
     for suite in "${suites[@]}"; do
         say "== $suite tests"
         ctest --test-dir "$folder/tests/$suite" -j "$jobs" --timeout 300 --output-on-failure --no-tests=error --quiet \
-            --output-log "$folder/$suite.log" </dev/null || fail "tests failed: $suite" "see $folder/$suite.log"
+            --output-log "$folder/$suite.log" </dev/null || failed+=" $suite"
     done
+    [ -z "$failed" ] || fail "tests failed:$failed" "see build/coverage/<suite>.log" \
+        "scripts/coverage.sh --report shows what ran all the same"
 }
 
 write_report()
