@@ -3,11 +3,13 @@
 #
 # Makes the machine ready (scripts/setup.sh), then runs
 #   - the static checks: format of the sources, shell scripts, clang-tidy over the library
-#   - the unit tests of the portable logic on this machine, under address and undefined-behaviour sanitizers
+#   - the unit tests of the portable logic on this machine, under address and undefined-behaviour sanitizers, and again
+#     under the thread sanitizer
+#   - each fuzzer of the portable logic for ten seconds; scripts/fuzz.sh runs them for longer
 #   - all tests of the Windows release build under Wine, in a prefix of their own that is gone afterwards
 # and prints what failed and, as its last line, "N passed, N failed". Ends with 0 only when tests ran and none failed.
 #
-# Arguments go to both runs of ctest, such as -R for a part of the tests; the static checks are left out then.
+# Arguments go to every run of ctest, such as -R for a part of the tests; the static checks are left out then.
 #
 #   --help    this text
 
@@ -82,6 +84,12 @@ fi
 say "== builds"
 if attempt "native build" make_preset native "$root/build/native"; then
     run_tests "native" "$root/build/native" "$@"
+fi
+if attempt "thread sanitizer build" make_preset tsan "$root/build/tsan"; then
+    run_tests "thread sanitizer" "$root/build/tsan" "$@"
+fi
+if attempt "fuzzers build" make_preset fuzz "$root/build/fuzz"; then
+    run_tests "fuzzers" "$root/build/fuzz" "$@"
 fi
 if attempt "Windows build" make_preset mingw-release "$root/build/release"; then
     wine_session_begin

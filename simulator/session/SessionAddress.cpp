@@ -1,6 +1,7 @@
 #include "session/SessionAddress.h"
 
 #include <cstring>
+#include <string_view>
 
 #include "session/ServerNames.h"
 
@@ -11,7 +12,7 @@ namespace {
 bool IsUnreserved(char character)
 {
     return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') ||
-           (character >= '0' && character <= '9') || std::strchr("-._~", character) != nullptr;
+           (character >= '0' && character <= '9') || std::string_view("-._~").find(character) != std::string_view::npos;
 }
 
 std::string PercentEncode(const std::string& text)

@@ -26,6 +26,20 @@ struct LocalFreeImport
     using Type = decltype(LocalFree);
 };
 
+struct WidenImport
+{
+    static constexpr char Name[] = "MultiByteToWideChar";
+    using Type = decltype(MultiByteToWideChar);
+};
+
+struct NarrowImport
+{
+    static constexpr char Name[] = "WideCharToMultiByte";
+    using Type = decltype(WideCharToMultiByte);
+};
+
+using WidenDouble = ImportDouble<WidenImport>;
+using NarrowDouble = ImportDouble<NarrowImport>;
 using FormatMessageDouble = ImportDouble<FormatMessageImport>;
 using LocalFreeDouble = ImportDouble<LocalFreeImport>;
 
@@ -121,6 +135,27 @@ TEST(TextConversion, ReplacesWhatIsIllFormed)
 {
     EXPECT_EQ(Widen("a\xFFz"), L"a\uFFFDz");
     EXPECT_EQ(Narrow(L"a\xD800z"), "a\xEF\xBF\xBDz");
+}
+
+TEST(TextConversion, ThatFailsGivesAnEmptyText)
+{
+    for (const int needed : {0, 3}) // At the question for the length, and at the conversion itself.
+    {
+        std::wstring widened = L"not called";
+        std::string narrowed = "not called";
+        {
+            const WidenDouble widens(
+                [needed](UINT, DWORD, LPCCH, int, LPWSTR, int capacity) { return capacity == 0 ? needed : 0; },
+                Executable());
+            const NarrowDouble narrows([needed](UINT, DWORD, LPCWCH, int, LPSTR, int capacity, LPCCH,
+                                                LPBOOL) { return capacity == 0 ? needed : 0; },
+                                       Executable());
+            widened = Widen("abc");
+            narrowed = Narrow(L"abc");
+        }
+        EXPECT_EQ(widened, L"") << needed;
+        EXPECT_EQ(narrowed, "") << needed;
+    }
 }
 
 TEST(Wow64, IsWhatThePlatformSays)

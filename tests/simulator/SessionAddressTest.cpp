@@ -21,6 +21,12 @@ TEST(SessionAddressTest, EveryByteBeyondTheUnreservedOnesIsEncoded)
                        "&target=http%3A%2F%2F%C3%AB%2F-._~%23%25");
 }
 
+TEST(SessionAddressTest, AZeroByteIsEncodedLikeOthers)
+{
+    const std::string address = SessionAddress(TALIX_SERVER_STAGING, std::string("a\0b", 3), 0, "ticket");
+    EXPECT_EQ(address, "https://staging.simulator.invalid/session?ticket=ticket&flag=0&target=a%00b");
+}
+
 } // namespace
 
 } // namespace Kestrany::Simulator

@@ -1,0 +1,122 @@
+"""Prints the coverage of each source and compares what was not run with the list of what need not be.
+
+coverage.py ROOT COVERAGE-JSON LIST
+
+The list names lines and branches by their text, which says more than a number and stays right when lines move:
+
+    src/load/PluginModule.cpp
+        line: return nullptr;
+        branch: if (!module)
+        why: The reason, of which everything above it is a part.
+
+A text stands for every place in the file where it is the whole line. Ends with 0 when exactly what is listed was not run.
+"""
+
+import json
+import re
+import sys
+from pathlib import Path
+
+
+# Compilers branch elsewhere too, such as for each element of an initialiser; those are in the figures alone.
+DECISION = re.compile(r"\b(if|for|while|switch|case)\b|&&|\|\||\?")
+
+
+class ListError(Exception):
+    pass
+
+
+def read_list(path):
+    """The listed items, as (file, kind, text), each with its place in the list."""
+    items, reasonless, file = {}, None, None
+    for number, raw in enumerate(path.read_text().splitlines(), 1):
+        line, place = raw.strip(), f"{path.name}:{number}"
+        kind, _, text = line.partition(": ")
+        if not line or line.startswith("#"):
+            continue
+        if raw.startswith("src/") and not reasonless:
+            file = line
+        elif file and kind in ("line", "branch") and text:
+            items[file, kind, text] = reasonless = place
+        elif kind == "why" and text and reasonless:
+            reasonless = None
+        else:
+            raise ListError(f"{place}: not in the form of this list: {line}")
+    if reasonless:
+        raise ListError(f"{reasonless}: has no reason")
+    return items
+
+
+class Source:
+    """The counts of one file."""
+
+    def __init__(self, root, entry):
+        self.name = entry["file"]
+        self.texts = (root / self.name).read_text().splitlines()
+        self.lines = [line for line in entry["lines"] if not line["gcovr/noncode"]]
+        self.branches = [branch for line in self.lines for branch in line["branches"]]
+
+    def text(self, line):
+        return self.texts[line["line_number"] - 1].strip()
+
+    def line_counts(self):
+        return sum(1 for line in self.lines if line["count"]), len(self.lines)
+
+    def branch_counts(self):
+        return sum(1 for branch in self.branches if branch["count"]), len(self.branches)
+
+    def uncovered(self):
+        """Lines that were not run, and decisions that never went one of their ways: (kind, text) -> numbers."""
+        found = {}
+        for line in self.lines:
+            if not line["count"]:
+                kind = "line"
+            elif DECISION.search(self.text(line)) and any(not branch["count"] for branch in line["branches"]):
+                kind = "branch"
+            else:
+                continue
+            found.setdefault((kind, self.text(line)), []).append(line["line_number"])
+        return found
+
+
+def share(counts):
+    covered, total = counts
+    return f"{covered:5}/{total:<5} {100 * covered / total if total else 100:5.1f} %"
+
+
+def print_table(sources):
+    print(f"{'':42} {'lines':^19} {'branches':^19}")
+    for source in sources:
+        print(f"{source.name:42} {share(source.line_counts())} {share(source.branch_counts())}")
+    totals = [[sum(column) for column in zip(*counts)]
+              for counts in ([s.line_counts() for s in sources], [s.branch_counts() for s in sources])]
+    print(f"{'total':42} {share(totals[0])} {share(totals[1])}")
+
+
+def compare(sources, listed):
+    """What was not run and is not listed, and what is listed without need."""
+    uncovered = {(source.name, *item): numbers for source in sources for item, numbers in source.uncovered().items()}
+    problems = [f"{file}:{','.join(map(str, uncovered[file, kind, text]))}: not run, and not listed: {kind}: {text}"
+                for file, kind, text in sorted(uncovered.keys() - listed.keys())]
+    problems += [f"{listed[item]}: run, or no longer there: {item[0]}: {item[1]}: {item[2]}"
+                 for item in sorted(listed.keys() - uncovered.keys(), key=listed.get)]
+    return problems
+
+
+def main(root, report, path):
+    root = Path(root)
+    sources = [Source(root, entry) for entry in json.loads(Path(report).read_text())["files"]]
+    print_table(sorted(sources, key=lambda source: source.name))
+    try:
+        problems = compare(sources, read_list(Path(path)))
+    except ListError as error:
+        problems = [str(error)]
+    for problem in problems:
+        print(problem)
+    if problems:
+        print("Test what is named, or list it with its reason in tests/coverage/uncovered.txt.")
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))

@@ -1,0 +1,112 @@
+// Replacing references, compared with the regular expression that says what a reference is.
+
+#include <cstdint>
+#include <iterator>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "ByteReader.h"
+#include "Require.h"
+#include "locate/ReferenceExpansion.h"
+
+using namespace Kestrany::IdentityServices;
+using OrlindexTest::ByteReader;
+using OrlindexTest::Require;
+
+namespace {
+
+/// The regular expression's engine recurses once a character.
+constexpr std::size_t LongestForPattern = 512;
+
+/// Half of all bytes become a character that matters here.
+wchar_t MakeCharacter(unsigned byte)
+{
+    static constexpr wchar_t special[] = L"%%%%%%ab\n\r\u2028\u2029\u0085\u2027\u202A\v\f\t \\";
+    if (byte == 255)
+        return L'\0';
+    if (byte >= 128)
+        return special[(byte - 128) % (std::size(special) - 1)];
+    return static_cast<wchar_t>(byte);
+}
+
+std::wstring MakeText(ByteReader& bytes)
+{
+    std::wstring text;
+    while (!bytes.IsEmpty())
+        text += MakeCharacter(bytes.Byte());
+    return text;
+}
+
+/// Some names have a value, which may look like a reference itself.
+bool Lookup(const std::wstring& name, std::wstring& value)
+{
+    if (name.size() % 2 == 0)
+        return false;
+    value = L"<%" + name + L"%>";
+    return true;
+}
+
+struct Expansion
+{
+    std::wstring text;
+    std::int32_t matches = 0;
+    std::vector<std::wstring> names;
+};
+
+Expansion Expand(const std::wstring& text)
+{
+    Expansion expansion;
+    expansion.text = text;
+    expansion.matches = ExpandPathVariables(expansion.text, [&](const std::wstring& name, std::wstring& value) {
+        expansion.names.push_back(name);
+        return Lookup(name, value);
+    });
+    return expansion;
+}
+
+Expansion ExpandByPattern(const std::wstring& text)
+{
+    // "%.*?%", with the line terminators of ECMAScript written out: of these four, the standard libraries' "." knows
+    // two or all.
+    static const std::wregex pattern(L"%[^\n\r\u2028\u2029]*?%");
+    Expansion expansion;
+    auto copied = text.begin();
+    for (std::wsregex_iterator match(text.begin(), text.end(), pattern), end; match != end; ++match)
+    {
+        expansion.text.append(copied, (*match)[0].first);
+        const std::wstring reference = match->str();
+        expansion.names.push_back(reference.substr(1, reference.size() - 2));
+        std::wstring value;
+        expansion.text += Lookup(expansion.names.back(), value) ? value : reference;
+        copied = (*match)[0].second;
+        ++expansion.matches;
+    }
+    expansion.text.append(copied, text.end());
+    return expansion;
+}
+
+void RequirePossible(const Expansion& expansion)
+{
+    Require(expansion.matches >= 0 && static_cast<std::size_t>(expansion.matches) == expansion.names.size(),
+            "every reference is looked up once");
+    for (const std::wstring& name : expansion.names)
+        Require(name.find_first_of(L"%\n\r\u2028\u2029") == std::wstring::npos, "no name spans lines or percent signs");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    ByteReader bytes(data, size);
+    const std::wstring text = MakeText(bytes);
+    const Expansion expansion = Expand(text);
+    RequirePossible(expansion);
+    if (text.size() > LongestForPattern)
+        return 0;
+    const Expansion expected = ExpandByPattern(text);
+    Require(expansion.text == expected.text, "the text is the pattern's");
+    Require(expansion.matches == expected.matches, "the count is the pattern's");
+    Require(expansion.names == expected.names, "the names are the pattern's");
+    return 0;
+}

@@ -1,0 +1,20 @@
+#ifndef ORLINDEX_FUZZ_REQUIRE_H
+#define ORLINDEX_FUZZ_REQUIRE_H
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace OrlindexTest {
+
+/// Ends the process where `holds` is false: that is how a fuzzer hears of an input that breaks a property.
+inline void Require(bool holds, const char* property)
+{
+    if (holds)
+        return;
+    std::fprintf(stderr, "does not hold: %s\n", property);
+    std::abort();
+}
+
+} // namespace OrlindexTest
+
+#endif

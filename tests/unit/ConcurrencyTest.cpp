@@ -1,0 +1,124 @@
+// Hosts call from many threads. What the portable logic shares between them (statics, the locale, the flags of stdout)
+// is used here by all at once; the thread sanitizer judges, and so do the results.
+
+#include <atomic>
+#include <functional>
+#include <gtest/gtest.h>
+#include <ostream>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "base/JsonDocument.h"
+#include "base/StreamEcho.h"
+#include "base/Versions.h"
+#include "load/CompatibilityDocument.h"
+#include "load/TrustResult.h"
+#include "locate/ClientConfigDocument.h"
+#include "locate/ReferenceExpansion.h"
+
+namespace OrlindexTest {
+
+using namespace Kestrany::IdentityServices;
+
+namespace {
+
+constexpr int Threads = 8;
+constexpr int Rounds = 200;
+
+/// Whether `step` answers true in every round of every thread, all of which begin together.
+bool HoldsInEveryThread(const std::function<bool(int thread)>& step)
+{
+    std::atomic<int> ready{0};
+    std::atomic<int> failures{0};
+    const auto run = [&](int thread) {
+        for (++ready; ready < Threads;)
+            std::this_thread::yield();
+        int failed = 0; // Of its own: an atomic used in each round would order the threads, and hide their races.
+        for (int round = 0; round < Rounds; ++round)
+            failed += step(thread) ? 0 : 1;
+        failures += failed;
+    };
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < Threads; ++thread)
+        threads.emplace_back(run, thread);
+    for (std::thread& thread : threads)
+        thread.join();
+    return failures == 0;
+}
+
+const std::string compatibility = R"({"ssoClientPlugin": [
+    {"module": "Old", "modulePath": "%a%.dll", "version": "1.9", "compatibleSsoServicesVersion": {"minVersion": "1.10"}},
+    {"module": "New", "modulePath": "%b%.dll", "version": "1.10", "compatibleSsoServicesVersion": {"versions": ["1.11"]}},
+    {"module": "", "version": 7}]})";
+
+bool NameAsValue(const std::wstring& name, std::wstring& value)
+{
+    value = name + name;
+    return true;
+}
+
+std::vector<VersionCompatibilityEntry> Read(const Json::Value& root)
+{
+    const auto widen = [](const std::string& text) { return std::wstring(text.begin(), text.end()); };
+    const auto expand = [](std::wstring& text) { ExpandPathVariables(text, NameAsValue); };
+    return ReadEntries(root, "ssoClientPlugin", {false, widen, expand, [](EntryDefect) {}});
+}
+
+bool ChoosesTheNewer(const Json::Value& root)
+{
+    const auto entries = Read(root);
+    const VersionCompatibilityEntry* chosen = ChooseEntry(entries, SplitVersion("1.11.13.3"));
+    return entries.size() == 2 && chosen && chosen->module == L"New" && chosen->modulePath == L"bb.dll";
+}
+
+} // namespace
+
+TEST(Concurrency, EveryThreadReadsDocumentsOfItsOwn)
+{
+    EXPECT_TRUE(HoldsInEveryThread([](int thread) {
+        const std::string id = "bundle " + std::to_string(thread);
+        const auto values = ReadClientConfigDocument(R"({"ssoServer": {"bundleId": ")" + id + R"(", "other": [1.5]}})");
+        const auto root = ParseJson(compatibility);
+        return values && values->bundleId == id && !ReadClientConfigDocument("{") && root && ChoosesTheNewer(*root);
+    }));
+}
+
+TEST(Concurrency, ThreadsReadOneDocument)
+{
+    const auto root = ParseJson(compatibility);
+    ASSERT_TRUE(root);
+    EXPECT_TRUE(HoldsInEveryThread([&](int) { return ChoosesTheNewer(*root) && MemberOf(*root, "other").isNull(); }));
+}
+
+TEST(Concurrency, NumbersOutOfRangeInOneThreadDoNotDisturbAnother)
+{
+    EXPECT_TRUE(HoldsInEveryThread([](int thread) {
+        // One half converts numbers out of range, which sets errno, while the other converts ones in range.
+        const bool outOfRange = thread % 2 == 0;
+        const std::string zeros(outOfRange ? 30 : 10, '0');
+        return CompareVersions(SplitVersion("1.1" + zeros), SplitVersion("1.7")) == (outOfRange ? -1 : 1) &&
+               CompareVersions({}, SplitVersion("1")) == -1;
+    }));
+}
+
+TEST(Concurrency, LinesGoToStreamsOfTheirOwn)
+{
+    EXPECT_TRUE(HoldsInEveryThread([](int thread) {
+        std::wostringstream stream;
+        const std::wstring line(static_cast<std::size_t>(thread), L'\u4E2D');
+        EchoLine(stream, line);
+        return stream.good() && stream.str() == line + L'\n';
+    }));
+}
+
+TEST(Concurrency, TrustMessagesAreThereForAll)
+{
+    EXPECT_TRUE(HoldsInEveryThread([](int thread) {
+        const auto result = static_cast<BinaryTrustResult>(thread);
+        return TrustMessageFor(result).text != nullptr && LoadingAllowed(result) == (thread == 0);
+    }));
+}
+
+} // namespace OrlindexTest

@@ -1,0 +1,154 @@
+// Lengths and counts that no sensible file has: read whole or refused, in passing time and on an ordinary stack.
+
+#include <gtest/gtest.h>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "base/JsonDocument.h"
+#include "base/StreamEcho.h"
+#include "base/Versions.h"
+#include "load/CompatibilityDocument.h"
+#include "locate/ClientConfigDocument.h"
+
+namespace OrlindexTest {
+
+using namespace Kestrany::IdentityServices;
+
+namespace {
+
+constexpr std::size_t million = 1000 * 1000;
+constexpr std::size_t many = 50 * 1000; ///< Of parts, whose tests are slower under a sanitizer.
+
+std::string Repeated(const std::string& text, std::size_t count)
+{
+    std::string all;
+    all.reserve(text.size() * count);
+    for (std::size_t i = 0; i < count; ++i)
+        all += text;
+    return all;
+}
+
+std::string Quoted(const std::string& text)
+{
+    return '"' + text + '"';
+}
+
+std::string Element(const std::string& version, const std::string& range)
+{
+    return R"({"module": "M", "modulePath": "m.dll", "version": )" + Quoted(version) +
+           R"(, "compatibleSsoServicesVersion": )" + range + '}';
+}
+
+std::vector<VersionCompatibilityEntry> ReadElements(const std::string& elements)
+{
+    const auto root = ParseJson(R"({"list": [)" + elements + "]}");
+    EXPECT_TRUE(root);
+    const auto widen = [](const std::string& text) { return std::wstring(text.begin(), text.end()); };
+    const auto unexpected = [](EntryDefect) { ADD_FAILURE() << "an element was ignored"; };
+    return ReadEntries(root.value_or(Json::Value()), "list", {false, widen, [](std::wstring&) {}, unexpected});
+}
+
+} // namespace
+
+TEST(HostileLengths, AVersionOfFiftyThousandPartsIsSplitJoinedAndCompared)
+{
+    const std::string text = Repeated("1.", many);
+    const VersionParts version = SplitVersion(text);
+    EXPECT_EQ(version.size(), many + 1);
+    EXPECT_TRUE(JoinVersion(version) == text);
+    EXPECT_EQ(CompareVersions(version, version), 0);
+    EXPECT_EQ(CompareVersions(version, SplitVersion(text + "1")), -1);
+    EXPECT_EQ(CompareVersions(version, SplitVersion("1")), 1);
+}
+
+TEST(HostileLengths, APartOfAMillionDigitsIsComparedAsText)
+{
+    const std::string digits(million, '9');
+    EXPECT_EQ(CompareVersions({digits}, {digits}), 0);
+    EXPECT_EQ(CompareVersions({digits}, {digits + "0"}), -1);
+    EXPECT_EQ(CompareVersions({digits}, {"99999"}), 1);
+    EXPECT_EQ(CompareVersions({std::string(million, '0') + '7'}, {"7"}), -1) << "zeros keep a number in range";
+}
+
+TEST(HostileLengths, AThousandElementsAreReadAndTheHighestIsChosen)
+{
+    std::string elements;
+    for (int i = 0; i < 1000; ++i)
+        elements += Element("1." + std::to_string(i), R"({"minVersion": "1"})") + ',';
+    const auto entries = ReadElements(elements + Element("1.5", R"({"minVersion": "2"})"));
+    ASSERT_EQ(entries.size(), 1001u);
+    EXPECT_EQ(ChooseEntry(entries, SplitVersion("1.11.13.3")), &entries[999]);
+}
+
+TEST(HostileLengths, ARangeOfTenThousandVersionsIsSearched)
+{
+    const std::string listed = Repeated(R"("1.12", )", 10000);
+    const auto entries = ReadElements(Element("1", R"({"versions": [)" + listed + R"("1.11"]})"));
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_TRUE(RangesMatch(entries[0], SplitVersion("1.11.13.3")));
+    EXPECT_FALSE(RangesMatch(entries[0], SplitVersion("1.13")));
+}
+
+TEST(HostileLengths, ABoundOfFiftyThousandPartsIsABoundLikeOthers)
+{
+    const std::string bound = Repeated("1.", many) + '1';
+    const auto entries = ReadElements(Element("1", R"({"minVersion": )" + Quoted(bound) + '}'));
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_FALSE(RangesMatch(entries[0], SplitVersion("1.1"))) << "missing parts are less";
+    EXPECT_TRUE(RangesMatch(entries[0], SplitVersion("1.2")));
+}
+
+TEST(HostileLengths, ATextOfAMegabyteIsReadWhole)
+{
+    const std::string text(million, 'x');
+    const auto values = ReadClientConfigDocument(R"({"ssoServer": {"searchPaths": )" + Quoted(text) + "}}");
+    ASSERT_TRUE(values);
+    EXPECT_TRUE(values->searchPaths == text);
+}
+
+TEST(HostileLengths, NestingIsReadUpToTheReadersLimitAndRefusedBeyond)
+{
+    const auto nested = [](std::size_t levels) {
+        return R"({"ssoServer": {"bundleId": "b"}, "other": )" + std::string(levels, '[') + std::string(levels, ']') +
+               '}';
+    };
+    const auto values = ReadClientConfigDocument(nested(900));
+    ASSERT_TRUE(values);
+    EXPECT_EQ(values->bundleId, "b");
+    EXPECT_FALSE(ReadClientConfigDocument(nested(1001)));
+    EXPECT_FALSE(ReadClientConfigDocument(nested(million)));
+    EXPECT_FALSE(ReadClientConfigDocument(std::string(million, '[')));
+    EXPECT_FALSE(ReadClientConfigDocument(Repeated(R"({"a":)", million)));
+}
+
+TEST(HostileLengths, ANumberOfAMillionDigitsIsRefusedAtOnce)
+{
+    const std::string digits(million, '9');
+    for (const std::string& number : {digits, "-" + digits, "1." + digits, "1e" + digits, "0." + digits + "e5"})
+    {
+        EXPECT_FALSE(ReadClientConfigDocument(R"({"ssoServer": {"bundleId": )" + number + "}}")) << number.substr(0, 8);
+        EXPECT_FALSE(ReadClientConfigDocument("// \" \r[" + number + "]")) << number.substr(0, 8);
+        EXPECT_FALSE(ReadClientConfigDocument("/* \" */[" + number + "]")) << number.substr(0, 8);
+    }
+}
+
+TEST(HostileLengths, DigitsThatAreNoNumberMayBeMany)
+{
+    const std::string digits(5000, '9');
+    const auto values = ReadClientConfigDocument(
+        "//" + digits + "\n/*" + digits + R"(*/{"ssoServer": {"searchPaths": "\"", "bundleId": ")" + digits + R"("}})");
+    ASSERT_TRUE(values);
+    EXPECT_EQ(values->bundleId, digits);
+    EXPECT_TRUE(ParseJson("[1" + std::string(999, '0') + "e-990, 1" + std::string(999, '0') + "e-990]"));
+    EXPECT_FALSE(ParseJson("[1" + std::string(1000, '0') + "e-990]"));
+}
+
+TEST(HostileLengths, ALineOfAMegabyteThatTheStreamTakesIsWritten)
+{
+    std::wostringstream stream;
+    EchoLine(stream, std::wstring(million, L'\u4E2D'));
+    EXPECT_EQ(stream.str().size(), million + 1);
+}
+
+} // namespace OrlindexTest
