@@ -8,8 +8,8 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
-/// Longer than a number that means something. The reader's conversion takes time by the square of the length: seconds for a
-/// megabyte of digits.
+/// Longer than a number that means something. The reader's conversion takes time by the square of the length: seconds
+/// for a megabyte of digits.
 constexpr std::size_t longestNumber = 1000;
 
 /// The position after the text that was opened before `position`; the end where nothing closes it.
