@@ -81,10 +81,10 @@ ImportHooks::~ImportHooks()
     active = nullptr;
 }
 
-void ImportHooks::Fail(const std::vector<std::string>& functions, int which, FailingAnswer answer, bool onwards)
+void ImportHooks::Fail(const std::vector<std::string>& functions, int first, FailingAnswer answer, int count)
 {
-    which_ = which;
-    onwards_ = onwards;
+    first_ = first;
+    count_ = count;
     answer_ = answer;
     matched_ = 0;
     for (Import& import : imports_)
@@ -106,7 +106,7 @@ bool ImportHooks::MustFail(const Import& import)
     if (!import.fails)
         return false;
     const int number = ++matched_;
-    return number == which_ || (onwards_ && number > which_);
+    return number >= first_ && number - first_ < count_;
 }
 
 Word ImportHooks::Call(std::size_t index, const WordArguments& arguments)

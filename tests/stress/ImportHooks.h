@@ -3,6 +3,7 @@
 
 #include <array>
 #include <atomic>
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -35,11 +36,12 @@ public:
     ImportHooks(const ImportHooks&) = delete;
     ImportHooks& operator=(const ImportHooks&) = delete;
 
-    /// Makes call number `which` (from 1, counted over all of the functions together) fail, and with `onwards` every
-    /// later one too.
-    void Fail(const std::vector<std::string>& functions, int which, FailingAnswer answer, bool onwards = false);
+    static constexpr int AllLater = INT_MAX;
+
+    /// Makes `count` calls from number `first` on fail; calls are counted from 1, over all of the functions together.
+    void Fail(const std::vector<std::string>& functions, int first, FailingAnswer answer, int count = 1);
     /// Whether the call that is to fail was reached.
-    bool Failed() const { return matched_ >= which_; }
+    bool Failed() const { return matched_ >= first_; }
     /// Calls of the functions that Fail named.
     int Matched() const { return matched_; }
 
@@ -65,8 +67,8 @@ private:
 
     std::deque<Import> imports_; // A deque: the elements cannot move.
     std::atomic<int> matched_ = 0;
-    int which_ = 0;
-    bool onwards_ = false;
+    int first_ = 0;
+    int count_ = 0;
     FailingAnswer answer_ = {};
     Ledger ledger_;
 };
