@@ -27,7 +27,7 @@ std::optional<std::string> ChildInput();
 /// failed, and is ended.
 ChildOutcome RunChild(const std::string& input);
 
-/// Of the child part, at most once.
+/// Of the child part; the last answer counts.
 void AnswerParent(const std::string& answer);
 
 } // namespace OrlindexTest
