@@ -1,9 +1,10 @@
 #include "load/FileIdentity.h"
 
 #include <iterator>
+#include <memory>
 #include <string>
 
-#include <psapi.h>
+#include <winternl.h>
 
 namespace Kestrany::IdentityServices {
 namespace {
@@ -19,10 +20,30 @@ std::wstring PathOfObjectName(const std::wstring& name)
     return name.compare(0, length, drives) == 0 ? L"\\\\?\\" + name.substr(length) : L"\\\\?\\GLOBALROOT" + name;
 }
 
+/// The system's own question behind GetMappedFileNameW, which has room for a short path only.
+using QueryVirtualMemoryFunction = LONG(NTAPI*)(HANDLE process, const void* address, int information, void* buffer,
+                                                SIZE_T size, SIZE_T* needed);
+constexpr int mappedFileName = 2;
+
+QueryVirtualMemoryFunction FindQueryVirtualMemory()
+{
+    const HMODULE system = GetModuleHandleW(L"ntdll.dll");
+    const FARPROC function = system ? GetProcAddress(system, "NtQueryVirtualMemory") : nullptr;
+    return reinterpret_cast<QueryVirtualMemoryFunction>(reinterpret_cast<void*>(function));
+}
+
 std::wstring MappedFilePath(HMODULE module)
 {
-    std::wstring name(longestPath, L'\0');
-    name.resize(GetMappedFileNameW(GetCurrentProcess(), module, name.data(), longestPath));
+    struct MappedName
+    {
+        UNICODE_STRING name;
+        wchar_t text[longestPath];
+    };
+    const QueryVirtualMemoryFunction query = FindQueryVirtualMemory();
+    const auto mapped = std::make_unique<MappedName>();
+    if (!query || query(GetCurrentProcess(), module, mappedFileName, mapped.get(), sizeof *mapped, nullptr) < 0)
+        return {};
+    const std::wstring name(mapped->name.Buffer, mapped->name.Length / sizeof(wchar_t));
     return name.empty() ? name : PathOfObjectName(name);
 }
 

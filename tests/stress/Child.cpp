@@ -29,13 +29,6 @@ std::wstring CommandLine()
     return L"stress --gtest_filter=" + ToWide(test.test_suite_name()) + L'.' + ToWide(test.name());
 }
 
-std::wstring OwnExecutable()
-{
-    std::wstring path(MAX_PATH, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
-    return path;
-}
-
 Handle OutputFile(const fs::path& path)
 {
     SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
@@ -43,7 +36,7 @@ Handle OutputFile(const fs::path& path)
 }
 
 /// Wine answers an internal error now and then when the machine is busy; nothing has run then.
-PROCESS_INFORMATION Start(HANDLE output)
+PROCESS_INFORMATION Start(const fs::path& executable, HANDLE output)
 {
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
@@ -54,16 +47,16 @@ PROCESS_INFORMATION Start(HANDLE output)
     for (int attempt = 1; attempt <= 3; ++attempt)
     {
         std::wstring command = CommandLine();
-        if (CreateProcessW(OwnExecutable().c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                           &startup, &started))
+        if (CreateProcessW(executable.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+                           &started))
             return started;
     }
     throw std::runtime_error("cannot start a child process: error " + std::to_string(GetLastError()));
 }
 
-DWORD RunToItsEnd(HANDLE output)
+DWORD RunToItsEnd(const fs::path& executable, HANDLE output)
 {
-    const PROCESS_INFORMATION started = Start(output);
+    const PROCESS_INFORMATION started = Start(executable, output);
     const Handle process(started.hProcess);
     const Handle thread(started.hThread);
     if (WaitForSingleObject(process.get(), ChildTimeLimit) != WAIT_OBJECT_0)
@@ -78,6 +71,13 @@ DWORD RunToItsEnd(HANDLE output)
 
 } // namespace
 
+fs::path OwnExecutable()
+{
+    std::wstring path(MAX_PATH, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
+    return path;
+}
+
 std::optional<std::string> ChildInput()
 {
     const DWORD size = GetEnvironmentVariableW(InputVariable, nullptr, 0);
@@ -88,14 +88,14 @@ std::optional<std::string> ChildInput()
     return ToUtf8(value);
 }
 
-ChildOutcome RunChild(const std::string& input)
+ChildOutcome RunChild(const std::string& input, const fs::path& executable)
 {
     const fs::path outputPath = Surroundings().root / "child-output";
     fs::remove(AnswerFile());
     TakeEndReport();
     SetEnvironmentVariableW(InputVariable, ToWide(input).c_str());
     ChildOutcome outcome;
-    outcome.code = RunToItsEnd(OutputFile(outputPath).get());
+    outcome.code = RunToItsEnd(executable.empty() ? OwnExecutable() : executable, OutputFile(outputPath).get());
     SetEnvironmentVariableW(InputVariable, nullptr);
     outcome.passed = TakeEndReport() && outcome.code == 0;
     outcome.output = ReadFile(outputPath);

@@ -1,6 +1,7 @@
 #ifndef ORLINDEX_STRESS_CHILD_H
 #define ORLINDEX_STRESS_CHILD_H
 
+#include <filesystem>
 #include <optional>
 #include <string>
 
@@ -24,8 +25,11 @@ struct ChildOutcome
 std::optional<std::string> ChildInput();
 
 /// Runs the current test once more, in a process of its own, to try one input. A child that does not end counts as
-/// failed, and is ended.
-ChildOutcome RunChild(const std::string& input);
+/// failed, and is ended. `executable` is another copy of this program, installed elsewhere; by default it is this one.
+ChildOutcome RunChild(const std::string& input, const std::filesystem::path& executable = {});
+
+/// The program of this process.
+std::filesystem::path OwnExecutable();
 
 /// Of the child part; the last answer counts.
 void AnswerParent(const std::string& answer);

@@ -52,7 +52,6 @@ constexpr Row Failing[] = {
     {"GetModuleHandleW", {Null, ERROR_MOD_NOT_FOUND}},
     {"GetProcAddress", {Null, ERROR_PROC_NOT_FOUND}},
     {"IsWow64Process", {False, ERROR_ACCESS_DENIED}},
-    {"K32GetMappedFileNameW", {NoLength, ERROR_UNEXP_NET_ERR}},
     {"LoadLibraryExW", {Null, ERROR_MOD_NOT_FOUND}},
     {"LoadLibraryExW", {Null, ERROR_NOT_ENOUGH_MEMORY}},
     {"LoadLibraryW", {Null, ERROR_NOT_ENOUGH_MEMORY}},
