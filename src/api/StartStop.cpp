@@ -14,8 +14,8 @@ namespace {
 std::atomic<int> referenceCount = 0;
 std::atomic<IdServicesMgr*> instance = nullptr;
 
-/// Serialises the work of starting and stopping. There from the library's load on, so that no start lacks the memory for
-/// it, and never destroyed: a thread may still stop the library while the process ends.
+/// Serialises the work of starting and stopping. There from the library's load on, so that no start lacks the memory
+/// for it, and never destroyed: a thread may still stop the library while the process ends.
 std::mutex& libraryMutex = *new std::mutex;
 
 /// Takes back the count of a start that does not come to its end.

@@ -6,10 +6,16 @@
 
 #include <winternl.h>
 
+/// The system's own question behind GetMappedFileNameW, which has room for a short path only. In no header of user
+/// mode.
+extern "C" __declspec(dllimport) LONG NTAPI NtQueryVirtualMemory(HANDLE process, const void* address, int information,
+                                                                 void* buffer, SIZE_T size, SIZE_T* needed);
+
 namespace Kestrany::IdentityServices {
 namespace {
 
 constexpr DWORD longestPath = 32768; ///< UTF-16 units, with the zero.
+constexpr int mappedFileName = 2;    ///< The question's number.
 
 /// A name of the object manager, such as \Device\HarddiskVolume2\folder\file or \??\C:\folder\file, as a path that a
 /// file can be opened by.
@@ -20,18 +26,6 @@ std::wstring PathOfObjectName(const std::wstring& name)
     return name.compare(0, length, drives) == 0 ? L"\\\\?\\" + name.substr(length) : L"\\\\?\\GLOBALROOT" + name;
 }
 
-/// The system's own question behind GetMappedFileNameW, which has room for a short path only.
-using QueryVirtualMemoryFunction = LONG(NTAPI*)(HANDLE process, const void* address, int information, void* buffer,
-                                                SIZE_T size, SIZE_T* needed);
-constexpr int mappedFileName = 2;
-
-QueryVirtualMemoryFunction FindQueryVirtualMemory()
-{
-    const HMODULE system = GetModuleHandleW(L"ntdll.dll");
-    const FARPROC function = system ? GetProcAddress(system, "NtQueryVirtualMemory") : nullptr;
-    return reinterpret_cast<QueryVirtualMemoryFunction>(reinterpret_cast<void*>(function));
-}
-
 std::wstring MappedFilePath(HMODULE module)
 {
     struct MappedName
@@ -39,9 +33,8 @@ std::wstring MappedFilePath(HMODULE module)
         UNICODE_STRING name;
         wchar_t text[longestPath];
     };
-    const QueryVirtualMemoryFunction query = FindQueryVirtualMemory();
     const auto mapped = std::make_unique<MappedName>();
-    if (!query || query(GetCurrentProcess(), module, mappedFileName, mapped.get(), sizeof *mapped, nullptr) < 0)
+    if (NtQueryVirtualMemory(GetCurrentProcess(), module, mappedFileName, mapped.get(), sizeof *mapped, nullptr) < 0)
         return {};
     const std::wstring name(mapped->name.Buffer, mapped->name.Length / sizeof(wchar_t));
     return name.empty() ? name : PathOfObjectName(name);

@@ -56,6 +56,7 @@ constexpr Row Failing[] = {
     {"LoadLibraryExW", {Null, ERROR_NOT_ENOUGH_MEMORY}},
     {"LoadLibraryW", {Null, ERROR_NOT_ENOUGH_MEMORY}},
     {"MultiByteToWideChar", {NoLength, ERROR_NO_UNICODE_TRANSLATION}},
+    {"NtQueryVirtualMemory", Status(0xC000009A)}, // the system has no resources
     {"PathFileExistsW", {False, ERROR_ACCESS_DENIED}},
     {"ReadFile", {False, ERROR_READ_FAULT}},
     {"RegCloseKey", Status(ERROR_INVALID_HANDLE)},
