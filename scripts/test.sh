@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds and tests everything: scripts/test.sh [ctest arguments]
+# Builds and tests everything: scripts/test.sh [--long] [ctest arguments]
 #
 # Makes the machine ready (scripts/setup.sh), then runs
 #   - the static checks: format of the sources, shell scripts, clang-tidy over the library
@@ -11,14 +11,19 @@
 #
 # Arguments go to every run of ctest, such as -R for a part of the tests; the static checks are left out then.
 #
+# The stress tests (tests/stress) print what they did, as "count: <name> = <n>"; the sums stand above the last line.
+#
+#   --long    the long form of the stress tests (an hour), and the fuzzers, the benchmarks and the coverage
 #   --help    this text
 
 set -uo pipefail # without -e: what fails is counted, and the rest runs
 # shellcheck source=scripts/lib/common.sh
 . "$(dirname "$0")/lib/common.sh"
 
+long=
 case ${1:-} in
     --help | -h) usage "$0"; exit ;;
+    --long) long=yes; shift ;;
 esac
 
 # shellcheck source=scripts/lib/build.sh
@@ -36,6 +41,7 @@ finish()
         sed 's/^/  /' "$WINEPREFIX/silent-starts"
     fi
     wine_session_end
+    print_counts
     finish_results "$status"
     exit $?
 }
@@ -63,10 +69,37 @@ run_tests()
     shift 2
     say "== $name"
     rm -f "$report"
-    ctest --test-dir "$folder" -j "$jobs" --timeout 120 --output-on-failure "--no-tests=$no_tests" --output-junit "$report" \
+    ctest --test-dir "$folder" -j "$jobs" --timeout "$time_limit" --output-on-failure "--no-tests=$no_tests" --output-junit "$report" \
         "$@" </dev/null || status=$?
     count_tests "$name" "$status" "$report"
+    gather_counts "$folder/Testing/Temporary/LastTest.log"
 }
+
+# run_long SCRIPT: one of the long runs that are scripts of their own, where it is there.
+run_long()
+{
+    local log
+    [ -f "$root/scripts/$1.sh" ] || return 0
+    log=$(mktemp)
+    check "$1" logged "$log" bash "$root/scripts/$1.sh"
+    gather_counts "$log"
+    rm -f "$log"
+}
+
+# logged FILE COMMAND...: keeps the output in a file too.
+logged()
+{
+    local log=$1
+    shift
+    "$@" 2>&1 | tee "$log"
+}
+
+# Seconds that a test may take which sets no limit of its own.
+time_limit=120
+if [ -n "$long" ]; then
+    time_limit=600
+    export ORLINDEX_LONG=1
+fi
 
 # A run without tests is a mistake, unless a part was asked for that lies in the other run.
 no_tests=error
@@ -94,4 +127,10 @@ fi
 if attempt "Windows build" make_preset mingw-release "$root/build/release"; then
     wine_session_begin
     run_tests "Windows" "$root/build/release" "$@"
+fi
+if [ -n "$long" ]; then
+    say "== long runs"
+    for script in fuzz bench coverage; do
+        run_long "$script"
+    done
 fi

@@ -5,6 +5,7 @@
 passed=()
 failed=()
 skipped=()
+counts=()
 
 # attempt NAME COMMAND...: a step that tests need; counts where it fails, and shows its output then.
 attempt()
@@ -47,6 +48,24 @@ count_tests()
     if [ "$status" -ne 0 ] && [ ${#failed[@]} -eq "$before" ]; then
         failed+=("$name: ctest ended with $status")
     fi
+}
+
+# gather_counts FILE: adds the lines "count: <name> = <n>" of a run's output.
+gather_counts()
+{
+    local line
+    while IFS= read -r line; do
+        counts+=("$line")
+    done < <(sed -n 's/^\(count: .* = -\{0,1\}[0-9][0-9.]*\)\r\{0,1\}$/\1/p' "$1" 2>/dev/null)
+}
+
+# print_counts: each name once; tests that share a piece of work give parts of its sum.
+print_counts()
+{
+    [ ${#counts[@]} -ne 0 ] || return 0
+    say
+    printf '%s\n' "${counts[@]}" | awk -F ' = ' '{ sum[$1] += $2 } END { for (name in sum) print name " = " sum[name] }' |
+        sort
 }
 
 # finish_results STATUS: prints the summary, and answers 0 only when tests ran and none failed. A script that ended

@@ -1,6 +1,7 @@
 // Start and stop of the library: how the users of the one manager object are counted.
 
 #include <atomic>
+#include <memory>
 #include <mutex>
 
 #include "load/contract/ISSOClientModule.h"
@@ -13,13 +14,9 @@ namespace {
 std::atomic<int> referenceCount = 0;
 std::atomic<IdServicesMgr*> instance = nullptr;
 
-/// Serialises the work of starting and stopping. Never destroyed: a thread may still stop the library while the process
-/// ends.
-std::mutex& LibraryMutex()
-{
-    static std::mutex& mutex = *new std::mutex;
-    return mutex;
-}
+/// Serialises the work of starting and stopping. There from the library's load on, so that no start lacks the memory
+/// for it, and never destroyed: a thread may still stop the library while the process ends.
+std::mutex& libraryMutex = *new std::mutex;
 
 /// Takes back the count of a start that does not come to its end.
 class CountOfStart
@@ -66,7 +63,7 @@ IdErrorCode IdServicesMgr::Initialize()
 {
     if (++referenceCount > 1)
         return IdSuccess;
-    std::unique_lock<std::mutex> guard(LibraryMutex(), std::defer_lock);
+    std::unique_lock<std::mutex> guard(libraryMutex, std::defer_lock);
     CountOfStart start; // Taken back before the mutex is released, or a stop that waits for it would count below 0.
     guard.lock();
     if (instance)
@@ -76,15 +73,21 @@ IdErrorCode IdServicesMgr::Initialize()
     ISSOClientModule* clientModule = manager->GetSSOClientModule();
     if (!clientModule)
         return IdClientUnavailable;
+    struct Destroyer
+    {
+        void operator()(IdServicesMgr* created) const { delete created; }
+    };
+    // Made before the plugin begins its work: a start that fails for want of memory must not leave it begun.
+    std::unique_ptr<IdServicesMgr, Destroyer> created(new IdServicesMgr);
     clientModule->Initialize(false);
     manager->EnsureClientAfterInitialize();
-    instance = new IdServicesMgr;
+    instance = created.release();
     return start.Complete();
 }
 
 IdErrorCode IdServicesMgr::Uninitialize()
 {
-    const std::lock_guard<std::mutex> guard(LibraryMutex());
+    const std::lock_guard<std::mutex> guard(libraryMutex);
     if (referenceCount <= 0 || --referenceCount > 0)
         return IdSuccess;
     // The count is 0 now and stays so until another start counts; storing 0 at the end would lose that one.

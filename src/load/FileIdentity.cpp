@@ -1,14 +1,21 @@
 #include "load/FileIdentity.h"
 
 #include <iterator>
+#include <memory>
 #include <string>
 
-#include <psapi.h>
+#include <winternl.h>
+
+/// The system's own question behind GetMappedFileNameW, which has room for a short path only. In no header of user
+/// mode.
+extern "C" __declspec(dllimport) LONG NTAPI NtQueryVirtualMemory(HANDLE process, const void* address, int information,
+                                                                 void* buffer, SIZE_T size, SIZE_T* needed);
 
 namespace Kestrany::IdentityServices {
 namespace {
 
 constexpr DWORD longestPath = 32768; ///< UTF-16 units, with the zero.
+constexpr int mappedFileName = 2;    ///< The question's number.
 
 /// A name of the object manager, such as \Device\HarddiskVolume2\folder\file or \??\C:\folder\file, as a path that a
 /// file can be opened by.
@@ -21,8 +28,15 @@ std::wstring PathOfObjectName(const std::wstring& name)
 
 std::wstring MappedFilePath(HMODULE module)
 {
-    std::wstring name(longestPath, L'\0');
-    name.resize(GetMappedFileNameW(GetCurrentProcess(), module, name.data(), longestPath));
+    struct MappedName
+    {
+        UNICODE_STRING name;
+        wchar_t text[longestPath];
+    };
+    const auto mapped = std::make_unique<MappedName>();
+    if (NtQueryVirtualMemory(GetCurrentProcess(), module, mappedFileName, mapped.get(), sizeof *mapped, nullptr) < 0)
+        return {};
+    const std::wstring name(mapped->name.Buffer, mapped->name.Length / sizeof(wchar_t));
     return name.empty() ? name : PathOfObjectName(name);
 }
 

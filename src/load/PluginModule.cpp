@@ -1,6 +1,7 @@
 #include "load/PluginModule.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "base/Paths.h"
 #include "base/Wow64.h"
@@ -11,33 +12,42 @@ namespace {
 constexpr char factorySymbol[] = "?GetSSOClientFactory@@YAPEAVISSOClientFactory@IdentityServices@Kestrany@@XZ";
 constexpr char factorySymbolWow64[] = "?GetSSOClientFactory@@YAPAVISSOClientFactory@IdentityServices@Kestrany@@XZ";
 
-std::wstring CurrentDllDirectory()
+/// Nothing where one is set that cannot be read: the platform is told its own path limit. An empty text where none is
+/// set.
+std::optional<std::wstring> CurrentDllDirectory()
 {
-    const DWORD needed = GetDllDirectoryW(0, nullptr);
-    if (needed == 0)
-        return {};
-    // The platform is told its own path limit, so the buffer has at least that.
+    const DWORD needed = GetDllDirectoryW(0, nullptr); // With the zero.
+    if (needed <= 1)
+        return std::wstring();
     std::wstring directory(std::max<std::size_t>(needed + std::size_t{1}, MAX_PATH), L'\0');
-    GetDllDirectoryW(MAX_PATH, directory.data());
-    directory.resize(directory.find(L'\0'));
+    const DWORD length = GetDllDirectoryW(MAX_PATH, directory.data());
+    if (length == 0 || length >= MAX_PATH)
+        return std::nullopt;
+    directory.resize(length);
     return directory;
 }
 
-/// The library search directory, replaced for the length of a scope.
+/// The library search directory, replaced for the length of a scope. One that could not be put back stays: the module's
+/// own directory is searched without it too.
 class DllDirectoryScope
 {
 public:
     explicit DllDirectoryScope(const std::wstring& directory) : saved_(CurrentDllDirectory())
     {
-        SetDllDirectoryW(directory.c_str());
+        if (saved_)
+            SetDllDirectoryW(directory.c_str());
     }
     DllDirectoryScope(const DllDirectoryScope&) = delete;
     DllDirectoryScope& operator=(const DllDirectoryScope&) = delete;
     /// Where none was set before, an empty text, not null: it keeps the current directory out of the search order.
-    ~DllDirectoryScope() { SetDllDirectoryW(saved_.c_str()); }
+    ~DllDirectoryScope()
+    {
+        if (saved_)
+            SetDllDirectoryW(saved_->c_str());
+    }
 
 private:
-    std::wstring saved_;
+    std::optional<std::wstring> saved_;
 };
 
 /// One reference to a loaded module, given back at the end of a scope.

@@ -20,8 +20,10 @@ namespace {
 constexpr wchar_t RootVariable[] = L"ORLINDEX_TEST_ROOT";
 constexpr wchar_t PluginsVariable[] = L"ORLINDEX_TEST_PLUGINS";
 constexpr wchar_t SigningVariable[] = L"ORLINDEX_TEST_SIGNING";
-constexpr char EndReport[] = "ended"; // A file in the test's folder.
-constexpr DWORD TimeLimit = 60000;    // Milliseconds; a test takes well under one second.
+constexpr wchar_t LongFormVariable[] = L"ORLINDEX_LONG";
+constexpr char EndReport[] = "ended";    // A file in the test's folder.
+constexpr DWORD TimeLimit = 60000;       // Milliseconds; a test takes well under one second, but for some stress tests.
+constexpr DWORD LongTimeLimit = 7200000; // Of the long form of the stress tests.
 
 fs::path Executable()
 {
@@ -106,6 +108,11 @@ bool StartSuspended(const fs::path& executable, std::wstring command, const fs::
     }
 }
 
+DWORD TimeLimitOfForm()
+{
+    return EnvironmentVariable(LongFormVariable) == L"1" ? LongTimeLimit : TimeLimit;
+}
+
 DWORD RunToItsEnd(const fs::path& executable, const std::string& test, const fs::path& directory)
 {
     const std::wstring command =
@@ -119,9 +126,10 @@ DWORD RunToItsEnd(const fs::path& executable, const std::string& test, const fs:
     AssignProcessToJobObject(job.get(), process.get());
     ResumeThread(thread.get());
 
-    if (WaitForSingleObject(process.get(), TimeLimit) != WAIT_OBJECT_0)
+    const DWORD limit = TimeLimitOfForm();
+    if (WaitForSingleObject(process.get(), limit) != WAIT_OBJECT_0)
     {
-        std::printf("[  TIME   ] %s ran longer than %lu ms and was ended\n", test.c_str(), TimeLimit);
+        std::printf("[  TIME   ] %s ran longer than %lu ms and was ended\n", test.c_str(), limit);
         TerminateProcess(process.get(), 1);
         WaitForSingleObject(process.get(), INFINITE); // Its files cannot be removed before.
     }
@@ -145,6 +153,11 @@ HostSurroundings Surroundings()
 void ReportEnd()
 {
     WriteFile(Surroundings().root / EndReport, {});
+}
+
+bool TakeEndReport()
+{
+    return fs::remove(Surroundings().root / EndReport);
 }
 
 bool RunTestAsHost(const std::string& suite, const std::string& name)

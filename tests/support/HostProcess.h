@@ -24,6 +24,9 @@ HostSurroundings Surroundings();
 /// code.
 void ReportEnd();
 
+/// Whether a process of this test reported its end. Takes the report away.
+bool TakeEndReport();
+
 /// Runs one test in a process of its own, from a folder of its own that holds a copy of this executable and of the
 /// library, as a host is installed. The folder and the installer's registry key are gone afterwards, however the test
 /// ended. A suite whose name starts with `Machine` runs while no other does. Answers whether the test passed.

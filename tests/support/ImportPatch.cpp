@@ -29,8 +29,9 @@ private:
     unsigned char* base_;
 };
 
-void FindEntries(const ModuleImage& image, const IMAGE_IMPORT_DESCRIPTOR& library, const char* function,
-                 std::vector<AnyFunction*>& entries)
+/// Calls `visit` with the name and the entry of each function imported by name from one library.
+template <typename Visit>
+void ForEachFunction(const ModuleImage& image, const IMAGE_IMPORT_DESCRIPTOR& library, Visit&& visit)
 {
     const auto* name = image.At<const IMAGE_THUNK_DATA>(library.OriginalFirstThunk);
     auto* entry = image.At<AnyFunction>(library.FirstThunk);
@@ -39,9 +40,16 @@ void FindEntries(const ModuleImage& image, const IMAGE_IMPORT_DESCRIPTOR& librar
         if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal))
             continue;
         const auto* import = image.At<const IMAGE_IMPORT_BY_NAME>(static_cast<DWORD>(name->u1.AddressOfData));
-        if (std::strcmp(reinterpret_cast<const char*>(import->Name), function) == 0)
-            entries.push_back(entry);
+        visit(reinterpret_cast<const char*>(import->Name), entry);
     }
+}
+
+template <typename Visit>
+void ForEachImport(HMODULE module, Visit&& visit)
+{
+    const ModuleImage image(module);
+    for (const IMAGE_IMPORT_DESCRIPTOR* library = image.Imports(); library->Name != 0; ++library)
+        ForEachFunction(image, *library, visit);
 }
 
 void Write(AnyFunction* entry, AnyFunction function)
@@ -54,11 +62,19 @@ void Write(AnyFunction* entry, AnyFunction function)
 
 } // namespace
 
+std::set<std::string> ImportedFunctions(HMODULE module)
+{
+    std::set<std::string> names;
+    ForEachImport(module, [&names](const char* name, AnyFunction* /*entry*/) { names.insert(name); });
+    return names;
+}
+
 ImportPatch::ImportPatch(HMODULE module, const char* function, AnyFunction replacement)
 {
-    const ModuleImage image(module);
-    for (const IMAGE_IMPORT_DESCRIPTOR* library = image.Imports(); library->Name != 0; ++library)
-        FindEntries(image, *library, function, entries_);
+    ForEachImport(module, [&](const char* name, AnyFunction* entry) {
+        if (std::strcmp(name, function) == 0)
+            entries_.push_back(entry);
+    });
     if (entries_.empty())
         throw std::runtime_error(std::string("the module does not import ") + function);
     original_ = *entries_.front();

@@ -2,7 +2,9 @@
 #define ORLINDEX_SUPPORT_IMPORTPATCH_H
 
 #include <functional>
+#include <set>
 #include <stdexcept>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -11,6 +13,9 @@
 namespace OrlindexTest {
 
 using AnyFunction = void (*)();
+
+/// Names of the functions that a module imports by name, each once.
+std::set<std::string> ImportedFunctions(HMODULE module);
 
 /// Puts a function in the place of one that a module imports, and the original back on destruction. Found by name, from
 /// whatever library it comes.

@@ -1,0 +1,17 @@
+#ifndef ORLINDEX_STRESS_AFTERMATH_H
+#define ORLINDEX_STRESS_AFTERMATH_H
+
+#include <chrono>
+#include <functional>
+
+namespace OrlindexTest {
+
+/// Whether a task ends in time on a thread of its own. Where it does not, that thread stays behind.
+bool EndsInTime(const std::function<void()>& task, std::chrono::seconds limit = std::chrono::seconds(10));
+
+/// Expects that no lock of the library is held: another thread starts the library, makes a call, and stops it.
+void ExpectLocksAreFree();
+
+} // namespace OrlindexTest
+
+#endif

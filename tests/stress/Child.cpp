@@ -1,0 +1,112 @@
+#include "Child.h"
+
+#include <filesystem>
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
+#include "support/Handle.h"
+#include "support/HostProcess.h"
+#include "support/Text.h"
+
+namespace OrlindexTest {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr wchar_t InputVariable[] = L"ORLINDEX_STRESS_INPUT";
+constexpr DWORD ChildTimeLimit = 30000; // Milliseconds; a child takes half a second.
+
+fs::path AnswerFile()
+{
+    return Surroundings().root / "answer";
+}
+
+std::wstring CommandLine()
+{
+    const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
+    return L"stress --gtest_filter=" + ToWide(test.test_suite_name()) + L'.' + ToWide(test.name());
+}
+
+Handle OutputFile(const fs::path& path)
+{
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    return Handle(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, 0, nullptr));
+}
+
+/// Wine answers an internal error now and then when the machine is busy; nothing has run then.
+PROCESS_INFORMATION Start(const fs::path& executable, HANDLE output)
+{
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = output;
+    startup.hStdError = output;
+    PROCESS_INFORMATION started{};
+    for (int attempt = 1; attempt <= 3; ++attempt)
+    {
+        std::wstring command = CommandLine();
+        if (CreateProcessW(executable.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+                           &started))
+            return started;
+    }
+    throw std::runtime_error("cannot start a child process: error " + std::to_string(GetLastError()));
+}
+
+DWORD RunToItsEnd(const fs::path& executable, HANDLE output)
+{
+    const PROCESS_INFORMATION started = Start(executable, output);
+    const Handle process(started.hProcess);
+    const Handle thread(started.hThread);
+    if (WaitForSingleObject(process.get(), ChildTimeLimit) != WAIT_OBJECT_0)
+    {
+        TerminateProcess(process.get(), WAIT_TIMEOUT);
+        WaitForSingleObject(process.get(), INFINITE);
+    }
+    DWORD code = 1;
+    GetExitCodeProcess(process.get(), &code);
+    return code;
+}
+
+} // namespace
+
+fs::path OwnExecutable()
+{
+    std::wstring path(MAX_PATH, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
+    return path;
+}
+
+std::optional<std::string> ChildInput()
+{
+    const DWORD size = GetEnvironmentVariableW(InputVariable, nullptr, 0);
+    if (size == 0)
+        return std::nullopt;
+    std::wstring value(size, L'\0');
+    value.resize(GetEnvironmentVariableW(InputVariable, value.data(), size));
+    return ToUtf8(value);
+}
+
+ChildOutcome RunChild(const std::string& input, const fs::path& executable)
+{
+    const fs::path outputPath = Surroundings().root / "child-output";
+    fs::remove(AnswerFile());
+    TakeEndReport();
+    SetEnvironmentVariableW(InputVariable, ToWide(input).c_str());
+    ChildOutcome outcome;
+    outcome.code = RunToItsEnd(executable.empty() ? OwnExecutable() : executable, OutputFile(outputPath).get());
+    SetEnvironmentVariableW(InputVariable, nullptr);
+    outcome.passed = TakeEndReport() && outcome.code == 0;
+    outcome.output = ReadFile(outputPath);
+    if (fs::exists(AnswerFile()))
+        outcome.answer = ReadFile(AnswerFile());
+    return outcome;
+}
+
+void AnswerParent(const std::string& answer)
+{
+    WriteFile(AnswerFile(), answer);
+}
+
+} // namespace OrlindexTest

@@ -1,0 +1,311 @@
+// Every allocation of the library fails once, from the start over forwarding, texts and events to the stop, each in a
+// process of its own; and all allocations from one on.
+
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <optional>
+#include <sstream>
+#include <system_error>
+
+#include "Aftermath.h"
+#include "Child.h"
+#include "Effort.h"
+#include "ImportHooks.h"
+#include "orlindex/IObserver.h"
+#include "orlindex/SSOClientPrivate.h"
+#include "orlindex/talix.h"
+#include "support/HostTest.h"
+
+namespace OrlindexTest {
+
+using namespace Kestrany::IdentityServices;
+using testing::AnyOf;
+using testing::Eq;
+
+namespace {
+
+const std::vector<std::string> Allocators = {"malloc", "calloc", "realloc"};
+constexpr FailingAnswer NoMemory = {0, ERROR_NOT_ENOUGH_MEMORY};
+
+constexpr wchar_t Token[] = L"a token with \u00DC and a length that no short text has";
+constexpr wchar_t SessionAddress[] = L"https://address.invalid/?with=a+text+that+is+long+enough";
+
+int eventsReceived = 0;
+
+void TALIX_CALL Receive(std::int32_t /*code*/, std::int32_t /*status*/, void* /*value*/)
+{
+    ++eventsReceived;
+}
+
+void WriteText(const CallArguments& arguments, std::size_t buffer, const wchar_t* text)
+{
+    std::wcscpy(arguments.Pointer<wchar_t>(buffer), text);
+}
+
+/// Whether this many allocations are made to fail, from which one on.
+struct MemoryFault
+{
+    bool onwards;
+    int first;
+};
+
+std::string ToText(const MemoryFault& fault)
+{
+    return std::to_string(fault.onwards) + ' ' + std::to_string(fault.first);
+}
+
+MemoryFault ToMemoryFault(const std::string& text)
+{
+    MemoryFault fault{};
+    std::istringstream(text) >> fault.onwards >> fault.first;
+    return fault;
+}
+
+} // namespace
+
+class MemoryFaultSweep : public HostTest
+{
+protected:
+    static constexpr int Shares = 4;
+
+    /// The parent part of one share of the work.
+    void Sweep(const std::string& name, int share, int denseUpTo, int pointsAfter)
+    {
+        site.Install();
+        const ChildOutcome counting = RunChild(ToText({false, 0}));
+        ASSERT_TRUE(counting.passed) << counting.output;
+        const int allocations = std::stoi(counting.answer);
+        ASSERT_GT(allocations, 100);
+        const int dense = LongForm() ? allocations : denseUpTo;
+        const int stride = std::max(1, (allocations - dense) / pointsAfter);
+        int points = 0;
+        int index = 0;
+        for (int first = 1; first <= allocations; first += first < dense ? 1 : stride)
+        {
+            if (index++ % Shares != share)
+                continue;
+            for (const bool onwards : {false, true})
+            {
+                if (onwards && !LongForm() && index % 5 != 0)
+                    continue;
+                const std::string fault = ToText({onwards, first});
+                const ChildOutcome outcome = RunChild(fault);
+                EXPECT_TRUE(outcome.passed) << "with the fault " << fault << ", exit code " << outcome.code << '\n'
+                                            << outcome.output;
+                ++points;
+            }
+        }
+        if (share == 0)
+            PrintCount("allocations, " + name, allocations);
+        PrintCount("memory fault points, " + name, points);
+    }
+
+    /// The child part: runs `use` with the fault.
+    void Try(const std::string& input, const std::function<void()>& use)
+    {
+        PrepareAnswers();
+        const MemoryFault fault = ToMemoryFault(input);
+        {
+            ImportHooks hooks;
+            ThrowOnce(hooks);
+            hooks.Fail(Allocators, fault.first, NoMemory, fault.onwards ? ImportHooks::AllLater : 1);
+            use();
+            AnswerParent(std::to_string(hooks.Matched()));
+            hooks.Fail({}, 0, NoMemory, 0);
+        }
+        ExpectLocksAreFree();
+        ExpectAnotherStartBalances();
+    }
+
+private:
+    /// The compiler's runtime allocates what a thread needs for exceptions with the first one, and ends the process
+    /// where even that fails. So the library throws its first one beforehand.
+    static void ThrowOnce(ImportHooks& hooks)
+    {
+        hooks.Fail(Allocators, 1, NoMemory, 2);
+        EXPECT_THROW(ProductConfig(), std::bad_alloc);
+    }
+
+    void PrepareAnswers()
+    {
+        PluginControl& plugin = plugin_.emplace(site.PluginFile());
+        plugin.OnCall(Client, 6, [](const CallArguments& arguments) { WriteText(arguments, 0, Token); });
+        plugin.OnCall(Client, 4, [](const CallArguments& arguments) { WriteText(arguments, 2, SessionAddress); });
+        plugin.OnCall(Client, 17,
+                      [this](const CallArguments& arguments) { observer_ = arguments.Pointer<IObserver>(0); });
+        plugin.OnCall(Client, 25, [this](const CallArguments&) {
+            if (observer_ != nullptr)
+                observer_->OnLoggedIn(1000);
+        });
+        plugin.Answer(Client, 34, 1);
+        settingsPath_ = L"C:\\a path of the plugin's settings that is long enough";
+        plugin.Answer(Private, 4, static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(settingsPath_.c_str())));
+    }
+
+    /// What the plugin's module was told to start it was also told to stop.
+    void ExpectAnotherStartBalances()
+    {
+        const talix_status_code result = talix_init();
+        EXPECT_THAT(result, AnyOf(IdSuccess, IdClientUnavailable));
+        if (result == IdSuccess)
+        {
+            EXPECT_EQ(talix_deinit(), IdSuccess);
+        }
+        EXPECT_FALSE(IdServicesMgr::IsInitialized());
+        int starts = 0;
+        int stops = 0;
+        for (const std::string& call : plugin_->Calls(Module))
+        {
+            starts += call.find(" 1 (") != std::string::npos;
+            stops += call.find(" 3 (") != std::string::npos;
+        }
+        EXPECT_EQ(starts, stops) << "of the plugin's module";
+    }
+
+    std::optional<PluginControl> plugin_;
+    std::wstring settingsPath_;
+    IObserver* observer_ = nullptr;
+};
+
+class MemoryFaults : public MemoryFaultSweep, public testing::WithParamInterface<int>
+{
+};
+
+namespace {
+
+void UseFlatTexts()
+{
+    char text[256] = "untouched";
+    talix_buffer buffer{text, sizeof text};
+    const talix_status_code token = talix_get_token(&buffer);
+    EXPECT_THAT(token, AnyOf(IdSuccess, IdFailed));
+    EXPECT_EQ(text, token == IdSuccess ? ToUtf8(Token) : "untouched");
+
+    std::strcpy(text, "untouched");
+    const talix_status_code address = talix_get_session_uri("https://host.invalid/a/path/that/is/long", 0, &buffer);
+    EXPECT_THAT(address, AnyOf(IdSuccess, IdFailed));
+    EXPECT_EQ(text, address == IdSuccess ? ToUtf8(SessionAddress) : "untouched");
+
+    char server[64];
+    char sdk[64];
+    talix_versions versions{server, sizeof server, sdk, sizeof sdk};
+    const talix_status_code version = talix_get_versions(&versions);
+    EXPECT_THAT(version, AnyOf(IdSuccess, IdFailed));
+    if (version == IdSuccess)
+    {
+        EXPECT_STREQ(sdk, "1.11.13.3");
+    }
+}
+
+void UseFlatConfiguration()
+{
+    const talix_product_config config = talix_create_product_config("a client ID of some length", "openid profile");
+    if (config == nullptr)
+        return;
+    talix_set_product_line_name(config, "a product line with a name of some length");
+    EXPECT_EQ(talix_set_product_config(TALIX_SERVER_PRODUCTION, config), IdSuccess);
+}
+
+void UseFlatEvents()
+{
+    eventsReceived = 0;
+    const talix_status_code added = talix_add_event_callback(&Receive, nullptr);
+    EXPECT_THAT(added, AnyOf(IdSuccess, IdFailed));
+    EXPECT_EQ(talix_dispatch_events(), IdSuccess);
+    EXPECT_EQ(eventsReceived, added == IdSuccess ? 1 : 0);
+    EXPECT_EQ(talix_remove_event_callback(&Receive), IdSuccess);
+}
+
+void UseFlatInterface()
+{
+    const talix_status_code started = talix_init();
+    EXPECT_THAT(started, AnyOf(IdSuccess, IdClientUnavailable, IdFailed));
+    EXPECT_EQ(started == IdSuccess, IdServicesMgr::IsInitialized());
+    if (started != IdSuccess)
+        return;
+    EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 1);
+    UseFlatTexts();
+    UseFlatConfiguration();
+    UseFlatEvents();
+    EXPECT_EQ(talix_clear_proxy_info(), IdSuccess);
+    EXPECT_EQ(talix_deinit(), IdSuccess);
+}
+
+/// Runs a step; std::bad_alloc alone may come out of it. Answers whether it came to its end.
+template <typename Step>
+bool Survives(Step&& step)
+{
+    try
+    {
+        step();
+        return true;
+    }
+    catch (const std::bad_alloc&)
+    {
+        return false;
+    }
+}
+
+void UseClasses()
+{
+    std::optional<IdErrorCode> started;
+    Survives([&started]() {
+        try
+        {
+            started = IdServicesMgr::Initialize();
+        }
+        catch (const std::system_error& error)
+        {
+            EXPECT_EQ(error.code().value(), ENOMEM) << "the library's mutex cannot be locked";
+        }
+    });
+    EXPECT_EQ(started == IdSuccess, IdServicesMgr::IsInitialized());
+    if (started != IdSuccess)
+    {
+        EXPECT_THAT(started, AnyOf(Eq(std::nullopt), Eq(IdClientUnavailable)));
+        return;
+    }
+    IdServicesMgr& services = *IdServicesMgr::GetInstance();
+    Survives([]() {
+        std::wstring text = L"%ExePath%\\a folder and a file with a long name.txt";
+        EXPECT_TRUE(SSOClientPrivate::ExpandPathVariables(text));
+        EXPECT_EQ(text.find(L'%'), std::wstring::npos);
+    });
+    Survives([]() {
+        EXPECT_EQ(SSOClientPrivate::GetSettingsPath(), L"C:\\a path of the plugin's settings that is long enough");
+    });
+    Survives([]() { SSOClientPrivate::GetLogFile(); });
+    Survives([&services]() {
+        ProductConfig config;
+        config.SetOAuth2ClientID("a client ID of some length");
+        const ProductConfig copy(config);
+        EXPECT_EQ(services.SetProductConfig(TALIX_SERVER_PRODUCTION, copy), IdSuccess);
+        EXPECT_EQ(services.GetProductConfig(TALIX_SERVER_PRODUCTION, config), IdSuccess);
+    });
+    wchar_t token[128] = {};
+    EXPECT_EQ(services.GetOAuth2AccessToken(token, 128, false), IdSuccess);
+    EXPECT_STREQ(token, Token);
+    EXPECT_EQ(services.DispatchEvent(), IdSuccess);
+    EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+}
+
+} // namespace
+
+TEST_P(MemoryFaults, TheFlatInterfaceAnswersItsCodes)
+{
+    if (const auto input = ChildInput())
+        return Try(*input, &UseFlatInterface);
+    Sweep("flat interface", GetParam(), 150, 40);
+}
+
+TEST_P(MemoryFaults, TheClassesAnswerTheirCodesOrThrowBadAlloc)
+{
+    if (const auto input = ChildInput())
+        return Try(*input, &UseClasses);
+    Sweep("classes", GetParam(), 20, 60);
+}
+
+INSTANTIATE_TEST_SUITE_P(Share, MemoryFaults, testing::Range(0, 4));
+
+} // namespace OrlindexTest

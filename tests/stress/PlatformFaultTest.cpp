@@ -1,0 +1,233 @@
+// Every platform function that a start calls fails once, at each of its calls in turn, in a process of its own.
+
+#include <sstream>
+
+#include "Aftermath.h"
+#include "Child.h"
+#include "Effort.h"
+#include "PlatformFunctions.h"
+#include "orlindex/talix.h"
+#include "support/HostTest.h"
+#include "support/MachineKey.h"
+
+namespace OrlindexTest {
+
+using testing::AnyOf;
+using testing::Contains;
+using testing::Each;
+using testing::Eq;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace {
+
+/// One call of one function that fails in one way.
+struct FaultPoint
+{
+    std::string function;
+    std::size_t way;
+    int call;
+};
+
+std::string ToText(const FaultPoint& point)
+{
+    return point.function + ' ' + std::to_string(point.way) + ' ' + std::to_string(point.call);
+}
+
+FaultPoint ToFaultPoint(const std::string& text)
+{
+    FaultPoint point;
+    std::istringstream(text) >> point.function >> point.way >> point.call;
+    return point;
+}
+
+/// The first question for the host's directory, whose failure looks as if none were set, and the call that puts it
+/// back.
+bool CostsTheHostsDirectory(const FaultPoint& point)
+{
+    return (point.function == "GetDllDirectoryW" && point.call == 1) ||
+           (point.function == "SetDllDirectoryW" && point.call == 2);
+}
+
+constexpr char CleanStart[] = "a start without faults";
+constexpr char Reached[] = "reached";
+
+std::wstring DllDirectory()
+{
+    std::wstring directory(MAX_PATH, L'\0');
+    directory.resize(GetDllDirectoryW(MAX_PATH, directory.data()));
+    return directory;
+}
+
+std::vector<std::string> Lines(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+} // namespace
+
+class PlatformFaultSweep : public HostTest
+{
+protected:
+    /// Sweeps over the functions that this kind of start calls, and that `chosen` takes.
+    void Sweep(const std::string& name, const std::function<bool(const std::string&)>& chosen)
+    {
+        const ChildOutcome start = RunChild(CleanStart);
+        ASSERT_TRUE(start.passed) << start.output;
+        int functions = 0;
+        for (const std::string& function : Lines(start.answer))
+        {
+            EXPECT_TRUE(CannotFail(function) || !FailingAnswers(function).empty())
+                << "how does " << function << " fail? The table of platform functions does not say";
+            if (CannotFail(function) || !chosen(function))
+                continue;
+            ++functions;
+            for (std::size_t way = 0; way < FailingAnswers(function).size(); ++way)
+                SweepCalls(function, way);
+            EXPECT_TRUE(RunChild(CleanStart).passed) << "the start after the faults of " << function;
+        }
+        EXPECT_GT(points_, 0);
+        PrintCount("platform functions failed, " + name, functions);
+        PrintCount("platform fault points, " + name, points_);
+    }
+
+    /// The child part.
+    void Try(const std::string& input)
+    {
+        SetDllDirectoryW(hostsDirectory_.c_str());
+        if (input == CleanStart)
+            StartWithoutFaults();
+        else
+            StartWithFault(ToFaultPoint(input));
+    }
+
+    /// Whether the start must be refused whatever happens.
+    bool refused = false;
+
+private:
+    void SweepCalls(const std::string& function, std::size_t way)
+    {
+        const int last = ShortOrLong(refused ? 1 : 3, 100000);
+        for (int call = 1; call <= last; ++call)
+        {
+            const std::string point = ToText({function, way, call});
+            const ChildOutcome outcome = RunChild(point);
+            EXPECT_TRUE(outcome.passed) << "with the fault " << point << ", exit code " << outcome.code << '\n'
+                                        << outcome.output;
+            if (outcome.passed && outcome.answer != Reached)
+                return;
+            ++points_;
+        }
+    }
+
+    void StartWithoutFaults()
+    {
+        std::ostringstream called;
+        {
+            const ImportHooks hooks;
+            EXPECT_EQ(talix_init(), refused ? IdClientUnavailable : IdSuccess);
+            for (const std::string& function : hooks.Called())
+                called << function << '\n';
+        }
+        AnswerParent(called.str());
+        ExpectCleanAftermath();
+    }
+
+    void StartWithFault(const FaultPoint& point)
+    {
+        talix_status_code result = IdSuccess;
+        {
+            ImportHooks hooks;
+            hooks.Fail({point.function}, point.call, FailingAnswers(point.function).at(point.way));
+            result = talix_init();
+            EXPECT_THAT(hooks.Books().Held(), AnyOf(IsEmpty(), testing::ElementsAre("LoadLibraryW")))
+                << "the plugin module alone may stay";
+            AnswerParent(hooks.Failed() ? Reached : "");
+        }
+        EXPECT_THAT(result, AnyOf(IdSuccess, IdClientUnavailable));
+        EXPECT_EQ(result == IdSuccess, IdServicesMgr::IsInitialized());
+        ExpectCleanAftermath(CostsTheHostsDirectory(point));
+    }
+
+    void ExpectCleanAftermath(bool directoryMayStay = false)
+    {
+        if (refused)
+        {
+            EXPECT_FALSE(IdServicesMgr::IsInitialized());
+            EXPECT_FALSE(IsLoaded(site.PluginFile())) << "a refused module is never loaded";
+        }
+        if (!directoryMayStay)
+        {
+            EXPECT_EQ(DllDirectory(), hostsDirectory_) << "the host's own";
+        }
+        ExpectLocksAreFree();
+        if (!IdServicesMgr::IsInitialized())
+            return;
+        EXPECT_EQ(talix_clear_proxy_info(), IdSuccess);
+        EXPECT_EQ(talix_deinit(), IdSuccess);
+        EXPECT_FALSE(IdServicesMgr::IsInitialized());
+    }
+
+    const std::wstring hostsDirectory_ = site.MakeFolder("hosts-libraries").native();
+    int points_ = 0;
+};
+
+/// Several tests share the work, so that they can run side by side.
+class PlatformFaults : public PlatformFaultSweep, public testing::WithParamInterface<int>
+{
+protected:
+    static constexpr int Shares = 4;
+
+    /// The functions are dealt out by their names.
+    static bool IsOfThisShare(const std::string& function)
+    {
+        unsigned sum = 0;
+        for (const char character : function)
+            sum = sum * 31 + static_cast<unsigned char>(character);
+        return static_cast<int>(sum % Shares) == GetParam();
+    }
+};
+
+TEST_P(PlatformFaults, AGoodStartSucceedsOrAnswersItsCode)
+{
+    if (const auto input = ChildInput())
+        return Try(*input);
+    site.Install();
+    Sweep("good start", &IsOfThisShare);
+}
+
+TEST_P(PlatformFaults, ARefusedModuleStaysRefused)
+{
+    refused = true;
+    if (const auto input = ChildInput())
+        return Try(*input);
+    site.Install("stranger");
+    Sweep("refused module", &IsOfThisShare);
+}
+
+INSTANTIATE_TEST_SUITE_P(Share, PlatformFaults, testing::Range(0, 4));
+
+class MachinePlatformFaults : public PlatformFaultSweep
+{
+};
+
+TEST_F(MachinePlatformFaults, AStartFromTheRegistrySucceedsOrAnswersItsCode)
+{
+    if (const auto input = ChildInput())
+        return Try(*input);
+    const MachineKey key;
+    key.AddVersion(L"1.10.0", site.ServerFolder().native());
+    key.AddVersion(L"1.9.0", site.HostFolder().native());
+    site.Install();
+    site.WriteClientConfig(R"({"ssoServer": {"searchPaths": "%AppData%\\nothing;%ProgramFiles%"}})");
+    Sweep("start from the registry", [](const std::string& function) {
+        return function.compare(0, 3, "Reg") == 0 || function.compare(0, 2, "SH") == 0 ||
+               function == "WideCharToMultiByte" || function == "MultiByteToWideChar";
+    });
+}
+
+} // namespace OrlindexTest

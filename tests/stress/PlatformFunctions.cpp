@@ -1,0 +1,110 @@
+#include "PlatformFunctions.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+
+#include <windows.h>
+
+namespace OrlindexTest {
+
+namespace {
+
+// By convention: what a function of that kind answers when it fails.
+
+constexpr Word False = 0;
+constexpr Word Null = 0;
+constexpr Word NoLength = 0;
+constexpr Word InvalidHandle = ~Word{0};
+constexpr Word EndOfFile = 0xFFFFFFFF;
+constexpr Word EndOfWideFile = 0xFFFF;
+constexpr Word NoAttributes = 0xFFFFFFFF;
+constexpr Word EmptyName = 1; ///< The length of a certificate's name, with its zero.
+
+/// Functions whose result is the error itself.
+constexpr FailingAnswer Status(DWORD code)
+{
+    return {code, ERROR_SUCCESS};
+}
+
+struct Row
+{
+    const char* function;
+    FailingAnswer answer;
+};
+
+constexpr Row Failing[] = {
+    {"AllocateAndInitializeSid", {False, ERROR_NOT_ENOUGH_MEMORY}},
+    {"CertGetNameStringA", {EmptyName, ERROR_SUCCESS}},
+    {"CheckTokenMembership", {False, ERROR_ACCESS_DENIED}},
+    {"CloseHandle", {False, ERROR_INVALID_HANDLE}},
+    {"CreateFileW", {InvalidHandle, ERROR_ACCESS_DENIED}},
+    {"CreateFileW", {InvalidHandle, ERROR_TOO_MANY_OPEN_FILES}},
+    {"CryptHashCertificate2", {False, static_cast<DWORD>(NTE_BAD_ALGID)}},
+    {"FormatMessageW", {NoLength, ERROR_MR_MID_NOT_FOUND}},
+    {"FreeLibrary", {False, ERROR_INVALID_HANDLE}},
+    {"GetDllDirectoryW", {NoLength, ERROR_NOT_ENOUGH_MEMORY}},
+    {"GetFileAttributesExW", {False, ERROR_ACCESS_DENIED}},
+    {"GetFileAttributesW", {NoAttributes, ERROR_ACCESS_DENIED}},
+    {"GetFileInformationByHandle", {False, ERROR_INVALID_FUNCTION}},
+    {"GetFileSizeEx", {False, ERROR_INVALID_FUNCTION}},
+    {"GetModuleFileNameW", {NoLength, ERROR_MOD_NOT_FOUND}},
+    {"GetModuleHandleW", {Null, ERROR_MOD_NOT_FOUND}},
+    {"GetProcAddress", {Null, ERROR_PROC_NOT_FOUND}},
+    {"IsWow64Process", {False, ERROR_ACCESS_DENIED}},
+    {"LoadLibraryExW", {Null, ERROR_MOD_NOT_FOUND}},
+    {"LoadLibraryExW", {Null, ERROR_NOT_ENOUGH_MEMORY}},
+    {"LoadLibraryW", {Null, ERROR_NOT_ENOUGH_MEMORY}},
+    {"MultiByteToWideChar", {NoLength, ERROR_NO_UNICODE_TRANSLATION}},
+    {"NtQueryVirtualMemory", Status(0xC000009A)}, // the system has no resources
+    {"PathFileExistsW", {False, ERROR_ACCESS_DENIED}},
+    {"ReadFile", {False, ERROR_READ_FAULT}},
+    {"RegCloseKey", Status(ERROR_INVALID_HANDLE)},
+    {"RegEnumKeyExW", Status(ERROR_MORE_DATA)},
+    {"RegEnumKeyExW", Status(ERROR_KEY_DELETED)},
+    {"RegOpenKeyExW", Status(ERROR_ACCESS_DENIED)},
+    {"RegQueryInfoKeyW", Status(ERROR_KEY_DELETED)},
+    {"RegQueryValueExW", Status(ERROR_MORE_DATA)},
+    {"RegQueryValueExW", Status(ERROR_OUTOFMEMORY)},
+    {"SetDllDirectoryW", {False, ERROR_NOT_ENOUGH_MEMORY}},
+    {"SHGetKnownFolderPath", Status(static_cast<DWORD>(E_FAIL))},
+    {"WTHelperGetProvCertFromChain", {Null, ERROR_SUCCESS}},
+    {"WTHelperGetProvSignerFromChain", {Null, ERROR_SUCCESS}},
+    {"WTHelperProvDataFromStateData", {Null, ERROR_SUCCESS}},
+    {"WideCharToMultiByte", {NoLength, ERROR_NO_UNICODE_TRANSLATION}},
+    {"WinVerifyTrust", Status(static_cast<DWORD>(TRUST_E_FAIL))},
+    {"WinVerifyTrust", Status(static_cast<DWORD>(E_OUTOFMEMORY))},
+    {"_fileno", {EndOfFile, ERROR_SUCCESS}},
+    {"_write", {EndOfFile, ERROR_SUCCESS}},
+    {"fflush", {EndOfFile, ERROR_DISK_FULL}},
+    {"putwc", {EndOfWideFile, ERROR_NO_UNICODE_TRANSLATION}},
+};
+
+constexpr const char* Infallible[] = {
+    // They wait, answer what this process is, or give something back and answer nothing.
+    "CoTaskMemFree", "EnterCriticalSection", "FreeSid", "GetCurrentProcess", "GetCurrentProcessId",
+    "GetCurrentThreadId", "GetLastError", "LeaveCriticalSection", "LocalFree", "SetLastError", "Sleep",
+    // Runtime: memory that is there, texts, classes of characters, the runtime's own locks and data.
+    "___lc_codepage_func", "___mb_cur_max_func", "__iob_func", "_errno", "_lock", "_unlock", "clearerr", "ferror",
+    "free", "islower", "isspace", "isupper", "iswctype", "localeconv", "memchr", "memcmp", "memcpy", "memmove",
+    "memset", "strchr", "strcmp", "strlen", "strncmp", "towlower", "towupper", "wcslen",
+    // These have a sweep of their own.
+    "calloc", "malloc", "realloc"};
+
+} // namespace
+
+std::vector<FailingAnswer> FailingAnswers(const std::string& function)
+{
+    std::vector<FailingAnswer> answers;
+    for (const Row& row : Failing)
+        if (function == row.function)
+            answers.push_back(row.answer);
+    return answers;
+}
+
+bool CannotFail(const std::string& function)
+{
+    return std::find(std::begin(Infallible), std::end(Infallible), function) != std::end(Infallible);
+}
+
+} // namespace OrlindexTest

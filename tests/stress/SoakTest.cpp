@@ -1,0 +1,98 @@
+// Many rounds of start and stop: what each leaves behind is what the design leaves on purpose, and no more.
+
+#include <cstdint>
+
+#include <windows.h>
+
+#include <psapi.h>
+#include <winternl.h>
+
+#include "Effort.h"
+#include "orlindex/talix.h"
+#include "support/HostTest.h"
+
+namespace OrlindexTest {
+
+namespace {
+
+/// What this process has reserved for itself alone, in bytes.
+long long PrivateBytes()
+{
+    PROCESS_MEMORY_COUNTERS counters{};
+    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+    return static_cast<long long>(counters.PagefileUsage);
+}
+
+/// A handle's value is its place in the process's table, and new ones take the lowest free place: with handles left
+/// open the next one lies higher. Wine does not count a process's handles.
+std::uintptr_t NextHandle()
+{
+    const HANDLE handle = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    CloseHandle(handle);
+    return reinterpret_cast<std::uintptr_t>(handle);
+}
+
+} // namespace
+
+class Soak : public HostTest
+{
+protected:
+    static constexpr int WarmUp = 100;
+
+    void Rounds(int count)
+    {
+        for (int round = 0; round < count; ++round)
+        {
+            ASSERT_EQ(talix_init(), 1000);
+            ASSERT_EQ(talix_clear_proxy_info(), 1000);
+            ASSERT_EQ(talix_deinit(), 1000);
+            Plugin().ClearJournal();
+        }
+    }
+};
+
+TEST_F(Soak, StartsAndStopsLeaveOnlyWhatIsLeftOnPurpose)
+{
+    // A forgotten manager stays, for threads that still hold it: its paths and settings are under 4 KB.
+    constexpr long long largestGrowth = 4096;
+    InstallPlugin();
+    const int rounds = ShortOrLong(400, 10000);
+    Rounds(WarmUp);
+    const long long before = PrivateBytes();
+    const std::uintptr_t handle = NextHandle();
+    Rounds(rounds);
+    const long long growth = (PrivateBytes() - before) / rounds;
+    EXPECT_LE(growth, largestGrowth);
+    EXPECT_EQ(NextHandle(), handle) << "handles were left open";
+    PrintCount("rounds of start and stop", rounds);
+    PrintCount("private bytes left by a round", growth);
+}
+
+TEST_F(Soak, CallsLeaveNothing)
+{
+    InstallPlugin();
+    ASSERT_EQ(talix_init(), 1000);
+    const int calls = ShortOrLong(20000, 1000000);
+    const auto call = [this](int count) {
+        char text[64];
+        talix_buffer buffer{text, sizeof text};
+        for (int i = 0; i < count; ++i)
+        {
+            ASSERT_EQ(talix_get_token(&buffer), 1000);
+            if (i % 256 == 0)
+                Plugin().ClearJournal();
+        }
+    };
+    call(2000);
+    const long long before = PrivateBytes();
+    const std::uintptr_t handle = NextHandle();
+    call(calls);
+    const long long growth = PrivateBytes() - before;
+    EXPECT_LE(growth, 256 * 1024);
+    EXPECT_EQ(NextHandle(), handle);
+    PrintCount("text calls", calls);
+    PrintCount("private bytes left by all text calls", growth);
+    EXPECT_EQ(talix_deinit(), 1000);
+}
+
+} // namespace OrlindexTest

@@ -1,0 +1,38 @@
+#ifndef ORLINDEX_STRESS_WATCHDOG_H
+#define ORLINDEX_STRESS_WATCHDOG_H
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace OrlindexTest {
+
+/// Ends the process with a failing code when nothing happens for too long, with the stacks of all its threads printed:
+/// each return address as module and offset.
+class Watchdog
+{
+public:
+    explicit Watchdog(std::chrono::seconds patience = std::chrono::seconds(15));
+    ~Watchdog();
+    Watchdog(const Watchdog&) = delete;
+    Watchdog& operator=(const Watchdog&) = delete;
+
+    /// Something happened. On any thread.
+    void Pat() { ++pats_; }
+
+private:
+    void Watch();
+
+    const std::chrono::seconds patience_;
+    std::atomic<long long> pats_ = 0;
+    std::mutex mutex_;
+    std::condition_variable ending_;
+    bool ended_ = false;
+    std::thread thread_;
+};
+
+} // namespace OrlindexTest
+
+#endif
