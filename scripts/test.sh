@@ -13,7 +13,7 @@
 #
 # The stress tests (tests/stress) print what they did, as "count: <name> = <n>"; the sums stand above the last line.
 #
-#   --long    the long form of the stress tests (an hour), and the fuzzers, the benchmarks and the coverage
+#   --long    the long form of the stress tests (20 minutes), and the fuzzers, the benchmarks and the coverage
 #   --help    this text
 
 set -uo pipefail # without -e: what fails is counted, and the rest runs
