@@ -3,6 +3,7 @@
     samples.py kinds                                 no sample is of a kind that nothing checks
     samples.py c COMPILER FOLDER                     compiled as C89 and as C11
     samples.py cpp COMPILER LIBRARY FOLDER           compiled; a whole host is linked, as FOLDER/<page>-<number>.exe
+    samples.py js FOLDER                             read by Node.js, without running it
     samples.py json NODE FOLDER                      parsed, and valid by their schema where there is one
     samples.py commands BUILD FOLDER                 run, in FOLDER/<page>, or named in ELSEWHERE with a reason
     samples.py windows PAGE                          prints the Windows commands of a page that tests/docs/hosts.sh runs
@@ -26,6 +27,7 @@ KINDS = {
     'c': 'compiled',
     'cpp': 'compiled',
     'csharp': 'compiled and run',
+    'js': 'read by the interpreter',
     'json': 'validated',
     'sh': 'run',
     'bat': 'run under Wine',
@@ -35,7 +37,9 @@ KINDS = {
 # Commands that are not run here: a regular expression for the whole line, and why.
 ELSEWHERE = {
     r'scripts/demo\.sh': 'takes a build of its own; continuous integration runs it',
-    r'scripts/test\.sh': 'is what runs this test',
+    r'scripts/test\.sh( .*)?': 'is what runs this test',
+    r'scripts/bench\.sh( --quick)?': 'run by the test bench.quick',
+    r'scripts/simulate\.sh ~/simulator': 'run by the test Simulator.Script.LaysOutWhatAHostNeeds',
     r'scripts/reference\.sh build/reference': 'run by the test docs.reference',
     r'cmake --preset msvc': 'needs Visual Studio',
     r'cmake --build --preset msvc': 'needs Visual Studio',
@@ -49,6 +53,7 @@ WARNINGS = ['-pedantic', '-Wall', '-Wextra', '-Wshadow', '-Werror']
 SCHEMAS = {
     'Orlindex.config': 'client-config.schema.json',
     'TALIXVersionCompatibility.config': 'version-compatibility.schema.json',
+    'Pellwick.scenario.json': 'simulator-scenario.schema.json',
 }
 
 
@@ -164,6 +169,14 @@ def check_json(node, folder):
     finish(errors, 'samples in JSON', len(found))
 
 
+def check_js(folder):
+    errors = []
+    found = samples('js')
+    for sample in found:
+        run(errors, sample.place, ['node', '--check', file_of(sample, Path(folder), '.mjs')])
+    finish(errors, 'samples in JavaScript', len(found))
+
+
 def prepare(name, build, folder):
     """A folder that looks like this tree to the commands of a page, with what the page assumes to be there."""
     shutil.rmtree(folder, ignore_errors=True)
@@ -208,6 +221,7 @@ CHECKS = {
     'kinds': check_kinds,
     'c': check_c,
     'cpp': check_cpp,
+    'js': check_js,
     'json': check_json,
     'commands': check_commands,
     'windows': print_windows,
