@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <windows.h>
 
-#include <psapi.h>
 #include <shlwapi.h>
 #include <softpub.h>
 #include <wintrust.h>
@@ -13,6 +12,9 @@
 #include "orlindex/talix.h"
 #include "starts/StartFigures.h"
 #include "support/ImportPatch.h"
+
+/// In no header of user mode; only its type counts here.
+extern "C" LONG NTAPI NtQueryVirtualMemory(HANDLE, const void*, int, void*, SIZE_T, SIZE_T*);
 
 namespace {
 
@@ -72,7 +74,7 @@ struct TimedImports
     ORLINDEX_TIMED_IMPORT(GetFileAttributesW, files);
     ORLINDEX_TIMED_IMPORT(GetFileInformationByHandle, files);
     ORLINDEX_TIMED_IMPORT(PathFileExistsW, files);
-    ORLINDEX_TIMED_IMPORT(K32GetMappedFileNameW, files);
+    ORLINDEX_TIMED_IMPORT(NtQueryVirtualMemory, files);
 
     ORLINDEX_TIMED_IMPORT(AllocateAndInitializeSid, account);
     ORLINDEX_TIMED_IMPORT(CheckTokenMembership, account);

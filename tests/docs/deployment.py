@@ -29,7 +29,7 @@ def main():
     compare(errors, 'path variables', set(re.findall(r'\{L"(\w+)", \[', source('locate/PathVariables.cpp'))),
             table_below(deployment, 'Path variables'))
     compare(errors, 'keys of the client config file',
-            set(re.findall(r'(?:TextAt|FlagAt)\(server, "(\w+)"\)', source('locate/ClientConfigDocument.cpp'))),
+            set(re.findall(r'keys\.(?:Text|Flag)\(server, "(\w+)"\)', source('locate/ClientConfigDocument.cpp'))),
             table_below(deployment, 'Client config file'))
     document = source('load/CompatibilityDocument.cpp')
     compare(errors, 'keys of the version compatibility file',
