@@ -9,3 +9,13 @@ if(MINGW)
     add_compile_options(-ffunction-sections -fdata-sections)
     add_link_options($<$<CONFIG:Release>:-Wl,--gc-sections>)
 endif()
+
+# orlindex_build_for_size(<target> <regular expression> [<source>...]): the target's sources that match, but those named.
+function(orlindex_build_for_size target pattern)
+    if(MINGW)
+        get_target_property(sources ${target} SOURCES)
+        list(FILTER sources INCLUDE REGEX "${pattern}")
+        list(REMOVE_ITEM sources ${ARGN})
+        set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS "$<$<CONFIG:Release>:-Os>")
+    endif()
+endfunction()

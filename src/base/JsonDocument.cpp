@@ -1,9 +1,10 @@
 #include "base/JsonDocument.h"
 
-#include <cstdio>
+#include <charconv>
 #include <exception>
 #include <json/reader.h>
 #include <memory>
+#include <string_view>
 
 namespace Kestrany::IdentityServices {
 namespace {
@@ -47,16 +48,26 @@ bool HoldsOverlongNumber(const std::string& bytes)
     return false;
 }
 
-/// The first error of the reader's report, which reads "* Line 1, Column 2\n  Cause.\n...".
-JsonError FirstError(const std::string& report)
+/// The number after `label` in `text`; 0 where there is none.
+int NumberAfter(std::string_view label, std::string_view text)
 {
-    JsonError error;
-    const std::size_t begin = report.find("\n  ");
-    if (begin == std::string::npos ||
-        std::sscanf(report.c_str(), "* Line %d, Column %d", &error.line, &error.column) != 2)
-        return {0, 0, report};
-    error.text = report.substr(begin + 3, report.find('\n', begin + 1) - begin - 3);
-    return error;
+    const std::size_t position = text.find(label);
+    int number = 0;
+    if (position != std::string_view::npos)
+        std::from_chars(text.data() + position + label.size(), text.data() + text.size(), number);
+    return number;
+}
+
+/// The first error of the reader's report, which reads "* Line 1, Column 2\n  Cause.\n...".
+JsonError FirstError(std::string_view report)
+{
+    constexpr std::string_view indent = "\n  ";
+    const std::size_t place = report.find(indent);
+    if (place == std::string_view::npos)
+        return {0, 0, std::string(report)};
+    const std::size_t cause = place + indent.size();
+    return {NumberAfter("Line ", report.substr(0, place)), NumberAfter("Column ", report.substr(0, place)),
+            std::string(report.substr(cause, report.find('\n', cause) - cause))};
 }
 
 } // namespace
