@@ -139,15 +139,9 @@ found()
     printf '  %-32s %s\n' "$1" "$value"
 }
 
-# run_host PROGRAM: through a file, not a pipe. The server process that a host starts goes on after it, and under Wine it
-# holds the host's error output open: a pipe's reader would wait for its end.
 run_host()
 {
-    local output=$wine_session_folder/output status=0
-    # One stream: the host's advice comes after the errors that it speaks of.
-    "$wine64" "$host_name\\$1" >"$output" 2>&1 || status=$?
-    tr -d '\r' <"$output" | sed 's/^/  /'
-    return $status
+    run_windows "$host_name\\$1" | sed 's/^/  /'
 }
 
 begin_step 'Build'

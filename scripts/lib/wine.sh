@@ -2,6 +2,7 @@
 #
 #     wine_session_begin      copies the template prefix into a new temporary folder and starts Wine in it; the template is
 #                             what `wine_template` names
+#     run_windows PROGRAM...  runs a program and prints its output, both streams in one, when it has ended
 #     wine_session_end        ends every process of that prefix and removes it; fit for `trap ... EXIT`
 #
 # In between, scripts/wine-run and "$wine64" run programs in that prefix.
@@ -21,6 +22,16 @@ wine_session_begin()
     wine_start -p || fail "Wine does not start in $WINEPREFIX"
     # Tells scripts/wine-run that it need not see to this itself.
     export ORLINDEX_WINE_SESSION=$WINEPREFIX
+}
+
+# Through a file, not a pipe. The server process that a host starts goes on after it, and under Wine it holds the host's
+# error output open: a pipe's reader would wait for its end.
+run_windows()
+{
+    local output=$wine_session_folder/output status=0
+    "$wine64" "$@" >"$output" 2>&1 </dev/null || status=$?
+    tr -d '\r' <"$output"
+    return "$status"
 }
 
 wine_session_end()

@@ -23,7 +23,7 @@ mkdir -p "$host" "$server"
 run_host()
 {
     local status=0 output
-    output=$(cd "$programs" && "$wine64" "C:\\Program Files\\Example Host\\$3" 2>&1 </dev/null | tr -d '\r') || status=$?
+    output=$(cd "$programs" && run_windows "C:\\Program Files\\Example Host\\$3") || status=$?
     [ "$status" -eq "$1" ] || fail "$3 ended with $status, not with $1:" "$output"
     grep -q "$2" <<<"$output" || fail "$3 did not print '$2':" "$output"
     say "$3: $2"

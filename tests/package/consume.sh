@@ -65,11 +65,7 @@ find "$kit/simulator" -maxdepth 1 -type f -exec cp -t "$hosts" {} +
 wine_session_begin
 for host in c_host cpp_host; do
     say "== $host"
-    # To a file: under Wine the server process keeps the host's standard error open, and a pipe's reader would wait for it.
-    status=0
-    "$wine64" "$hosts/$host.exe" >"$work/$host.log" 2>&1 || status=$?
-    cat "$work/$host.log"
-    [ $status -eq 0 ] || fail "$host ended with $status"
+    run_windows "$hosts/$host.exe" | tee "$work/$host.log"
     # A host that could not sign in says so, and some end well all the same.
     grep -qi 'login  *IdSuccess' "$work/$host.log" || fail "$host did not sign in"
 done

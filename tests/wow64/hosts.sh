@@ -59,16 +59,14 @@ location()
     fi
 }
 
-# expect TITLE yes|no: whether the host signs in. Its output goes to a file: under Wine the server process that it starts
-# keeps the host's standard error open, and a pipe's reader would wait for its end.
+# expect TITLE yes|no: whether the host signs in.
 expect()
 {
-    local output=$WINEPREFIX/output found=no status=0
-    "$wine64" 'C:\host\c_host.exe' >"$output" 2>&1 </dev/null || status=$?
-    if grep -qi 'login  *IdSuccess' "$output"; then found=yes; fi
+    local output found=no status=0
+    output=$(run_windows 'C:\host\c_host.exe') || status=$?
+    if grep -qi 'login  *IdSuccess' <<<"$output"; then found=yes; fi
     if [ "$found" != "$2" ]; then
-        cat "$output"
-        say "exit code: $status"
+        say "$output" "(exit code $status)"
         fail "$1: signed in: $found, expected: $2"
     fi
     say "$1: signed in: $found"
