@@ -188,11 +188,15 @@ build_libraries_32()
     build_boost
 }
 
+wine_32_is_there()
+{
+    [ "$(dpkg-query -W -f '${db:Status-Status}' wine32:i386 2>/dev/null)" = installed ]
+}
+
 # Debian's 32-bit Wine, where apt can add it without taking away or changing anything that is installed; else says why not.
 # A machine with newer packages for its own architecture than apt can get for i386 cannot have it.
 install_wine_32()
 {
-    dpkg-query -W wine32:i386 >/dev/null 2>&1 && return
     export DEBIAN_FRONTEND=noninteractive
     as_root dpkg --add-architecture i386
     if as_root apt-get update && as_root apt-get install -y --no-install-recommends --no-remove --no-upgrade wine32:i386; then
@@ -275,17 +279,25 @@ ensure_packages()
     run "Debian packages: ${missing[*]}" packages install_packages
 }
 
+# What apt could not get is not asked for again at once: asking takes half a minute.
+try_wine_32()
+{
+    local log=$deps/log/wine32-packages.log
+    mkdir -p "$deps/log"
+    [ -z "$(find "$log" -mmin -1440 2>/dev/null)" ] && install_wine_32 >"$log" 2>&1 </dev/null
+}
+
 make_ready_for_32_bit()
 {
     total=$((total + 2))
     once "Libraries for 32-bit Windows" libraries32 build_libraries_32 \
         "$(declare -f build_jsoncpp build_boost; cat "$root"/cmake/mingw-w64-*.cmake "$root"/cmake/boost/*
             i686-w64-mingw32-g++-posix -v 2>&1)"
-    if install_wine_32 >"$deps/log/wine32-packages.log" 2>&1 </dev/null; then
+    if wine_32_is_there || try_wine_32; then
         once "Wine prefix for 32-bit programs" wine32 make_wine_prefix_32 "$(dpkg-query -W wine64 wine32:i386)"
     else
         say "note: this machine cannot have Debian's wine32:i386; tests of 32-bit hosts will be skipped" \
-            "(${deps##*/}/log/wine32-packages.log)"
+            "(${deps##*/}/log/wine32-packages.log; asked again after a day)"
     fi
 }
 

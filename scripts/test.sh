@@ -105,7 +105,7 @@ fi
 no_tests=error
 [ $# -eq 0 ] || no_tests=ignore
 
-bash "$root/scripts/setup.sh" || exit
+bash "$root/scripts/setup.sh" --32-bit || exit
 
 # A build that fails is one failure with its messages; what can still be tested, is.
 if [ $# -eq 0 ]; then
