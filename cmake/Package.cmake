@@ -4,10 +4,12 @@
 #     bin/          Orlindex.dll, and the diagnostic tool
 #     lib/          import libraries, cmake/Orlindex and pkgconfig
 #     include/      headers
-#     simulator/    the simulator's files in one folder, as a server installation, and a host's configuration
+#     simulator/    the simulator's files in one folder, as a server installation, and a host's configuration; left out
+#                   where the library would refuse its module, which is signed below the build tree's own root
 #     examples/     sources, which find the library by find_package(Orlindex)
-#     docs/         guides and schemas
+#     docs/         guides, schemas and the reference
 #     licenses/     texts of what is linked in
+#     README.md     what is where
 
 include(CMakePackageConfigHelpers)
 include(Licenses)
@@ -42,24 +44,24 @@ install(FILES "${PROJECT_BINARY_DIR}/package/Orlindex.pc" DESTINATION lib/pkgcon
 if(TARGET orlindex_doctor)
     install(TARGETS orlindex_doctor RUNTIME DESTINATION bin)
 endif()
-if(ORLINDEX_BUILD_SIMULATOR)
+if(ORLINDEX_BUILD_SIMULATOR AND NOT ORLINDEX_OWN_TRUST)
+    message(STATUS "The simulator is left out of the kit: its module is signed within this build tree, and this build "
+        "trusts another root or other signers")
+elseif(ORLINDEX_BUILD_SIMULATOR)
     # The signed module, not the target's own file.
     install(TARGETS simulator_server RUNTIME DESTINATION simulator)
     install(FILES "${PROJECT_BINARY_DIR}/simulator/PellwickClient.dll" DESTINATION simulator)
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/installation/server/" DESTINATION simulator)
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/installation/host/" DESTINATION simulator/host)
     install(FILES "${PROJECT_SOURCE_DIR}/simulator/installation/README.md" DESTINATION simulator)
-    if(IS_DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/scenarios")
-        install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/scenarios" DESTINATION simulator)
-    endif()
+    install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/scenarios" DESTINATION simulator)
 endif()
 
 # --- Texts ----------------------------------------------------------------------------------------------------------
 
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION . PATTERN ".*" EXCLUDE)
-if(IS_DIRECTORY "${PROJECT_SOURCE_DIR}/docs")
-    install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION . PATTERN ".*" EXCLUDE)
-endif()
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION . PATTERN ".*" EXCLUDE PATTERN Doxyfile EXCLUDE)
+install(FILES "${PROJECT_SOURCE_DIR}/cmake/package/README.md" DESTINATION .)
 orlindex_collect_licenses("${PROJECT_BINARY_DIR}/package/licenses")
 if(ORLINDEX_MISSING_LICENSES)
     # An archive without them must not leave the house: the installation fails, the build goes on.
@@ -68,6 +70,9 @@ if(ORLINDEX_MISSING_LICENSES)
 they are looked for). Run scripts/setup.sh, then configure again.\")")
 endif()
 install(DIRECTORY "${PROJECT_BINARY_DIR}/package/licenses" DESTINATION .)
+# Last: it looks at what is there.
+install(CODE "set(SOURCE [[${PROJECT_SOURCE_DIR}]])")
+install(SCRIPT "${PROJECT_SOURCE_DIR}/cmake/package/InstallPages.cmake")
 
 # --- Archive --------------------------------------------------------------------------------------------------------
 

@@ -13,7 +13,7 @@
 #
 # The stress tests (tests/stress) print what they did, as "count: <name> = <n>"; the sums stand above the last line.
 #
-#   --long    the long form of the stress tests (20 minutes), and the fuzzers, the benchmarks and the coverage
+#   --long    the long form of the stress tests (20 minutes), and the demo, the fuzzers, the benchmarks and the coverage
 #   --help    this text
 
 set -uo pipefail # without -e: what fails is counted, and the rest runs
@@ -130,7 +130,7 @@ if attempt "Windows build" make_preset mingw-release "$root/build/release"; then
 fi
 if [ -n "$long" ]; then
     say "== long runs"
-    for script in fuzz bench coverage; do
+    for script in demo fuzz bench coverage; do
         run_long "$script"
     done
 fi

@@ -1,8 +1,14 @@
 """Every relative link of a page leads to a file of this tree, and every anchor to a heading; what a page names of this
-tree (folders, scripts, presets) is there."""
+tree (folders, scripts, presets) is there.
+
+    links.py          for this tree
+    links.py KIT      links alone, for the pages of an unpacked kit
+"""
 
 import json
 import re
+import sys
+from pathlib import Path
 
 from pages import ROOT, Page, all_pages, codes, report
 
@@ -34,11 +40,11 @@ def check_mentions(page, errors):
     return count
 
 
-def main():
-    errors = []
+def check_links(pages, root, errors):
+    """Answers with how many links there are, and with the files that they lead to."""
     count = 0
     linked = set()
-    for page in all_pages():
+    for page in pages:
         for line, target in page.links():
             place = f'{page.name}:{line}'
             count += 1
@@ -48,18 +54,36 @@ def main():
             path, _, anchor = target.partition('#')
             file = (page.path.parent / path).resolve() if path else page.path
             linked.add(file)
-            if not file.exists():
+            if not file.exists() or not file.is_relative_to(root):
                 errors.append(f'{place}: there is no {target}')
-            elif anchor and (file.suffix != '.md' or anchor not in set(Page(file).anchors())):
+            elif anchor and (file.suffix != '.md' or anchor not in set(Page(file, root).anchors())):
                 errors.append(f'{place}: {target} names no heading')
+    if count == 0:
+        errors.append('no link was found')
+    return count, linked
+
+
+def check_tree():
+    errors = []
+    count, linked = check_links(all_pages(), ROOT, errors)
     # A page that nothing leads to is not found by its readers.
     for page in all_pages():
         if page.path != ROOT / 'README.md' and page.path not in linked:
             errors.append(f'{page.name}: no page leads here')
     named = sum(check_mentions(page, errors) for page in all_pages())
-    if count == 0 or named == 0:
-        errors.append('no link or name was found')
+    if named == 0:
+        errors.append('no name was found')
     report(errors, f'{count} links, {named} names')
 
 
-main()
+def check_kit(kit):
+    errors = []
+    pages = [Page(path, kit) for path in sorted(kit.rglob('*.md'))]
+    count, _ = check_links(pages, kit, errors)
+    report(errors, f'{count} links in {len(pages)} pages')
+
+
+if len(sys.argv) > 1:
+    check_kit(Path(sys.argv[1]).resolve())
+else:
+    check_tree()

@@ -28,9 +28,9 @@ class Sample:
 
 
 class Page:
-    def __init__(self, path):
+    def __init__(self, path, root=ROOT):
         self.path = path
-        self.name = str(path.relative_to(ROOT))
+        self.name = str(path.relative_to(root))
         self.samples = []
         self.prose = []  # (line number, text), without the samples
         sample = None

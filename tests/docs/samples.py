@@ -8,6 +8,7 @@
     samples.py commands BUILD FOLDER                 run, in FOLDER/<page>, or named in ELSEWHERE with a reason
     samples.py windows PAGE                          prints the Windows commands of a page that tests/docs/hosts.sh runs
     samples.py files PAGE FOLDER                     writes the samples of a page that name a file
+    samples.py elsewhere TEST                        prints the commands that ELSEWHERE leaves to a test
 
 C# is checked by csharp.py, and the hosts are run by hosts.sh.
 """
@@ -26,6 +27,7 @@ from pages import ROOT, all_pages, page, report
 KINDS = {
     'c': 'compiled',
     'cpp': 'compiled',
+    'cmake': 'configured and built by the test package.hosts-by-find_package',
     'csharp': 'compiled and run',
     'js': 'read by the interpreter',
     'json': 'validated',
@@ -36,11 +38,15 @@ KINDS = {
 
 # Commands that are not run here: a regular expression for the whole line, and why.
 ELSEWHERE = {
-    r'scripts/demo\.sh': 'takes a build of its own; continuous integration runs it',
+    r'scripts/demo\.sh': 'takes a build of its own; run by scripts/test.sh --long',
     r'scripts/test\.sh( .*)?': 'is what runs this test',
     r'scripts/bench\.sh( --quick)?': 'run by the test bench.quick',
     r'scripts/simulate\.sh ~/simulator': 'run by the test Simulator.Script.LaysOutWhatAHostNeeds',
     r'scripts/reference\.sh build/reference': 'run by the test docs.reference',
+    r'cmake -S \. -B build -DOrlindex_DIR=.*': 'run by the test package.hosts-by-find_package',
+    r'cmake --build build': 'run by the test package.hosts-by-find_package',
+    r'.* \$\(pkg-config .*': 'run by the test package.hosts-by-pkg-config',
+    r'export PKG_CONFIG_PATH=.*': 'run by the test package.hosts-by-pkg-config',
     r'cmake --preset msvc': 'needs Visual Studio',
     r'cmake --build --preset msvc': 'needs Visual Studio',
     r'cmake --preset mingw-release -DORLINDEX_PINNED_ROOT=.*': 'both settings are tried by the tests configuration.*',
@@ -95,7 +101,9 @@ def write_files(name, folder):
     folder.mkdir(parents=True, exist_ok=True)
     for sample in page(name).samples:
         if 'file' in sample.attributes:
-            (folder / sample.attributes['file']).write_text(sample.text, encoding='utf-8')
+            file = folder / sample.attributes['file']
+            file.parent.mkdir(parents=True, exist_ok=True)
+            file.write_text(sample.text, encoding='utf-8')
 
 
 def finish(errors, what, count):
@@ -217,6 +225,14 @@ def print_windows(name):
                     print(line)
 
 
+def print_elsewhere(test):
+    """In the order of the pages, so that a script may be made of them."""
+    for sample in samples('sh'):
+        for line in lines_of(sample):
+            if any(re.fullmatch(pattern, line) and reason.endswith(f' {test}') for pattern, reason in ELSEWHERE.items()):
+                print(line)
+
+
 CHECKS = {
     'kinds': check_kinds,
     'c': check_c,
@@ -225,6 +241,7 @@ CHECKS = {
     'json': check_json,
     'commands': check_commands,
     'windows': print_windows,
+    'elsewhere': print_elsewhere,
     'files': lambda name, folder: write_files(name, Path(folder)),
 }
 

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Uses the kit as a host developer would: tests/package/consume.sh KIT find_package|pkg-config C-COMPILER C++-COMPILER
 #
-# Copies the kit to a folder elsewhere, builds its examples in C and in C++ with nothing else, lays them out with the
-# library and the simulator of the kit in a Wine prefix of its own, and runs them.
+# Copies the kit to a folder elsewhere, builds its examples in C and in C++ and the programs of docs/getting-started.md
+# by the commands of that page with nothing else, lays them out with the library and the simulator of the kit in a Wine
+# prefix of its own, and runs them.
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -22,11 +23,24 @@ finish()
 trap finish EXIT
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/orlindex-kit.XXXXXX")
-# A path that quoting mistakes would show at; pkg-config's own output has no quotes.
-kit="$work/a kit"
-[ "$way" = find_package ] || kit=$work/kit
+# Where the page has it: below the home folder. A path that quoting mistakes would show at; pkg-config's own output has
+# no quotes.
+export HOME="$work/a home"
+[ "$way" = find_package ] || HOME=$work/home
+kit=$HOME/orlindex
+mkdir "$HOME"
 cp -r "$kit_built" "$kit"
 hosts=$work/hosts
+
+# run_page_commands: what docs/getting-started.md says to do in this way, in a folder with its programs.
+run_page_commands()
+{
+    python3 -B "$root/tests/docs/samples.py" files docs/getting-started.md "$work/page"
+    mv "$work/page/from-kit/CMakeLists.txt" "$work/page/"
+    python3 -B "$root/tests/docs/samples.py" elsewhere "package.hosts-by-$way" >"$work/page/commands"
+    [ -s "$work/page/commands" ] || fail "docs/getting-started.md has no command for $way"
+    (cd "$work/page" && bash -e ./commands)
+}
 
 by_find_package()
 {
@@ -35,6 +49,10 @@ by_find_package()
     cmake -G Ninja -S "$kit/examples" -B "$hosts" -DCMAKE_TOOLCHAIN_FILE="$work/toolchain.cmake" \
         -DCMAKE_BUILD_TYPE=Release -DOrlindex_DIR="$kit/lib/cmake/Orlindex"
     cmake --build "$hosts"
+    # As a host developer's own toolchain file would be named.
+    CMAKE_TOOLCHAIN_FILE="$work/toolchain.cmake" run_page_commands
+    cmp "$work/page/build/Orlindex.dll" "$kit/bin/Orlindex.dll"
+    cp "$work/page/build/sign_in.exe" "$hosts/"
 }
 
 by_pkg_config()
@@ -51,6 +69,8 @@ by_pkg_config()
     mkdir "$hosts"
     "$cc" -static "${flags[@]}" "$kit/examples/c_host/main.c" -o "$hosts/c_host.exe" "${libraries[@]}"
     "$cxx" -static -std=c++17 "${flags[@]}" "$kit/examples/cpp_host/main.cpp" -o "$hosts/cpp_host.exe" "${libraries[@]}"
+    run_page_commands
+    cp "$work/page/sign_in_c.exe" "$work/page/sign_in_cpp.exe" "$hosts/"
 }
 
 case $way in
@@ -59,13 +79,30 @@ case $way in
     *) fail "unknown way: $way" ;;
 esac
 
-# The server application is found beside the host.
 cp "$kit/bin/Orlindex.dll" "$hosts/"
-find "$kit/simulator" -maxdepth 1 -type f -exec cp -t "$hosts" {} +
 wine_session_begin
-for host in c_host cpp_host; do
-    say "== $host"
-    run_windows "$hosts/$host.exe" | tee "$work/$host.log"
+
+# run_host NAME TEXT
+run_host()
+{
+    say "== $1"
+    run_windows "$hosts/$1.exe" | tee "$work/$1.log"
     # A host that could not sign in says so, and some end well all the same.
-    grep -qi 'login  *IdSuccess' "$work/$host.log" || fail "$host did not sign in"
+    grep -qi "$2" "$work/$1.log" || fail "$1 did not sign in"
+}
+
+# As docs/simulator.md says: the simulator where it is, and a client config file that leads to it.
+sed "s|\"searchPaths\": \"\"|\"searchPaths\": \"Z:$kit/simulator\"|" "$kit/simulator/host/Orlindex.config" \
+    >"$hosts/Orlindex.config"
+for program in "$hosts"/sign_in*.exe; do
+    run_host "$(basename "$program" .exe)" 'signed in, 1000'
+done
+"$wine64" "$kit/simulator/Pellwick.exe" --quit
+
+# And for a quick trial: its files beside the hosts, where the server application is looked for first.
+rm "$hosts/Orlindex.config"
+find "$kit/simulator" -maxdepth 1 -type f -exec cp -t "$hosts" {} +
+cp "$kit/simulator/scenarios/accept.json" "$hosts/Pellwick.scenario.json"
+for host in c_host cpp_host; do
+    run_host $host 'login  *IdSuccess'
 done
