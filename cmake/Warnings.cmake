@@ -6,6 +6,8 @@ add_library(orlindex_warnings INTERFACE)
 if(MSVC)
     target_compile_options(orlindex_warnings INTERFACE /W4 /permissive- /utf-8 /Zc:__cplusplus
         $<$<BOOL:${ORLINDEX_WARNINGS_AS_ERRORS}>:/WX>)
+    # The standard's own sscanf and getenv draw C4996 without it.
+    target_compile_definitions(orlindex_warnings INTERFACE _CRT_SECURE_NO_WARNINGS)
 else()
     target_compile_options(orlindex_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow
         $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> $<$<BOOL:${ORLINDEX_WARNINGS_AS_ERRORS}>:-Werror>)

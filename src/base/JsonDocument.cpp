@@ -29,7 +29,10 @@ std::size_t AfterTextOrComment(const std::string& bytes, std::size_t position)
     if (bytes.compare(position, 2, "//") == 0)
         return bytes.find_first_of("\r\n", position);
     if (bytes.compare(position, 2, "/*") == 0)
-        return bytes.find("*/", position + 2);
+    {
+        const std::size_t end = bytes.find("*/", position + 2);
+        return end == std::string::npos ? end : end + 2;
+    }
     return position;
 }
 

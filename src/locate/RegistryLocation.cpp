@@ -48,17 +48,11 @@ std::optional<InstalledVersion> ReadInstalledVersion(const RegistryKey& key, DWO
     if (!name)
         return std::nullopt;
     const RegistryKey subkey(key.Get(), *name, KEY_QUERY_VALUE);
-    RegistryFinding finding = {*name, subkey.Status(), std::nullopt, {}};
-    std::optional<std::wstring> location;
-    if (subkey.IsOpen())
-    {
-        LSTATUS read = ERROR_SUCCESS;
-        location = subkey.ReadText(LocationValueName, locationByteLimit, &read);
-        finding.read = read;
-        finding.location = location.value_or(std::wstring());
-    }
+    LSTATUS read = ERROR_SUCCESS;
+    const auto location = subkey.IsOpen() ? subkey.ReadText(LocationValueName, locationByteLimit, &read) : std::nullopt;
     if (observer)
-        observer->OnRegistryKey(finding);
+        observer->OnRegistryKey({*name, subkey.Status(), subkey.IsOpen() ? std::optional(read) : std::nullopt,
+                                 location.value_or(std::wstring())});
     if (!location)
         return std::nullopt;
     return InstalledVersion{SplitVersion(Narrow(*name)), Narrow(*location)};

@@ -134,4 +134,26 @@ TEST_F(DoctorCheck, ARelativePathIsTakenFromTheCurrentFolder)
     EXPECT_EQ(report.Root()["module"], Utf8(site.PluginFile()));
 }
 
+TEST_F(DoctorCheck, ARelativeVersionCompatibilityFileIsTakenFromTheCurrentFolder)
+{
+    site.Install();
+    const fs::path folder = site.MakeFolder("other");
+    fs::rename(site.CompatibilityFile(), folder / "compatibility.json");
+    fs::current_path(folder);
+    const DoctorReport report = Check({L"--compatibility", L"compatibility.json"});
+    EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
+    EXPECT_EQ(report.Find("compatibility-file", "version compatibility file")["value"],
+              Utf8(folder / "compatibility.json"));
+}
+
+TEST_F(DoctorCheck, AModuleWithoutExtensionIsToBeNamedWithIt)
+{
+    site.Install();
+    const fs::path file = site.ServerFolder() / "PellwickClient";
+    fs::rename(site.PluginFile(), file);
+    const DoctorReport report = Report({L"check", file.native()});
+    EXPECT_EQ(report.Run().exitCode, 31U);
+    EXPECT_EQ(report.Remedy(), "Name the module's file with its extension.");
+}
+
 } // namespace OrlindexTest

@@ -57,6 +57,17 @@ TEST_F(DoctorCommandLine, HelpNamesEveryExitCode)
     }
 }
 
+TEST_F(DoctorCommandLine, ThePageNamesEveryExitCodeAndNoOther)
+{
+    const std::string page = ReadFile(DOCTOR_PAGE);
+    const std::string table = page.substr(page.find("## Exit codes"), page.find("## For programs"));
+    for (int code = 0; code < 100; ++code)
+    {
+        const bool named = table.find("\n| " + std::to_string(code) + " | ") != std::string::npos;
+        EXPECT_EQ(named, Orlindex::Doctor::FindExitCode(static_cast<ExitCode>(code)) != nullptr) << code;
+    }
+}
+
 TEST_F(DoctorCommandLine, TheVersionIsTheLibrarys)
 {
     EXPECT_THAT(RunProgram(Tool(), {L"--version"}).output, StartsWith("orlindex-doctor 1.11.13.3"));

@@ -3,8 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "doctor/FullPath.h"
 #include "doctor/LoadMessages.h"
 #include "doctor/StartFacts.h"
+#include "doctor/StartRecorder.h"
+#include "support/Text.h"
 
 namespace OrlindexTest {
 
@@ -12,7 +15,10 @@ using namespace Orlindex::Doctor;
 using Kestrany::IdentityServices::BinaryTrustResult;
 using Kestrany::IdentityServices::LoadState;
 using Kestrany::IdentityServices::LoadStep;
+using Kestrany::IdentityServices::ModulePathDefect;
+using Kestrany::IdentityServices::SettingState;
 using Kestrany::IdentityServices::SignerEvidence;
+using Kestrany::IdentityServices::StartFile;
 using Kestrany::IdentityServices::TrustEvidence;
 using testing::HasSubstr;
 
@@ -32,6 +38,7 @@ StartFacts SoundFacts()
     facts.trust = TrustEvidence();
     facts.trust->platformAnswer = 0;
     facts.trust->result = BinaryTrustResult::Valid;
+    facts.accepted = true;
     return facts;
 }
 
@@ -78,6 +85,114 @@ TEST(DoctorDiagnosis, EachAnswerOfTheSystemHasItsCode)
     EXPECT_EQ(CodeOfAnswer(0x80092026, distrusted), ExitCode::SignatureRefused);
     EXPECT_EQ(CodeOfAnswer(0x800B0109, distrusted), ExitCode::RootNotTrusted);
     EXPECT_EQ(CodeOfAnswer(0x800B0100, BinaryTrustResult::SignatureInvalid), ExitCode::SignatureMissing);
+}
+
+TEST(DoctorDiagnosis, ANameIsToBlameOnlyWhereTheNamesWereLookedAt)
+{
+    StartFacts facts = SoundFacts();
+    facts.trust->result = BinaryTrustResult::NotTrusted;
+    for (const unsigned long answer : {0x800B0111UL, 0x80092026UL, 0x800B0004UL})
+    {
+        facts.trust->platformAnswer = static_cast<long>(answer);
+        facts.trust->signers.clear();
+        EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << answer;
+        facts.trust->signers.push_back(SignerEvidence{false, {}});
+        EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << answer;
+    }
+    for (const unsigned long answer : {0UL, 0x800B0109UL})
+    {
+        facts.trust->platformAnswer = static_cast<long>(answer);
+        EXPECT_EQ(Diagnose(facts).code, ExitCode::SignerNotAccepted) << answer;
+    }
+}
+
+TEST(DoctorDiagnosis, AModuleForAnotherMachineIsNamedWhereItsLoadFailed)
+{
+    StartFacts facts = SoundFacts();
+    facts.load = LoadOutcome();
+    facts.load->failure = {LoadStep::LoadModule, LoadState::Failed, ERROR_BAD_EXE_FORMAT};
+    facts.module.x64 = false;
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::ModuleArchitecture);
+    facts.module.dll = false;
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::ModuleFormat);
+    facts.load->failure = {LoadStep::FindSymbol, LoadState::Failed, ERROR_PROC_NOT_FOUND};
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::ModuleFormat);
+}
+
+TEST(DoctorDiagnosis, ALibraryThatCannotBeLoadedIsTheCauseBeforeAnyPlugin)
+{
+    StartFacts facts = SoundFacts();
+    facts.library.exists = facts.library.readable = facts.library.module = true;
+    facts.library.dll = facts.library.x64 = true;
+    facts.load = LoadOutcome();
+    facts.load->loaded = facts.load->clientModule = true;
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::Starts);
+    facts.load->libraryError = ERROR_DLL_INIT_FAILED;
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::LibraryUnusable);
+    facts.modulePath.clear();
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::LibraryUnusable);
+    facts.library.exists = false;
+    EXPECT_NE(Diagnose(facts).code, ExitCode::LibraryUnusable) << "a host may find another one";
+}
+
+TEST(DoctorDiagnosis, APluginIsNotToBlameForTheEndOfTheLibrarysLoad)
+{
+    for (const LoadOutcome::End end : {LoadOutcome::End::Ended, LoadOutcome::End::Hung})
+    {
+        StartFacts facts = SoundFacts();
+        facts.load = LoadOutcome();
+        facts.load->end = end;
+        facts.load->libraryBegun = true;
+        EXPECT_EQ(Diagnose(facts).code, ExitCode::LibraryUnusable);
+        const std::optional<Verdict> ofModule = DiagnoseModule(facts);
+        ASSERT_TRUE(ofModule);
+        EXPECT_EQ(ofModule->code, ExitCode::LibraryUnusable);
+    }
+}
+
+TEST(DoctorDiagnosis, AFileThatCannotBeHeldNeverStarts)
+{
+    for (const unsigned long error : {ERROR_SHARING_VIOLATION, ERROR_ACCESS_DENIED, ERROR_LOCK_VIOLATION})
+    {
+        StartFacts facts = SoundFacts();
+        facts.accepted = false;
+        facts.holdError = error;
+        EXPECT_EQ(Diagnose(facts).code, ExitCode::FileInUse) << error;
+    }
+}
+
+TEST(DoctorDiagnosis, WhatTheLibraryRefusesNeverStarts)
+{
+    StartFacts facts = SoundFacts();
+    facts.accepted = false;
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::LoadFailed);
+    EXPECT_TRUE(DiagnoseModule(facts));
+}
+
+TEST(DoctorDiagnosis, ARefusedPathIsMendedWhereItStands)
+{
+    StartFacts facts = SoundFacts();
+    facts.modulePathDefect = ModulePathDefect::NoExtension;
+    EXPECT_THAT(Diagnose(facts).remedy, HasSubstr("TALIXVersionCompatibility.config"));
+    facts.compatibilityFile.clear();
+    EXPECT_EQ(Diagnose(facts).remedy, "Name the module's file with its extension.");
+}
+
+TEST(DoctorRecorder, AClientConfigFileFromTheCurrentDirectoryIsNamedByItsWholePath)
+{
+    Report report(nullptr);
+    StartFacts facts;
+    StartRecorder recorder(report, facts);
+    const std::wstring full = FullPath(L"Orlindex.config");
+    recorder.OnDocument({StartFile::ClientConfig, L"Orlindex.config", ERROR_SUCCESS, std::nullopt});
+    recorder.OnSetting({"bundleId", SettingState::Set, L"b"});
+    EXPECT_EQ(facts.clientConfigFile, full);
+    const std::vector<Finding>& findings = report.Steps().back().findings;
+    ASSERT_EQ(findings.size(), 3U);
+    EXPECT_EQ(findings[0].mark, Mark::Warning);
+    EXPECT_EQ(findings[0].source, "current directory");
+    EXPECT_EQ(findings[1].source, Utf8(full));
+    EXPECT_EQ(findings[2].source, Utf8(full) + ", key bundleId");
 }
 
 TEST(DoctorDiagnosis, AModuleForAnotherMachineOrNoDllIsNamedWithoutLoadingIt)

@@ -95,6 +95,32 @@ TEST_F(DoctorLocation, WithoutClientConfigFileAServerApplicationBesideTheHostSer
     ExpectStart();
 }
 
+TEST_F(DoctorLocation, AClientConfigFileInTheToolsCurrentFolderIsNotTheHosts)
+{
+    site.Install();
+    const fs::path folder = site.MakeFolder("shell");
+    fs::rename(site.ClientConfigFile(), folder / "Orlindex.config");
+    fs::current_path(folder);
+    for (const std::vector<std::wstring>& arguments : {std::vector<std::wstring>(), {L"--load"}})
+    {
+        const DoctorReport report = Report(arguments);
+        EXPECT_EQ(report.Run().exitCode, 13U) << report.Run().output;
+        EXPECT_THAT(report.Cause(), HasSubstr("there is no client config file"));
+    }
+    WriteFile(folder / "Orlindex.config", "no JSON");
+    EXPECT_EQ(Report().Run().exitCode, 13U);
+}
+
+TEST_F(DoctorLocation, AHostsFolderGivenFromTheCurrentOneIsTheSame)
+{
+    site.Install();
+    fs::current_path(site.HostFolder().parent_path());
+    const DoctorReport report(
+        RunProgram(Tool(), {L"--json", L"--load", L"--host", site.HostFolder().filename().native()}));
+    EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
+    EXPECT_EQ(report.Root()["host"], Utf8(site.HostFolder()));
+}
+
 TEST_F(DoctorLocation, AClientConfigFileThatIsNoJsonIsNamedWithLineAndColumn)
 {
     InstallWithConfig("{\n  \"ssoServer\": {\n    \"searchPaths\" \"C:\\\\x\"\n  }\n}\n");
@@ -153,6 +179,16 @@ TEST_F(DoctorLocation, AMissingVersionCompatibilityFileIsNamedWithItsFolder)
     const DoctorReport report = ExpectFailure(ExitCode::CompatibilityFileNotFound, "compatibility-file",
                                               "There is no TALIXVersionCompatibility.config");
     EXPECT_THAT(report.Cause(), HasSubstr(Utf8(site.ServerFolder())));
+}
+
+TEST_F(DoctorLocation, WithoutVersionCompatibilityFileAnInvalidClientConfigFileIsNamedToo)
+{
+    InstallWithConfig("no JSON");
+    site.InstallServerApplication(site.HostFolder());
+    const DoctorReport report =
+        ExpectFailure(ExitCode::CompatibilityFileNotFound, "compatibility-file", "is not used (");
+    EXPECT_THAT(report.Cause(), HasSubstr(Utf8(site.ClientConfigFile())));
+    EXPECT_THAT(report.Remedy(), HasSubstr("Mend \"" + Utf8(site.ClientConfigFile())));
 }
 
 TEST_F(DoctorLocation, AVersionCompatibilityFileWhereTheClientConfigFileSaysIsFound)

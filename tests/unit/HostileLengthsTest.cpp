@@ -133,6 +133,19 @@ TEST(HostileLengths, ANumberOfAMillionDigitsIsRefusedAtOnce)
     }
 }
 
+TEST(HostileLengths, AdjacentCommentsHideNoNumber)
+{
+    // The reader would take it: only the limit refuses it.
+    const std::string number = '1' + std::string(1000, '0') + "e-990";
+    for (const std::string comments : {"", "/**//**/", "/***//* */", "/*/*//**/", "/**//*\n*/", "/**/ /**//**/"})
+    {
+        EXPECT_FALSE(ParseJson(comments + '[' + number + ']')) << comments;
+        EXPECT_FALSE(ParseJson('[' + comments + number + ']')) << comments;
+    }
+    EXPECT_TRUE(ParseJson("/**//**/[1/**//**/, 2]/**//**/"));
+    EXPECT_TRUE(ParseJson("/*" + number + "*//*" + number + "*//" + '/' + number + "\n[1]"));
+}
+
 TEST(HostileLengths, DigitsThatAreNoNumberMayBeMany)
 {
     const std::string digits(5000, '9');

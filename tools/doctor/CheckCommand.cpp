@@ -3,7 +3,6 @@
 
 #include "Commands.h"
 #include "LoadProcess.h"
-#include "ModuleFile.h"
 #include "StartRecorder.h"
 #include "Words.h"
 #include "base/Paths.h"
@@ -121,13 +120,10 @@ Verdict RunCheck(const Options& options, const std::wstring& host, const std::ws
     facts.hostDirectory = host;
     StartRecorder recorder(report, facts);
     SSOPathResolver manager(SplitVersion(ProductVersion), nullptr, {host, host, {}, module, &recorder});
-    const bool mayLoad = manager.CheckClientPlugin();
+    facts.accepted = manager.CheckClientPlugin();
     const std::optional<Verdict> offer = CheckOffer(options, host, module, report);
-    if (mayLoad && options.load)
-    {
-        facts.load = LoadInOwnProcess({host, module, options.timeoutSeconds}, report);
-        facts.load->missingLibraries = FindMissingLibraries(module, host);
-    }
+    if (facts.accepted && options.load)
+        TryLoad({host, module, options.timeoutSeconds}, report, facts);
     if (std::optional<Verdict> failure = DiagnoseModule(facts))
         return *failure;
     if (offer)

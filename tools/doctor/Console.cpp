@@ -11,6 +11,12 @@ Console::Console(DWORD standardHandle)
 {
 }
 
+Console::~Console()
+{
+    if (changed_)
+        SetConsoleMode(handle_, mode_);
+}
+
 void Console::Write(std::string_view utf8) const
 {
     if (console_)
@@ -29,10 +35,11 @@ void Console::Write(std::string_view utf8) const
     }
 }
 
-bool Console::EnableColor() const
+bool Console::EnableColor()
 {
     constexpr DWORD virtualTerminal = 4; // ENABLE_VIRTUAL_TERMINAL_PROCESSING; older headers lack it.
-    return console_ && SetConsoleMode(handle_, mode_ | virtualTerminal);
+    changed_ = changed_ || (console_ && SetConsoleMode(handle_, mode_ | virtualTerminal));
+    return changed_;
 }
 
 } // namespace Orlindex::Doctor

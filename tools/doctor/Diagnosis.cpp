@@ -2,6 +2,7 @@
 
 #include "StartFacts.h"
 #include "Words.h"
+#include "base/Paths.h"
 #include "base/ProductIdentity.h"
 #include "base/SystemText.h"
 #include "base/Versions.h"
@@ -16,6 +17,57 @@ namespace {
 std::string Quoted(const std::wstring& text)
 {
     return '"' + Narrow(text) + '"';
+}
+
+std::string Joined(const std::vector<std::string>& texts)
+{
+    std::string joined;
+    for (const std::string& text : texts)
+        joined += (joined.empty() ? "" : ", ") + text;
+    return joined;
+}
+
+/// Why the host's library cannot be loaded, in words; empty where nothing speaks against it.
+std::string WhyNoLibrary(const StartFacts& facts)
+{
+    const ModuleFacts& library = facts.library;
+    if (!library.readable)
+        return "it cannot be read: " + ErrorWords(library.readError);
+    if (!library.module || !library.dll)
+        return "it is no Windows DLL";
+    if (!library.x64)
+        return "it is not for 64-bit x86 processes";
+    if (!facts.load || facts.load->libraryError == ERROR_SUCCESS)
+        return {};
+    return ErrorWords(facts.load->libraryError) +
+           (facts.libraryNeeds.empty()
+                ? ""
+                : "; it needs " + Joined(facts.libraryNeeds) + ", not found beside it nor where the system looks");
+}
+
+std::string WhyLibraryEnded(const LoadOutcome& load)
+{
+    if (load.end == LoadOutcome::End::Hung)
+        return "it did not answer within " + std::to_string(load.timeoutSeconds) + " seconds";
+    return "it ended its process, with " + ErrorWords(load.processExitCode);
+}
+
+/// A host that has no such file in its folder may find the library elsewhere.
+std::optional<Verdict> OfLibrary(const StartFacts& facts)
+{
+    std::string why;
+    if (facts.load && facts.load->libraryBegun)
+        why = WhyLibraryEnded(*facts.load);
+    else if (facts.library.exists)
+        why = WhyNoLibrary(facts);
+    if (why.empty())
+        return std::nullopt;
+    const std::string file = Quoted(JoinPath(facts.hostDirectory, ProductModuleName));
+    return Verdict{
+        ExitCode::LibraryUnusable, StepId::Library, "The host's library " + file + " cannot be loaded: " + why + '.',
+        facts.libraryNeeds.empty() ? "Restore it from the host's installer."
+                                   : "Put " + Joined(facts.libraryNeeds) +
+                                         " into its folder, or restore all of it from the host's installer."};
 }
 
 /// Where a directory of the server application can be made known.
@@ -58,6 +110,14 @@ Verdict WithoutCompatibilityFile(const StartFacts& facts)
 {
     if (facts.serverDirectory.empty())
         return WithoutServerApplication(facts);
+    if (!facts.clientConfigError.empty())
+        return {ExitCode::CompatibilityFileNotFound, StepId::CompatibilityFile,
+                "There is no TALIXVersionCompatibility.config in the server application's folder, " +
+                    Quoted(facts.serverDirectory) + ", and the client config file " + Quoted(facts.clientConfigFile) +
+                    ", which may name another folder, is not used (" + facts.clientConfigError + ").",
+                "Mend " + Quoted(facts.clientConfigFile) +
+                    ", or restore it from the host's installer; where it names no folder for that file, repair the "
+                    "installation of the server application."};
     return {ExitCode::CompatibilityFileNotFound, StepId::CompatibilityFile,
             "There is no TALIXVersionCompatibility.config in the server application's folder, " +
                 Quoted(facts.serverDirectory) + ", nor in one that the client config file names.",
@@ -98,11 +158,15 @@ Verdict WithoutEntry(const StartFacts& facts)
 
 Verdict OfRefusedPath(const StartFacts& facts)
 {
+    const std::string remedy = facts.compatibilityFile.empty() // The path was given on the command line.
+                                   ? "Name the module's file with its extension."
+                                   : "Write an absolute path with the file's extension to modulePath in " +
+                                         Quoted(facts.compatibilityFile) +
+                                         ", such as %SSOServerAppPath%\\PellwickClient.dll.";
     return {ExitCode::ModulePathRefused, StepId::ModuleFile,
             "The path of the plugin module, " + Quoted(facts.modulePath) +
                 ", is refused: " + PathDefectWords(*facts.modulePathDefect) + '.',
-            "Write an absolute path with the file's extension to modulePath in " + Quoted(facts.compatibilityFile) +
-                ", such as %SSOServerAppPath%\\PellwickClient.dll."};
+            remedy};
 }
 
 std::string SignerName(const TrustEvidence& evidence)
@@ -123,13 +187,14 @@ bool HasAcceptedSigner(const TrustEvidence& evidence)
 Verdict OfUntrustedSigner(const StartFacts& facts, const std::string& reinstall)
 {
     const TrustEvidence& evidence = *facts.trust;
-    if (static_cast<DWORD>(*evidence.platformAnswer) == static_cast<DWORD>(CERT_E_UNTRUSTEDROOT) &&
-        (HasAcceptedSigner(evidence) || evidence.signers.empty()))
+    const auto answer = static_cast<DWORD>(*evidence.platformAnswer);
+    const bool untrustedRoot = answer == static_cast<DWORD>(CERT_E_UNTRUSTEDROOT);
+    if (untrustedRoot && (HasAcceptedSigner(evidence) || evidence.signers.empty()))
         return {ExitCode::RootNotTrusted, StepId::Signature,
                 "The signature of " + Quoted(facts.modulePath) + " by " + SignerName(evidence) +
                     " ends in a root that neither is the pinned one nor is trusted by the system.",
                 reinstall + " Do not make the system trust that root."};
-    if (!HasAcceptedSigner(evidence))
+    if (untrustedRoot || answer == ERROR_SUCCESS) // Any other answer ends the verification before a name is looked at.
         return {ExitCode::SignerNotAccepted, StepId::Signature,
                 Quoted(facts.modulePath) + " is signed by " + SignerName(evidence) + ", which is not an accepted name.",
                 reinstall};
@@ -168,14 +233,6 @@ Verdict OfRefusedSignature(const StartFacts& facts)
                 "The system refuses the signature of " + file + ": " + TrustAnswerWords(*evidence.platformAnswer) + '.',
                 reinstall};
     }
-}
-
-std::string Joined(const std::vector<std::string>& texts)
-{
-    std::string joined;
-    for (const std::string& text : texts)
-        joined += (joined.empty() ? "" : ", ") + text;
-    return joined;
 }
 
 Verdict OfFailedLoadModule(const StartFacts& facts, const LoadFinding& failure)
@@ -235,7 +292,7 @@ Verdict OfFailedLoad(const StartFacts& facts)
             "Ask the plugin's maker for a module that keeps the contract."};
 }
 
-std::optional<Verdict> OfFormat(const StartFacts& facts)
+std::optional<Verdict> OfMachine(const StartFacts& facts)
 {
     const ModuleFacts& module = facts.module;
     const std::string file = Quoted(facts.modulePath);
@@ -246,11 +303,36 @@ std::optional<Verdict> OfFormat(const StartFacts& facts)
     if (!module.x64)
         return Verdict{ExitCode::ModuleArchitecture, StepId::ModuleFile, file + " is not for 64-bit x86 processes.",
                        replace};
-    if (!module.factorySymbol)
+    return std::nullopt;
+}
+
+std::optional<Verdict> OfFormat(const StartFacts& facts)
+{
+    if (std::optional<Verdict> failure = OfMachine(facts))
+        return failure;
+    if (!facts.module.factorySymbol)
         return Verdict{ExitCode::FactorySymbolMissing, StepId::ModuleFile,
-                       file + " does not export its factory function.",
+                       Quoted(facts.modulePath) + " does not export its factory function.",
                        "Ask the plugin's maker for a module that keeps the contract."};
     return std::nullopt;
+}
+
+Verdict OfFileInUse(const StartFacts& facts, const std::string& remedy)
+{
+    return {ExitCode::FileInUse, StepId::Signature,
+            Quoted(facts.modulePath) + " cannot be kept from changing: " + ErrorWords(facts.holdError) + '.', remedy};
+}
+
+std::optional<Verdict> OfLoad(const StartFacts& facts)
+{
+    const LoadOutcome& load = *facts.load;
+    if (load.end == LoadOutcome::End::Regular && load.loaded && load.clientModule)
+        return std::nullopt;
+    if (load.libraryBegun) // The plugin was not reached.
+        return OfLibrary(facts);
+    if (std::optional<Verdict> failure = OfMachine(facts)) // It says more than the platform's error.
+        return failure;
+    return OfFailedLoad(facts);
 }
 
 } // namespace
@@ -264,20 +346,22 @@ std::optional<Verdict> DiagnoseModule(const StartFacts& facts)
         return Verdict{ExitCode::ModuleMissing, StepId::ModuleFile, "The plugin module " + file + " is not there.",
                        "Repair the installation of the server application: it brings the plugin module."};
     if (facts.holdError == ERROR_SHARING_VIOLATION)
-        return Verdict{ExitCode::FileInUse, StepId::Signature,
-                       file + " cannot be kept from changing: " + ErrorWords(facts.holdError) + '.',
-                       "End the program that has the file open for writing, such as an installer or a scanner."};
+        return OfFileInUse(facts, "End the program that has the file open for writing, such as an installer or a "
+                                  "scanner.");
     if (!facts.module.readable)
         return Verdict{ExitCode::ModuleFormat, StepId::ModuleFile,
                        file + " cannot be read: " + ErrorWords(facts.module.readError) + '.',
                        "Give the user the right to read it; where it is a folder, repair the installation."};
     if (facts.trust && !LoadingAllowed(facts.trust->result))
         return OfRefusedSignature(facts);
+    if (facts.holdError != ERROR_SUCCESS)
+        return OfFileInUse(facts, "Give the user the right to read the file, and see that nothing locks it.");
+    if (!facts.accepted)
+        return Verdict{ExitCode::LoadFailed, StepId::Load, "The library does not load " + file + '.',
+                       "Run the tool again; the machine changed while it looked."};
     if (!facts.load)
         return OfFormat(facts);
-    if (facts.load->end != LoadOutcome::End::Regular || !facts.load->loaded || !facts.load->clientModule)
-        return OfFailedLoad(facts);
-    return std::nullopt;
+    return OfLoad(facts);
 }
 
 Verdict Diagnose(const StartFacts& facts)
@@ -286,6 +370,8 @@ Verdict Diagnose(const StartFacts& facts)
         return {ExitCode::LocalSystemAccount, StepId::Account,
                 "The account is the local system's, under which the library refuses to start.",
                 "Run the host under the account of the user who is to sign in."};
+    if (std::optional<Verdict> failure = OfLibrary(facts))
+        return *failure;
     if (facts.modulePath.empty())
     {
         if (facts.compatibilityFile.empty())

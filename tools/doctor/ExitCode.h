@@ -16,6 +16,7 @@ enum class ExitCode
     ClientConfigInvalid = 11,
     RegistryUnusable = 12,
     ServerApplicationNotFound = 13,
+    LibraryUnusable = 14,
 
     CompatibilityFileNotFound = 20,
     CompatibilityFileInvalid = 21,

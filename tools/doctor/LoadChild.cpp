@@ -78,7 +78,9 @@ int RunLoadChild(const std::vector<std::wstring>& arguments)
     SetHandleInformation(reinterpret_cast<HANDLE>(handle), HANDLE_FLAG_INHERIT, 0);
 
     const std::wstring& host = arguments[1];
-    pipe.Send({LoadMessage::Kind::Library, LoadHostsLibrary(host)});
+    pipe.Send({LoadMessage::Kind::Library, 0, LoadState::Begun});
+    const DWORD error = LoadHostsLibrary(host);
+    pipe.Send({LoadMessage::Kind::Library, 0, error == ERROR_SUCCESS ? LoadState::Done : LoadState::Failed, error});
     LoadReporter reporter(pipe);
     StartSurroundings surroundings = {host, host, {}, {}, &reporter};
     if (arguments.size() > 2)

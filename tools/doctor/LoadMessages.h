@@ -15,7 +15,7 @@ struct LoadMessage
 {
     enum class Kind
     {
-        Library,   ///< The host's library was loaded: `number` is 0, or the platform's error.
+        Library,   ///< The host's library is loaded: `state` and `error`.
         Step,      ///< `number` is a LoadStep, with `state` and `error`.
         Object,    ///< `number` is a PluginObject, `error` is 1 where the plugin has it.
         Exception, ///< `text`, UTF-8.

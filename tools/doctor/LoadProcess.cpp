@@ -3,12 +3,14 @@
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
-#include <thread>
 #include <windows.h>
 
 #include "LoadChild.h"
 #include "LoadMessages.h"
+#include "ModuleFile.h"
+#include "PipeReader.h"
 #include "Words.h"
+#include "base/Paths.h"
 #include "base/ProductIdentity.h"
 #include "base/SystemText.h"
 #include "locate/PlatformFolders.h"
@@ -129,8 +131,8 @@ Handle StartProcess(const LoadRequest& request, const Pipe& pipe, HANDLE job)
     PROCESS_INFORMATION started = {};
     std::wstring command = CommandLine(request, pipe.writeEnd.get());
     const HostInPath path(request.host);
-    if (!CreateProcessW(OwnFile().c_str(), command.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr, nullptr,
-                        &startup, &started))
+    if (!CreateProcessW(OwnFile().c_str(), command.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
+                        request.host.c_str(), &startup, &started))
         ThrowLastError("cannot start a process to load the plugin in");
     Handle process(started.hProcess);
     const Handle thread(started.hThread);
@@ -147,7 +149,13 @@ Handle StartProcess(const LoadRequest& request, const Pipe& pipe, HANDLE job)
 class LoadListener
 {
 public:
-    LoadListener(Report& report, LoadOutcome& outcome) : report_(report), outcome_(outcome) {}
+    /// A start fails with a library in the host's folder that cannot be loaded; a check of a module does not.
+    LoadListener(const LoadRequest& request, Report& report, LoadOutcome& outcome)
+        : libraryMark_(request.module.empty() && PathExists(JoinPath(request.host, ProductModuleName)) ? Mark::Failed
+                                                                                                       : Mark::Warning),
+          report_(report), outcome_(outcome)
+    {
+    }
 
     bool Ended() const { return ended_; }
 
@@ -163,7 +171,7 @@ private:
         switch (message.kind)
         {
         case LoadMessage::Kind::Library:
-            TakeLibrary(message.number);
+            TakeLibrary(message);
             break;
         case LoadMessage::Kind::Step:
             TakeStep({static_cast<LoadStep>(message.number), message.state, message.error});
@@ -182,11 +190,13 @@ private:
         }
     }
 
-    void TakeLibrary(unsigned long error)
+    void TakeLibrary(const LoadMessage& message)
     {
-        if (error != ERROR_SUCCESS)
-            report_.Add({Mark::Warning, "load", "host's library", Narrow(ProductModuleName), "not-loaded", "",
-                         "cannot be loaded, and the plugin may need it: " + ErrorWords(error)});
+        outcome_.libraryBegun = message.state == LoadState::Begun;
+        outcome_.libraryError = message.error;
+        if (message.state == LoadState::Failed)
+            report_.Add({libraryMark_, "load", "host's library", Narrow(ProductModuleName), "not-loaded", "",
+                         "cannot be loaded, and the plugin may need it: " + ErrorWords(message.error)});
     }
 
     void TakeStep(const LoadFinding& finding)
@@ -250,52 +260,27 @@ private:
         report_.Add({Mark::Failed, "load", name, "", "failed", "", note});
     }
 
+    const Mark libraryMark_;
     Report& report_;
     LoadOutcome& outcome_;
     bool ended_ = false;
 };
 
-/// Reads lines until nobody writes any more. A line without end is cut: a plugin may write what it likes.
-void ReadLines(HANDLE pipe, LoadListener& listener)
-{
-    constexpr std::size_t longestLine = 64 * 1024;
-    std::string line;
-    char buffer[4096];
-    DWORD read = 0;
-    while (ReadFile(pipe, buffer, sizeof buffer, &read, nullptr) && read > 0)
-    {
-        for (DWORD index = 0; index < read; ++index)
-        {
-            if (buffer[index] != '\n')
-            {
-                if (line.size() < longestLine)
-                    line += buffer[index];
-                continue;
-            }
-            listener.Take(line);
-            line.clear();
-        }
-    }
-}
-
-} // namespace
-
 LoadOutcome LoadInOwnProcess(const LoadRequest& request, Report& report)
 {
     LoadOutcome outcome;
     outcome.timeoutSeconds = request.timeoutSeconds;
-    report.Begin(StepId::Load);
     Pipe pipe = MakePipe();
     const Handle job = MakeJob();
     const Handle process = StartProcess(request, pipe, job.get());
     pipe.writeEnd.reset(); // Or the pipe would never end.
 
     // This thread only waits until the reader has ended, so the report has one writer at a time.
-    LoadListener listener(report, outcome);
-    std::thread reader([&] { ReadLines(pipe.readEnd.get(), listener); });
+    LoadListener listener(request, report, outcome);
+    PipeReader reader(pipe.readEnd.get(), [&listener](const std::string& line) { listener.Take(line); });
     const bool inTime = WaitForSingleObject(process.get(), request.timeoutSeconds * 1000) == WAIT_OBJECT_0;
     TerminateJobObject(job.get(), 1); // Also what the plugin started.
-    reader.join();
+    reader.Finish();
 
     if (listener.Ended())
         return outcome;
@@ -303,11 +288,23 @@ LoadOutcome LoadInOwnProcess(const LoadRequest& request, Report& report)
     GetExitCodeProcess(process.get(), &exitCode);
     outcome.processExitCode = exitCode;
     outcome.end = inTime ? LoadOutcome::End::Ended : LoadOutcome::End::Hung;
-    report.Add({Mark::Failed, "load", outcome.begun ? LoadStepName(*outcome.begun) : "load", "",
-                inTime ? "ended" : "hung", "",
+    const char* const last = outcome.begun ? LoadStepName(*outcome.begun) : "load";
+    report.Add({Mark::Failed, "load", outcome.libraryBegun ? "host's library" : last, "", inTime ? "ended" : "hung", "",
                 inTime ? "the process ended: " + ErrorWords(exitCode)
                        : "no answer within " + std::to_string(request.timeoutSeconds) + " seconds"});
     return outcome;
+}
+
+} // namespace
+
+void TryLoad(const LoadRequest& request, Report& report, StartFacts& facts)
+{
+    report.Begin(StepId::Load);
+    for (const std::string& library : FindLibrariesOfTool(facts.modulePath, request.host))
+        report.Add({Mark::Warning, "load", "library of the module", library, "beside-tool", "",
+                    "lies beside this tool and neither beside the module nor beside the host: a host may lack it"});
+    facts.load = LoadInOwnProcess(request, report);
+    facts.load->missingLibraries = FindMissingLibraries(facts.modulePath, request.host);
 }
 
 } // namespace Orlindex::Doctor

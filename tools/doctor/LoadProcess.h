@@ -15,9 +15,9 @@ struct LoadRequest
     unsigned timeoutSeconds;
 };
 
-/// Loads the plugin in a process of its own, as far as its interfaces: whatever the plugin does there, this process
-/// goes on and can name the step.
-LoadOutcome LoadInOwnProcess(const LoadRequest& request, Report& report);
+/// Loads the plugin, whose path the facts hold, in a process of its own, as far as its interfaces: whatever the plugin
+/// does there, this process goes on and can name the step.
+void TryLoad(const LoadRequest& request, Report& report, StartFacts& facts);
 
 } // namespace Orlindex::Doctor
 

@@ -1,6 +1,7 @@
 // Tells why sign-in starts on this machine, or why not.
 
 #include <exception>
+#include <stdexcept>
 #include <vector>
 #include <windows.h>
 
@@ -9,10 +10,12 @@
 #include "BuildData.h"
 #include "Commands.h"
 #include "Console.h"
+#include "FullPath.h"
 #include "JsonReport.h"
 #include "LoadChild.h"
 #include "Options.h"
 #include "TextReport.h"
+#include "Words.h"
 #include "base/Log.h"
 #include "base/Paths.h"
 #include "base/ProductIdentity.h"
@@ -43,16 +46,11 @@ std::string Version()
     return version;
 }
 
-/// Absolute, without a final separator.
-std::wstring FullPath(const std::wstring& path)
+std::wstring AbsolutePath(const std::wstring& path)
 {
-    const DWORD size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
-    std::wstring full(size, L'\0');
-    full.resize(size > 0 ? GetFullPathNameW(path.c_str(), size, full.data(), nullptr) : 0);
+    std::wstring full = FullPath(path);
     if (full.empty())
         throw UsageError("no path: '" + Narrow(path) + "'");
-    while (full.size() > 3 && full.back() == L'\\')
-        full.pop_back();
     return full;
 }
 
@@ -60,14 +58,23 @@ std::wstring HostFolder(const Options& options)
 {
     if (options.host.empty())
         return GetExeDirPath();
-    const std::wstring host = FullPath(options.host);
+    const std::wstring host = AbsolutePath(options.host);
     const DWORD attributes = GetFileAttributesW(host.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0)
         throw UsageError("--host names no folder: '" + Narrow(host) + "'");
     return host;
 }
 
-bool UsesColor(const Options& options, const Console& console)
+/// Where no folder holds a client config file, a start takes one from the current directory. That is the host's folder
+/// here, as in most hosts, and not the one that the tool happens to be called from.
+void EnterHostFolder(const std::wstring& host)
+{
+    if (!SetCurrentDirectoryW(host.c_str()))
+        throw std::runtime_error("cannot enter the host's folder '" + Narrow(host) +
+                                 "': " + ErrorWords(GetLastError()));
+}
+
+bool UsesColor(const Options& options, Console& console)
 {
     return options.color && GetEnvironmentVariableW(L"NO_COLOR", nullptr, 0) <= 1 && console.EnableColor();
 }
@@ -79,11 +86,14 @@ std::string Question(const Subject& subject)
     return "How would a host in " + subject.host + " start?";
 }
 
-ExitCode RunReport(const Options& options, const Console& console)
+ExitCode RunReport(Options options, Console& console)
 {
     const bool check = options.command == Command::Check;
     const std::wstring host = HostFolder(options);
-    const std::wstring module = check ? FullPath(options.module) : std::wstring();
+    const std::wstring module = check ? AbsolutePath(options.module) : std::wstring();
+    if (!options.compatibility.empty())
+        options.compatibility = AbsolutePath(options.compatibility);
+    EnterHostFolder(host); // No relative path is left.
     const Subject subject = {check ? "check" : "start", Narrow(host), Narrow(module), options.load};
 
     SetPluginLog([](const std::wstring&, LogLevel) {}); // What the library's steps log, the report says.
@@ -101,7 +111,7 @@ ExitCode RunReport(const Options& options, const Console& console)
 
 ExitCode Run(const std::vector<std::wstring>& arguments)
 {
-    const Console output(STD_OUTPUT_HANDLE);
+    Console output(STD_OUTPUT_HANDLE);
     const Console errors(STD_ERROR_HANDLE);
     try
     {

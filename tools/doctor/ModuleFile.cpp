@@ -1,5 +1,7 @@
 #include "ModuleFile.h"
 
+#include <boost/algorithm/string/predicate.hpp>
+#include <locale>
 #include <optional>
 #include <string_view>
 #include <windows.h>
@@ -11,6 +13,7 @@
 #include "base/Paths.h"
 #include "base/SystemText.h"
 #include "load/PluginModule.h"
+#include "locate/PlatformFolders.h"
 
 namespace Orlindex::Doctor {
 
@@ -121,16 +124,60 @@ void AddVersionRecord(const std::wstring& path, Report& report)
     report.Add({Mark::Info, "version", "version record", record->fileVersion, "read", "", note});
 }
 
-/// Where the system would look for a library that a module beside `directory` names.
-bool IsFindable(const std::wstring& library, const std::wstring& directory, const std::wstring& hostDirectory)
+bool LiesBeside(const std::wstring& library, const std::wstring& modulePath, const std::wstring& hostDirectory)
 {
-    if (PathExists(JoinPath(directory, library)) || PathExists(JoinPath(hostDirectory, library)))
-        return true;
+    return PathExists(JoinPath(ParentPath(modulePath), library)) || PathExists(JoinPath(hostDirectory, library));
+}
+
+/// Such a name stands for a set of functions. The system resolves it itself, in any letter case.
+bool IsApiSet(const std::wstring& library)
+{
+    return boost::algorithm::istarts_with(library, L"api-ms-", std::locale::classic()) ||
+           boost::algorithm::istarts_with(library, L"ext-ms-", std::locale::classic());
+}
+
+/// Whether the system itself brings a library, or finds it by the path.
+bool IsSystems(const std::wstring& library)
+{
     wchar_t found[MAX_PATH] = {};
-    // A name that stands for a set of functions is resolved by the system itself.
-    return library.compare(0, 7, L"api-ms-") == 0 || library.compare(0, 7, L"ext-ms-") == 0 ||
-           GetModuleHandleW(library.c_str()) != nullptr ||
+    return IsApiSet(library) || GetModuleHandleW(library.c_str()) != nullptr ||
            SearchPathW(nullptr, library.c_str(), nullptr, MAX_PATH, found, nullptr) != 0;
+}
+
+/// The libraries that a module names and that `matches`.
+template <class Condition>
+std::vector<std::string> FindLibraries(const std::wstring& path, const Condition& matches)
+{
+    std::vector<std::string> libraries;
+    const MappedFile file(path);
+    const std::optional<PeFile> module = PeFile::Read(file.Bytes());
+    if (!module)
+        return libraries;
+    for (const std::string& name : module->ImportedLibraries(mostLibraries))
+    {
+        const std::wstring library = Widen(name);
+        if (matches(library))
+            libraries.push_back(Narrow(library)); // Whatever the file holds, it is UTF-8 now.
+    }
+    return libraries;
+}
+
+void AddUnreadable(const std::string& name, const std::wstring& path, Report& report, const ModuleFacts& facts)
+{
+    report.Add(
+        {Mark::Failed, "file", name, Narrow(path), "unreadable", "", "cannot be read: " + ErrorWords(facts.readError)});
+}
+
+/// Takes a file's reading and format down.
+std::optional<PeFile> ReadFormat(const MappedFile& file, Report& report, ModuleFacts& facts)
+{
+    const std::optional<PeFile> module = PeFile::Read(file.Bytes());
+    facts.module = module.has_value();
+    if (module)
+        AddFormat(*module, report, facts);
+    else
+        report.Add({Mark::Failed, "module", "format", "", "no-module", "", "no Windows module"});
+    return module;
 }
 
 } // namespace
@@ -148,37 +195,43 @@ void InspectModuleFile(const std::wstring& path, Report& report, ModuleFacts& fa
     facts.readable = facts.readError == ERROR_SUCCESS;
     if (!facts.readable)
     {
-        report.Add({Mark::Failed, "file", "plugin module", Narrow(path), "unreadable", "",
-                    "cannot be read: " + ErrorWords(facts.readError)});
+        AddUnreadable("plugin module", path, report, facts);
         return;
     }
     report.Add(
         {Mark::Ok, "file", "plugin module", Narrow(path), "read", "", std::to_string(file.Bytes().size()) + " bytes"});
-    const std::optional<PeFile> module = PeFile::Read(file.Bytes());
-    facts.module = module.has_value();
+    const std::optional<PeFile> module = ReadFormat(file, report, facts);
     if (!module)
-    {
-        report.Add({Mark::Failed, "module", "format", "", "no-module", "", "no Windows module"});
         return;
-    }
-    AddFormat(*module, report, facts);
     AddFactorySymbol(*module, report, facts);
     AddVersionRecord(path, report);
 }
 
+void InspectLibraryFile(const std::wstring& path, Report& report, ModuleFacts& facts)
+{
+    facts.exists = true;
+    const MappedFile file(path);
+    facts.readError = file.Error();
+    facts.readable = facts.readError == ERROR_SUCCESS;
+    if (facts.readable)
+        ReadFormat(file, report, facts);
+    else
+        AddUnreadable("library", path, report, facts);
+}
+
 std::vector<std::string> FindMissingLibraries(const std::wstring& path, const std::wstring& hostDirectory)
 {
-    std::vector<std::string> missing;
-    const MappedFile file(path);
-    const std::optional<PeFile> module = PeFile::Read(file.Bytes());
-    if (!module)
-        return missing;
-    for (const std::string& library : module->ImportedLibraries(mostLibraries))
-    {
-        if (!IsFindable(Widen(library), ParentPath(path), hostDirectory))
-            missing.push_back(Narrow(Widen(library)));
-    }
-    return missing;
+    return FindLibraries(path, [&](const std::wstring& library) {
+        return !LiesBeside(library, path, hostDirectory) && !IsSystems(library);
+    });
+}
+
+std::vector<std::string> FindLibrariesOfTool(const std::wstring& path, const std::wstring& hostDirectory)
+{
+    const std::wstring toolDirectory = GetExeDirPath();
+    return FindLibraries(path, [&](const std::wstring& library) {
+        return !LiesBeside(library, path, hostDirectory) && PathExists(JoinPath(toolDirectory, library));
+    });
 }
 
 } // namespace Orlindex::Doctor

@@ -13,8 +13,15 @@ namespace Orlindex::Doctor {
 /// version record. Nothing of it runs.
 void InspectModuleFile(const std::wstring& path, Report& report, ModuleFacts& facts);
 
+/// Looks at the host's library the same way: whether a 64-bit process can load such a file. It must exist.
+void InspectLibraryFile(const std::wstring& path, Report& report, ModuleFacts& facts);
+
 /// The libraries that a module names and that are neither beside it, nor beside the host, nor where the system looks.
 std::vector<std::string> FindMissingLibraries(const std::wstring& path, const std::wstring& hostDirectory);
+
+/// The libraries that a module names and that lie neither beside it nor beside the host, but beside this tool: the
+/// process that loads the plugin finds them there, and a host does not.
+std::vector<std::string> FindLibrariesOfTool(const std::wstring& path, const std::wstring& hostDirectory);
 
 } // namespace Orlindex::Doctor
 

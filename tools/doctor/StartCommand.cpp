@@ -28,7 +28,7 @@ bool CheckAccount(Report& report)
 }
 
 /// The library beside the host is the one that will run there: this tool's steps are those of its own version.
-void CheckLibrary(const std::wstring& host, Report& report)
+void CheckLibrary(const std::wstring& host, Report& report, StartFacts& facts)
 {
     report.Begin(StepId::Library);
     const std::wstring file = JoinPath(host, ProductModuleName);
@@ -56,6 +56,7 @@ void CheckLibrary(const std::wstring& host, Report& report)
                     std::string(ProductVersion) + ": what follows is what this tool's version would do";
     }
     report.Add(std::move(line));
+    InspectLibraryFile(file, report, facts.library);
 }
 
 } // namespace
@@ -65,15 +66,16 @@ Verdict RunStart(const Options& options, const std::wstring& host, Report& repor
     StartFacts facts;
     facts.hostDirectory = host;
     facts.localSystem = CheckAccount(report);
-    CheckLibrary(host, report);
+    CheckLibrary(host, report, facts);
 
     StartRecorder recorder(report, facts);
     SSOPathResolver manager(SplitVersion(ProductVersion), nullptr, {host, host, {}, {}, &recorder});
-    const bool mayLoad = manager.CheckClientPlugin();
-    if (mayLoad && options.load)
+    facts.accepted = manager.CheckClientPlugin();
+    if (facts.accepted && options.load)
     {
-        facts.load = LoadInOwnProcess({host, {}, options.timeoutSeconds}, report);
-        facts.load->missingLibraries = FindMissingLibraries(facts.modulePath, host);
+        TryLoad({host, {}, options.timeoutSeconds}, report, facts);
+        if (facts.load->libraryError != ERROR_SUCCESS && facts.library.exists)
+            facts.libraryNeeds = FindMissingLibraries(JoinPath(host, ProductModuleName), host);
     }
     return Diagnose(facts);
 }

@@ -25,6 +25,8 @@ struct LoadOutcome
 
     End end = End::Regular;
     bool loaded = false;
+    bool libraryBegun = false; ///< The load ended while the host's library was loaded.
+    unsigned long libraryError = 0;
     unsigned long processExitCode = 0;
     unsigned timeoutSeconds = 0;
     std::optional<Ids::LoadStep> begun;        ///< The step under way where the load ended.
@@ -34,7 +36,7 @@ struct LoadOutcome
     std::vector<std::string> missingLibraries; ///< Among those that the module names.
 };
 
-/// What is known of the plugin module's file as it lies on the disk.
+/// What is known of a module's file as it lies on the disk.
 struct ModuleFacts
 {
     bool exists = false;
@@ -42,7 +44,7 @@ struct ModuleFacts
     bool module = false; ///< A Windows module.
     bool dll = false;
     bool x64 = false;
-    bool factorySymbol = false;
+    bool factorySymbol = false; ///< Of the plugin's.
     unsigned long readError = 0;
 };
 
@@ -52,6 +54,9 @@ struct StartFacts
     bool localSystem = false;
 
     std::wstring hostDirectory;
+    ModuleFacts library;                   ///< The one in the host's folder.
+    std::vector<std::string> libraryNeeds; ///< Libraries that it names and that are not found, where it does not load.
+
     std::wstring clientConfigFile; ///< Empty where there is none.
     std::string clientConfigError; ///< In words; empty where the file could be read.
 
@@ -71,6 +76,7 @@ struct StartFacts
 
     std::optional<Ids::TrustEvidence> trust;
     unsigned long holdError = 0;
+    bool accepted = false; ///< Whether the library's own check would go on to load the module.
 
     std::optional<LoadOutcome> load;
 };

@@ -1,5 +1,6 @@
 #include "StartRecorder.h"
 
+#include "FullPath.h"
 #include "ModuleFile.h"
 #include "Words.h"
 #include "base/ProductIdentity.h"
@@ -131,7 +132,13 @@ void StartRecorder::OnSearch(const SearchFinding& finding)
 
 void StartRecorder::OnDocument(const DocumentFinding& finding)
 {
+    const bool config = finding.file == StartFile::ClientConfig;
+    report_.Begin(config ? StepId::ClientConfig : StepId::CompatibilityFile);
+    if (config && facts_.clientConfigFile.empty())
+        TakeFromCurrentDirectory(finding.path);
     Finding line = {Mark::Ok, "file", "contents", "JSON", "read", Narrow(finding.path), ""};
+    if (config)
+        line.source = Narrow(facts_.clientConfigFile);
     if (finding.readError != ERROR_SUCCESS)
     {
         line.result = "unreadable";
@@ -142,15 +149,21 @@ void StartRecorder::OnDocument(const DocumentFinding& finding)
         line.result = "invalid";
         line.note = "no JSON, " + JsonErrorWords(*finding.parseError);
     }
-    const bool config = finding.file == StartFile::ClientConfig;
     if (!line.note.empty())
     {
         line.value.clear();
         line.mark = config ? Mark::Warning : Mark::Failed; // A start goes on without the one, not without the other.
         (config ? facts_.clientConfigError : facts_.compatibilityError) = line.note;
     }
-    report_.Begin(config ? StepId::ClientConfig : StepId::CompatibilityFile);
     report_.Add(std::move(line));
+}
+
+/// No folder holds the client config file, and a start takes what has its bare name.
+void StartRecorder::TakeFromCurrentDirectory(const std::wstring& name)
+{
+    facts_.clientConfigFile = FullPath(name);
+    report_.Add({Mark::Warning, "file", FileWords(StartFile::ClientConfig), Narrow(facts_.clientConfigFile), "found",
+                 "current directory", "taken from the current directory: a host that runs in another one does not"});
 }
 
 void StartRecorder::OnSetting(const SettingFinding& finding)

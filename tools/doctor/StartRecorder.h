@@ -29,6 +29,7 @@ public:
 private:
     void AddDirectories(const Ids::SearchFinding& finding, Mark notFound);
     void FlushRegistry();
+    void TakeFromCurrentDirectory(const std::wstring& name);
 
     Report& report_;
     StartFacts& facts_;

@@ -1,5 +1,8 @@
 #include "VersionRecord.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <vector>
 #include <windows.h>
 
@@ -10,20 +13,21 @@ namespace {
 
 using Kestrany::IdentityServices::Narrow;
 
+/// The platform answers the lengths that the record itself claims. Where they lead beyond its end, they are cut.
 class RecordReader
 {
 public:
-    explicit RecordReader(const std::vector<BYTE>& record) : record_(record)
+    RecordReader(const void* record, std::size_t size) : record_(record), size_(size)
     {
         struct Translation
         {
             WORD language;
             WORD codePage;
         };
-        UINT size = 0;
-        const auto* translation = static_cast<const Translation*>(Query(L"\\VarFileInfo\\Translation", size));
+        std::size_t length = 0;
+        const auto* translation = static_cast<const Translation*>(Query(L"\\VarFileInfo\\Translation", 1, length));
         wchar_t block[] = L"\\StringFileInfo\\040904B0\\";
-        if (translation && size >= sizeof *translation)
+        if (translation && length >= sizeof *translation)
             swprintf(block, std::size(block), L"\\StringFileInfo\\%04X%04X\\", translation->language,
                      translation->codePage);
         block_ = block;
@@ -31,8 +35,8 @@ public:
 
     std::string Text(const wchar_t* name) const
     {
-        UINT length = 0;
-        const auto* text = static_cast<const wchar_t*>(Query((block_ + name).c_str(), length));
+        std::size_t length = 0;
+        const auto* text = static_cast<const wchar_t*>(Query((block_ + name).c_str(), sizeof(wchar_t), length));
         if (!text)
             return {};
         std::wstring wide(text, length);
@@ -41,9 +45,9 @@ public:
 
     std::string FileVersion() const
     {
-        UINT size = 0;
-        const auto* fixed = static_cast<const VS_FIXEDFILEINFO*>(Query(L"\\", size));
-        if (!fixed || size < sizeof *fixed)
+        std::size_t length = 0;
+        const auto* fixed = static_cast<const VS_FIXEDFILEINFO*>(Query(L"\\", 1, length));
+        if (!fixed || length < sizeof *fixed)
             return {};
         return std::to_string(HIWORD(fixed->dwFileVersionMS)) + '.' + std::to_string(LOWORD(fixed->dwFileVersionMS)) +
                '.' + std::to_string(HIWORD(fixed->dwFileVersionLS)) + '.' +
@@ -51,13 +55,22 @@ public:
     }
 
 private:
-    const void* Query(const wchar_t* path, UINT& size) const
+    /// `length` counts units of `unit` bytes, all of them within the record.
+    const void* Query(const wchar_t* path, std::size_t unit, std::size_t& length) const
     {
         void* value = nullptr;
-        return VerQueryValueW(record_.data(), path, &value, &size) ? value : nullptr;
+        UINT claimed = 0;
+        if (!VerQueryValueW(record_, path, &value, &claimed))
+            return nullptr;
+        const std::size_t offset = reinterpret_cast<std::uintptr_t>(value) - reinterpret_cast<std::uintptr_t>(record_);
+        if (offset >= size_)
+            return nullptr;
+        length = std::min<std::size_t>(claimed, (size_ - offset) / unit);
+        return value;
     }
 
-    const std::vector<BYTE>& record_;
+    const void* record_;
+    std::size_t size_;
     std::wstring block_;
 };
 
@@ -70,7 +83,18 @@ std::optional<VersionRecord> ReadVersionRecord(const std::wstring& path)
     std::vector<BYTE> bytes(size);
     if (size == 0 || !GetFileVersionInfoW(path.c_str(), 0, size, bytes.data()))
         return std::nullopt;
-    const RecordReader reader(bytes);
+    return ParseVersionRecord(bytes.data(), bytes.size());
+}
+
+std::optional<VersionRecord> ParseVersionRecord(const void* record, std::size_t size)
+{
+    WORD length = 0; // Of the whole record. The platform walks it without being told where the bytes end.
+    if (size < sizeof length)
+        return std::nullopt;
+    std::memcpy(&length, record, sizeof length);
+    if (length > size)
+        return std::nullopt;
+    const RecordReader reader(record, size);
     return VersionRecord{reader.FileVersion(), reader.Text(L"CompanyName"), reader.Text(L"FileDescription"),
                          reader.Text(L"SpecialBuild")};
 }

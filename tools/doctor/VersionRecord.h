@@ -1,6 +1,7 @@
 #ifndef ORLINDEX_DOCTOR_VERSIONRECORD_H
 #define ORLINDEX_DOCTOR_VERSIONRECORD_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -17,6 +18,9 @@ struct VersionRecord
 
 /// Nothing where the file cannot be read or has no version record. The file is read as data.
 std::optional<VersionRecord> ReadVersionRecord(const std::wstring& path);
+
+/// The same of a record's bytes, which may be hostile: nothing outside of them is read.
+std::optional<VersionRecord> ParseVersionRecord(const void* record, std::size_t size);
 
 } // namespace Orlindex::Doctor
 
