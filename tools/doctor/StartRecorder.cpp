@@ -183,6 +183,8 @@ void StartRecorder::OnSetting(const SettingFinding& finding)
         line.result = "wrong-type";
         line.note = "has another type than it should, and is ignored";
     }
+    else if (finding.value.empty())
+        line.note = finding.key == "ssoServer" ? "present" : "empty";
     registry_.clear(); // What a reference in a setting made the start look for is looked for again.
     report_.Begin(StepId::ClientConfig);
     report_.Add(std::move(line));
