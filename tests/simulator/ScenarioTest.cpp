@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <future>
+#include <vector>
 
 #include "Environment.h"
 #include "load/contract/ISSOClient.h"
@@ -192,14 +193,17 @@ TEST_F(ScenarioTest, AnEndDoesNotWaitForAConnection)
 
 TEST_F(ScenarioTest, WhoWaitsAtTheEndDoesNotConnectAgain)
 {
-    Choose(R"({"login": {"behavior": "wait"}})");
+    Choose(R"({"login": {"behavior": "wait", "waitSeconds": 5}})");
     for (int round = 0; round < 20; ++round)
     {
         module.Initialize(false);
-        std::future<IdErrorCode> login = std::async(std::launch::async, [this] { return LogIn(); });
-        ASSERT_EQ(login.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+        std::vector<std::future<IdErrorCode>> logins(24);
+        for (std::future<IdErrorCode>& login : logins)
+            login = std::async(std::launch::async, [this] { return LogIn(); });
+        ASSERT_EQ(logins.back().wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
         module.Uninitialize();
-        ASSERT_EQ(login.get(), IdServerLost);
+        for (std::future<IdErrorCode>& login : logins)
+            ASSERT_EQ(login.get(), IdServerLost);
     }
 }
 
