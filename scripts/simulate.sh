@@ -5,7 +5,7 @@
 #   Pellwick/   Pellwick.exe, PellwickClient.dll, TALIXVersionCompatibility.config, the scenario and its schema
 #   host/       Orlindex.dll and an Orlindex.config that leads to Pellwick/: for the host's own folder
 #   README.txt  what to do with them
-# It may be run again, as after a new build: files are replaced, but a scenario that was changed stays.
+# It may be run again, as after a new build: files are replaced, but a scenario and an Orlindex.config that were changed stay.
 #
 #   --build FOLDER         takes this build as it stands, instead of building
 #   --windows-path PATH    where FOLDER will lie as Windows names it, for Orlindex.config; without it, as Wine does (Z:\...)
@@ -87,12 +87,13 @@ put_text()
     rm -f "$text"
 }
 
-# put_scenario SAMPLE TARGET: what was written last is kept beside it, to know whether somebody has changed it since.
-put_scenario()
+# put_unless_changed FILE TARGET NAME WAY-OUT: what was written last is kept in Pellwick/.NAME-as-written, to know whether
+# somebody has changed it since.
+put_unless_changed()
 {
-    local written="$folder/Pellwick/.scenario-as-written"
-    if [ -z "$reset" ] && [ -f "$folder/$2" ] && ! cmp -s "$folder/$2" "$1" && ! cmp -s "$folder/$2" "$written"; then
-        say "  kept        $2, which was changed (--reset-scenario replaces it)"
+    local written="$folder/Pellwick/.$3-as-written"
+    if [ -f "$folder/$2" ] && ! cmp -s "$folder/$2" "$1" && ! cmp -s "$folder/$2" "$written"; then
+        say "  kept        $2, which was changed ($4)"
         return
     fi
     put "$1" "$2"
@@ -110,15 +111,21 @@ put "$build/simulator/Pellwick.exe" Pellwick/Pellwick.exe
 put "$build/simulator/PellwickClient.dll" Pellwick/PellwickClient.dll
 put "$root/simulator/installation/server/TALIXVersionCompatibility.config" Pellwick/TALIXVersionCompatibility.config
 put "$root/docs/schema/simulator-scenario.schema.json" Pellwick/simulator-scenario.schema.json
-put_scenario "$root/simulator/scenarios/accept.json" Pellwick/Pellwick.scenario.json
+[ -z "$reset" ] || rm -f "$folder/Pellwick/Pellwick.scenario.json"
+put_unless_changed "$root/simulator/scenarios/accept.json" Pellwick/Pellwick.scenario.json scenario \
+    '--reset-scenario replaces it'
 put "$build/bin/Orlindex.dll" host/Orlindex.dll
-put_text host/Orlindex.config <<END
+config=$(mktemp)
+chmod 644 "$config"
+cat >"$config" <<END
 {
     "ssoServer": {
         "searchPaths": $(json_text "$windows_path\\Pellwick")
     }
 }
 END
+put_unless_changed "$config" host/Orlindex.config config 'delete it to have it written anew'
+rm -f "$config"
 put_text README.txt <<END
 Identity service simulator
 ==========================

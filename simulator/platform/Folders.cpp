@@ -25,16 +25,6 @@ std::wstring LocalAppData()
     return SUCCEEDED(result) && folder != nullptr ? std::wstring(folder) : std::wstring();
 }
 
-std::wstring FullPath(const std::wstring& path)
-{
-    const DWORD size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
-    std::wstring full(size, L'\0');
-    full.resize(size == 0 ? 0 : GetFullPathNameW(path.c_str(), size, full.data(), nullptr));
-    while (full.size() > 3 && full.back() == L'\\')
-        full.pop_back();
-    return full;
-}
-
 } // namespace
 
 std::wstring DataFolder()
@@ -53,6 +43,16 @@ const std::wstring& SettingsFolder()
         return data.empty() ? data : data + L"\\Simulator";
     }();
     return folder;
+}
+
+std::wstring FullPath(const std::wstring& path)
+{
+    const DWORD size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    std::wstring full(size, L'\0');
+    full.resize(size == 0 ? 0 : GetFullPathNameW(path.c_str(), size, full.data(), nullptr));
+    while (full.size() > 3 && full.back() == L'\\')
+        full.pop_back();
+    return full;
 }
 
 std::wstring EnvironmentText(const wchar_t* name)

@@ -16,6 +16,9 @@ std::wstring DataFolder();
 /// no local application data.
 const std::wstring& SettingsFolder();
 
+/// The full path of what `path` names, without a separator at its end; empty for an empty one.
+std::wstring FullPath(const std::wstring& path);
+
 /// The value of an environment variable; empty when there is none.
 std::wstring EnvironmentText(const wchar_t* name);
 

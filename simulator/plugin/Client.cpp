@@ -146,11 +146,12 @@ IdErrorCode Client::SetServer(Server server)
 IdErrorCode Client::Logout(int& result, talix_logout_flags flags)
 {
     return Guarded(IdFailed, [&] {
-        if (!session_.IsLoggedIn())
+        if (const IdErrorCode code = session_.CheckLoggedIn(); code != IdSuccess)
         {
             // Who waits for a user to sign in does not, any more.
-            session_.CancelLogin();
-            return Done("Logout", IdNotLoggedIn);
+            if (code == IdNotLoggedIn)
+                session_.CancelLogin();
+            return Done("Logout", code);
         }
         if (flags != TALIX_LOGOUT_FORCE && !observers_.ConsentToLogout())
         {
@@ -312,10 +313,10 @@ void Client::SetHostApplicationWindow(std::uint64_t window)
 IdErrorCode Client::ShowAccountSettings(int& result)
 {
     return Guarded(IdFailed, [&] {
-        if (!session_.IsLoggedIn())
-            return Done("Account settings", IdNotLoggedIn);
-        result = 0;
-        return Done("Account settings", IdSuccess);
+        const IdErrorCode code = session_.CheckLoggedIn();
+        if (code == IdSuccess)
+            result = 0;
+        return Done("Account settings", code);
     });
 }
 
@@ -343,7 +344,7 @@ bool Client::IsApiAvailable(ApiFeature feature)
 {
     const bool known =
         feature == IdentityServices::ApiFeatureIdToken || feature == IdentityServices::ApiFeatureLoginMode;
-    return Guarded(false, [&] { return known && Offers(feature); });
+    return Guarded(false, [&] { return known && CheckOffered(feature) == IdSuccess; });
 }
 
 IdErrorCode Client::GetOAuth2IdToken(wchar_t* buffer, int capacity)
@@ -358,8 +359,8 @@ IdErrorCode Client::GetOAuth2IdToken(wchar_t* buffer, int capacity)
 IdErrorCode Client::SetLoginMode(talix_login_mode mode)
 {
     return Guarded(IdFailed, [&] {
-        const bool offered = Offers(IdentityServices::ApiFeatureLoginMode);
-        return Done("Login mode", offered ? session_.SetLoginMode(mode) : IdFeatureNotOffered);
+        const IdErrorCode code = CheckOffered(IdentityServices::ApiFeatureLoginMode);
+        return Done("Login mode", code == IdSuccess ? session_.SetLoginMode(mode) : code);
     });
 }
 
@@ -379,13 +380,13 @@ IdErrorCode Client::Done(const char* operation, IdErrorCode code) const
     return code;
 }
 
-bool Client::Offers(ApiFeature feature) const
+IdErrorCode Client::CheckOffered(ApiFeature feature) const
 {
     bool idToken = false;
     bool loginMode = false;
-    if (logins_.GetFeatures({session_.GetServer(), {}, {}}, idToken, loginMode) != IdSuccess)
-        return false;
-    return feature == IdentityServices::ApiFeatureIdToken ? idToken : loginMode;
+    const IdErrorCode code = logins_.GetFeatures({session_.GetServer(), {}, {}}, idToken, loginMode);
+    const bool offered = feature == IdentityServices::ApiFeatureIdToken ? idToken : loginMode;
+    return code == IdSuccess && !offered ? IdFeatureNotOffered : code;
 }
 
 } // namespace Kestrany::Simulator

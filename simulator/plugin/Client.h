@@ -78,7 +78,8 @@ private:
     /// Logs an operation that changes something, with its result, and answers the result.
     IdErrorCode Done(const char* operation, IdErrorCode code) const;
     /// Whether the service offers a feature; false where nobody can be asked.
-    bool Offers(IdentityServices::ApiFeature feature) const;
+    /// IdFeatureNotOffered for one that the service does not offer, or why that is not known.
+    IdErrorCode CheckOffered(IdentityServices::ApiFeature feature) const;
 
     const LogSink log_;
     Session& session_;

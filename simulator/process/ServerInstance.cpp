@@ -112,7 +112,7 @@ ServerInstance::~ServerInstance()
     if (!claimed_)
         return;
     if (ready_)
-        ResetEvent(ready_.get());
+        ResetReady();
     if (const View record = MapRecord(section_.get(), FILE_MAP_WRITE))
         record->processId = 0;
     ReleaseMutex(mutex_.get());

@@ -48,6 +48,8 @@ public:
 
     Outcome Claim();
     void SetReady() const { SetEvent(ready_.get()); }
+    /// A server that is about to end: who starts one waits for its end.
+    void ResetReady() const { ResetEvent(ready_.get()); }
     /// Set when the process is asked to quit.
     HANDLE QuitEvent() const { return quit_.get(); }
 

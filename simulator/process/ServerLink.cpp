@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/Text.h"
-#include "platform/User.h"
 #include "process/PrivatePipe.h"
 #include "process/Scope.h"
+#include "process/ServerTrust.h"
 #include "protocol/Operations.h"
 
 namespace Kestrany::Simulator {
+
+namespace Events = IdentityServices::IdServicesConsts;
 
 namespace {
 
@@ -24,45 +25,6 @@ constexpr int ConnectTries = 5;
 std::int64_t Count(std::chrono::milliseconds time)
 {
     return time.count();
-}
-
-bool SamePath(const std::wstring& left, const std::wstring& right)
-{
-    return CompareStringOrdinal(left.c_str(), -1, right.c_str(), -1, TRUE) == CSTR_EQUAL;
-}
-
-std::wstring ExecutableOf(HANDLE process)
-{
-    std::wstring path(32'768, L'\0');
-    auto size = static_cast<DWORD>(path.size());
-    path.resize(QueryFullProcessImageNameW(process, 0, path.data(), &size) ? size : 0);
-    return path;
-}
-
-std::wstring FullPath(const std::wstring& path)
-{
-    std::wstring full(32'768, L'\0');
-    const DWORD size = GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
-    full.resize(size < full.size() ? size : 0);
-    return full;
-}
-
-/// What speaks against the process at the other end; empty when it is this user's server application.
-std::string Distrust(HANDLE pipe, const std::wstring& executable)
-{
-    ULONG id = 0;
-    if (!GetNamedPipeServerProcessId(pipe, &id))
-        return "the system does not tell which process it is";
-    const Handle process(OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, id));
-    const std::string name = "process " + std::to_string(id);
-    if (!process || UserSidOf(process.get()) != OwnUserSid())
-        return name + " is not this user's";
-    const std::wstring path = ExecutableOf(process.get());
-    if (!SamePath(path, FullPath(executable)))
-        return name + " is " + ToDisplay(path) + ", not " + ToDisplay(executable) +
-               "; quit it (Pellwick.exe --quit), or give this installation a data folder of its own "
-               "(PELLWICK_SIMULATOR_DATA)";
-    return {};
 }
 
 Response Refusal(IdErrorCode code)
@@ -84,17 +46,18 @@ ServerLink::~ServerLink()
 void ServerLink::Open()
 {
     Lock lock(mutex_);
-    AwaitOpen(lock);
+    AwaitOpen(lock, generation_);
 }
 
 Response ServerLink::Ask(Request request)
 {
     Lock lock(mutex_);
-    Response response = AskOnce(lock, request);
+    const unsigned int generation = generation_;
+    Response response = AskOnce(lock, request, generation);
     // The server that is started in its place knows all that this one had answered: asking again is safe.
-    if (response.code == IdServerLost && !ends_)
+    if (response.code == IdServerLost && generation_ == generation)
     {
-        response = AskOnce(lock, request);
+        response = AskOnce(lock, request, generation);
         // The first one may have done it before it died.
         if (request.operation == Operations::Logout && response.code == IdNotLoggedIn)
             response.code = IdSuccess;
@@ -109,6 +72,7 @@ void ServerLink::Close()
     {
         const Lock lock(mutex_);
         ends_ = true;
+        ++generation_;
         if (pipe_)
             pipe_->Break();
         thread = std::move(thread_);
@@ -118,30 +82,36 @@ void ServerLink::Close()
         thread.join();
     const Lock lock(mutex_);
     ends_ = false;
+    heard_ = {};
 }
 
-IdErrorCode ServerLink::AwaitOpen(Lock& lock)
+IdErrorCode ServerLink::AwaitOpen(Lock& lock, unsigned int generation)
 {
+    if (ends_ || generation_ != generation)
+        return IdServerLost;
     DropOtherServer();
     if (state_ == State::Open)
         return IdSuccess;
-    if (ends_)
-        return IdServerLost;
     wanted_ = true;
     const unsigned int before = attempts_;
     if (!thread_.joinable())
         thread_ = std::thread([this] { Run(); });
     changed_.notify_all();
-    const bool ended =
-        changed_.wait_for(lock, ConnectLimit, [&] { return state_ == State::Open || attempts_ != before || ends_; });
+    const bool ended = changed_.wait_for(
+        lock, ConnectLimit, [&] { return state_ == State::Open || attempts_ != before || generation_ != generation; });
+    if (generation_ != generation)
+        return IdServerLost;
     if (state_ == State::Open)
         return IdSuccess;
-    return ended ? IdServerUnavailable : IdServerTimedOut;
+    if (!ended)
+        return IdServerTimedOut;
+    // A connection that was there and is not any more is asked for again.
+    return result_ == IdSuccess ? IdServerLost : result_;
 }
 
-Response ServerLink::AskOnce(Lock& lock, Request& request)
+Response ServerLink::AskOnce(Lock& lock, Request& request, unsigned int generation)
 {
-    if (const IdErrorCode code = AwaitOpen(lock); code != IdSuccess)
+    if (const IdErrorCode code = AwaitOpen(lock, generation); code != IdSuccess)
         return Refusal(code);
     const std::uint32_t id = request.id = nextId_++;
     const std::string message = WriteRequest(request);
@@ -150,8 +120,17 @@ Response ServerLink::AskOnce(Lock& lock, Request& request)
     pending_[id].limit = SteadyClock::now() + AnswerLimit;
     const std::shared_ptr<LinkPipe> pipe = pipe_;
     lock.unlock();
-    // Without success the pipe breaks, and the link's thread finds that out.
-    pipe->Write(message, Deadline(Count(AnswerLimit)));
+    try
+    {
+        // Without success the pipe breaks, and the link's thread finds that out.
+        pipe->Write(message, Deadline(Count(AnswerLimit)));
+    }
+    catch (...)
+    {
+        lock.lock();
+        pending_.erase(id);
+        throw;
+    }
     lock.lock();
     return AwaitAnswer(lock, id);
 }
@@ -185,44 +164,32 @@ void ServerLink::Run()
 {
     int quickLosses = 0;
     Lock lock(mutex_);
-    while (!ends_)
+    for (;;)
     {
         changed_.wait(lock, [this] { return wanted_ || ends_; });
         if (ends_)
             break;
         wanted_ = false;
         state_ = State::Connecting;
-        const LinkTarget target = parts_.target();
         lock.unlock();
-        const std::shared_ptr<LinkPipe> pipe = Connect(target);
+        const bool opened = TryConnect();
         const auto since = SteadyClock::now();
+        const bool lost = opened && ReadUntilLost();
         lock.lock();
-        ++attempts_;
-        pipe_ = pipe;
-        connected_ = target;
-        state_ = pipe ? State::Open : State::Idle;
-        changed_.notify_all();
-        if (!pipe || ends_)
-            continue;
-
-        lock.unlock();
-        const bool quit = ReadOn(*pipe);
-        lock.lock();
-        pipe_.reset();
-        Fail(lock);
-        quickLosses = SteadyClock::now() - since < QuickLoss ? quickLosses + 1 : 0;
+        Fail();
         // What other hosts do, this one is to hear of, though nobody here may ask for long.
-        if (!quit && quickLosses < MaxQuickLosses)
-            wanted_ = true;
-        if (quit || quickLosses >= MaxQuickLosses)
+        quickLosses = lost && SteadyClock::now() - since < QuickLoss ? quickLosses + 1 : 0;
+        if (quickLosses == MaxQuickLosses)
             quickLosses = 0;
+        else if (lost)
+            wanted_ = true;
     }
-    pipe_.reset();
-    Fail(lock);
+    Fail();
 }
 
-void ServerLink::Fail(Lock&)
+void ServerLink::Fail()
 {
+    pipe_.reset();
     state_ = State::Idle;
     for (auto& [id, pending] : pending_)
     {
@@ -232,71 +199,127 @@ void ServerLink::Fail(Lock&)
     changed_.notify_all();
 }
 
-std::shared_ptr<LinkPipe> ServerLink::Connect(const LinkTarget& target)
+bool ServerLink::TryConnect() noexcept
+{
+    LinkTarget target;
+    IdErrorCode code = IdServerUnavailable;
+    try
+    {
+        target = parts_.target();
+        code = Connect(target);
+    }
+    catch (const std::exception& error)
+    {
+        Report("No connection to the server", error);
+    }
+    const Lock lock(mutex_);
+    ++attempts_;
+    result_ = code;
+    connected_ = std::move(target);
+    state_ = code == IdSuccess ? State::Open : State::Idle;
+    changed_.notify_all();
+    return code == IdSuccess;
+}
+
+bool ServerLink::ReadUntilLost() noexcept
+{
+    try
+    {
+        return !ReadOn(*pipe_); // Nobody else replaces it.
+    }
+    catch (const std::exception& error)
+    {
+        Report("The connection to the server is given up", error);
+        return true;
+    }
+}
+
+void ServerLink::Report(const char* what, const std::exception& error) const noexcept
+{
+    try
+    {
+        parts_.log(TALIXLog::Error, std::string(what) + ": " + error.what());
+    }
+    catch (const std::exception&)
+    {
+        // Nowhere is left to say so.
+    }
+}
+
+IdErrorCode ServerLink::Connect(const LinkTarget& target)
 {
     if (target.executable.empty())
     {
         parts_.log(TALIXLog::Error, "No server: no server application was found");
-        return {};
+        return IdServerUnavailable;
     }
     const Deadline deadline(Count(ConnectLimit) * 3 / 4); // Who waits gets to hear of the end.
-    bool startFailed = false;
     // A server may end, or be killed, between any two steps.
-    for (int tries = 0; tries < ConnectTries && !startFailed && deadline.Left() > 0; ++tries)
+    for (int tries = 0; tries < ConnectTries && deadline.Left() > 0 && !Ends(); ++tries)
     {
-        try
-        {
-            if (std::shared_ptr<LinkPipe> pipe = ConnectOnce(target, deadline, startFailed))
-                return pipe;
-        }
-        catch (const std::exception& error)
-        {
-            parts_.log(TALIXLog::Error, std::string("No connection to the server: ") + error.what());
-            return {};
-        }
+        if (const std::optional<IdErrorCode> code = ConnectOnce(target, deadline))
+            return *code;
     }
-    return {};
+    return IdServerUnavailable;
 }
 
-std::shared_ptr<LinkPipe> ServerLink::ConnectOnce(const LinkTarget& target, const Deadline& deadline, bool& startFailed)
+std::optional<IdErrorCode> ServerLink::ConnectOnce(const LinkTarget& target, const Deadline& deadline)
 {
     const std::wstring name = HostPipeName(target.processIdentity);
     Handle file = OpenPrivatePipe(name, deadline);
     if (!file)
     {
         std::int64_t processId = 0;
-        startFailed =
-            !processes_.Start(target.executable, target.processIdentity, target.arguments, deadline.Left(), processId);
-        if (!startFailed)
-            file = OpenPrivatePipe(name, deadline);
+        if (!processes_.Start(target.executable, target.processIdentity, target.arguments, deadline.Left(), processId))
+            return IdServerUnavailable;
+        file = OpenPrivatePipe(name, deadline);
     }
     if (!file)
-        return {};
+        return std::nullopt;
     if (const std::string reason = Distrust(file.get(), target.executable); !reason.empty())
     {
         parts_.log(TALIXLog::Error, "The server of " + target.processIdentity + " is not used: " + reason);
-        startFailed = true;
-        return {};
+        return IdServerUnavailable;
     }
-    auto pipe = std::make_shared<LinkPipe>(std::move(file));
-    return Attach(*pipe, target) ? pipe : nullptr;
+    const auto pipe = std::make_shared<LinkPipe>(std::move(file));
+    if (!Adopt(pipe))
+        return IdServerLost;
+    return Attach(*pipe, target, deadline);
 }
 
-bool ServerLink::Attach(LinkPipe& pipe, const LinkTarget& target)
+bool ServerLink::Ends()
+{
+    const Lock lock(mutex_);
+    return ends_;
+}
+
+/// From now on, Close can break it.
+bool ServerLink::Adopt(const std::shared_ptr<LinkPipe>& pipe)
+{
+    const Lock lock(mutex_);
+    if (!ends_)
+        pipe_ = pipe;
+    return !ends_;
+}
+
+std::optional<IdErrorCode> ServerLink::Attach(LinkPipe& pipe, const LinkTarget& target, const Deadline& connecting)
 {
     Request request;
     request.operation = Operations::Attach;
     request.caller.server = parts_.server();
     request.arguments["protocol"] = ProtocolVersion;
     request.arguments["identity"] = target.serverIdentity;
-    const Deadline deadline(Count(AnswerLimit));
+    const Deadline deadline(std::min<std::int64_t>(Count(AnswerLimit), connecting.Left()));
     if (!pipe.Write(WriteRequest(request), deadline))
-        return false;
+        return std::nullopt;
+    std::vector<LoginEvent> events; // What happened after the answer was made, and overtook it.
     while (const std::optional<std::string> text = pipe.Read(&deadline))
     {
         const std::optional<ServerMessage> message = ReadServerMessage(*text);
         if (!message || message->quits)
-            return false;
+            return std::nullopt;
+        if (message->event)
+            events.push_back(*message->event);
         if (!message->response)
             continue; // It may take its time.
         const Response& response = *message->response;
@@ -304,13 +327,34 @@ bool ServerLink::Attach(LinkPipe& pipe, const LinkTarget& target)
         {
             parts_.log(TALIXLog::Error,
                        "The server does not take this host: result " + std::to_string(static_cast<int>(response.code)));
-            return false;
+            return response.code;
         }
-        if (response.result["restored"] == Json::Value(true))
-            parts_.onEvent({IdentityServices::IdServicesConsts::LoginRestored, request.caller.server, {}, IdSuccess});
-        return true;
+        HearAtConnection(target.serverIdentity, request.caller.server,
+                         response.result["restored"] == Json::Value(true));
+        for (const LoginEvent& event : events)
+            Hear(event);
+        return IdSuccess;
     }
-    return false;
+    return std::nullopt;
+}
+
+void ServerLink::HearAtConnection(const std::string& identity, Server server, bool signedIn)
+{
+    const bool was = heard_.identity == identity && heard_.signedIn.count(server) != 0;
+    heard_ = {identity, {}};
+    if (signedIn)
+        Hear({Events::LoginRestored, server, {}, IdSuccess});
+    else if (was)
+        Hear({Events::LoggedOut, server, {}, IdSuccess});
+}
+
+void ServerLink::Hear(const LoginEvent& event)
+{
+    if (event.kind == Events::LoggedIn || event.kind == Events::LoginRestored)
+        heard_.signedIn.insert(event.server);
+    if (event.kind == Events::LoggedOut)
+        heard_.signedIn.erase(event.server);
+    parts_.onEvent(event);
 }
 
 bool ServerLink::ReadOn(LinkPipe& pipe)
@@ -333,7 +377,7 @@ bool ServerLink::ReadOn(LinkPipe& pipe)
 void ServerLink::Take(const ServerMessage& message)
 {
     if (message.event)
-        parts_.onEvent(*message.event);
+        Hear(*message.event);
     const Lock lock(mutex_);
     const std::uint32_t id = message.response ? message.response->id : message.extension ? message.extension->id : 0;
     const auto found = pending_.find(id);

@@ -4,10 +4,13 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -63,7 +66,8 @@ public:
 
     /// Connects, unless that is done. Who asks later connects in any case.
     void Open();
-    /// The server's answer, or one of the codes IdServerUnavailable, IdServerLost, IdServerTimedOut, IdTextTooLong.
+    /// The server's answer, that to the attempt to connect where it refuses the host, or one of the codes
+    /// IdServerUnavailable, IdServerLost, IdServerTimedOut, IdTextTooLong.
     Response Ask(Request request);
     /// Ends the connection and the link's thread; who waits gets IdServerLost.
     void Close();
@@ -88,22 +92,39 @@ private:
         TimeLimit limit;
         Response response;
     };
+    /// What the host heard of logins, which may change while it has no connection.
+    struct Heard
+    {
+        std::string identity; ///< Server identity that it was at.
+        std::set<Server> signedIn;
+    };
     using Lock = std::unique_lock<std::mutex>;
 
-    IdErrorCode AwaitOpen(Lock& lock);
-    Response AskOnce(Lock& lock, Request& request);
+    IdErrorCode AwaitOpen(Lock& lock, unsigned int generation);
+    Response AskOnce(Lock& lock, Request& request, unsigned int generation);
     Response AwaitAnswer(Lock& lock, std::uint32_t id);
     void DropOtherServer();
 
-    // On the link's own thread.
+    // On the link's own thread, which no exception may leave: it would end the host.
     void Run();
-    std::shared_ptr<LinkPipe> Connect(const LinkTarget& target);
-    std::shared_ptr<LinkPipe> ConnectOnce(const LinkTarget& target, const Deadline& deadline, bool& startFailed);
-    bool Attach(LinkPipe& pipe, const LinkTarget& target);
+    bool TryConnect() noexcept;
+    /// True when the connection was lost; false when the server said that it quits.
+    bool ReadUntilLost() noexcept;
+    void Report(const char* what, const std::exception& error) const noexcept;
+    /// With success, `pipe_` is the connection.
+    IdErrorCode Connect(const LinkTarget& target);
+    /// Nothing where another try may succeed.
+    std::optional<IdErrorCode> ConnectOnce(const LinkTarget& target, const Deadline& deadline);
+    std::optional<IdErrorCode> Attach(LinkPipe& pipe, const LinkTarget& target, const Deadline& connecting);
+    bool Ends();
+    bool Adopt(const std::shared_ptr<LinkPipe>& pipe);
+    /// Whether somebody is signed in as the connection is made: what differs from before is an event.
+    void HearAtConnection(const std::string& identity, Server server, bool signedIn);
+    void Hear(const LoginEvent& event);
     /// Until the connection ends. True when the server said that it quits.
     bool ReadOn(LinkPipe& pipe);
     void Take(const ServerMessage& message);
-    void Fail(Lock& lock);
+    void Fail();
 
     const Parts parts_;
     const ServerProcesses processes_;
@@ -112,13 +133,16 @@ private:
     std::mutex mutex_;
     std::condition_variable changed_;
     State state_ = State::Idle;
-    bool wanted_ = false;       ///< Somebody asks for a connection.
-    bool ends_ = false;         ///< The thread is to end.
-    unsigned int attempts_ = 0; ///< Connections tried; who waits for one sees it end without success.
+    bool wanted_ = false;                      ///< Somebody asks for a connection.
+    bool ends_ = false;                        ///< The thread is to end.
+    unsigned int generation_ = 0;              ///< Grows when the link is closed; who asked before gets no further.
+    unsigned int attempts_ = 0;                ///< Connections tried; who waits for one sees it end without success.
+    IdErrorCode result_ = IdServerUnavailable; ///< What came of the last one.
     LinkTarget connected_;
     std::shared_ptr<LinkPipe> pipe_;
     std::uint32_t nextId_ = 1;
     std::map<std::uint32_t, Pending> pending_;
+    Heard heard_; ///< The link's thread alone.
     std::thread thread_;
 };
 

@@ -6,10 +6,12 @@
 
 #include <tlhelp32.h>
 
+#include "platform/Folders.h"
 #include "platform/Handle.h"
 #include "platform/Text.h"
 #include "process/CommandLine.h"
 #include "process/Deadline.h"
+#include "process/ServerEnvironment.h"
 #include "process/ServerExitCode.h"
 #include "process/ServerInstance.h"
 
@@ -69,11 +71,15 @@ ServerProcess Launch(const std::wstring& executable, const std::string& identity
     texts.insert(texts.end(), arguments.begin(), arguments.end());
     std::wstring commandLine = JoinCommandLine(texts);
 
+    std::wstring environment = ServerEnvironment();
+    // Not this process's folder, which nobody could remove as long as the server runs.
+    const std::wstring folder = FullPath(executable.substr(0, executable.find_last_of(L"\\/") + 1));
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION started{};
-    if (!CreateProcessW(executable.c_str(), commandLine.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr,
-                        nullptr, &startup, &started))
+    if (!CreateProcessW(executable.c_str(), commandLine.data(), nullptr, nullptr, FALSE,
+                        CREATE_NO_WINDOW | CREATE_UNICODE_ENVIRONMENT, environment.data(),
+                        folder.empty() ? nullptr : folder.c_str(), &startup, &started))
         return {};
     const Handle thread(started.hThread);
     return {started.dwProcessId, Handle(started.hProcess)};
@@ -150,33 +156,29 @@ bool ServerProcesses::Start(const std::wstring& executable, const std::string& i
         return false;
     }
 
-    ServerProcess server = FindRunning(identity);
-    // One that is about to end is waited for, and another one started.
-    if (server.process && WaitUntilReady(server.process.get(), ready.get(), deadline) == StartResult::Ended)
-        server = {};
-    if (!server.process)
+    ServerProcess server;
+    auto result = StartResult::Ended;
+    for (bool again = true; again && result == StartResult::Ended;)
     {
-        // A server that crashed may have left it set, and somebody may have kept it.
-        ResetEvent(ready.get());
-        server = Launch(executable, identity, arguments);
-    }
-    if (!server.process)
-    {
-        const DWORD error = GetLastError();
-        log_(TALIXLog::Error,
-             "Failed to start server " + identity + " from " + ToDisplay(executable) + ": " + SystemMessage(error));
-        return false;
-    }
-
-    StartResult result = WaitUntilReady(server.process.get(), ready.get(), deadline);
-    if (result == StartResult::Ended && ExitCode(server.process.get()) == ServerAlreadyRunning)
-    {
-        // One that was started before and had not yet made itself known.
-        if (ServerProcess other = FindRunning(identity); other.process)
+        server = FindRunning(identity);
+        const bool found = server.process != nullptr;
+        if (!found)
         {
-            server = std::move(other);
-            result = WaitUntilReady(server.process.get(), ready.get(), deadline);
+            // A server that crashed may have left it set, and somebody may have kept it.
+            ResetEvent(ready.get());
+            server = Launch(executable, identity, arguments);
         }
+        if (!server.process)
+        {
+            const DWORD error = GetLastError();
+            log_(TALIXLog::Error,
+                 "Failed to start server " + identity + " from " + ToDisplay(executable) + ": " + SystemMessage(error));
+            return false;
+        }
+        result = WaitUntilReady(server.process.get(), ready.get(), deadline);
+        // One that was there was about to end. One that met another of its name has to look again: that other one has
+        // not yet made itself known, or is about to end.
+        again = (found || ExitCode(server.process.get()) == ServerAlreadyRunning) && deadline.Left() > 0;
     }
 
     const std::string name = "Server " + identity + " (process " + std::to_string(server.id) + ")";

@@ -1,6 +1,7 @@
 #include "protocol/ServiceHost.h"
 
 #include <algorithm>
+#include <exception>
 #include <map>
 #include <utility>
 
@@ -166,7 +167,16 @@ bool ServiceHost::Receive(const std::string& message)
         service_.Parts().warn("A host was sent away: it did not attach");
         return false;
     }
-    return Handle(*request);
+    try
+    {
+        return Handle(*request);
+    }
+    catch (const std::exception& error)
+    {
+        service_.Parts().warn(request->operation + " failed: " + error.what());
+        Answer(request->id, IdFailed);
+        return true;
+    }
 }
 
 void ServiceHost::Deliver(const std::string& identity, const LoginEvent& event) const
@@ -226,17 +236,18 @@ bool ServiceHost::Attach(const Request& request)
         Answer(request.id, IdProtocolError);
         return false;
     }
-    logins_ = service_.FindLogins(identity);
-    if (logins_ == nullptr)
+    Logins* const logins = service_.FindLogins(identity);
+    if (logins == nullptr)
     {
         service_.Parts().warn("A host was sent away: its server identity is not valid");
         Answer(request.id, IdProtocolError);
         return false;
     }
-    identity_ = identity;
     Json::Value result(Json::objectValue);
-    result["restored"] = logins_->IsValid(request.caller.server);
+    result["restored"] = logins->IsValid(request.caller.server);
     Answer(request.id, IdSuccess, std::move(result));
+    identity_ = identity;
+    logins_ = logins;
     return true;
 }
 
@@ -283,8 +294,16 @@ bool ServiceHost::Waits(const Request& request)
 void ServiceHost::Answer(std::uint32_t id, IdErrorCode code, Json::Value result)
 {
     std::string message = WriteResponse({id, code, std::move(result)});
+    if (message.size() > MaxMessage)
+    {
+        service_.Parts().warn("An answer of " + std::to_string(message.size()) + " bytes is replaced by result " +
+                              std::to_string(static_cast<int>(IdTextTooLong)) + ": no more than " +
+                              std::to_string(MaxMessage) + " fit a message");
+        message = WriteResponse({id, IdTextTooLong});
+    }
     const std::int64_t latency = service_.CurrentScenario().latency.count();
-    if (latency == 0)
+    // Who connects has a limit of its own, and who is refused is gone at once.
+    if (latency == 0 || !IsAttached())
         return send_(std::move(message));
     send_(WriteExtension({id, static_cast<std::uint32_t>(latency + Margin)}));
     delayed_.push_back({service_.Parts().ticks() + latency, std::move(message)});

@@ -55,6 +55,7 @@ private:
     bool Handle(const Request& request);
     void Perform(const Request& request);
     bool Waits(const Request& request);
+    /// After the scenario's latency, once the host has attached.
     void Answer(std::uint32_t id, IdErrorCode code, Json::Value result = Json::objectValue);
     void AnswerLogin(std::uint32_t id, IdErrorCode code, LoginDetail detail);
     /// True, with the answer given, when the wait is over.

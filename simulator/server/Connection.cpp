@@ -1,5 +1,6 @@
 #include "server/Connection.h"
 
+#include <exception>
 #include <utility>
 
 namespace Kestrany::Simulator {
@@ -36,7 +37,15 @@ void Connection::OnRead(DWORD error, DWORD size, OVERLAPPED* operation)
         self.over_ = true;
     if (self.over_)
         return;
-    self.Take(size);
+    try
+    {
+        self.Take(size);
+    }
+    catch (const std::exception&)
+    {
+        // The system called: nothing may pass to it. A host that cannot be answered is given up.
+        self.over_ = true;
+    }
     self.StartReading();
 }
 

@@ -41,11 +41,17 @@ private:
     Handle mutex_;
 };
 
-std::optional<SigningKey> ReadKey(const std::wstring& file, const LogSink& log)
+/// Nothing where there is none yet. One that cannot be read, now or ever, is not replaced: tokens would not verify.
+std::optional<SigningKey> ReadKey(const std::wstring& file)
 {
     const std::optional<std::string> bytes = ReadWholeFile(file, MaxFile);
     if (!bytes)
-        return std::nullopt;
+    {
+        const DWORD error = GetLastError();
+        if (IsMissingFile(error))
+            return std::nullopt;
+        throw std::runtime_error("the signing key in " + ToDisplay(file) + " cannot be read: " + SystemMessage(error));
+    }
     try
     {
         if (const std::optional<std::string> key = Unprotect(*bytes, KeyPurpose))
@@ -55,10 +61,9 @@ std::optional<SigningKey> ReadKey(const std::wstring& file, const LogSink& log)
     {
         // As one that cannot be read.
     }
-    log(TALIXLog::Warning, "The signing key in " + ToDisplay(file) +
-                               " is damaged, or was not written by this user on this machine; a new one is made, and "
-                               "tokens of the old one do not verify any more");
-    return std::nullopt;
+    throw std::runtime_error("the signing key in " + ToDisplay(file) +
+                             " is damaged, or was not written by this user on this machine; restore it, or delete it: "
+                             "then a new one is made, and tokens of the old one do not verify any more");
 }
 
 SigningKey MakeKey(const std::wstring& file, const LogSink& log)
@@ -105,7 +110,7 @@ TokenSigner OpenSigningKey(const LogSink& log)
         throw std::runtime_error("the user has no local application data");
     const std::wstring file = SettingsFolder() + L"\\signing-key.protected";
     const KeyTurn turn;
-    std::optional<SigningKey> read = ReadKey(file, log);
+    std::optional<SigningKey> read = ReadKey(file);
     const auto key = std::make_shared<const SigningKey>(read ? std::move(*read) : MakeKey(file, log));
     const Json::Value publicKey = PublicKey(*key);
     const std::string keyId = Base64Url(Sha256(WriteJson(publicKey)));

@@ -8,7 +8,7 @@ namespace Kestrany::Simulator {
 
 /// The user's signing key, made at the first time and kept in a file that only the user can read on this machine. Its
 /// public key is published as a JSON Web Key Set, the file simulator-jwks.json beside it. Throws std::runtime_error
-/// when the key can neither be read nor made.
+/// when there is one that cannot be read, and when none can be made.
 TokenSigner OpenSigningKey(const LogSink& log);
 
 } // namespace Kestrany::Simulator

@@ -1,5 +1,6 @@
 #include "server/LoginFiles.h"
 
+#include <exception>
 #include <utility>
 
 #include "platform/DataProtection.h"
@@ -14,12 +15,7 @@ namespace Kestrany::Simulator {
 namespace {
 
 constexpr std::string_view LoginPurpose = "Kestrany.TALIX.LoginState";
-constexpr std::size_t MaxFile = 1024 * 1024;
-
-bool IsMissing(DWORD error)
-{
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-}
+constexpr std::size_t MaxFile = 4 * 1024 * 1024; // Twice what the longest texts make.
 
 } // namespace
 
@@ -52,12 +48,19 @@ LoginFiles::~LoginFiles()
 bool LoginFiles::Save(Server server, const std::optional<LoginRecord>& record)
 {
     const std::wstring file = LoginFile(identity_, server);
-    if (record && !file.empty() &&
-        ReplaceWholeFile(file, Protect(WriteLoginRecord(*record, {identity_, server}), LoginPurpose)))
-        return true;
-    if (!record && (DeleteFileW(file.c_str()) || IsMissing(GetLastError())))
-        return true;
-    log_(TALIXLog::Error, "Login state not written to " + ToDisplay(file) + ": " + SystemMessage(GetLastError()));
+    try
+    {
+        if (record && !file.empty() &&
+            ReplaceWholeFile(file, Protect(WriteLoginRecord(*record, {identity_, server}), LoginPurpose)))
+            return true;
+        if (!record && (DeleteFileW(file.c_str()) || IsMissingFile(GetLastError())))
+            return true;
+        log_(TALIXLog::Error, "Login state not written to " + ToDisplay(file) + ": " + SystemMessage(GetLastError()));
+    }
+    catch (const std::exception& error)
+    {
+        log_(TALIXLog::Error, "Login state not written to " + ToDisplay(file) + ": " + error.what());
+    }
     return false;
 }
 
@@ -67,7 +70,7 @@ std::optional<LoginRecord> LoginFiles::Load(Server server)
     const std::optional<std::string> bytes = ReadWholeFile(file, MaxFile);
     if (!bytes)
     {
-        if (const DWORD error = GetLastError(); !IsMissing(error))
+        if (const DWORD error = GetLastError(); !IsMissingFile(error))
             Refuse(server, SystemMessage(error));
         return std::nullopt;
     }

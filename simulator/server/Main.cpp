@@ -5,9 +5,11 @@
 #include <exception>
 #include <utility>
 
+#include "platform/Folders.h"
 #include "platform/LogFile.h"
 #include "platform/Random.h"
 #include "platform/Text.h"
+#include "platform/WholeFile.h"
 #include "process/CommandLine.h"
 #include "process/ServerExitCode.h"
 #include "process/ServerInstance.h"
@@ -110,12 +112,15 @@ int Serve(const LogFile& log, const ServerOptions& options)
     case ServerInstance::Outcome::Claimed:
         break;
     }
+    RemoveUnfinishedFiles(SettingsFolder());
     SignInService signIn = MakeSignInService(sink);
     Service service(options.identity, {options.quitAfterSeconds, options.idleAfterSeconds}, signIn);
     sink(TALIXLog::Info, "Serving as " + options.identity);
     instance.SetReady();
     service.Run(instance.QuitEvent());
+    instance.ResetReady();
     sink(TALIXLog::Info, "Quitting as " + options.identity);
+    service.SendAway();
     return ServerQuit;
 }
 

@@ -5,13 +5,13 @@
 #include "platform/Folders.h"
 #include "platform/Text.h"
 #include "platform/WholeFile.h"
+#include "process/ServerEnvironment.h"
 #include "session/ScenarioReader.h"
 
 namespace Kestrany::Simulator {
 
 namespace {
 
-constexpr wchar_t Variable[] = L"PELLWICK_SCENARIO";
 constexpr wchar_t FileName[] = L"Pellwick.scenario.json";
 constexpr std::size_t MaxFile = 1024 * 1024;
 
@@ -35,7 +35,7 @@ bool Exists(const std::wstring& file)
 ScenarioChoice ChooseScenario()
 {
     // A file that was named must be there; the one beside the executable may be.
-    if (const std::wstring named = EnvironmentText(Variable); !named.empty())
+    if (const std::wstring named = EnvironmentText(ScenarioVariable); !named.empty())
         return LoadScenario(named);
     if (const std::wstring beside = FileBesideExecutable(); Exists(beside))
         return LoadScenario(beside);
@@ -49,6 +49,8 @@ ScenarioChoice LoadScenario(const std::wstring& file)
     const std::optional<std::string> text = ReadWholeFile(file, MaxFile);
     if (text)
         choice.scenario = ReadScenario(*text, ToDisplay(file), choice.problem);
+    else if (GetLastError() == ERROR_FILE_TOO_LARGE)
+        choice.problem = ToDisplay(file) + ": larger than 1 MiB, which is the most that a scenario may have";
     else
         choice.problem = ToDisplay(file) + ": cannot be read: " + SystemMessage(GetLastError());
     return choice;

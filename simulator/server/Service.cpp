@@ -58,7 +58,6 @@ void Service::Run(HANDLE quit)
         if (IsOver(end_) || IsOver(IdleEnd()))
             break;
     }
-    SendAway();
 }
 
 bool Service::WaitOnce(HANDLE quit)

@@ -30,6 +30,8 @@ public:
 
     /// Returns when `quit` is set, or a limit has passed. A frozen service notices its longest time alone.
     void Run(HANDLE quit);
+    /// Tells hosts that the service ends, after Run, and waits a little until they have left.
+    void SendAway();
 
 private:
     /// False when the service is asked to quit.
@@ -37,7 +39,6 @@ private:
     void RemoveHosts();
     void TakeHost();
     void ServeRequest();
-    void SendAway();
     std::string Answer(const std::string& request);
     std::string Ping() const;
     void StayFrozen();

@@ -19,6 +19,9 @@ struct TokenSigner
 /// A JSON Web Token in its compact form: header of `type`, claims and signature.
 std::string WriteJwt(const TokenSigner& signer, const char* type, const Json::Value& claims);
 
+/// Whether a token that WriteJwt has written is of this type and of the signer's key.
+bool IsSignedBy(const TokenSigner& signer, const char* type, const std::string& token);
+
 } // namespace Kestrany::Simulator
 
 #endif

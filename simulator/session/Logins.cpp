@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t TicketBytes = 16;
 constexpr std::size_t TokenIdBytes = 16;
+constexpr char AccessTokenType[] = "at+jwt";
 
 Json::Int64 ToSeconds(TimePoint time)
 {
@@ -87,8 +88,6 @@ IdErrorCode Logins::AutomatedLogin(const Caller& caller, const std::string& user
             return IdSuccess;
         if (!replace)
             return IdAlreadyLoggedIn;
-        if (const IdErrorCode code = Logout(caller); code != IdSuccess)
-            return code;
     }
     return SignIn(caller, *account);
 }
@@ -276,6 +275,7 @@ IdErrorCode Logins::TakeTokens(const Caller& caller, ClientTokens& tokens)
 
 IdErrorCode Logins::SignIn(const Caller& caller, const Account& account)
 {
+    const bool replaces = CheckLogin(caller.server) == IdSuccess;
     LoginRecord record;
     record.userId = account.userId;
     record.expiry = Now() + scenario_.loginLifetime;
@@ -284,6 +284,8 @@ IdErrorCode Logins::SignIn(const Caller& caller, const Account& account)
         code = Store(caller.server, std::move(record));
     if (code != IdSuccess)
         return code;
+    if (replaces)
+        Happened(Events::LoggedOut, caller.server);
     Happened(Events::LoggedIn, caller.server);
     Happened(Events::TokenAvailable, caller.server);
     return IdSuccess;
@@ -336,7 +338,7 @@ IdErrorCode Logins::AddTokens(LoginRecord& record, const Caller& caller) const
         clients.erase(clients.begin());
     clients.push_back({caller.clientId,
                        caller.scope,
-                       {WriteJwt(parts_.signer, "at+jwt", access), expiry},
+                       {WriteJwt(parts_.signer, AccessTokenType, access), expiry},
                        {WriteJwt(parts_.signer, "JWT", id), expiry}});
     return IdSuccess;
 }
@@ -369,6 +371,13 @@ IdErrorCode Logins::TakeOver(Server server, bool replace)
         storage_.Refuse(server, "the login has expired");
         return IdLoginExpired;
     }
+    // Tokens that verify no more are issued anew when they are asked for.
+    auto& clients = record->clients;
+    clients.erase(std::remove_if(clients.begin(), clients.end(),
+                                 [this](const ClientTokens& tokens) {
+                                     return !IsSignedBy(parts_.signer, AccessTokenType, tokens.access.text);
+                                 }),
+                  clients.end());
     realm->second.login = std::move(record);
     return IdSuccess;
 }

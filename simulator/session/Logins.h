@@ -84,6 +84,7 @@ private:
     IdErrorCode CheckLogin(Server server) const;
     /// The caller's tokens, made where the login is good and holds none for it yet.
     IdErrorCode TakeTokens(const Caller& caller, ClientTokens& tokens);
+    /// Where another login is good, it ends.
     IdErrorCode SignIn(const Caller& caller, const Account& account);
     IdErrorCode Renew(const Caller& caller);
     IdErrorCode AddTokens(LoginRecord& record, const Caller& caller) const;

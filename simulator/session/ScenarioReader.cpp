@@ -11,6 +11,7 @@
 #include "protocol/Operations.h"
 #include "session/Json.h"
 #include "session/Nearest.h"
+#include "session/Utf8.h"
 
 namespace Kestrany::Simulator {
 
@@ -22,6 +23,9 @@ constexpr std::int64_t Day = 24 * 3600;
 constexpr std::int64_t MaxWait = 600;
 constexpr std::int64_t MaxLatency = 60'000;
 constexpr std::int64_t MaxCall = 1'000'000;
+/// A profile goes to hosts in one message, with the user's other texts.
+constexpr std::size_t MaxProfileMembers = 256;
+constexpr std::size_t MaxProfileBytes = 64 * 1024;
 
 /// What is wrong, and where: `offset` is the byte in the text.
 struct ScenarioError
@@ -152,10 +156,12 @@ private:
         std::string text;
         if (value.isString())
             text = value.asString();
-        if (!value.isString() || text.size() < minimum || text.size() > maximum || text.find('\0') != std::string::npos)
+        const std::size_t size = CharacterCount(text);
+        if (!value.isString() || size < minimum || size > maximum || text.find('\0') != std::string::npos ||
+            WellFormedSize(text) != text.size())
             Fail(value, path,
                  "must be a text of " + std::to_string(minimum) + " to " + std::to_string(maximum) +
-                     " bytes without a zero character");
+                     " characters without a zero character or half a surrogate pair");
         return text;
     }
     static std::int64_t Integer(const Json::Value& value, const std::string& path, std::int64_t minimum,
@@ -234,6 +240,10 @@ private:
         if (const Json::Value* profile = Find(value, "profile"))
         {
             RequireObject(*profile, Join(path, "profile"));
+            if (profile->size() > MaxProfileMembers || WriteJson(*profile).size() > MaxProfileBytes)
+                Fail(*profile, Join(path, "profile"),
+                     "must have no more than " + std::to_string(MaxProfileMembers) + " members and " +
+                         std::to_string(MaxProfileBytes) + " bytes as JSON without white space");
             account.profile = *profile;
         }
         return account;
@@ -323,6 +333,12 @@ const std::vector<std::string>& FaultyOperations()
 
 std::optional<Scenario> ReadScenario(const std::string& text, const std::string& file, std::string& problem)
 {
+    if (const std::size_t good = WellFormedSize(text); good != text.size())
+    {
+        problem = file + ":" + PlaceOf(text, static_cast<std::ptrdiff_t>(good)) +
+                  ": not UTF-8; save the file in this encoding";
+        return std::nullopt;
+    }
     Json::CharReaderBuilder settings;
     Json::CharReaderBuilder::strictMode(&settings.settings_);
     settings["strictRoot"] = false; // What the document is, is checked below, with a place.

@@ -108,6 +108,13 @@ bool Session::IsLoggedIn() const
     return Status().loggedIn;
 }
 
+IdErrorCode Session::CheckLoggedIn() const
+{
+    LoginStatus status;
+    const IdErrorCode code = logins_.GetStatus(CurrentCaller(), status);
+    return code == IdSuccess && !status.loggedIn ? IdNotLoggedIn : code;
+}
+
 bool Session::IsLoginExpired() const
 {
     return Status().loginExpired;

@@ -42,6 +42,8 @@ public:
     IdErrorCode Restore(bool replace);
 
     bool IsLoggedIn() const;
+    /// IdNotLoggedIn when nobody is signed in, or why that is not known.
+    IdErrorCode CheckLoggedIn() const;
     bool IsLoginExpired() const;
     bool IsLoginValid() const;
     bool IsTokenAvailable() const;

@@ -73,6 +73,21 @@ protected:
         ++serverKills_;
     }
 
+    /// As a host starts. Whoever asks meanwhile waits for the server's end.
+    void QuitServerAndKillHost(std::size_t index)
+    {
+        const auto processId = FindServer(DefaultIdentity);
+        const Handle process(processId ? OpenProcess(SYNCHRONIZE, FALSE, *processId) : nullptr);
+        const Handle quit(processId ? OpenEventW(EVENT_MODIFY_STATE, FALSE, QuitEventName(*processId).c_str())
+                                    : nullptr);
+        KillHost(index);
+        if (!process || !quit)
+            return;
+        SetEvent(quit.get());
+        EXPECT_EQ(WaitForSingleObject(process.get(), RoundLimit), WAIT_OBJECT_0);
+        ++serverQuits_;
+    }
+
     void KillHost(std::size_t index)
     {
         workers_[index]->Kill();
@@ -84,6 +99,7 @@ protected:
     std::mt19937 random_{seed_};
     std::array<std::unique_ptr<OtherHost>, Hosts> workers_;
     int serverKills_ = 0;
+    int serverQuits_ = 0; ///< Each with a host's kill.
     int hostKills_ = 0;
 };
 
@@ -97,7 +113,10 @@ TEST_P(DeathTest, NothingThatWasAnsweredIsLost)
     {
         // Somewhere in the workers' rounds: a moment that nobody has arranged.
         WaitForSingleObject(workers_[0]->Process(), random_() % Spread);
-        if (random_() % 4 == 0)
+        const unsigned int kind = random_() % 4;
+        if (kind == 0)
+            QuitServerAndKillHost(random_() % Hosts);
+        else if (kind == 1)
             KillHost(random_() % Hosts);
         else
             KillServer();
@@ -110,6 +129,7 @@ TEST_P(DeathTest, NothingThatWasAnsweredIsLost)
     std::printf("seed %u: %d rounds, %d servers and %d hosts killed, %llu ms\n", seed_ - GetParam(), Rounds,
                 serverKills_, hostKills_, GetTickCount64() - start);
     EXPECT_EQ(serverKills_ + hostKills_, Rounds);
+    EXPECT_GT(serverQuits_, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Parts, DeathTest, testing::Range(0u, 4u));

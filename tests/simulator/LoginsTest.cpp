@@ -145,6 +145,45 @@ TEST_F(LoginsTest, WhatCannotBeStoredDoesNotHappen)
     EXPECT_EQ(events.Size(), 0u);
 }
 
+TEST_F(LoginsTest, ALoginThatReplacesAnotherHappensWholeOrNotAtAll)
+{
+    ASSERT_EQ(logins.AutomatedLogin(caller, "ann", "a-secret", false), IdSuccess);
+    TakeEvents();
+    storage.fails = true;
+    EXPECT_EQ(logins.AutomatedLogin(caller, "bob", "b-secret", true), IdNotStored);
+    LoginStatus status;
+    logins.GetStatus(caller, status);
+    EXPECT_EQ(status.userName, "ann") << "stays signed in";
+    caller.scope.assign(MaxProductText, 'x');
+    storage.fails = false;
+    EXPECT_EQ(logins.AutomatedLogin(caller, "bob", "b-secret", true), IdTextTooLong);
+    EXPECT_TRUE(TakeEvents().empty());
+    caller.scope.clear();
+    EXPECT_EQ(logins.AutomatedLogin(caller, "bob", "b-secret", true), IdSuccess);
+    EXPECT_EQ(TakeEvents(),
+              (std::vector<Events::IdServicesEvent>{Events::LoggedOut, Events::LoggedIn, Events::TokenAvailable}));
+}
+
+TEST_F(LoginsTest, TokensOfAKeyThatIsGoneAreIssuedAnew)
+{
+    LogIn();
+    const std::string before = AccessToken(caller);
+    LoginParts parts = Parts();
+    Logins same(scenario, parts, storage);
+    same.RestoreAll();
+    std::string token;
+    ASSERT_EQ(same.GetAccessToken(caller, false, token), IdSuccess);
+    EXPECT_EQ(token, before);
+    parts.signer.keyId = "next-key";
+    Logins next(scenario, parts, storage);
+    next.RestoreAll();
+    ASSERT_EQ(next.GetAccessToken(caller, false, token), IdSuccess);
+    EXPECT_EQ(Part(token, 0)["kid"].asString(), "next-key");
+    ASSERT_EQ(next.GetIdToken(caller, token), IdSuccess);
+    EXPECT_EQ(Part(token, 0)["kid"].asString(), "next-key");
+    EXPECT_EQ(storage.records[TALIX_SERVER_PRODUCTION]->clients.size(), 1u);
+}
+
 TEST_F(LoginsTest, EverythingThatWasAnsweredIsStored)
 {
     LogIn();

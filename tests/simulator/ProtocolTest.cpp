@@ -257,18 +257,70 @@ TEST_F(ProtocolTest, LatencyHoldsAnswersBackInTheirOrder)
     scenario.latency = std::chrono::milliseconds(300);
     SignInService service(scenario, Parts());
     Host host(service);
+    EXPECT_EQ(host.Attach().code, IdSuccess) << "a connection has a limit of its own";
+    EXPECT_TRUE(host.extensions.empty());
     Request request;
-    request.operation = Operations::Attach;
+    request.operation = Operations::GetStatus;
     request.caller = caller;
-    request.arguments["protocol"] = ProtocolVersion;
-    request.arguments["identity"] = "Tests";
-    ASSERT_TRUE(host.end.Receive(WriteRequest(request)));
+    for (request.id = 21; request.id <= 22; ++request.id)
+        ASSERT_TRUE(host.end.Receive(WriteRequest(request)));
     service.Review();
     EXPECT_FALSE(host.TakeResponse());
+    EXPECT_EQ(host.extensions.size(), 2u);
     EXPECT_EQ(service.NextReview(), ticks + 300);
     ticks += 300;
     service.Review();
-    EXPECT_TRUE(host.TakeResponse());
+    EXPECT_EQ(host.TakeResponse()->id, 22u);
+}
+
+TEST_F(ProtocolTest, AHostThatIsRefusedHearsItAtOnce)
+{
+    scenario.latency = std::chrono::milliseconds(300);
+    scenario.faults = {{Operations::Attach, 1, false, FaultEffect::Result, IdLoginRefused}};
+    SignInService service(scenario, Parts());
+    Host host(service);
+    EXPECT_EQ(host.Attach().code, IdLoginRefused);
+    Request request;
+    request.operation = Operations::Attach;
+    request.caller = caller;
+    request.arguments["protocol"] = ProtocolVersion + 1;
+    EXPECT_FALSE(host.end.Receive(WriteRequest(request)));
+    const std::optional<Response> response = host.TakeResponse();
+    ASSERT_TRUE(response);
+    EXPECT_EQ(response->code, IdProtocolError);
+}
+
+TEST_F(ProtocolTest, AnOperationThatThrowsFailsAndTheServiceGoesOn)
+{
+    ServiceParts parts = Parts();
+    bool fails = true;
+    parts.random = [&, random = parts.random](void* bytes, std::size_t size) {
+        if (fails)
+            throw std::runtime_error("no random bytes");
+        random(bytes, size);
+    };
+    SignInService service(scenario, std::move(parts));
+    Host host(service);
+    host.Attach();
+    LoginDetail detail{};
+    EXPECT_EQ(host.logins.Login(caller, detail), IdFailed);
+    ASSERT_EQ(warnings.size(), 1u);
+    EXPECT_NE(warnings.front().find("login failed: no random bytes"), std::string::npos) << warnings.front();
+    fails = false;
+    EXPECT_EQ(host.logins.Login(caller, detail), IdSuccess);
+}
+
+TEST_F(ProtocolTest, AnAnswerThatDoesNotFitAMessageIsACode)
+{
+    scenario.users.front().profile["long"] = std::string(300'000, 'x');
+    SignInService service(scenario, Parts());
+    Host host(service);
+    host.Attach();
+    LoginDetail detail{};
+    ASSERT_EQ(host.logins.Login(caller, detail), IdSuccess);
+    Account account;
+    EXPECT_EQ(host.logins.GetAccount(caller, account), IdTextTooLong);
+    EXPECT_EQ(warnings.size(), 1u);
 }
 
 TEST_F(ProtocolTest, FaultsHitTheCallsThatTheyName)

@@ -87,6 +87,43 @@ TEST(ScenarioReaderTest, WhatIsNoJsonHasAPlace)
     EXPECT_NE(ProblemOf(std::string(5000, '[')).find("nested too deeply"), std::string::npos);
 }
 
+TEST(ScenarioReaderTest, TextsAreCountedInCharacters)
+{
+    const auto scenarioWith = [](const std::string& email) {
+        return R"({"users": [{"userId": "1", "userName": "a", "email": ")" + email + R"("}]})";
+    };
+    std::string longest;
+    for (int count = 0; count < 1024; ++count)
+        longest += "\xE2\x82\xAC";
+    std::string problem;
+    EXPECT_TRUE(ReadScenario(scenarioWith(longest), "a.json", problem)) << problem;
+    EXPECT_NE(ProblemOf(scenarioWith(longest + "x")).find("0 to 1024 characters"), std::string::npos);
+    EXPECT_NE(ProblemOf(scenarioWith("\\udc00")).find("half a surrogate pair"), std::string::npos);
+}
+
+TEST(ScenarioReaderTest, WhatIsNotUtf8IsRefusedWithItsPlace)
+{
+    for (const char* bytes : {"\xFF", "\x80", "\xC0\xAF", "\xE2\x82", "\xED\xA0\x80", "\xF4\x90\x80\x80"})
+        EXPECT_EQ(ProblemOf("{\n  \"$schema\": \"" + std::string(bytes) + "\"}"),
+                  "a.json:2:15: not UTF-8; save the file in this encoding");
+}
+
+TEST(ScenarioReaderTest, AProfileIsBounded)
+{
+    const auto scenarioWith = [](const std::string& profile) {
+        return R"({"users": [{"userId": "1", "userName": "a", "profile": {)" + profile + "}}]}";
+    };
+    std::string problem;
+    constexpr std::size_t frame = std::string_view(R"({"a":""})").size();
+    const std::string longest = R"("a":")" + std::string(65'536 - frame, 'x') + '"';
+    EXPECT_TRUE(ReadScenario(scenarioWith(longest), "a.json", problem)) << problem;
+    EXPECT_NE(ProblemOf(scenarioWith(R"("b":1,)" + longest)).find("65536 bytes"), std::string::npos);
+    std::string members = R"("m":1)";
+    for (int index = 0; index < 256; ++index)
+        members += ",\"m" + std::to_string(index) + "\":1";
+    EXPECT_NE(ProblemOf(scenarioWith(members)).find("256 members"), std::string::npos);
+}
+
 TEST(ScenarioReaderTest, EachRuleIsKept)
 {
     const std::pair<const char*, const char*> cases[] = {

@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <future>
+#include <vector>
 
 #include "Environment.h"
 #include "load/contract/ISSOClient.h"
@@ -13,6 +14,7 @@
 #include "platform/LogFile.h"
 #include "platform/Text.h"
 #include "platform/WholeFile.h"
+#include "process/ServerInstance.h"
 #include "process/ServerLink.h"
 #include "session/ResultCodes.h"
 
@@ -44,10 +46,14 @@ protected:
 
     void Play(const std::string& text)
     {
+        Choose(text);
+        module.Initialize(false);
+    }
+    static void Choose(const std::string& text)
+    {
         const std::wstring file = SettingsFolder() + L"\\scenario.json";
         ASSERT_TRUE(ReplaceWholeFile(file, text));
         ASSERT_TRUE(SetEnvironmentVariableW(L"PELLWICK_SCENARIO", file.c_str()));
-        module.Initialize(false);
     }
     IdErrorCode LogIn()
     {
@@ -145,6 +151,60 @@ TEST_F(ScenarioTest, AHangEndsWithTheLimit)
     EXPECT_GE(GetTickCount64() - start + 50, static_cast<ULONGLONG>(ServerLink::AnswerLimit.count()));
     EXPECT_LT(GetTickCount64() - start, 2 * static_cast<ULONGLONG>(ServerLink::AnswerLimit.count()));
     EXPECT_EQ(client.GetUserInfo(&info), IdSuccess);
+}
+
+TEST_F(ScenarioTest, ALatencyBeyondTheLimitsIsWaitedFor)
+{
+    Play(R"({"latencyMilliseconds": 11000})");
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_EQ(LogIn(), IdSuccess);
+    EXPECT_GT(GetTickCount64() - start, static_cast<ULONGLONG>(ServerLink::AnswerLimit.count()));
+    // What follows need not wait.
+    module.Uninitialize();
+    servers.QuitSSOServerProcess(Limit);
+    SetEnvironmentVariableW(L"PELLWICK_SCENARIO", nullptr);
+}
+
+TEST_F(ScenarioTest, AServerThatRefusesTheHostSaysWhy)
+{
+    Play(R"({"latencyMilliseconds": 500, "faults": [{"operation": "attach", "fromCall": 1, "result": 4321}]})");
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_EQ(static_cast<int>(LogIn()), 4321);
+    EXPECT_LT(GetTickCount64() - start, 5000u) << "a refusal is not tried again";
+    int result = 0;
+    EXPECT_EQ(static_cast<int>(client.Logout(result, TALIX_LOGOUT_DEFAULT)), 4321);
+    EXPECT_EQ(static_cast<int>(client.SetLoginMode(TALIX_LOGIN_MODE_DEFAULT)), 4321);
+    EXPECT_EQ(static_cast<int>(client.ShowAccountSettings(result)), 4321);
+}
+
+TEST_F(ScenarioTest, AnEndDoesNotWaitForAConnection)
+{
+    Choose(R"({"faults": [{"operation": "attach", "fromCall": 1, "effect": "hang"}]})");
+    const Handle ready(CreateEventW(nullptr, TRUE, FALSE, ReadyEventName(DefaultIdentity).c_str()));
+    std::future<IdErrorCode> login = std::async(std::launch::async, [this] { return LogIn(); });
+    ASSERT_EQ(WaitForSingleObject(ready.get(), static_cast<DWORD>(Limit)), WAIT_OBJECT_0);
+    const ULONGLONG start = GetTickCount64();
+    module.Uninitialize();
+    EXPECT_EQ(login.get(), IdServerLost);
+    EXPECT_LT(GetTickCount64() - start, 5000u);
+    servers.QuitSSOServerProcess(Limit);
+    SetEnvironmentVariableW(L"PELLWICK_SCENARIO", nullptr);
+}
+
+TEST_F(ScenarioTest, WhoWaitsAtTheEndDoesNotConnectAgain)
+{
+    Choose(R"({"login": {"behavior": "wait", "waitSeconds": 5}})");
+    for (int round = 0; round < 20; ++round)
+    {
+        module.Initialize(false);
+        std::vector<std::future<IdErrorCode>> logins(24);
+        for (std::future<IdErrorCode>& login : logins)
+            login = std::async(std::launch::async, [this] { return LogIn(); });
+        ASSERT_EQ(logins.back().wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+        module.Uninitialize();
+        for (std::future<IdErrorCode>& login : logins)
+            ASSERT_EQ(login.get(), IdServerLost);
+    }
 }
 
 TEST_F(ScenarioTest, AWrongFileRefusesToSignInAndTheLogSaysWhere)

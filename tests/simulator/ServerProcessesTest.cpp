@@ -5,9 +5,11 @@
 #include <windows.h>
 
 #include "Environment.h"
+#include "platform/Folders.h"
 #include "platform/Handle.h"
 #include "platform/Text.h"
 #include "process/CommandLine.h"
+#include "process/ServerEnvironment.h"
 #include "process/ServerExitCode.h"
 #include "process/ServerInstance.h"
 #include "process/ServerProcesses.h"
@@ -200,6 +202,18 @@ TEST_F(ServerProcessesTest, AServerQuitsByItselfAfterItsTime)
 {
     EXPECT_EQ(RunToEnd({L"--identity", *ToWide(identity), L"--quit-after", L"1"}), static_cast<DWORD>(ServerQuit));
     EXPECT_FALSE(FindServer(identity));
+}
+
+TEST(ServerEnvironmentTest, TheSimulatorsPathsAreFullOnes)
+{
+    ASSERT_TRUE(SetEnvironmentVariableW(ScenarioVariable, L"some\\scenario.json"));
+    const std::wstring block = ServerEnvironment();
+    SetEnvironmentVariableW(ScenarioVariable, nullptr);
+    const std::wstring entry = ScenarioVariable + (L"=" + FullPath(L"some\\scenario.json"));
+    EXPECT_NE(block.find(L'\0' + entry + L'\0'), std::wstring::npos);
+    EXPECT_EQ(block.substr(block.size() - 2), std::wstring(2, L'\0'));
+    EXPECT_NE(block.find(L'\0' + std::wstring(SettingsFolderVariable) + L"=" + SettingsFolder() + L'\0'),
+              std::wstring::npos);
 }
 
 } // namespace

@@ -15,9 +15,15 @@ class SessionLoginTest : public testing::Test, protected TestSession
 {
 protected:
     /// A login that an earlier process kept.
-    LoginRecord Record() const
+    LoginRecord Record()
     {
-        return {"2", now + 1h, {{"tests", "", {"access-2", now + 10min}, {"id-2", now + 20min}}}};
+        const TokenSigner signer = Parts().signer;
+        return {"2",
+                now + 1h,
+                {{"tests",
+                  "",
+                  {WriteJwt(signer, "at+jwt", Json::objectValue), now + 10min},
+                  {WriteJwt(signer, "JWT", Json::objectValue), now + 20min}}}};
     }
     void Keep(const LoginRecord& record) { storage.records[TALIX_SERVER_PRODUCTION] = record; }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "TestSession.h"
+#include "protocol/RemoteLogins.h"
 
 namespace Kestrany::Simulator {
 
@@ -277,6 +278,19 @@ TEST_F(SessionTest, SessionAddressNeedsAWebAddress)
     std::string address = "untouched";
     EXPECT_EQ(session.OpenAddress("file:///c:/secret", 0, address), IdInvalidAddress);
     EXPECT_EQ(address, "untouched");
+}
+
+TEST(SessionTestWithoutService, WhyNothingIsKnownOfALoginIsPassedOn)
+{
+    RemoteLogins logins([](const Request&) {
+        Response response;
+        response.code = IdServerUnavailable;
+        return response;
+    });
+    EventQueue events;
+    const Session session(logins, events);
+    EXPECT_EQ(session.CheckLoggedIn(), IdServerUnavailable);
+    EXPECT_FALSE(session.IsLoggedIn());
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <random>
 
 #include "Environment.h"
 #include "EventRecorder.h"
@@ -11,12 +12,17 @@
 #include "load/contract/ISSOClientModule.h"
 #include "load/contract/ISSOServerManager.h"
 #include "platform/Folders.h"
+#include "platform/WholeFile.h"
+#include "process/LinkPipe.h"
+#include "process/LoginFile.h"
 #include "process/Pipe.h"
 #include "process/PrivatePipe.h"
 #include "process/Scope.h"
 #include "process/ServerInstance.h"
 #include "process/ServerLink.h"
 #include "process/ServerRequests.h"
+#include "protocol/Message.h"
+#include "protocol/Operations.h"
 #include "session/ResultCodes.h"
 
 #include <aclapi.h>
@@ -120,6 +126,10 @@ TEST_F(SharedLoginTest, WithoutAServerApplicationTheCodeSaysSo)
     servers.ConfigureServerApp(L"C:\\nowhere", L"C:\\nowhere\\Pellwick.exe");
     EXPECT_EQ(LogIn(), IdServerUnavailable);
     EXPECT_FALSE(client.IsLoggedIn());
+    int result = 0;
+    EXPECT_EQ(client.Logout(result, TALIX_LOGOUT_DEFAULT), IdServerUnavailable);
+    EXPECT_EQ(client.ShowAccountSettings(result), IdServerUnavailable);
+    EXPECT_EQ(client.SetLoginMode(TALIX_LOGIN_MODE_DEFAULT), IdServerUnavailable);
     ConfigureServer(DefaultIdentity);
     EXPECT_EQ(LogIn(), IdSuccess) << "nothing is remembered";
 }
@@ -132,6 +142,104 @@ TEST_F(SharedLoginTest, AServerOfAnotherInstallationIsNotUsed)
     EXPECT_EQ(LogIn(), IdServerUnavailable);
     ConfigureServer(DefaultIdentity);
     EXPECT_EQ(LogIn(), IdSuccess);
+}
+
+TEST_F(SharedLoginTest, AServerIsTheSameByEveryPathToItsFile)
+{
+    const std::wstring file = ServerFile();
+    const std::wstring link =
+        file.substr(0, file.rfind(L'\\') + 1) + L"Link-" + std::to_wstring(GetCurrentProcessId()) + L".exe";
+    ASSERT_TRUE(CreateHardLinkW(link.c_str(), file.c_str(), nullptr)) << GetLastError();
+    servers.ConfigureServerApp(link.substr(0, link.rfind(L'\\')).c_str(), link.c_str());
+    EXPECT_EQ(LogIn(), IdSuccess);
+    ConfigureServer(DefaultIdentity);
+    // The file of a process that runs has to stay.
+    EXPECT_TRUE(servers.QuitSSOServerProcess(Limit));
+    EXPECT_TRUE(DeleteFileW(link.c_str()));
+}
+
+TEST_F(SharedLoginTest, ALogoutDuringAReconnectionIsHeardOf)
+{
+    ASSERT_EQ(LogIn(), IdSuccess);
+    client.DispatchEvent();
+    observer.kinds.clear();
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    // What the logout of another host at a further server leaves.
+    char name[128] = "";
+    ASSERT_GT(servers.GetSSOServerName(name, sizeof name), 0);
+    ASSERT_TRUE(DeleteFileW(LoginFile(name, TALIX_SERVER_PRODUCTION).c_str()));
+    EXPECT_FALSE(client.IsLoggedIn());
+    client.DispatchEvent();
+    EXPECT_EQ(observer.kinds, std::vector<std::string>{"LoggedOut"});
+}
+
+TEST_F(SharedLoginTest, AServerThatQuitsIsNotReady)
+{
+    LinkPipe pipe(OpenPrivatePipe(HostPipeName(DefaultIdentity), Deadline(Limit)));
+    Request request;
+    request.operation = Operations::Attach;
+    request.caller.server = TALIX_SERVER_PRODUCTION;
+    request.arguments["protocol"] = ProtocolVersion;
+    request.arguments["identity"] = "Other";
+    const Deadline deadline(Limit);
+    ASSERT_TRUE(pipe.Write(WriteRequest(request), deadline));
+    ASSERT_TRUE(pipe.Read(&deadline));
+    EXPECT_TRUE(IsServerReady(DefaultIdentity));
+    // It waits a little for hosts that do not leave, as this one.
+    servers.QuitSSOServerProcess(0);
+    const std::optional<std::string> last = pipe.Read(&deadline);
+    ASSERT_TRUE(last);
+    EXPECT_TRUE(ReadServerMessage(*last)->quits);
+    EXPECT_FALSE(IsServerReady(DefaultIdentity));
+    EXPECT_TRUE(FindServer(DefaultIdentity));
+    EXPECT_EQ(LogIn(), IdSuccess) << "waits for its end, and starts another";
+}
+
+TEST_F(SharedLoginTest, HostsThatComeAsTheServerEndsAreServed)
+{
+    module.Uninitialize();
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    const char* const arguments[] = {"--idle-after", "1"};
+    servers.SetSSOServerProcessArguments(arguments, 2);
+    std::mt19937 random(20'260'101); // The same each time.
+    for (int round = 0; round < 8; ++round)
+    {
+        ASSERT_EQ(LogIn(), IdSuccess) << round;
+        const Handle server = OpenServer();
+        module.Uninitialize();
+        // About its last moment, before or after.
+        WaitForSingleObject(server.get(), 990 + random() % 20);
+    }
+    servers.SetSSOServerProcessArguments(nullptr, 0);
+}
+
+TEST_F(SharedLoginTest, AKeyThatCannotBeReadIsNotReplaced)
+{
+    ASSERT_EQ(LogIn(), IdSuccess);
+    wchar_t token[4096] = L"";
+    ASSERT_EQ(client.GetOAuth2AccessToken(token, 4096, false), IdSuccess);
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    const std::wstring file = SettingsFolder() + L"\\signing-key.protected";
+    const std::optional<std::string> key = ReadWholeFile(file, 65'536);
+    ASSERT_TRUE(key);
+    std::int64_t processId = 0;
+    {
+        const Handle inUse = OwnValid(
+            CreateFileW(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        ASSERT_TRUE(inUse);
+        EXPECT_FALSE(servers.StartSSOServerProcess(Limit, processId));
+    }
+    ASSERT_TRUE(ReplaceWholeFile(file, "damaged"));
+    EXPECT_FALSE(servers.StartSSOServerProcess(Limit, processId));
+    EXPECT_EQ(ReadWholeFile(file, 65'536), "damaged");
+    wchar_t next[4096] = L"";
+    ASSERT_TRUE(ReplaceWholeFile(file, *key));
+    EXPECT_EQ(client.GetOAuth2AccessToken(next, 4096, false), IdSuccess);
+    EXPECT_STREQ(next, token);
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    ASSERT_TRUE(DeleteFileW(file.c_str()));
+    EXPECT_EQ(client.GetOAuth2AccessToken(next, 4096, false), IdSuccess);
+    EXPECT_STRNE(next, token) << "issued anew with the new key";
 }
 
 TEST_F(SharedLoginTest, AServerWithoutHostsEndsAfterItsIdleTime)

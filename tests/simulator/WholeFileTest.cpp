@@ -75,6 +75,25 @@ TEST_F(WholeFileTest, WhatCannotBeReplacedStaysWhole)
     EXPECT_EQ(ReadWholeFile(file, 100), "old");
 }
 
+TEST_F(WholeFileTest, WhatAProcessThatEndedWasAboutToWriteIsRemoved)
+{
+    CreateFoldersAbove(file);
+    const auto make = [&](const std::wstring& path) {
+        return OwnValid(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
+                                    nullptr)) != nullptr;
+    };
+    const std::wstring ended = file + L".4294967292.new"; // No process has such a number.
+    const std::wstring others[] = {file + L"." + std::to_wstring(GetCurrentProcessId()) + L".new", file + L".x1.new",
+                                   file + L"..new", folder + L"\\5.new"};
+    ASSERT_TRUE(make(ended));
+    for (const std::wstring& other : others)
+        ASSERT_TRUE(make(other));
+    RemoveUnfinishedFiles(folder);
+    EXPECT_FALSE(DeleteFileW(ended.c_str()));
+    for (const std::wstring& other : others)
+        EXPECT_TRUE(DeleteFileW(other.c_str()));
+}
+
 } // namespace
 
 } // namespace Kestrany::Simulator

@@ -14,11 +14,6 @@ namespace Kestrany::Simulator {
 
 namespace {
 
-bool IsServersDeath(IdErrorCode code)
-{
-    return code == IdServerUnavailable || code == IdServerLost || code == IdServerTimedOut;
-}
-
 class Worker
 {
 public:
@@ -32,12 +27,10 @@ public:
     {
         do
         {
-            allAnswered_ = true;
             if (!LogIn() || !ReadUser() || !ReadToken() || (random_() % 4 == 0 && !Refresh()))
                 return false;
             client_.DispatchEvent();
-            if (allAnswered_)
-                SetEvent(progress_.get());
+            SetEvent(progress_.get());
         }
         while (WaitForSingleObject(leave_.get(), random_() % 4) == WAIT_TIMEOUT);
         PluginFactory().GetSSOClientModule()->Uninitialize();
@@ -45,13 +38,10 @@ public:
     }
 
 private:
-    /// Whether the code fits; `allAnswered_` falls where the server died.
-    bool Fits(const char* step, IdErrorCode code)
+    /// No more than one server dies within a call, which is then asked of the next one.
+    static bool Succeeded(const char* step, IdErrorCode code)
     {
         if (code == IdSuccess)
-            return true;
-        allAnswered_ = false;
-        if (IsServersDeath(code))
             return true;
         std::fprintf(stderr, "worker %lu: %s answered %d\n", GetCurrentProcessId(), step, static_cast<int>(code));
         return false;
@@ -68,14 +58,14 @@ private:
             return false;
         }
         wasLoggedIn_ = wasLoggedIn_ || code == IdSuccess;
-        return Fits("Login", code);
+        return Succeeded("Login", code);
     }
 
     bool ReadUser()
     {
         talix_user_info info{};
         const IdErrorCode code = client_.GetUserInfo(&info);
-        return (code == IdNotLoggedIn && !wasLoggedIn_) || Fits("GetUserInfo", code);
+        return (code == IdNotLoggedIn && !wasLoggedIn_) || Succeeded("GetUserInfo", code);
     }
 
     bool ReadToken()
@@ -91,14 +81,14 @@ private:
         }
         if (code == IdSuccess)
             token_ = buffer;
-        return Fits("GetOAuth2AccessToken", code);
+        return Succeeded("GetOAuth2AccessToken", code);
     }
 
     bool Refresh()
     {
         token_.clear(); // Which one it is by now is known once it is read.
         const IdErrorCode code = client_.RefreshOAuth2Token(false);
-        return (code == IdNotLoggedIn && !wasLoggedIn_) || Fits("RefreshOAuth2Token", code);
+        return (code == IdNotLoggedIn && !wasLoggedIn_) || Succeeded("RefreshOAuth2Token", code);
     }
 
     IdentityServices::ISSOClient& client_ = *PluginFactory().GetSSOClient();
@@ -107,7 +97,6 @@ private:
     std::mt19937 random_;
     std::wstring token_;
     bool wasLoggedIn_ = false;
-    bool allAnswered_ = true;
 };
 
 } // namespace

@@ -5,12 +5,11 @@
 
 namespace Kestrany::Simulator {
 
-/// Event that a worker sets after each round in which everything was answered with success.
+/// Event that a worker sets after each round.
 std::wstring ProgressEventName(const std::string& meeting);
 
 /// A host that signs in and asks, round after round, until it is told to leave, whatever happens to the server. False,
-/// with a message, at the first answer that contradicts an earlier one, or that is none of the codes for a server that
-/// died.
+/// with a message, at the first answer without success, or that contradicts an earlier one.
 bool RunWorker(const std::string& meeting, unsigned int seed);
 
 } // namespace Kestrany::Simulator

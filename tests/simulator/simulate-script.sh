@@ -47,6 +47,13 @@ scenario="$folder/Pellwick/Pellwick.scenario.json"
 cp "$source/simulator/scenarios/refuse.json" "$scenario"
 expect "$(lay_out)" 'kept        Pellwick/Pellwick.scenario.json'
 cmp "$scenario" "$source/simulator/scenarios/refuse.json"
+config="$folder/host/Orlindex.config"
+expect "$(lay_out --windows-path 'D:\elsewhere')" 'written     host/Orlindex.config'
+sed -i 's/elsewhere/of my own/' "$config"
+expect "$(lay_out)" 'kept        host/Orlindex.config'
+grep -q 'of my own' "$config"
+rm "$config"
+expect "$(lay_out)" 'written     host/Orlindex.config'
 expect "$(run_windows "$folder/Pellwick/Pellwick.exe" --check-scenario "$scenario")" ': valid'
 expect "$(run_windows "$folder/Pellwick/Pellwick.exe" --quit)" 'quit'
 expect "$(run_host fails)" 'Login                code 4018'
