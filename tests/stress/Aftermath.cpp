@@ -1,5 +1,6 @@
 #include "Aftermath.h"
 
+#include <array>
 #include <future>
 #include <memory>
 #include <thread>
@@ -9,6 +10,7 @@
 
 #include "orlindex/IdServicesMgr.h"
 #include "orlindex/SSOClientPrivate.h"
+#include "support/Handle.h"
 
 namespace OrlindexTest {
 
@@ -44,9 +46,10 @@ void ExpectLocksAreFree()
 
 std::intptr_t NextHandle()
 {
-    const HANDLE handle = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    CloseHandle(handle);
-    return reinterpret_cast<std::intptr_t>(handle);
+    std::array<Handle, 1024> handles;
+    for (Handle& handle : handles)
+        handle = Handle(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    return reinterpret_cast<std::intptr_t>(handles.back().get());
 }
 
 } // namespace OrlindexTest
