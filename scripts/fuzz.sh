@@ -3,8 +3,9 @@
 #
 # Builds the fuzzers into build/fuzz and runs each target, or those that are named, for N seconds (60). Every run starts
 # from tests/fuzz/corpus/<target>, from tests/fuzz/regressions/<target> and from what earlier runs added to
-# build/fuzz/corpus/<target>; it prints how many inputs it tried and how many of them were new to it. An input on which
-# a target fails is kept in build/fuzz/failures, and how to replay it is printed.
+# build/fuzz/corpus/<target>; it prints how many inputs it tried and how many of them were new to it, the former also as
+# "count: fuzz executions, <target> = <n>", which scripts/test.sh gathers. An input on which a target fails is kept in
+# build/fuzz/failures, and how to replay it is printed.
 #
 #   --seconds N   seconds for each target
 #   --built       fuzzes with what was built last; ctest runs this
@@ -109,6 +110,8 @@ fuzz_target()
     "$folder/bin/fuzz_$target" "${options[@]}" "${dictionary[@]}" "${inputs[@]}" >"$log" 2>&1 </dev/null || status=$?
     say "$target: $(statistic number_of_executed_units "$log") executions in $(seconds_since "$began")," \
         "$(statistic new_units_added "$log") new units, corpus of $(find "${inputs[@]}" -type f | wc -l) inputs"
+    say "count: fuzz executions, $target = $(statistic number_of_executed_units "$log")"
+    say "count: fuzz seconds, $target = $seconds"
     [ $status -eq 0 ] || explain_failure "$target" "$log"
     return $status
 }

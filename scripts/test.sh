@@ -11,7 +11,8 @@
 #
 # Arguments go to every run of ctest, such as -R for a part of the tests; the static checks are left out then.
 #
-# The stress tests (tests/stress) print what they did, as "count: <name> = <n>"; the sums stand above the last line.
+# Tests that repeat a thing many times (tests/stress, the fuzzers, killed servers and hosts) print how often, as
+# "count: <name> = <n>"; the sums stand above the last line, with the time that the run took.
 #
 #   --long    the long form of the stress tests (20 minutes), and the demo, the fuzzers, the benchmarks and the coverage
 #   --help    this text
@@ -42,9 +43,13 @@ finish()
     fi
     wine_session_end
     print_counts
+    print_time
     finish_results "$status"
     exit $?
 }
+run_began=$(now)
+time_apart=0     # microseconds of set-up and builds
+most_seconds=900 # that the ordinary form should take without them
 trap finish EXIT
 # A signal ends the script through the same door.
 trap 'exit 130' INT
@@ -75,13 +80,25 @@ run_tests()
     gather_counts "$folder/Testing/Temporary/LastTest.log"
 }
 
-# run_long SCRIPT: one of the long runs that are scripts of their own, where it is there.
+# figures SCRIPT LOG: of what a long run printed, what there is to know when it passed.
+figures()
+{
+    case $1 in
+        fuzz) grep ' executions in ' "$2" ;;
+        bench) sed -n '/^measured  /,$p' "$2" ;;
+        coverage) sed -n '/^ \{20,\}lines /p; /^total  /p' "$2" ;;
+    esac | sed 's/^/    /'
+}
+
+# run_long SCRIPT: one of the long runs that are scripts of their own.
 run_long()
 {
     local log
-    [ -f "$root/scripts/$1.sh" ] || return 0
     log=$(mktemp)
-    check "$1" logged "$log" bash "$root/scripts/$1.sh"
+    if attempt "$1" logged "$log" bash "$root/scripts/$1.sh"; then
+        passed+=("$1")
+        figures "$1" "$log"
+    fi
     gather_counts "$log"
     rm -f "$log"
 }
@@ -92,6 +109,27 @@ logged()
     local log=$1
     shift
     "$@" 2>&1 | tee "$log"
+}
+
+# apart COMMAND...: set-up and builds, whose time is not that of the tests.
+apart()
+{
+    local from status=0
+    from=$(now)
+    "$@" || status=$?
+    time_apart=$((time_apart + $(now) - from))
+    return $status
+}
+
+print_time()
+{
+    local total tests
+    total=$((($(now) - run_began) / 1000000))
+    tests=$((total - time_apart / 1000000))
+    say
+    say "The run took $total seconds, $tests of them without set-up and builds."
+    [ -n "$long" ] || [ $tests -le $most_seconds ] ||
+        say "warning: that is more than $((most_seconds / 60)) minutes: shorten the short forms, or find what became slow"
 }
 
 # Seconds that a test may take which sets no limit of its own.
@@ -105,7 +143,7 @@ fi
 no_tests=error
 [ $# -eq 0 ] || no_tests=ignore
 
-bash "$root/scripts/setup.sh" --32-bit || exit
+apart bash "$root/scripts/setup.sh" --32-bit || exit
 
 # A build that fails is one failure with its messages; what can still be tested, is.
 if [ $# -eq 0 ]; then
@@ -115,16 +153,16 @@ if [ $# -eq 0 ]; then
     check "clang-tidy" make_preset tidy "$root/build/tidy"
 fi
 say "== builds"
-if attempt "native build" make_preset native "$root/build/native"; then
+if apart attempt "native build" make_preset native "$root/build/native"; then
     run_tests "native" "$root/build/native" "$@"
 fi
-if attempt "thread sanitizer build" make_preset tsan "$root/build/tsan"; then
+if apart attempt "thread sanitizer build" make_preset tsan "$root/build/tsan"; then
     run_tests "thread sanitizer" "$root/build/tsan" "$@"
 fi
-if attempt "fuzzers build" make_preset fuzz "$root/build/fuzz"; then
+if apart attempt "fuzzers build" make_preset fuzz "$root/build/fuzz"; then
     run_tests "fuzzers" "$root/build/fuzz" "$@"
 fi
-if attempt "Windows build" make_preset mingw-release "$root/build/release"; then
+if apart attempt "Windows build" make_preset mingw-release "$root/build/release"; then
     wine_session_begin
     run_tests "Windows" "$root/build/release" "$@"
 fi

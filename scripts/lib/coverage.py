@@ -91,6 +91,9 @@ def print_table(sources):
     totals = [[sum(column) for column in zip(*counts)]
               for counts in ([s.line_counts() for s in sources], [s.branch_counts() for s in sources])]
     print(f"{'total':42} {share(totals[0])} {share(totals[1])}")
+    for kind, (covered, total) in zip(("lines", "branches"), totals):
+        print(f"count: {kind} run = {covered}")
+        print(f"count: {kind} in all = {total}")
 
 
 def compare(sources, listed):

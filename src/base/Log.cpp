@@ -1,6 +1,7 @@
 #include "base/Log.h"
 
 #include <iostream>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -10,17 +11,40 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
+using SharedText = std::shared_ptr<const std::wstring>;
+
 struct PendingLogRecord
 {
-    std::shared_ptr<const std::wstring> message;
+    SharedText message;
     LogLevel level;
     std::size_t times;
+};
+
+/// What waits for a logger. A text is held once, however often it was written: a hostile file can have the same few
+/// written by the million.
+struct PendingLog
+{
+    struct ByText
+    {
+        using is_transparent = void;
+        static const std::wstring& Text(const std::wstring& text) { return text; }
+        static const std::wstring& Text(const SharedText& text) { return *text; }
+
+        template <class Left, class Right>
+        bool operator()(const Left& left, const Right& right) const
+        {
+            return Text(left) < Text(right);
+        }
+    };
+
+    std::vector<PendingLogRecord> records;
+    std::set<SharedText, ByText> texts;
 };
 
 struct LogState
 {
     PluginLog pluginLog;
-    std::vector<PendingLogRecord> pending;
+    PendingLog pending;
 };
 
 /// Never destroyed: other threads may log while the process ends.
@@ -30,13 +54,49 @@ LogState& State()
     return state;
 }
 
-void Keep(std::vector<PendingLogRecord>& pending, const std::shared_ptr<const std::wstring>& message, LogLevel level)
+SharedText TextFor(PendingLog& pending, const std::wstring& message)
+{
+    const auto known = pending.texts.find(message);
+    return known != pending.texts.end() ? *known
+                                        : *pending.texts.insert(std::make_shared<const std::wstring>(message)).first;
+}
+
+SharedText TextFor(PendingLog&, const SharedText& message)
+{
+    return message;
+}
+
+void Keep(std::vector<PendingLogRecord>& records, const SharedText& message, LogLevel level)
 {
     // One object is one text, so that no texts need to be compared.
-    if (!pending.empty() && pending.back().message == message && pending.back().level == level)
-        ++pending.back().times;
+    if (!records.empty() && records.back().message == message && records.back().level == level)
+        ++records.back().times;
     else
-        pending.push_back({message, level, 1});
+        records.push_back({message, level, 1});
+}
+
+/// A message must never cost its writer the step that it reports: whatever fails, the message alone is lost.
+template <class Message>
+void Write(const Message& message, LogLevel level) noexcept
+{
+    try
+    {
+        const ProcessLockGuard guard(processLock);
+        LogState& state = State();
+        if (state.pluginLog)
+        {
+            state.pluginLog(PendingLog::ByText::Text(message), level);
+            return;
+        }
+        const SharedText text = TextFor(state.pending, message);
+        Keep(state.pending.records, text, level);
+        if (level == TALIXLog::Error)
+            EchoLine(std::wcout, *text);
+    }
+    catch (...)
+    {
+        // As said above.
+    }
 }
 
 void Deliver(const std::wstring& message, LogLevel level)
@@ -58,35 +118,12 @@ void Deliver(const std::wstring& message, LogLevel level)
 
 void DefaultLogFunction(const std::wstring& message, LogLevel level)
 {
-    try
-    {
-        LogSharedMessage(std::make_shared<const std::wstring>(message), level);
-    }
-    catch (...)
-    {
-        // A message must never cost its writer the step that it reports.
-    }
+    Write(message, level);
 }
 
 void LogSharedMessage(const std::shared_ptr<const std::wstring>& message, LogLevel level)
 {
-    try
-    {
-        const ProcessLockGuard guard(processLock);
-        LogState& state = State();
-        if (state.pluginLog)
-        {
-            state.pluginLog(*message, level);
-            return;
-        }
-        Keep(state.pending, message, level);
-        if (level == TALIXLog::Error)
-            EchoLine(std::wcout, *message);
-    }
-    catch (...)
-    {
-        // As above.
-    }
+    Write(message, level);
 }
 
 void SetPluginLog(PluginLog target)
@@ -99,8 +136,8 @@ void FlushPendingLog()
 {
     const ProcessLockGuard guard(processLock);
     // Taken out first: a logger that logs from inside its own operation must not meet the same records again.
-    const std::vector<PendingLogRecord> records = std::exchange(State().pending, {});
-    for (const PendingLogRecord& record : records)
+    const PendingLog pending = std::exchange(State().pending, {});
+    for (const PendingLogRecord& record : pending.records)
     {
         for (std::size_t time = 0; time < record.times; ++time)
             Deliver(*record.message, record.level);

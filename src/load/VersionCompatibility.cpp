@@ -1,5 +1,6 @@
 #include "load/VersionCompatibility.h"
 
+#include <map>
 #include <optional>
 
 #include "base/FileContents.h"
@@ -39,6 +40,26 @@ std::wstring DefectMessage(EntryDefect defect, const std::wstring& key, const st
     }
     return {};
 }
+
+/// The messages about one file's bad elements: each is built once, as a file can hold millions of them.
+class DefectMessages
+{
+public:
+    DefectMessages(const std::wstring& key, const std::wstring& file) : key_(key), file_(file) {}
+
+    const std::wstring& Of(EntryDefect defect)
+    {
+        std::wstring& message = messages_[defect];
+        if (message.empty())
+            message = DefectMessage(defect, key_, file_);
+        return message;
+    }
+
+private:
+    const std::wstring& key_;
+    const std::wstring& file_;
+    std::map<EntryDefect, std::wstring> messages_;
+};
 
 std::optional<Json::Value> ReadJsonFile(const std::wstring& file, StartObserver* observer)
 {
@@ -81,9 +102,8 @@ bool ReadVersionCompatibility(const std::wstring& file, const std::string& key, 
         return false;
     }
     const std::wstring wideKey = Widen(key);
-    const auto ignored = [&](EntryDefect defect) {
-        context.log(DefectMessage(defect, wideKey, file), TALIXLog::Error);
-    };
+    DefectMessages messages(wideKey, file);
+    const auto ignored = [&](EntryDefect defect) { context.log(messages.Of(defect), TALIXLog::Error); };
     const auto examined = [&](const VersionCompatibilityEntry& entry, EntryDefect defect) {
         if (context.observer)
             context.observer->OnCompatibilityEntry({entry, defect, false, std::nullopt});

@@ -58,6 +58,7 @@ int main(int count, char** arguments)
             }
         }
         std::printf("%u inputs replayed\n", static_cast<unsigned>(replayed));
+        std::printf("count: fuzz inputs replayed = %u\n", static_cast<unsigned>(replayed));
         return replayed > 0 ? 0 : 2;
     }
     catch (const std::exception& problem)

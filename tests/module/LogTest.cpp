@@ -9,6 +9,10 @@
 #include <string>
 #include <vector>
 
+#include <windows.h>
+
+#include <psapi.h>
+
 #include "LogCapture.h"
 #include "base/Log.h"
 #include "base/MessageFormat.h"
@@ -32,6 +36,14 @@ std::vector<LogLine> TakePending()
     LogCapture log;
     FlushPendingLog();
     return log.Take();
+}
+
+/// What this process has reserved for itself alone.
+std::size_t PrivateBytes()
+{
+    PROCESS_MEMORY_COUNTERS counters{};
+    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+    return counters.PagefileUsage;
 }
 
 } // namespace
@@ -98,6 +110,29 @@ TEST(Log, TheRepeatsOfASharedMessageTakeNoMemory)
     EXPECT_EQ(attempt.use_count(), 2) << "one record holds it";
     EXPECT_THAT(TakePending(), SizeIs(1000));
     EXPECT_EQ(attempt.use_count(), 1);
+}
+
+TEST(Log, AMessageThatIsWrittenAgainIsKeptOnceAndDeliveredAsOftenAsItWasWritten)
+{
+    constexpr int times = 2000;
+    const std::wstring texts[] = {std::wstring(2000, L'a'), std::wstring(2000, L'b')};
+    CapturedOutput output;
+    const std::size_t before = PrivateBytes();
+    for (int i = 0; i < times; ++i)
+        DefaultLogFunction(texts[i % 2], i % 4 < 2 ? TALIXLog::Error : TALIXLog::Info);
+    EXPECT_LT(PrivateBytes() - before, 1024u * 1024) << "the texts alone would be 8 MB";
+
+    const std::string a(2000, 'a');
+    const std::string b(2000, 'b');
+    std::string printed;
+    std::vector<LogLine> expected;
+    for (int i = 0; i < times; i += 4)
+    {
+        printed += a + '\n' + b + '\n';
+        expected.insert(expected.end(), {ErrorLine(a), ErrorLine(b), InfoLine(a), InfoLine(b)});
+    }
+    EXPECT_EQ(output.Take(), printed) << "failures alone, and each";
+    EXPECT_EQ(TakePending(), expected);
 }
 
 TEST(Log, AFlushWithoutLoggerPrintsEveryMessage)

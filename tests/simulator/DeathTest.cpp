@@ -32,6 +32,12 @@ unsigned int SeedOf(unsigned int part)
     return (given == nullptr ? 20'260'101u : static_cast<unsigned int>(std::strtoul(given, nullptr, 10))) + part;
 }
 
+/// scripts/test.sh gathers these lines, and adds up the parts.
+void PrintCount(const char* name, int value)
+{
+    std::printf("count: %s = %d\n", name, value);
+}
+
 class DeathTest : public testing::TestWithParam<unsigned int>
 {
 protected:
@@ -126,8 +132,10 @@ TEST_P(DeathTest, NothingThatWasAnsweredIsLost)
         worker->Leave();
     for (const auto& worker : workers_)
         EXPECT_EQ(worker->ExitCode(), 0u);
-    std::printf("seed %u: %d rounds, %d servers and %d hosts killed, %llu ms\n", seed_ - GetParam(), Rounds,
-                serverKills_, hostKills_, GetTickCount64() - start);
+    std::printf("seed %u, %llu ms\n", seed_ - GetParam(), GetTickCount64() - start);
+    PrintCount("rounds of killed servers and hosts", Rounds);
+    PrintCount("servers killed", serverKills_);
+    PrintCount("hosts killed", hostKills_);
     EXPECT_EQ(serverKills_ + hostKills_, Rounds);
     EXPECT_GT(serverQuits_, 0);
 }

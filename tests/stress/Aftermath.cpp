@@ -1,13 +1,16 @@
 #include "Aftermath.h"
 
+#include <array>
 #include <future>
 #include <memory>
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include "orlindex/IdServicesMgr.h"
 #include "orlindex/SSOClientPrivate.h"
+#include "support/Handle.h"
 
 namespace OrlindexTest {
 
@@ -17,11 +20,17 @@ bool EndsInTime(const std::function<void()>& task, std::chrono::seconds limit)
 {
     auto ended = std::make_shared<std::promise<void>>();
     std::future<void> end = ended->get_future();
-    std::thread([task, ended]() {
+    std::thread thread([task, ended]() {
         task();
         ended->set_value();
-    }).detach();
-    return end.wait_for(limit) == std::future_status::ready;
+    });
+    if (end.wait_for(limit) != std::future_status::ready)
+    {
+        thread.detach();
+        return false;
+    }
+    thread.join(); // A thread that is about to end still holds handles, and enters the library once more.
+    return true;
 }
 
 void ExpectLocksAreFree()
@@ -33,6 +42,14 @@ void ExpectLocksAreFree()
             IdServicesMgr::Uninitialize();
     };
     ASSERT_TRUE(EndsInTime(useEveryLock)) << "a lock of the library is still held";
+}
+
+std::intptr_t NextHandle()
+{
+    std::array<Handle, 1024> handles;
+    for (Handle& handle : handles)
+        handle = Handle(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    return reinterpret_cast<std::intptr_t>(handles.back().get());
 }
 
 } // namespace OrlindexTest

@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr wchar_t InputVariable[] = L"ORLINDEX_STRESS_INPUT";
-constexpr DWORD ChildTimeLimit = 30000; // Milliseconds; a child takes half a second.
+constexpr DWORD ChildTimeLimit = 120000; // Milliseconds; nearly every child takes half a second.
 
 fs::path AnswerFile()
 {

@@ -16,6 +16,22 @@ constexpr long long Megabyte = 1024; // In kilobytes.
 
 constexpr char Range[] = R"("compatibleSsoServicesVersion": {"minVersion": "1.11", "maxVersion": "1.11"}})";
 
+/// Elements that a file repeats, and how many of them there are.
+struct Ignored
+{
+    const char* what;
+    const char* elements;
+    std::size_t count;
+};
+
+long long CountOf(std::string_view part, std::string_view text)
+{
+    long long count = 0;
+    for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + part.size()))
+        ++count;
+    return count;
+}
+
 std::string Repeated(const std::string& text, std::size_t times)
 {
     std::string repeated;
@@ -163,6 +179,34 @@ TEST_F(Limits, ElementsThatAreNoneTakeTimeAndMemoryInProportion)
     PrintCount("elements that are none", static_cast<long long>(many));
     PrintCount("milliseconds of a start with elements that are none", figures.milliseconds);
     PrintCount("peak kilobytes of a start with elements that are none", figures.peakKilobytes);
+}
+
+/// The smallest elements that are ignored, in the long form as many as the largest file holds that is read. The texts
+/// about them are few, and are kept once each, however often they come and in whatever order. A start that takes too
+/// long fails as a child that does not end.
+TEST_F(Limits, AFileFullOfIgnoredElementsTakesBoundedMemory)
+{
+    if (ChildInput())
+        return StartAndAnswer();
+    site.Install();
+    const std::size_t megabytes = ShortOrLong(1, 8);
+    for (const Ignored& kind : {Ignored{"of one kind", "0,", 1}, Ignored{"of two kinds", R"(0,{"module":1},)", 2}})
+    {
+        const std::string begin = R"({"ssoClientPlugin": [)";
+        const std::string end = "0]}";
+        const std::string_view elements = kind.elements;
+        const std::size_t times = (megabytes * 1024 * 1024 - begin.size() - end.size()) / elements.size();
+        site.WriteCompatibilityFile(begin + Repeated(kind.elements, times) + end);
+        const std::string what = std::string("ignored elements ") + kind.what;
+        const StartFigures figures = StartInChild(what);
+        const auto ignored = static_cast<long long>(times * kind.count + 1);
+        EXPECT_EQ(figures.result, 3005) << what;
+        EXPECT_EQ(CountOf("Object ignored.", figures.output), ignored) << what << ": each is named";
+        EXPECT_LT(figures.peakKilobytes, static_cast<long long>(50 + 70 * megabytes) * Megabyte) << what;
+        PrintCount(what, ignored);
+        PrintCount("milliseconds of a start with " + what, figures.milliseconds);
+        PrintCount("peak kilobytes of a start with " + what, figures.peakKilobytes);
+    }
 }
 
 class MachineLimits : public Limits

@@ -1,12 +1,10 @@
 // Many rounds of start and stop: what each leaves behind is what the design leaves on purpose, and no more.
 
-#include <cstdint>
-
 #include <windows.h>
 
 #include <psapi.h>
-#include <winternl.h>
 
+#include "Aftermath.h"
 #include "Effort.h"
 #include "orlindex/talix.h"
 #include "support/HostTest.h"
@@ -21,15 +19,6 @@ long long PrivateBytes()
     PROCESS_MEMORY_COUNTERS counters{};
     GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
     return static_cast<long long>(counters.PagefileUsage);
-}
-
-/// A handle's value is its place in the process's table, and new ones take the lowest free place: with handles left
-/// open the next one lies higher. Wine does not count a process's handles.
-std::uintptr_t NextHandle()
-{
-    const HANDLE handle = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    CloseHandle(handle);
-    return reinterpret_cast<std::uintptr_t>(handle);
 }
 
 } // namespace
@@ -59,7 +48,7 @@ TEST_F(Soak, StartsAndStopsLeaveOnlyWhatIsLeftOnPurpose)
     const int rounds = ShortOrLong(400, 10000);
     Rounds(WarmUp);
     const long long before = PrivateBytes();
-    const std::uintptr_t handle = NextHandle();
+    const std::intptr_t handle = NextHandle();
     Rounds(rounds);
     const long long growth = (PrivateBytes() - before) / rounds;
     EXPECT_LE(growth, largestGrowth);
@@ -85,7 +74,7 @@ TEST_F(Soak, CallsLeaveNothing)
     };
     call(2000);
     const long long before = PrivateBytes();
-    const std::uintptr_t handle = NextHandle();
+    const std::intptr_t handle = NextHandle();
     call(calls);
     const long long growth = PrivateBytes() - before;
     EXPECT_LE(growth, 256 * 1024);

@@ -14,11 +14,11 @@ namespace OrlindexTest {
 
 StartFigures StartTest::StartInChild(const std::string& what, const std::filesystem::path& executable)
 {
-    const ChildOutcome outcome = RunChild(what, executable);
+    ChildOutcome outcome = RunChild(what, executable);
     EXPECT_TRUE(outcome.passed) << what << ", exit code " << outcome.code << '\n' << outcome.output;
     StartFigures figures;
     std::istringstream(outcome.answer) >> figures.result >> figures.milliseconds >> figures.peakKilobytes;
-    figures.output = outcome.output;
+    figures.output = std::move(outcome.output);
     return figures;
 }
 
