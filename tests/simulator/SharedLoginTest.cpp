@@ -146,16 +146,20 @@ TEST_F(SharedLoginTest, AServerOfAnotherInstallationIsNotUsed)
 
 TEST_F(SharedLoginTest, AServerIsTheSameByEveryPathToItsFile)
 {
-    const std::wstring file = ServerFile();
-    const std::wstring link =
-        file.substr(0, file.rfind(L'\\') + 1) + L"Link-" + std::to_wstring(GetCurrentProcessId()) + L".exe";
+    module.Uninitialize();
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    const std::wstring folder = SettingsFolder();
+    const std::wstring file = folder + L"\\Pellwick.exe";
+    const std::wstring link = folder + L"\\Link.exe";
+    ASSERT_TRUE(CopyFileW(ServerFile().c_str(), file.c_str(), FALSE)) << GetLastError();
     ASSERT_TRUE(CreateHardLinkW(link.c_str(), file.c_str(), nullptr)) << GetLastError();
-    servers.ConfigureServerApp(link.substr(0, link.rfind(L'\\')).c_str(), link.c_str());
+
+    servers.ConfigureServerApp(folder.c_str(), file.c_str());
+    module.Initialize(false);
+    ASSERT_TRUE(FindServer(DefaultIdentity));
+    servers.ConfigureServerApp(folder.c_str(), link.c_str());
     EXPECT_EQ(LogIn(), IdSuccess);
     ConfigureServer(DefaultIdentity);
-    // The file of a process that runs has to stay.
-    EXPECT_TRUE(servers.QuitSSOServerProcess(Limit));
-    EXPECT_TRUE(DeleteFileW(link.c_str()));
 }
 
 TEST_F(SharedLoginTest, ALogoutDuringAReconnectionIsHeardOf)
