@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Measures which of the library's lines and branches the tests run: scripts/coverage.sh
 #
-# Builds the library and its tests with counters into build/coverage, runs the unit, module and library tests under
-# Wine, prints line and branch coverage for each file of src/ and in total, and writes
+# Builds the library and its tests with counters into build/coverage, runs the unit, module, library and doctor tests
+# under Wine, prints line and branch coverage for each file of src/ and in total, and writes
 #
 #   build/coverage/report/index.html      each source with its counts
 #   build/coverage/report/coverage.json   the same for programs
@@ -25,13 +25,14 @@ set -euo pipefail
 
 folder=$root/build/coverage
 report=$folder/report
-suites=(unit module library)
+suites=(unit module library doctor)
 
 build_with_counters()
 {
     bash "$root/scripts/setup.sh"
     configure_preset coverage "$folder" || fail "the configuration failed" "its messages stand above"
-    build_preset coverage orlindex orlindex_unit_tests orlindex_module_tests orlindex_library_tests || fail "the build failed" "its messages stand above"
+    build_preset coverage orlindex orlindex_unit_tests orlindex_module_tests orlindex_library_tests tests/doctor/all ||
+        fail "the build failed" "its messages stand above"
 }
 
 # Counts add up over all processes of a run; each run begins at none.

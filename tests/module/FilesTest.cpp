@@ -94,6 +94,16 @@ TEST(Paths, NormalisingRemovesDotsAndDoubledSeparators)
     EXPECT_EQ(NormalizePath(L"a.dll"), L"a.dll");
 }
 
+TEST(Paths, AModulesPathHasItsDefects)
+{
+    EXPECT_EQ(FindModulePathDefect(L"C:\\a\\b.dll"), std::nullopt);
+    EXPECT_EQ(FindModulePathDefect(std::wstring(L"C:\\a.dll\0.dll", 13)), ModulePathDefect::EmbeddedZero);
+    EXPECT_NE(FindModulePathDefect(L"C:\\a\\b.dll."), std::nullopt);
+    EXPECT_NE(FindModulePathDefect(L"C:\\a\\b.dll "), std::nullopt);
+    EXPECT_NE(FindModulePathDefect(L"C:\\a\\b"), std::nullopt);
+    EXPECT_NE(FindModulePathDefect(L"b.dll"), std::nullopt);
+}
+
 TEST(Paths, ParentAndJoin)
 {
     EXPECT_EQ(ParentPath(L"C:\\a\\b.dll"), L"C:\\a");

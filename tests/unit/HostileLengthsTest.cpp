@@ -133,6 +133,14 @@ TEST(HostileLengths, ANumberOfAMillionDigitsIsRefusedAtOnce)
     }
 }
 
+TEST(HostileLengths, WhyANumberIsRefusedIsTold)
+{
+    JsonError error;
+    EXPECT_FALSE(ParseJson('[' + std::string(million, '9') + ']', &error));
+    EXPECT_EQ(error.text, "A number has more than a thousand digits.");
+    EXPECT_EQ(error.line, 0);
+}
+
 TEST(HostileLengths, AdjacentCommentsHideNoNumber)
 {
     // The reader would take it: only the limit refuses it.
