@@ -56,11 +56,13 @@ class TestFolder
 public:
     TestFolder()
     {
+        // A name that is taken was left by a process that had the same number, was killed or made what cannot be
+        // removed.
         static int counter = 0;
-        path_ = fs::temp_directory_path() /
-                ("orlindex-" + std::to_string(GetCurrentProcessId()) + '-' + std::to_string(++counter));
-        fs::remove_all(path_); // Left by a process that was killed and had the same number.
-        fs::create_directory(path_);
+        do
+            path_ = fs::temp_directory_path() /
+                    ("orlindex-" + std::to_string(GetCurrentProcessId()) + '-' + std::to_string(++counter));
+        while (!fs::create_directory(path_));
     }
 
     ~TestFolder()
