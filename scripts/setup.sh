@@ -156,13 +156,14 @@ build_benchmark()
         -DBENCHMARK_ENABLE_WERROR=OFF -DBENCHMARK_INSTALL_DOCS=OFF
 }
 
-# The public tools that tests judge with; tests/node pins them.
+# The public tools that tests judge with; tests/node pins them. Inside the folder: with --prefix npm would look for the
+# machine's own settings, such as its certificates, below that prefix.
 install_node_packages()
 {
     rm -rf "$deps/node"
     mkdir -p "$deps/node"
     cp "$root/tests/node/package.json" "$root/tests/node/package-lock.json" "$deps/node/"
-    npm ci --prefix "$deps/node" --ignore-scripts --no-audit --no-fund
+    (cd "$deps/node" && npm ci --ignore-scripts --no-audit --no-fund)
 }
 
 # Windows 10, as a new prefix says it is Windows 7. Made aside and moved into place when whole.
