@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "api/BoundedCopy.h"
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "orlindex/talix.h"
 
 namespace Kestrany::IdentityServices {

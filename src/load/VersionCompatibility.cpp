@@ -7,7 +7,7 @@
 #include "base/JsonDocument.h"
 #include "base/MessageFormat.h"
 #include "base/Paths.h"
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "base/Wow64.h"
 #include "load/CompatibilityDocument.h"
 #include "load/StartObserver.h"

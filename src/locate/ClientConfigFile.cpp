@@ -6,7 +6,7 @@
 #include "base/FileContents.h"
 #include "base/MessageFormat.h"
 #include "base/Paths.h"
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "locate/ClientConfigDocument.h"
 #include "locate/FileSearch.h"
 #include "locate/SSOPathResolver.h"

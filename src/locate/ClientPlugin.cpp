@@ -7,6 +7,7 @@
 #include "base/MessageFormat.h"
 #include "base/Paths.h"
 #include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "load/BinaryTrust.h"
 #include "load/FileIdentity.h"
 #include "load/PluginModule.h"

@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "base/Versions.h"
 #include "load/StartObserver.h"
 #include "locate/RegistryKey.h"

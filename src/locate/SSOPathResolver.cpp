@@ -5,7 +5,7 @@
 #include "base/MessageFormat.h"
 #include "base/ProcessLock.h"
 #include "base/ProductIdentity.h"
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "load/contract/ISSOClientFactory.h"
 #include "locate/PlatformFolders.h"
 

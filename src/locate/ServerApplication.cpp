@@ -1,6 +1,6 @@
 #include "base/MessageFormat.h"
 #include "base/Paths.h"
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "locate/FileSearch.h"
 #include "locate/RegistryKey.h"
 #include "locate/RegistryLocation.h"

@@ -3,7 +3,7 @@
 
 #include "base/MessageFormat.h"
 #include "base/Paths.h"
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "load/VersionCompatibility.h"
 #include "locate/FileSearch.h"
 #include "locate/SSOPathResolver.h"

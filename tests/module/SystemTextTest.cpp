@@ -6,6 +6,7 @@
 
 #include "Imports.h"
 #include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "base/Wow64.h"
 
 namespace OrlindexTest {

@@ -9,8 +9,9 @@
 #include <string>
 #include <string_view>
 
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "library/GuardedBuffer.h"
+#include "support/Encodings.h"
 
 namespace OrlindexTest {
 
@@ -22,7 +23,6 @@ namespace {
 constexpr unsigned Seed = 20240611;
 constexpr int Rounds = 20000;
 constexpr std::size_t LongestText = 24;
-constexpr char32_t Replacement = 0xFFFD;
 
 /// A text at the very end of readable memory.
 template <class Character>
@@ -39,56 +39,6 @@ public:
 private:
     GuardedBuffer buffer_{LongestText * sizeof(Character)};
 };
-
-std::wstring ToUtf16(const std::u32string& codePoints)
-{
-    std::wstring text;
-    for (const char32_t codePoint : codePoints)
-    {
-        if (codePoint >= 0x10000)
-            text +=
-                {static_cast<wchar_t>(0xD7C0 + (codePoint >> 10)), static_cast<wchar_t>(0xDC00 | (codePoint & 0x3FF))};
-        else
-            text += static_cast<wchar_t>(codePoint);
-    }
-    return text;
-}
-
-std::string ToUtf8(const std::u32string& codePoints)
-{
-    const auto tail = [](char32_t bits) { return static_cast<char>(0x80 | (bits & 0x3F)); };
-    std::string text;
-    for (const char32_t c : codePoints)
-    {
-        if (c < 0x80)
-            text += static_cast<char>(c);
-        else if (c < 0x800)
-            text += {static_cast<char>(0xC0 | c >> 6), tail(c)};
-        else if (c < 0x10000)
-            text += {static_cast<char>(0xE0 | c >> 12), tail(c >> 6), tail(c)};
-        else
-            text += {static_cast<char>(0xF0 | c >> 18), tail(c >> 12), tail(c >> 6), tail(c)};
-    }
-    return text;
-}
-
-/// A lone surrogate reads as the replacement character.
-std::u32string FromUtf16(const std::wstring& text)
-{
-    const auto isIn = [&](std::size_t at, wchar_t first) { return at < text.size() && (text[at] & 0xFC00) == first; };
-    std::u32string codePoints;
-    for (std::size_t at = 0; at < text.size(); ++at)
-    {
-        if (isIn(at, 0xD800) && isIn(at + 1, 0xDC00))
-        {
-            codePoints += 0x10000 + ((text[at] & 0x3FFu) << 10) + (text[at + 1] & 0x3FFu);
-            ++at;
-        }
-        else
-            codePoints += isIn(at, 0xD800) || isIn(at, 0xDC00) ? Replacement : static_cast<char32_t>(text[at]);
-    }
-    return codePoints;
-}
 
 class Random
 {
@@ -116,26 +66,6 @@ public:
 private:
     std::mt19937 engine_{Seed};
 };
-
-/// How many bytes the well-formed sequence at the text's start has; 0 where there is none.
-std::size_t WellFormedLength(std::string_view text)
-{
-    const auto byte = [&](std::size_t at) { return at < text.size() ? static_cast<unsigned char>(text[at]) : 0u; };
-    const auto tail = [&](std::size_t at) { return (byte(at) & 0xC0) == 0x80; };
-    const unsigned first = byte(0);
-    if (first < 0x80)
-        return 1;
-    if (first >= 0xC2 && first <= 0xDF)
-        return tail(1) ? 2 : 0;
-    const unsigned second = byte(1);
-    if (first >= 0xE0 && first <= 0xEF)
-        return tail(1) && tail(2) && (first != 0xE0 || second >= 0xA0) && (first != 0xED || second < 0xA0) ? 3 : 0;
-    if (first >= 0xF0 && first <= 0xF4)
-        return tail(1) && tail(2) && tail(3) && (first != 0xF0 || second >= 0x90) && (first != 0xF4 || second < 0x90)
-                   ? 4
-                   : 0;
-    return 0;
-}
 
 /// The well-formed parts, in UTF-16; what lies between them is left out, as platforms differ in the number of
 /// replacement characters.

@@ -7,7 +7,7 @@
 #include "Words.h"
 #include "base/Paths.h"
 #include "base/ProductIdentity.h"
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "load/VersionCompatibility.h"
 #include "locate/SSOPathResolver.h"
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 
 namespace Orlindex::Doctor {
 

@@ -4,7 +4,7 @@
 #include "Words.h"
 #include "base/Paths.h"
 #include "base/ProductIdentity.h"
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "base/Versions.h"
 #include "locate/RegistryLocation.h"
 

@@ -7,7 +7,7 @@
 #include "base/Log.h"
 #include "base/Paths.h"
 #include "base/ProductIdentity.h"
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "locate/SSOPathResolver.h"
 
 namespace Orlindex::Doctor {

@@ -12,7 +12,7 @@
 #include "Words.h"
 #include "base/Paths.h"
 #include "base/ProductIdentity.h"
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "locate/PlatformFolders.h"
 
 namespace Orlindex::Doctor {

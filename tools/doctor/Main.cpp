@@ -19,7 +19,7 @@
 #include "base/Log.h"
 #include "base/Paths.h"
 #include "base/ProductIdentity.h"
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "locate/PlatformFolders.h"
 
 namespace Orlindex::Doctor {

@@ -11,7 +11,7 @@
 #include "Words.h"
 #include "base/FileHandle.h"
 #include "base/Paths.h"
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "load/PluginModule.h"
 #include "locate/PlatformFolders.h"
 

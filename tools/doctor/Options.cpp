@@ -1,7 +1,7 @@
 #include "Options.h"
 
 #include "ExitCode.h"
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 
 namespace Orlindex::Doctor {
 namespace {

@@ -1,6 +1,6 @@
 #include "StartRecorder.h"
 #include "Words.h"
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 
 namespace Orlindex::Doctor {
 

@@ -6,7 +6,7 @@
 #include "api/LocalSystemAccount.h"
 #include "base/Paths.h"
 #include "base/ProductIdentity.h"
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "locate/SSOPathResolver.h"
 
 namespace Orlindex::Doctor {

@@ -6,7 +6,7 @@
 #include <vector>
 #include <windows.h>
 
-#include "base/SystemText.h"
+#include "base/TextConversion.h"
 
 namespace Orlindex::Doctor {
 namespace {

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "base/SystemText.h"
+#include "base/TextConversion.h"
 #include "base/Versions.h"
 
 namespace Orlindex::Doctor {
