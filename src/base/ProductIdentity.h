@@ -10,7 +10,7 @@ inline constexpr char ProductVersion[] = ORLINDEX_VERSION;
 inline constexpr wchar_t ProductModuleName[] = L"Orlindex.dll";
 
 /// Architecture and configuration, as the log names them.
-inline constexpr wchar_t SDKBuildConfiguration[] = L"x64-Release";
+inline constexpr const wchar_t* SDKBuildConfiguration = sizeof(void*) == 8 ? L"x64-Release" : L"x86-Release";
 
 } // namespace Kestrany::IdentityServices
 
