@@ -1,5 +1,9 @@
 // Names in every script along the whole chain, and paths about as long as the platform takes them.
 
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
 #include <windows.h>
 
 #include "Child.h"
@@ -36,22 +40,55 @@ std::wstring Long(const fs::path& path)
     return L"\\\\?\\" + path.native();
 }
 
-/// A folder below `parent` whose module file has a path of this many characters.
-fs::path FolderForLength(fs::path parent, std::size_t length, std::size_t fileName)
+/// Copies of a file with paths of any length, removed at the end: what removes the test's folder knows short paths
+/// only.
+class LongCopies
 {
-    while (parent.native().size() + 1 + fileName < length)
+public:
+    explicit LongCopies(fs::path source) : source_(std::move(source)) {}
+
+    ~LongCopies()
     {
-        std::size_t missing = length - parent.native().size() - 2 - fileName; // Without both separators.
-        if (missing > 200)
-            missing = 150;
-        parent /= std::wstring(missing, L'd');
-        if (!CreateDirectoryW(Long(parent).c_str(), nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
-            throw std::runtime_error("cannot make " + Utf8(parent));
-        if (missing == length - parent.native().size() - 1 - fileName)
-            break;
+        for (const fs::path& copy : copies_)
+            DeleteFileW(Long(copy).c_str());
+        for (auto folder = folders_.rbegin(); folder != folders_.rend(); ++folder)
+            RemoveDirectoryW(Long(*folder).c_str());
     }
-    return parent;
-}
+
+    LongCopies(const LongCopies&) = delete;
+    LongCopies& operator=(const LongCopies&) = delete;
+
+    /// A copy below `folder` whose path has this many characters.
+    fs::path Make(fs::path folder, std::size_t length)
+    {
+        constexpr std::size_t longestName = 200;
+        constexpr std::size_t shortened = 150; // Leaves enough for one more name.
+        const std::size_t file = source_.filename().native().size();
+        while (folder.native().size() + 1 + file < length)
+        {
+            const std::size_t missing = length - folder.native().size() - 2 - file; // Without both separators.
+            folder /= std::wstring(missing > longestName ? shortened : missing, L'd');
+            MakeFolder(folder);
+        }
+        copies_.push_back(folder / source_.filename());
+        if (!CopyFileW(source_.c_str(), Long(copies_.back()).c_str(), FALSE))
+            throw std::runtime_error("cannot make " + Utf8(copies_.back()));
+        return copies_.back();
+    }
+
+private:
+    void MakeFolder(const fs::path& folder)
+    {
+        if (CreateDirectoryW(Long(folder).c_str(), nullptr))
+            folders_.push_back(folder);
+        else if (GetLastError() != ERROR_ALREADY_EXISTS)
+            throw std::runtime_error("cannot make " + Utf8(folder));
+    }
+
+    fs::path source_;
+    std::vector<fs::path> folders_;
+    std::vector<fs::path> copies_;
+};
 
 } // namespace
 
@@ -96,16 +133,15 @@ TEST_F(Encodings, PathsAboutTheLimitOfThePlatformServeOrAreRefused)
 {
     if (ChildInput())
         return StartAndAnswer();
-    constexpr char file[] = "PellwickClient.dll";
-    const fs::path source = site.MakeFolder("source") / file;
+    const fs::path source = site.MakeFolder("source") / "PellwickClient.dll";
     site.CopyPlugin("good", source);
     site.InstallWithoutPlugin();
+    LongCopies copies(source);
     int lengths = 0;
     for (const std::size_t length : {200, 255, 256, 257, 258, 259, 260, 261, 262, 263, 300, 1000, 4000})
     {
-        const fs::path module = FolderForLength(site.ServerFolder(), length, sizeof file - 1) / file;
+        const fs::path module = copies.Make(site.ServerFolder(), length);
         ASSERT_EQ(module.native().size(), length);
-        ASSERT_TRUE(CopyFileW(source.c_str(), Long(module).c_str(), FALSE)) << GetLastError();
         site.WriteCompatibilityFile({CompatibilityEntry{Utf8(module)}});
         const StartFigures figures = StartInChild("a path of " + std::to_string(length));
         if (length < MAX_PATH)
