@@ -163,7 +163,8 @@ install_node_packages()
     rm -rf "$deps/node"
     mkdir -p "$deps/node"
     cp "$root/tests/node/package.json" "$root/tests/node/package-lock.json" "$deps/node/"
-    (cd "$deps/node" && npm ci --ignore-scripts --no-audit --no-fund)
+    (cd "$deps/node" && npm ci --cache "$deps/node/cache" --ignore-scripts --no-audit --no-fund)
+    rm -rf "$deps/node/cache"
 }
 
 # Windows 10, as a new prefix says it is Windows 7. Made aside and moved into place when whole.

@@ -14,7 +14,8 @@
 # Tests that repeat a thing many times (tests/stress, the fuzzers, killed servers and hosts) print how often, as
 # "count: <name> = <n>"; the sums stand above the last line, with the time that the run took.
 #
-#   --long    the long form of the stress tests (20 minutes), and the demo, the fuzzers, the benchmarks and the coverage
+#   --long    the long form of the stress tests (20 minutes); unless a part was asked for, also the demo, the fuzzers for
+#             a minute each, the benchmarks and the coverage (30 minutes)
 #   --help    this text
 
 set -uo pipefail # without -e: what fails is counted, and the rest runs
@@ -22,10 +23,15 @@ set -uo pipefail # without -e: what fails is counted, and the rest runs
 . "$(dirname "$0")/lib/common.sh"
 
 long=
-case ${1:-} in
-    --help | -h) usage "$0"; exit ;;
-    --long) long=yes; shift ;;
-esac
+ctest_arguments=()
+for argument in "$@"; do
+    case $argument in
+        --help | -h) usage "$0"; exit ;;
+        --long) long=yes ;;
+        *) ctest_arguments+=("$argument") ;;
+    esac
+done
+set -- "${ctest_arguments[@]}"
 
 # shellcheck source=scripts/lib/build.sh
 . "$root/scripts/lib/build.sh"
@@ -127,12 +133,16 @@ print_time()
     total=$((($(now) - run_began) / 1000000))
     tests=$((total - time_apart / 1000000))
     say
+    if [ -n "$long" ]; then
+        say "The run took $total seconds."
+        return
+    fi
     say "The run took $total seconds, $tests of them without set-up and builds."
-    [ -n "$long" ] || [ $tests -le $most_seconds ] ||
+    [ $tests -le $most_seconds ] ||
         say "warning: that is more than $((most_seconds / 60)) minutes: shorten the short forms, or find what became slow"
 }
 
-# Seconds that a test may take which sets no limit of its own.
+# Seconds that a test may take which sets no limit of its own; one that needs the machine to itself waits within them.
 time_limit=120
 if [ -n "$long" ]; then
     time_limit=600
@@ -159,14 +169,15 @@ fi
 if apart attempt "thread sanitizer build" make_preset tsan "$root/build/tsan"; then
     run_tests "thread sanitizer" "$root/build/tsan" "$@"
 fi
-if apart attempt "fuzzers build" make_preset fuzz "$root/build/fuzz"; then
+# Of the long form, scripts/fuzz.sh is a part.
+if { [ -z "$long" ] || [ $# -ne 0 ]; } && apart attempt "fuzzers build" make_preset fuzz "$root/build/fuzz"; then
     run_tests "fuzzers" "$root/build/fuzz" "$@"
 fi
 if apart attempt "Windows build" make_preset mingw-release "$root/build/release"; then
     wine_session_begin
     run_tests "Windows" "$root/build/release" "$@"
 fi
-if [ -n "$long" ]; then
+if [ -n "$long" ] && [ $# -eq 0 ]; then
     say "== long runs"
     for script in demo fuzz bench coverage; do
         run_long "$script"

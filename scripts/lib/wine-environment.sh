@@ -3,8 +3,8 @@
 
 WINEDEBUG=${WINEDEBUG:--all}
 # Without winedbg a crashing program ends with its exception code; with it, now and then, with 0, and a test would
-# pass. mscoree and mshtml would ask to download their packages.
-WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe="
+# pass. mscoree and mshtml would ask to download their packages, and winemenubuilder writes menus into the user's home.
+WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe,winemenubuilder.exe="
 # Without a UTF-8 locale Wine has no file names but those in plain ASCII.
 LC_ALL=C.UTF-8
 export WINEDEBUG WINEDLLOVERRIDES LC_ALL
