@@ -5,19 +5,24 @@
 
 namespace Kestrany::IdentityServices::IdServicesConsts {
 
-/// Identity events, as the client plugin module raises them.
+/// Identity events, as the client plugin module raises them. The plugin decides what raises each, and which operation
+/// of IObserver it calls; named here is the operation that the simulator calls, with its slot. The event codes of flat
+/// callbacks (::talix_event_code) are numbers of their own.
 enum IdServicesEvent : std::int32_t
 {
-    LoggedIn = 0,
-    LoggedOut = 1,
-    LoggingOut = 2,
-    AboutToLogout = 3,
-    AccountCreated = 4,
-    TokenRefreshed = 5,
-    TokenAvailable = 6,
-    ServerChanged = 7,
-    LoginRestored = 8,
-    LoginDialogTimeoutInIdIPCServer = 9
+    LoggedIn = 0,       ///< The user signed in. IObserver::OnLoggedIn, slot 0.
+    LoggedOut = 1,      ///< The user signed out. IObserver::OnLoggedOut, slot 1.
+    LoggingOut = 2,     ///< A logout has begun. IObserver::OnOtherEvent, slot 8.
+    AboutToLogout = 3,  ///< The user is about to be signed out. A logout does not queue it but asks
+                        ///< IObserver::OnAboutToLogout, slot 6; queued by SSOClientPrivate::RaiseEvent it reaches
+                        ///< IObserver::OnOtherEvent, slot 8.
+    AccountCreated = 4, ///< An account was created during a login. IObserver::OnAccountCreated, slot 2.
+    TokenRefreshed = 5, ///< The OAuth2 access token was refreshed. IObserver::OnTokenRefreshed, slot 3.
+    TokenAvailable = 6, ///< An OAuth2 access token became available. IObserver::OnTokenAvailable, slot 4.
+    ServerChanged = 7,  ///< The client talks to another identity server. IObserver::OnServerChanged, slot 5.
+    LoginRestored = 8,  ///< A login of an earlier run was restored. IObserver::OnLoginRestored, slot 7.
+    LoginDialogTimeoutInIdIPCServer = 9 ///< A login waited too long in the server process. IObserver::OnOtherEvent,
+                                        ///< slot 8.
 };
 
 } // namespace Kestrany::IdentityServices::IdServicesConsts

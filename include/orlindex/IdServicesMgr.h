@@ -35,18 +35,21 @@ public:
     /// Starts the library, or counts one more user of it.
     ///
     /// Answers IdSuccess; IdClientUnavailable when the plugin could not be located, verified or loaded, with the count
-    /// as it was before. A failed start is final for this process: the cause is in the log, and failures are also
-    /// written to the wide standard output. A call that is not the first answers at once, even while another thread is
-    /// still in the first one. May be called on any thread, but not from inside a plugin's or observer's operation.
-    /// Raises std::system_error if the library's mutex cannot be locked.
+    /// as it was before. A failed start is final for this process: the cause is in the log. While no plugin's logger is
+    /// connected, as in a start that fails before it, failures are also written to the wide standard output. A call
+    /// that is not the first answers at once, even while another thread is still in the first one. May be called on any
+    /// thread, but not from inside a plugin's or observer's operation. Raises std::system_error if the library's mutex
+    /// cannot be locked.
     static IdErrorCode Initialize();
     /// Counts one user less, and stops the library with the last one. Always answers IdSuccess, also when nothing was
     /// started. The plugin's code stays in the process. May be called on any thread, but not from inside a plugin's or
     /// observer's operation. Raises std::system_error if the library's mutex cannot be locked.
     static IdErrorCode Uninitialize();
-    /// The one object; null while the library is not initialized. Takes no lock.
+    /// The one object; null while the library is not initialized, and until the first Initialize has made it: while
+    /// that call is under way IsInitialized answers true already. Takes no lock.
     static IdServicesMgr* GetInstance();
-    /// Whether Initialize was called more often than Uninitialize. Takes no lock.
+    /// Whether Initialize was called more often than Uninitialize, failed calls not counted. True from the beginning of
+    /// the first call on, before GetInstance has an object to answer. Takes no lock.
     static bool IsInitialized();
 
     /// Copies the one pointer to the private state, so that both objects share it. Hosts have no use for it.

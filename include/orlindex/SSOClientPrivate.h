@@ -22,11 +22,15 @@ using FreezeCallback = int (*)(const char* request, int requestSize, char* answe
 /// Static members only, no state. Members that forward obtain the plugin interface that their group names, which loads
 /// and verifies the plugin on first use, with or without IdServicesMgr::Initialize; without the interface they answer
 /// what is given, and do nothing else. The plugin runs on the caller's thread with no lock of the library held; its
-/// exceptions pass to the caller. Wide texts are UTF-16, narrow ones UTF-8. Nothing is logged, but for the override.
+/// exceptions pass to the caller. Wide texts are UTF-16, narrow ones UTF-8. The members themselves log nothing, but for
+/// the override; the searches, the load and the look-up of an interface that they set off do.
 class ORLINDEX_API SSOClientPrivate
 {
 public:
-    // Locations. Answered without the plugin. The cached paths are read without a lock: do not race them with a start.
+    // Locations. Answered without the plugin. They search on the first request, keep what they found and read it
+    // without a lock: do not race them with one another until each has answered a path once, nor with any call that
+    // loads the plugin, nor anything with the call that sets the override. GetModuleDirPath and GetLogFile may be
+    // called at any time.
 
     /// Directory of the server application; empty where none is found.
     static std::wstring GetSSOServerAppPath();

@@ -170,8 +170,10 @@ typedef enum talix_event_code
 } talix_event_code;
 
 /**
- * A product configuration that the library owns. Valid until the last talix_deinit; never freed by the host. A host
- * that starts with talix_init also stops with talix_deinit: handles and callbacks do not follow
+ * A product configuration that the library owns; never freed by the host. There is one handle a process, and every
+ * talix_init and every talix_deinit empties it, also one that only counts: the talix_set_product_ functions for texts
+ * ignore it then, and talix_set_product_config must not be given it before talix_create_product_config has filled it
+ * again. A host that starts with talix_init also stops with talix_deinit: handles and callbacks do not follow
  * IdServicesMgr::Uninitialize.
  */
 typedef struct talix_product_config_slot* talix_product_config;
@@ -196,21 +198,23 @@ typedef void(TALIX_CALL* talix_event_callback)(int32_t event_code, int32_t statu
  * - A text is copied only if the caller's size is greater than its length in bytes; else the result is IdBufferTooSmall
  *   and the buffer stays untouched. The size that would do is not reported. A negative size counts as very large.
  * - The functions take no lock of their own and run the plugin on the caller's thread. Product configuration and event
- *   callbacks are process-wide state without protection: use those functions from one thread at a time.
+ *   callbacks are process-wide state without protection: use those functions, and talix_init and talix_deinit, which
+ *   change it too, from one thread at a time.
  * @{
  */
 
 /**
- * Starts the library, or counts one more user of it: locates, verifies and loads the client plugin module. Any product
- * configuration handle given before is empty afterwards.
+ * Starts the library, or counts one more user of it: locates, verifies and loads the client plugin module. Empties the
+ * product configuration handle with every call but one that the account refuses. Not from several threads at once.
  * IdSuccess; IdRunningAsLocalSystem under the local system account, with nothing started; IdClientUnavailable when the
  * plugin could not be obtained; IdFailed when the system is out of resources.
  */
 ORLINDEX_API talix_status_code TALIX_CALL talix_init(void);
 
 /**
- * Counts one user less, and stops the library with the last one. Forgets all event callbacks, with every call. Always
- * IdSuccess, unless the plugin throws while it ends its work: IdFailed.
+ * Counts one user less, and stops the library with the last one. Forgets all event callbacks and empties the product
+ * configuration handle with every call, also one that only counts or finds nothing started. Not from several threads at
+ * once. Always IdSuccess, unless the plugin throws while it ends its work: IdFailed.
  */
 ORLINDEX_API talix_status_code TALIX_CALL talix_deinit(void);
 
@@ -262,16 +266,19 @@ ORLINDEX_API talix_status_code TALIX_CALL talix_logout(talix_logout_flags flags)
 /**
  * Writes the OAuth2 access token (slot 6), at most 4095 UTF-16 units. IdFailed for a null record; IdNotInitialized;
  * IdClientUnavailable without client; the plugin's result, mapped; IdBufferTooSmall. On a failure of the plugin or
- * without client the buffer receives what the plugin wrote, as a rule an empty text, if it has room for it.
+ * without client the buffer receives what the plugin wrote, as a rule an empty text, if it has room for it. A null
+ * buffer with a size that would do is an invalid argument of the runtime's bounded copy, which ends the process unless
+ * the host installed an invalid-parameter handler.
  */
 ORLINDEX_API talix_status_code TALIX_CALL talix_get_token(talix_buffer* token);
 
-/** As talix_get_token, but the plugin may wait for a token that is on its way. */
+/** As talix_get_token, a null buffer too, but the plugin may wait for a token that is on its way. */
 ORLINDEX_API talix_status_code TALIX_CALL talix_get_token_blocking(talix_buffer* token);
 
 /**
  * Writes the OAuth2 ID token (slot 35), at most 4095 UTF-16 units. IdFailed for a null record; IdNotInitialized;
- * IdApiUnavailable without client, or where the plugin does not offer ID tokens; then as talix_get_token.
+ * IdApiUnavailable without client, or where the plugin does not offer ID tokens; then as talix_get_token, a null buffer
+ * too.
  */
 ORLINDEX_API talix_status_code TALIX_CALL talix_get_id_token(talix_buffer* token);
 

@@ -8,13 +8,12 @@ using namespace Kestrany::IdentityServices;
 
 talix_status_code TALIX_CALL talix_init(void)
 {
-    return Guarded(IdFailed, [] {
-        if (RunsAsLocalSystem())
-            return IdRunningAsLocalSystem;
-        const IdErrorCode result = IdServicesMgr::Initialize();
-        productConfigSlot.config = nullptr;
-        return Mapped(result);
-    });
+    if (RunsAsLocalSystem())
+        return IdRunningAsLocalSystem;
+    // The handle may be left from a start that the class interface stopped: it goes even if the plugin throws.
+    const talix_status_code result = Guarded(IdFailed, [] { return Mapped(IdServicesMgr::Initialize()); });
+    productConfigSlot.config = nullptr;
+    return result;
 }
 
 talix_status_code TALIX_CALL talix_deinit(void)

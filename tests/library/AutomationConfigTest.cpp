@@ -1,11 +1,15 @@
 // Overriding configurations: which check comes first, and what reaches the plugin.
 
+#include <chrono>
+#include <cstddef>
+#include <future>
 #include <limits>
 #include <typeinfo>
 
 #include <json/value.h>
 
 #include "orlindex/IdServicesAutomation.h"
+#include "orlindex/SSOClientPrivate.h"
 #include "support/HostTest.h"
 
 namespace OrlindexTest {
@@ -84,6 +88,15 @@ void ExpectBadCast(BaseConfig& config, IdServicesAutomation::OverridingType type
     }
 }
 
+/// Where a field lies in its object. These classes have virtual tables, which offsetof is not made for.
+template <class Config, class Field>
+std::size_t PlaceOf(Field Config::*field)
+{
+    const Config config;
+    return static_cast<std::size_t>(reinterpret_cast<const char*>(&(config.*field)) -
+                                    reinterpret_cast<const char*>(&config));
+}
+
 /// Every input, the mismatched ones and the unknown types too, answers client unavailable and nothing is touched.
 void ExpectUnavailableForAnyInput()
 {
@@ -104,6 +117,30 @@ void ExpectUnavailableForAnyInput()
 }
 
 } // namespace
+
+// Hosts of other builds fill the fields where they were.
+
+constexpr std::size_t table = sizeof(void*);
+
+TEST(AutomationLayout, TheFieldsOfACallConfigFollowItsTableInTheirOrder)
+{
+    EXPECT_EQ(PlaceOf(&CallConfig::interval), table);
+    EXPECT_EQ(PlaceOf(&CallConfig::failInterval), table + 4);
+    EXPECT_EQ(PlaceOf(&CallConfig::minJitter), table + 8);
+    EXPECT_EQ(PlaceOf(&CallConfig::maxJitter), table + 12);
+    EXPECT_EQ(PlaceOf(&CallConfig::url), table + 16);
+    EXPECT_EQ(sizeof(CallConfig), table + 16 + sizeof(std::string));
+}
+
+TEST(AutomationLayout, TheFieldsOfABackoffConfigFollowItsTableInTheirOrder)
+{
+    EXPECT_EQ(PlaceOf(&BackoffConfig::initialInterval), table);
+    EXPECT_EQ(PlaceOf(&BackoffConfig::maxInterval), table + 4);
+    EXPECT_EQ(PlaceOf(&BackoffConfig::multiplier), table + 8);
+    EXPECT_EQ(PlaceOf(&BackoffConfig::maxRetries), table + 12);
+    EXPECT_EQ(PlaceOf(&BackoffConfig::jitter), table + 16);
+    EXPECT_EQ(sizeof(BackoffConfig), table + 16 + table) << "the last field, and what aligns it";
+}
 
 using AutomationOverride = StartedTest;
 
@@ -209,6 +246,33 @@ TEST_F(AutomationOverride, AnExceptionOfThePluginPassesToTheCaller)
     Plugin().OnCall(Client, 33, [](const CallArguments&) { throw 4711; });
     BackoffConfig backoff;
     EXPECT_THROW(Override(backoff, OfBackoff), int);
+}
+
+TEST_F(AutomationOverride, ThePluginRunsOnTheCallersThreadWithNoLockHeld)
+{
+    DWORD thread = 0;
+    std::future<void> elsewhere; // Outlives the plugin's call: where a lock is held, it ends only afterwards.
+    const auto useLocksElsewhere = [&](const CallArguments&) {
+        thread = GetCurrentThreadId();
+        elsewhere = std::async(std::launch::async, [] {
+            SSOClientPrivate::ClearEventQueue();
+            IdServicesMgr::Initialize();
+            IdServicesMgr::Uninitialize();
+        });
+        EXPECT_EQ(elsewhere.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    };
+    Plugin().OnCall(Client, 32, useLocksElsewhere);
+    Plugin().OnCall(Client, 33, useLocksElsewhere);
+    CallConfig call;
+    BackoffConfig backoff;
+    for (const auto type : {OfCall, OfBackoff})
+    {
+        BaseConfig& config = type == OfCall ? static_cast<BaseConfig&>(call) : backoff;
+        thread = 0;
+        EXPECT_EQ(Override(config, type), IdSuccess);
+        EXPECT_EQ(thread, GetCurrentThreadId());
+        elsewhere.get();
+    }
 }
 
 TEST_F(AutomationOverride, AnInstanceWithoutStateAnswersClientUnavailableForAnyInput)

@@ -361,6 +361,27 @@ TEST_F(Events, TheLastDeinitForgetsTheCallbacksWithoutRemovingTheAdapter)
     EXPECT_THAT(events, ElementsAre(Received('b', 3, 1000, &second)));
 }
 
+TEST_F(Events, ADeinitWithNothingStartedForgetsTheCallbacksToo)
+{
+    talix_add_event_callback(a, &first);
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_EQ(talix_deinit(), IdSuccess);
+    EXPECT_EQ(talix_add_event_callback(b, &second), IdNotInitialized) << "the adapter counts as not added";
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    Raise(0, 1000); // The plugin still knows the adapter.
+    EXPECT_THAT(events, IsEmpty());
+}
+
+TEST_F(Events, RemovingWhileNotInitializedRemovesNothing)
+{
+    talix_add_event_callback(a, &first);
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_EQ(talix_remove_event_callback(a), IdNotInitialized);
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    Raise(0, 1000);
+    EXPECT_THAT(events, ElementsAre(Received('a', 0, 1000, &first)));
+}
+
 TEST_F(Events, EventsThatThePluginRaisesWhileItStopsStillReachTheCallbacks)
 {
     talix_add_event_callback(a, &first);

@@ -65,6 +65,16 @@ TEST_F(Fallbacks, GetProductConfigWithoutClientCopiesTheEmptyConfiguration)
     EXPECT_EQ(config.GetProductLineName(text, sizeof text), 0);
 }
 
+TEST_F(Fallbacks, GetProductConfigWithoutClientDoesNotCopyTheConfigurationThatTheFlatInterfaceFills)
+{
+    manager->GetProductConfigObj()->SetProductLineName("line");
+    ProductConfig config;
+    EXPECT_EQ(manager->GetProductConfig(TALIX_SERVER_PRODUCTION, config), IdClientUnavailable);
+    char text[16] = "untouched";
+    EXPECT_EQ(config.GetProductLineName(text, sizeof text), 0);
+    EXPECT_STREQ(text, "untouched");
+}
+
 TEST_F(Fallbacks, EveryRequestOfAMissingClientLogsTheReason)
 {
     manager->IsLoggedIn();

@@ -123,6 +123,12 @@ TEST_F(FlatWithoutClient, SetHostAnswersSuccess)
     EXPECT_EQ(talix_set_host(nullptr), IdInvalidHostWindow);
 }
 
+TEST_F(FlatWithoutClient, HasProxyInfoChecksThePortBeforeTheClient)
+{
+    EXPECT_EQ(talix_has_proxy_info("host", 0), IdInvalidProxyPort);
+    EXPECT_EQ(talix_has_proxy_info("host", 1), IdClientUnavailable);
+}
+
 TEST_F(FlatWithoutClient, GetBooleanOfTheExpiredTokenAnswersTrue)
 {
     EXPECT_EQ(talix_get_boolean(4), 1);
@@ -277,7 +283,7 @@ TEST_F(FlatUser, TheProfileRecordIsPassedOnUnchecked)
     EXPECT_THAT(Plugin().Calls(), ElementsAre(seen, seen));
 }
 
-TEST_F(FlatUser, TheProfileAloneAlsoNeedsTheInstance)
+TEST_F(FlatUser, TheProfileAndTheProductConfigurationAlsoNeedTheInstance)
 {
     // While the first init is still under way, the library counts as initialized and the instance is not there yet.
     ASSERT_EQ(talix_deinit(), IdSuccess);
@@ -286,12 +292,14 @@ TEST_F(FlatUser, TheProfileAloneAlsoNeedsTheInstance)
     Plugin().OnCall(Module, 1, [&](const CallArguments&) {
         results = {talix_get_profile_info(&arguments.buffer), talix_get_user_info(&arguments.userInfo),
                    talix_get_boolean(TALIX_KEY_INITIALIZED), talix_get_boolean(TALIX_KEY_TOKEN_EXPIRED)};
+        EXPECT_EQ(talix_create_product_config("client", "scope"), nullptr);
     });
     Plugin().Answer(Client, 9, 1);
     ASSERT_EQ(talix_init(), IdSuccess);
     EXPECT_THAT(results, ElementsAre(IdNotInitialized, IdSuccess, 1, 0));
     EXPECT_EQ(talix_get_profile_info(&arguments.buffer), IdSuccess);
     EXPECT_EQ(talix_get_boolean(TALIX_KEY_TOKEN_EXPIRED), 1);
+    EXPECT_NE(talix_create_product_config("client", "scope"), nullptr);
 }
 
 TEST_F(FlatUser, GetBooleanOfUnknownKeysAnswersFalseWhetherOrNotAUserIsLoggedIn)

@@ -39,6 +39,12 @@ protected:
         return seen;
     }
 
+    /// What a handle points at, and what it holds.
+    static const ProductConfig* const& Held(talix_product_config config)
+    {
+        return *reinterpret_cast<const ProductConfig* const*>(config);
+    }
+
     static std::vector<std::string> Stored() { return Texts(*IdServicesMgr::GetInstance()->GetProductConfigObj()); }
 };
 
@@ -119,10 +125,36 @@ TEST_F(FlatProduct, AfterTheLastDeinitTheHandleIsEmptyAndTheConfigurationIsNewAf
     EXPECT_THAT(Stored(), ElementsAre("", "", "", "", ""));
 }
 
+TEST_F(FlatProduct, AnInitThatFindsNoPluginEmptiesTheHandleToo)
+{
+    const ProductConfig* const& held = Held(talix_create_product_config("client", "scope"));
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess); // Unlike talix_deinit it leaves the handle alone.
+    ASSERT_NE(held, nullptr);
+    site.WriteCompatibilityFile("{}");
+    EXPECT_EQ(talix_init(), IdClientUnavailable);
+    EXPECT_EQ(held, nullptr);
+}
+
+TEST_F(FlatProduct, AnInitInWhichThePluginThrowsEmptiesTheHandleToo)
+{
+    const ProductConfig* const& held = Held(talix_create_product_config("client", "scope"));
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    Plugin().OnCall(Module, 1, [](const CallArguments&) { throw 1; });
+    EXPECT_EQ(talix_init(), IdFailed);
+    EXPECT_EQ(held, nullptr);
+}
+
+TEST_F(FlatProduct, ADeinitWithNothingStartedEmptiesTheHandleToo)
+{
+    const ProductConfig* const& held = Held(talix_create_product_config("client", "scope"));
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_EQ(talix_deinit(), IdSuccess);
+    EXPECT_EQ(held, nullptr);
+}
+
 TEST_F(FlatProduct, ADeinitInWhichThePluginThrowsEmptiesTheHandleToo)
 {
-    const talix_product_config config = talix_create_product_config("client", "scope");
-    const auto& held = *reinterpret_cast<const ProductConfig* const*>(config);
+    const ProductConfig* const& held = Held(talix_create_product_config("client", "scope"));
     ASSERT_EQ(held, IdServicesMgr::GetInstance()->GetProductConfigObj());
     Plugin().OnCall(Module, 3, [](const CallArguments&) { throw 1; });
     EXPECT_EQ(talix_deinit(), IdFailed);

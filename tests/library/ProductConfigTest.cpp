@@ -1,6 +1,7 @@
 // Layout, store rule, read rule and copying of ProductConfig.
 
 #include <cstring>
+#include <new>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -12,7 +13,9 @@
 namespace OrlindexTest {
 
 using namespace Kestrany::IdentityServices;
+using testing::Contains;
 using testing::ElementsAre;
+using testing::Not;
 
 namespace {
 
@@ -280,6 +283,33 @@ TEST(ProductConfigStoring, ATextLongerThanTheStoredOneGetsANewBufferEvenWhereThe
         entry.set(config, "abc");
         EXPECT_EQ(allocated.size(), 2U) << "a text of equal length reuses the buffer";
         EXPECT_EQ(Text(config, entry), "abc");
+    }
+}
+
+TEST(ProductConfigStoring, WithoutMemoryForALongerTextTheOldOneStays)
+{
+    // The small blocks that an exception itself takes are still there.
+    const std::string longer(4000, 'x');
+    for (const Entry& entry : entries)
+    {
+        ProductConfig config;
+        entry.set(config, "old");
+        const BlockEntry& stored = Block(config)[&entry - entries];
+        const char* const before = stored.text;
+        std::vector<const void*> released;
+        {
+            const MallocDouble littleMemory(
+                [&longer](std::size_t size) { return size > longer.size() ? nullptr : MallocDouble::Original(size); });
+            const FreeDouble releases([&released](void* memory) {
+                released.push_back(memory);
+                FreeDouble::Original(memory);
+            });
+            EXPECT_THROW(entry.set(config, longer.c_str()), std::bad_alloc) << entry.name;
+        }
+        EXPECT_THAT(released, Not(Contains(before))) << entry.name;
+        EXPECT_EQ(stored.text, before) << entry.name;
+        EXPECT_EQ(stored.length, 3) << entry.name;
+        EXPECT_EQ(Text(config, entry), "old");
     }
 }
 

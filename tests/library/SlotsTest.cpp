@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "ClientMembers.h"
+#include "PrivateMembers.h"
 #include "orlindex/IdServicesAutomation.h"
 #include "support/HostTest.h"
 
@@ -181,7 +182,31 @@ TEST_F(Slots, NoLockIsHeldWhileThePluginRuns)
 
 TEST_F(Slots, TheClientInterfaceIsObtainedAfreshOnEveryCall)
 {
-    // What one plugin operation does to the library is seen by the next: here the plugin itself starts a member call.
+    // The same object, before and after a new start that finds another plugin: what it kept would be the first one's.
+    IdServicesMgr& kept = ManagerWithoutState();
+    MemberArguments arguments;
+    for (const ClientMember& member : ClientMembers())
+        member.call(kept, arguments);
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    const auto file = site.ServerFolder() / "OtherClient.dll";
+    site.CopyPlugin("asia", file);
+    site.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\OtherClient.dll"}});
+    PluginControl other(file);
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    Plugin().ClearJournal();
+
+    for (const ClientMember& member : ClientMembers())
+    {
+        SCOPED_TRACE(member.name);
+        other.ClearJournal();
+        member.call(kept, arguments);
+        EXPECT_THAT(other.Calls(), ElementsAre(Call(Client, member.slot, member.arguments(arguments))));
+    }
+    EXPECT_THAT(Plugin().Calls(), ElementsAre());
+}
+
+TEST_F(Slots, AnOperationOfThePluginMayCallAMember)
+{
     std::string inner;
     Plugin().OnCall(Client, 28, [&](const CallArguments&) { inner = manager->IsLoginValid() ? "valid" : "not valid"; });
     Plugin().Answer(Client, 12, 1);
