@@ -24,6 +24,7 @@ struct KeyPath
 
 struct InstalledVersion
 {
+    std::wstring subkey;
     VersionParts version;
     std::string location;
 };
@@ -55,7 +56,18 @@ std::optional<InstalledVersion> ReadInstalledVersion(const RegistryKey& key, DWO
                                  location.value_or(std::wstring())});
     if (!location)
         return std::nullopt;
-    return InstalledVersion{SplitVersion(Narrow(*name)), Narrow(*location)};
+    return InstalledVersion{*name, SplitVersion(Narrow(*name)), Narrow(*location)};
+}
+
+/// Of equal versions, such as "1.0" and "1.0.", the first read names the version and the last read gives the location.
+void KeepLatest(std::optional<InstalledVersion>& latest, InstalledVersion installed)
+{
+    const int order = latest ? CompareVersions(installed.version, latest->version) : 1;
+    if (order < 0)
+        return;
+    if (order == 0)
+        installed.version = std::move(latest->version);
+    latest = std::move(installed);
 }
 
 } // namespace
@@ -75,16 +87,15 @@ bool GetLatestRegistryLocation(const std::wstring& keyText, std::string& version
     const DWORD count = key.SubkeyCount();
     for (DWORD index = 0; index < count; ++index)
     {
-        std::optional<InstalledVersion> installed = ReadInstalledVersion(key, index, observer);
-        if (installed && (!latest || CompareVersions(installed->version, latest->version) >= 0))
-            latest = std::move(installed);
+        if (std::optional<InstalledVersion> installed = ReadInstalledVersion(key, index, observer))
+            KeepLatest(latest, std::move(*installed));
     }
     if (!latest)
         return false;
     version = JoinVersion(latest->version);
     location = std::move(latest->location);
     if (observer)
-        observer->OnRegistryChoice(keyText + L'\\' + Widen(version), Widen(location));
+        observer->OnRegistryChoice(keyText + L'\\' + latest->subkey, Widen(location));
     return true;
 }
 

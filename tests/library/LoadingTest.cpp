@@ -152,6 +152,21 @@ TEST_F(Loading, WhereTheLoggerSourceHasNoLoggerThePendingMessagesArePrinted)
     EXPECT_THAT(plugin.Log(), IsEmpty());
 }
 
+TEST_F(Loading, ARestartWithoutLoggerDoesNotGoOnUsingTheEarlierOne)
+{
+    PluginControl& plugin = InstallPlugin();
+    plugin.Answer(Factory, 3, 0);
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    plugin.Answer(LoggerSource, 1, 0);
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    plugin.ClearJournal();
+    CapturedOutput output;
+    IdServicesMgr::GetInstance()->IsLoggedIn();
+    EXPECT_EQ(output.Take(), "Failed to obtain ISSOClient. ISSOClientFactory::GetSSOClient returned null.\n");
+    EXPECT_THAT(plugin.Log(), IsEmpty());
+}
+
 TEST_F(Loading, AModuleThatIsMissingIsNotFound)
 {
     site.InstallWithoutPlugin();

@@ -1,7 +1,13 @@
 // Initialize and Uninitialize: counting, starting, stopping and starting again.
 
+#include <algorithm>
+#include <chrono>
 #include <future>
+#include <thread>
 
+#include "TrustDoubles.h"
+#include "orlindex/SSOClientPrivate.h"
+#include "orlindex/SSOServerManager.h"
 #include "support/HostTest.h"
 
 namespace OrlindexTest {
@@ -147,7 +153,14 @@ TEST_F(StartStop, ANewStartMayFindAnotherPlugin)
     plugin.Answer(Client, 7, 1);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_TRUE(IdServicesMgr::GetInstance()->IsLoggedIn());
+    SSOClientPrivate::GetSettingsPath();
+    SSOServerManager::IsSSOServerProcessReady();
+    EXPECT_THAT(plugin.Calls(Factory), ElementsAre(Call(Factory, 5), Call(Factory, 1), Call(Factory, 2),
+                                                   Call(Factory, 5), Call(Factory, 3), Call(Factory, 4)));
+    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false")));
     EXPECT_THAT(plugin.Calls(Client), ElementsAre(Call(Client, 7)));
+    EXPECT_THAT(plugin.Calls(Private), ElementsAre(Call(Private, 4)));
+    EXPECT_EQ(plugin.Calls(ServerManager).back(), Call(ServerManager, 15));
 }
 
 TEST_F(StartStop, ANewStartMayFail)
@@ -256,12 +269,70 @@ TEST_F(StartStop, UninitializeWaitsForAnInitializeThatIsStillStarting)
     });
     auto first = std::async(std::launch::async, []() { return IdServicesMgr::Initialize(); });
     starting.get_future().wait();
-    auto stop = std::async(std::launch::async, []() { return IdServicesMgr::Uninitialize(); });
+    std::promise<void> stopping;
+    auto stop = std::async(std::launch::async, [&stopping]() {
+        stopping.set_value();
+        return IdServicesMgr::Uninitialize();
+    });
+    stopping.get_future().wait();
+    EXPECT_EQ(stop.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false")));
     proceed.set_value();
     EXPECT_EQ(first.get(), IdSuccess);
     EXPECT_EQ(stop.get(), IdSuccess);
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
+    EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
     EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false"), Call(Module, 3)));
+}
+
+TEST_F(StartStop, AStopThatFindsNoModuleForgetsNothing)
+{
+    PluginControl& plugin = InstallPlugin();
+    const std::int64_t factory = plugin.Answer(FactoryFunction, 0);
+    plugin.Answer(FactoryFunction, 0, 0);
+    std::promise<void> loading;
+    std::promise<void> proceed;
+    plugin.OnCall(FactoryFunction, 0, [&](const CallArguments&) {
+        loading.set_value();
+        proceed.get_future().wait();
+    });
+    auto first = std::async(std::launch::async, []() { return IdServicesMgr::Initialize(); });
+    loading.get_future().wait();
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess) << "counted while the first one still loads";
+    proceed.set_value();
+    EXPECT_EQ(first.get(), IdClientUnavailable);
+    EXPECT_TRUE(IdServicesMgr::IsInitialized());
+    EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_FALSE(IdServicesMgr::IsInitialized());
+
+    // With a new manager the next start would succeed.
+    plugin.OnCall(FactoryFunction, 0, [](const CallArguments&) {});
+    plugin.Answer(FactoryFunction, 0, factory);
+    int verifications = 0;
+    const WinVerifyTrustDouble count([&verifications](HWND window, GUID* action, LPVOID data) {
+        ++verifications;
+        return WinVerifyTrustDouble::Original(window, action, data);
+    });
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
+    EXPECT_EQ(verifications, 0);
+    EXPECT_THAT(plugin.Calls(), ElementsAre(Call(FactoryFunction, 0)));
+}
+
+TEST_F(StartStop, AStartThatCountsDuringTheLastStopIsNotLost)
+{
+    PluginControl& plugin = InstallPlugin();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    std::future<IdErrorCode> start;
+    plugin.OnCall(Module, 3, [&start](const CallArguments&) {
+        start = std::async(std::launch::async, []() { return IdServicesMgr::Initialize(); });
+        while (!IdServicesMgr::IsInitialized())
+            std::this_thread::yield();
+    });
+    EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_EQ(start.get(), IdSuccess);
+    EXPECT_TRUE(IdServicesMgr::IsInitialized());
+    EXPECT_NE(IdServicesMgr::GetInstance(), nullptr);
+    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false"), Call(Module, 3), Call(Module, 1, "false")));
 }
 
 TEST_F(StartStop, TheInstanceIsGoneWhenThePluginIsToldToStop)
@@ -272,6 +343,20 @@ TEST_F(StartStop, TheInstanceIsGoneWhenThePluginIsToldToStop)
     plugin.OnCall(Module, 3, [&instance](const CallArguments&) { instance = IdServicesMgr::GetInstance(); });
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     EXPECT_EQ(instance, nullptr);
+}
+
+TEST_F(StartStop, ThePluginServesWhileItIsToldToStop)
+{
+    PluginControl& plugin = InstallPlugin();
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    plugin.OnCall(Module, 3, [](const CallArguments&) { SSOClientPrivate::GetSettingsPath(); });
+    ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_THAT(plugin.Calls(Private), ElementsAre(Call(Private, 4)));
+    EXPECT_THAT(plugin.Calls(FactoryFunction), SizeIs(1)) << "its interfaces are forgotten afterwards";
+    const std::vector<LogLine> log = plugin.Log();
+    EXPECT_EQ(std::count_if(log.begin(), log.end(),
+                            [](const LogLine& line) { return line.text.rfind("Orlindex.dll module loaded ", 0) == 0; }),
+              1);
 }
 
 } // namespace OrlindexTest

@@ -1,5 +1,7 @@
 // The one object that knows where everything is: its creation, its loads, its interface getters.
 
+#include <array>
+#include <chrono>
 #include <future>
 #include <optional>
 #include <set>
@@ -7,6 +9,7 @@
 
 #include "LocateTest.h"
 #include "base/Log.h"
+#include "base/ProcessLock.h"
 #include "base/ProductIdentity.h"
 #include "load/PluginInterfaces.h"
 #include "support/CapturedOutput.h"
@@ -76,6 +79,26 @@ TEST_F(Manager, TwoThreadsAskingForTheManagerAtTheSameTimeGetTheSameObject)
     }
 }
 
+TEST_F(Manager, ThreadsThatAllFoundNoManagerStillGetTheSameObject)
+{
+    std::array<std::promise<void>, 2> asking;
+    std::vector<std::future<SSOPathResolver*>> askers;
+    SSOPathResolver::Forget();
+    {
+        const ProcessLockGuard guard(processLock);
+        for (std::promise<void>& asks : asking)
+            askers.push_back(std::async(std::launch::async, [&asks] {
+                asks.set_value();
+                return SSOPathResolver::GetInstance();
+            }));
+        for (std::promise<void>& asks : asking)
+            asks.get_future().wait();
+        EXPECT_EQ(askers[0].wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+        EXPECT_EQ(askers[1].wait_for(std::chrono::milliseconds(0)), std::future_status::timeout);
+    }
+    EXPECT_EQ(askers[0].get(), askers[1].get());
+}
+
 TEST_F(Manager, ANewManagerHasResolvedNothing)
 {
     EXPECT_EQ(manager.ClientConfigFilePath(), L"");
@@ -98,6 +121,32 @@ TEST_F(Manager, AfterForgettingTheNextManagerResolvesAnew)
     EXPECT_EQ(ToUtf8(next->GetSSOServerAppPath()), Utf8(site.ServerFolder()));
     EXPECT_THAT(log.Take(), Not(IsEmpty()));
     EXPECT_EQ(ToUtf8(manager.GetSSOServerAppPath()), Utf8(site.ServerFolder())) << "who holds the old one may use it";
+}
+
+TEST_F(Manager, WhoHoldsAForgottenManagerLoadsAgain)
+{
+    Install();
+    ASSERT_NE(manager.GetSSOClient(), nullptr);
+    SSOPathResolver::Forget();
+    plugin->ClearJournal();
+    EXPECT_NE(manager.GetSSOClient(), nullptr);
+    EXPECT_THAT(plugin->Log(), Contains(InfoLine(ModuleLoaded())));
+    EXPECT_THAT(plugin->Calls(FactoryFunction), SizeIs(1));
+}
+
+TEST_F(Manager, AForgottenManagerWhoseLoadFailedLoadsAgain)
+{
+    Install();
+    const std::int64_t factory = plugin->Answer(FactoryFunction, 0);
+    plugin->Answer(FactoryFunction, 0, 0);
+    ASSERT_EQ(manager.GetSSOClient(), nullptr);
+    plugin->Answer(FactoryFunction, 0, factory);
+    SSOPathResolver::Forget();
+    plugin->ClearJournal();
+    log.Take();
+    EXPECT_NE(manager.GetSSOClient(), nullptr);
+    EXPECT_THAT(log.Take(), Contains(InfoLine(ModuleLoaded())));
+    EXPECT_THAT(plugin->Calls(FactoryFunction), SizeIs(1));
 }
 
 TEST_F(Manager, ALoadThatFailsAnswersNullFromEveryGetterAndAnnouncesTheModuleEachTime)

@@ -9,11 +9,14 @@
 
 #include "Imports.h"
 #include "UserKey.h"
+#include "load/StartObserver.h"
 #include "locate/RegistryLocation.h"
+#include "support/Text.h"
 
 namespace OrlindexTest {
 
 using Kestrany::IdentityServices::GetLatestRegistryLocation;
+using Kestrany::IdentityServices::StartObserver;
 using testing::ElementsAre;
 
 namespace {
@@ -58,12 +61,32 @@ LSTATUS Only64BitView(const std::wstring&, REGSAM access)
     return access & KEY_WOW64_64KEY ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
 }
 
+class ChosenKey final : public StartObserver
+{
+public:
+    void OnRegistryChoice(const std::wstring& key, const std::wstring&) override { text = key; }
+
+    std::wstring text;
+};
+
 } // namespace
 
 class RegistryLocation : public testing::Test
 {
 protected:
     std::optional<Latest> Find() const { return OrlindexTest::Find(key.Text()); }
+
+    /// The name of a subkey, in the platform's order.
+    std::wstring SubkeyAt(DWORD index) const
+    {
+        wchar_t name[255] = {};
+        DWORD length = 255;
+        HKEY opened = nullptr;
+        EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, key.Text().substr(18).c_str(), 0, KEY_READ, &opened), ERROR_SUCCESS);
+        EXPECT_EQ(RegEnumKeyExW(opened, index, name, &length, nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
+        RegCloseKey(opened);
+        return name;
+    }
 
     const UserKey key;
 };
@@ -156,6 +179,19 @@ TEST_F(RegistryLocation, AKeyBelowTheLocalMachineIsFound)
     EXPECT_THAT(openings.Accesses(), ElementsAre(ReadAccess));
 }
 
+TEST_F(RegistryLocation, TheLocalMachineIsWrittenInAnyCase)
+{
+    std::vector<HKEY> roots;
+    const ImportDouble<RegOpenKeyImport> openings(
+        [&roots](HKEY root, const wchar_t*, DWORD, REGSAM, HKEY*) -> LSTATUS {
+            roots.push_back(root);
+            return ERROR_ACCESS_DENIED;
+        },
+        Executable());
+    EXPECT_EQ(OrlindexTest::Find(L"hkey_local_Machine\\SOFTWARE\\x"), std::nullopt);
+    EXPECT_THAT(roots, ElementsAre(HKEY_LOCAL_MACHINE));
+}
+
 TEST_F(RegistryLocation, ANameInAnyScriptSurvivesAsUtf8)
 {
     key.AddVersion(L"1.\u4E2D", L"C:\\\u4E2D\u00E4\xD83D\xDE00");
@@ -239,14 +275,19 @@ TEST_F(RegistryLocation, OfEqualVersionsTheLaterSubkeyWins)
     const auto latest = Find();
     ASSERT_TRUE(latest);
     EXPECT_EQ(latest->version, "1.\xEF\xBF\xBD");
+    EXPECT_EQ(latest->location, SubkeyAt(1) == L"1.\xD801" ? "C:\\second" : "C:\\first");
+}
 
-    wchar_t lastName[255];
-    DWORD length = 255;
-    HKEY opened = nullptr;
-    ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, key.Text().substr(18).c_str(), 0, KEY_READ, &opened), ERROR_SUCCESS);
-    ASSERT_EQ(RegEnumKeyExW(opened, 1, lastName, &length, nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
-    RegCloseKey(opened);
-    EXPECT_EQ(latest->location, lastName[2] == 0xD801 ? "C:\\second" : "C:\\first");
+TEST_F(RegistryLocation, OfEqualVersionsTheEarlierSubkeyKeepsItsVersionAndTheLaterOneGivesTheLocation)
+{
+    ChosenKey observer;
+    key.AddVersion(L"0.9", L"older");
+    key.AddVersion(L"1.0", L"1.0");
+    key.AddVersion(L"1.0.", L"1.0.");
+    Latest latest;
+    ASSERT_TRUE(GetLatestRegistryLocation(key.Text(), latest.version, latest.location, &observer));
+    EXPECT_EQ(latest, (Latest{ToUtf8(SubkeyAt(1)), ToUtf8(SubkeyAt(2))}));
+    EXPECT_EQ(observer.text, key.Text() + L'\\' + SubkeyAt(2)) << "the subkey that holds the location";
 }
 
 TEST_F(RegistryLocation, ASubkeyThatCannotBeEnumeratedDoesNotEndTheScan)
