@@ -102,12 +102,12 @@ BinaryTrustResult VerifyBinaryTrust(const std::wstring& path, std::string_view s
     return Judge(answer, state, signers);
 }
 
-bool CheckClientPluginBinary(const std::wstring& path, StartObserver* observer)
+bool CheckClientPluginBinary(const std::wstring& path, const std::wstring& file, StartObserver* observer)
 {
     DefaultLogFunction(Message(L"******* Binary file: checking: %1%", path), TALIXLog::Info);
     const std::string_view signers(BuildData::TrustedSigners, sizeof BuildData::TrustedSigners);
     TrustEvidence evidence;
-    const BinaryTrustResult result = VerifyBinaryTrust(path, signers, observer ? &evidence : nullptr);
+    const BinaryTrustResult result = VerifyBinaryTrust(file, signers, observer ? &evidence : nullptr);
     if (observer)
     {
         evidence.path = path;

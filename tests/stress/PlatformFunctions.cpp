@@ -49,6 +49,8 @@ constexpr Row Failing[] = {
     {"GetFileInformationByHandle", {False, ERROR_INVALID_FUNCTION}},
     {"GetFileSizeEx", {False, ERROR_INVALID_FUNCTION}},
     {"GetModuleFileNameW", {NoLength, ERROR_MOD_NOT_FOUND}},
+    {"GetFinalPathNameByHandleW", {NoLength, ERROR_ACCESS_DENIED}},
+    {"GetFullPathNameW", {NoLength, ERROR_NOT_ENOUGH_MEMORY}},
     {"GetModuleHandleW", {Null, ERROR_MOD_NOT_FOUND}},
     {"GetProcAddress", {Null, ERROR_PROC_NOT_FOUND}},
     {"IsWow64Process", {False, ERROR_ACCESS_DENIED}},
