@@ -57,6 +57,7 @@ struct TimedImports
     ORLINDEX_TIMED_IMPORT(WTHelperGetProvCertFromChain, trust);
     ORLINDEX_TIMED_IMPORT(CryptHashCertificate2, trust);
     ORLINDEX_TIMED_IMPORT(CertGetNameStringA, trust);
+    ORLINDEX_TIMED_IMPORT(CertGetNameStringW, trust);
 
     ORLINDEX_TIMED_IMPORT(LoadLibraryW, load);
     ORLINDEX_TIMED_IMPORT(LoadLibraryExW, load);

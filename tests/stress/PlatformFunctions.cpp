@@ -36,6 +36,7 @@ struct Row
 constexpr Row Failing[] = {
     {"AllocateAndInitializeSid", {False, ERROR_NOT_ENOUGH_MEMORY}},
     {"CertGetNameStringA", {EmptyName, ERROR_SUCCESS}},
+    {"CertGetNameStringW", {EmptyName, ERROR_SUCCESS}},
     {"CheckTokenMembership", {False, ERROR_ACCESS_DENIED}},
     {"CloseHandle", {False, ERROR_INVALID_HANDLE}},
     {"CreateFileW", {InvalidHandle, ERROR_ACCESS_DENIED}},
