@@ -74,8 +74,8 @@ struct TimedImports
     ORLINDEX_TIMED_IMPORT(GetFileSizeEx, files);
     ORLINDEX_TIMED_IMPORT(GetFileAttributesW, files);
     ORLINDEX_TIMED_IMPORT(GetFileInformationByHandle, files);
-    ORLINDEX_TIMED_IMPORT(PathFileExistsW, files);
     ORLINDEX_TIMED_IMPORT(GetFinalPathNameByHandleW, files);
+    ORLINDEX_TIMED_IMPORT(PathFileExistsW, files);
     ORLINDEX_TIMED_IMPORT(NtQueryVirtualMemory, files);
 
     ORLINDEX_TIMED_IMPORT(AllocateAndInitializeSid, account);
