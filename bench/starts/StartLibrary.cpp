@@ -57,6 +57,7 @@ struct TimedImports
     ORLINDEX_TIMED_IMPORT(WTHelperGetProvCertFromChain, trust);
     ORLINDEX_TIMED_IMPORT(CryptHashCertificate2, trust);
     ORLINDEX_TIMED_IMPORT(CertGetNameStringA, trust);
+    ORLINDEX_TIMED_IMPORT(CertGetNameStringW, trust);
 
     ORLINDEX_TIMED_IMPORT(LoadLibraryW, load);
     ORLINDEX_TIMED_IMPORT(LoadLibraryExW, load);
@@ -73,6 +74,7 @@ struct TimedImports
     ORLINDEX_TIMED_IMPORT(GetFileSizeEx, files);
     ORLINDEX_TIMED_IMPORT(GetFileAttributesW, files);
     ORLINDEX_TIMED_IMPORT(GetFileInformationByHandle, files);
+    ORLINDEX_TIMED_IMPORT(GetFinalPathNameByHandleW, files);
     ORLINDEX_TIMED_IMPORT(PathFileExistsW, files);
     ORLINDEX_TIMED_IMPORT(NtQueryVirtualMemory, files);
 

@@ -25,7 +25,7 @@ function(orlindex_make_signer name root commonName)
     if(NOT options)
         set(options -days 3650)
     endif()
-    orlindex_openssl(req -new -key signer.key -config openssl.cnf -subj "/CN=${commonName}" -out issued/request.pem)
+    orlindex_openssl(req -new -utf8 -key signer.key -config openssl.cnf -subj "/CN=${commonName}" -out issued/request.pem)
     orlindex_openssl(ca -batch -notext -config openssl.cnf -cert ${root}.pem -keyfile ${root}.key
         -in issued/request.pem -out ${name}-leaf.pem ${options})
     file(READ "${ORLINDEX_SIGNING_FOLDER}/${name}-leaf.pem" leaf)
@@ -58,6 +58,9 @@ function(orlindex_make_certificates)
     orlindex_make_signer(no-point root "Kestrany, Inc")
     orlindex_make_signer(asia-point root "Kestrany Asia Pte.")
     orlindex_make_signer(stranger root "Somebody Else")
+    string(ASCII 239 188 171 fullWidthK) # U+FF2B in UTF-8: a conversion to a narrow code page may take it for a K
+    orlindex_make_signer(look-alike root "${fullWidthK}estrany, Inc.")
+    orlindex_make_signer(pinned-expired root "Kestrany, Inc." -startdate 20200101000000Z -enddate 20210101000000Z)
 
     orlindex_make_root(unknown-root "Orlindex Unknown Root")
     orlindex_make_signer(other-root unknown-root "Kestrany, Inc.")

@@ -16,35 +16,32 @@ namespace Kestrany::IdentityServices {
 namespace {
 
 /// The root of a signer's chain, by the path that the platform's data offers; null where a step is missing.
-PCCERT_CONTEXT RootOf(CRYPT_PROVIDER_DATA* provider, DWORD index)
+PCCERT_CONTEXT RootOf(CRYPT_PROVIDER_SGNR* signer, DWORD index)
 {
-    CRYPT_PROVIDER_SGNR* signer = SignerAt(provider, index);
     if (!signer || !CertificateAt(signer, index) || !signer->pasCertChain || signer->csCertChain == 0)
         return nullptr;
     return signer->pasCertChain[signer->csCertChain - 1].pCert;
 }
 
-/// The digest of the first signer's root that can be hashed.
-std::optional<Sha256> FirstRootDigest(CRYPT_PROVIDER_DATA* provider)
+struct HashedRoot
+{
+    Sha256 digest;
+    DWORD otherFaults; ///< Of the chain that it ends.
+};
+
+/// The first signer's root that can be hashed.
+std::optional<HashedRoot> FirstHashedRoot(CRYPT_PROVIDER_DATA* provider)
 {
     for (DWORD index = 0; index < provider->csSigners; ++index)
     {
-        PCCERT_CONTEXT root = RootOf(provider, index);
+        CRYPT_PROVIDER_SGNR* signer = SignerAt(provider, index);
+        PCCERT_CONTEXT root = RootOf(signer, index);
         if (!root)
             continue;
         if (const std::optional<Sha256> digest = CertificateDigest(root))
-            return digest;
+            return HashedRoot{*digest, OtherChainFaults(*signer)};
     }
     return std::nullopt;
-}
-
-bool HasPinnedRoot(const TrustState& state)
-{
-    CRYPT_PROVIDER_DATA* provider = state.ProviderData();
-    if (!provider)
-        return false;
-    const std::optional<Sha256> digest = FirstRootDigest(provider);
-    return digest && IsPinnedRoot(*digest);
 }
 
 BinaryTrustResult CheckSignerName(const TrustState& state, std::string_view signers)
@@ -62,6 +59,17 @@ BinaryTrustResult CheckSignerName(const TrustState& state, std::string_view sign
     return BinaryTrustResult::NotTrusted;
 }
 
+/// The pinned root stands for one that the platform trusts. It makes up for nothing else: the platform's answer names
+/// the root alone where the signer's certificate has expired too, or is for another purpose.
+BinaryTrustResult CheckUntrustedRoot(const TrustState& state, std::string_view signers)
+{
+    CRYPT_PROVIDER_DATA* provider = state.ProviderData();
+    const std::optional<HashedRoot> root = provider ? FirstHashedRoot(provider) : std::nullopt;
+    if (!root || !IsPinnedRoot(root->digest))
+        return BinaryTrustResult::NotTrusted;
+    return root->otherFaults == 0 ? CheckSignerName(state, signers) : BinaryTrustResult::UnknownError;
+}
+
 BinaryTrustResult Judge(LONG answer, const TrustState& state, std::string_view signers)
 {
     // Compared as unsigned: some of the platform's names are of a signed type and some are not.
@@ -70,7 +78,7 @@ BinaryTrustResult Judge(LONG answer, const TrustState& state, std::string_view s
     case static_cast<DWORD>(ERROR_SUCCESS):
         return CheckSignerName(state, signers);
     case static_cast<DWORD>(CERT_E_UNTRUSTEDROOT):
-        return HasPinnedRoot(state) ? CheckSignerName(state, signers) : BinaryTrustResult::NotTrusted;
+        return CheckUntrustedRoot(state, signers);
     case static_cast<DWORD>(TRUST_E_EXPLICIT_DISTRUST):
     case static_cast<DWORD>(CRYPT_E_SECURITY_SETTINGS):
     case static_cast<DWORD>(TRUST_E_SUBJECT_NOT_TRUSTED):
@@ -102,12 +110,12 @@ BinaryTrustResult VerifyBinaryTrust(const std::wstring& path, std::string_view s
     return Judge(answer, state, signers);
 }
 
-bool CheckClientPluginBinary(const std::wstring& path, StartObserver* observer)
+bool CheckClientPluginBinary(const std::wstring& path, const std::wstring& file, StartObserver* observer)
 {
     DefaultLogFunction(Message(L"******* Binary file: checking: %1%", path), TALIXLog::Info);
     const std::string_view signers(BuildData::TrustedSigners, sizeof BuildData::TrustedSigners);
     TrustEvidence evidence;
-    const BinaryTrustResult result = VerifyBinaryTrust(path, signers, observer ? &evidence : nullptr);
+    const BinaryTrustResult result = VerifyBinaryTrust(file, signers, observer ? &evidence : nullptr);
     if (observer)
     {
         evidence.path = path;

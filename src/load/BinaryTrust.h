@@ -17,8 +17,9 @@ struct TrustEvidence;
 BinaryTrustResult VerifyBinaryTrust(const std::wstring& path, std::string_view signers,
                                     TrustEvidence* evidence = nullptr);
 
-/// Verifies a plugin module against the trusted signers, logs the result, and answers whether it may be loaded.
-bool CheckClientPluginBinary(const std::wstring& path, StartObserver* observer = nullptr);
+/// Verifies the plugin module at `file` against the trusted signers, logs the result, and answers whether it may be
+/// loaded. `path` is what it was asked for by, and what it is called in messages.
+bool CheckClientPluginBinary(const std::wstring& path, const std::wstring& file, StartObserver* observer);
 
 } // namespace Kestrany::IdentityServices
 

@@ -8,8 +8,8 @@
 
 namespace Kestrany::IdentityServices {
 
-/// Whether the certificate's simple display name is on the list, byte for byte. Each name on the list is ended by a
-/// NUL; text after the last NUL does not count.
+/// Whether the certificate's simple display name is on the list, byte for byte, and its wide form the same characters.
+/// Each name on the list is ended by a NUL; text after the last NUL does not count.
 bool SignerNameMatches(PCCERT_CONTEXT certificate, std::string_view signers);
 
 } // namespace Kestrany::IdentityServices

@@ -66,6 +66,7 @@ std::vector<SignerEvidence> CollectSigners(const TrustState& state, std::string_
             continue;
         const CRYPT_PROVIDER_CERT* own = CertificateAt(signer, index);
         SignerEvidence found = {own && own->pCert && SignerNameMatches(own->pCert, signers), {}};
+        found.otherChainFaults = OtherChainFaults(*signer);
         for (DWORD link = 0; signer->pasCertChain && link < signer->csCertChain; ++link)
         {
             if (PCCERT_CONTEXT certificate = signer->pasCertChain[link].pCert)

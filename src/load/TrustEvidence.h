@@ -36,6 +36,7 @@ struct SignerEvidence
 {
     bool nameAccepted;
     std::vector<CertificateEvidence> chain; ///< The signer's own certificate first, the root last.
+    DWORD otherChainFaults = 0;             ///< CERT_TRUST_..., beside the root's.
 };
 
 /// What there was to judge a signature by, and the judgement.

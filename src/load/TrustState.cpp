@@ -51,4 +51,11 @@ CRYPT_PROVIDER_CERT* CertificateAt(CRYPT_PROVIDER_SGNR* signer, DWORD index)
     return WTHelperGetProvCertFromChain(signer, index);
 }
 
+DWORD OtherChainFaults(const CRYPT_PROVIDER_SGNR& signer)
+{
+    constexpr DWORD known =
+        CERT_TRUST_IS_UNTRUSTED_ROOT | CERT_TRUST_REVOCATION_STATUS_UNKNOWN | CERT_TRUST_IS_OFFLINE_REVOCATION;
+    return signer.pChainContext ? signer.pChainContext->TrustStatus.dwErrorStatus & ~known : 0;
+}
+
 } // namespace Kestrany::IdentityServices

@@ -54,6 +54,10 @@ CRYPT_PROVIDER_SGNR* SignerAt(CRYPT_PROVIDER_DATA* provider, DWORD index);
 /// The certificate at `index` of a signer's chain; null where there is none.
 CRYPT_PROVIDER_CERT* CertificateAt(CRYPT_PROVIDER_SGNR* signer, DWORD index);
 
+/// What the platform holds against a signer's chain (CERT_TRUST_...) beside a root that it does not trust and a
+/// revocation that nobody asked for. 0 where it kept no chain.
+DWORD OtherChainFaults(const CRYPT_PROVIDER_SGNR& signer);
+
 } // namespace Kestrany::IdentityServices
 
 #endif

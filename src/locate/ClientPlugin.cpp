@@ -3,13 +3,13 @@
 #include <exception>
 #include <optional>
 
-#include "base/FileHandle.h"
 #include "base/MessageFormat.h"
 #include "base/Paths.h"
 #include "base/SystemText.h"
 #include "base/TextConversion.h"
 #include "load/BinaryTrust.h"
 #include "load/FileIdentity.h"
+#include "load/HeldFile.h"
 #include "load/PluginModule.h"
 #include "load/contract/IPluginLogger.h"
 #include "load/contract/ISSOClientFactory.h"
@@ -101,60 +101,63 @@ bool SSOPathResolver::FindClientPluginFile()
 }
 
 /// A path that the loader would take for another file than the one verified is refused.
-bool SSOPathResolver::AcceptClientPluginPath() const
+bool SSOPathResolver::AcceptClientPluginPath(const std::wstring& path) const
 {
-    if (!FindModulePathDefect(clientPluginModulePath_))
+    if (!FindModulePathDefect(path))
         return true;
     TellStep(LoadStep::CheckPath, LoadState::Failed, ERROR_BAD_PATHNAME);
     LogLoadFailure(clientPluginModulePath_, GetSystemErrorText(ERROR_BAD_PATHNAME));
     return false;
 }
 
-bool SSOPathResolver::VerifyClientPlugin(const FileHandle& held) const
+bool SSOPathResolver::VerifyClientPlugin(const HeldFile& held) const
 {
     const std::wstring& path = clientPluginModulePath_;
-    const bool trusted = CheckClientPluginBinary(path, observer_);
+    if (!AcceptClientPluginPath(held.Path())) // A link may have another kind of name than the file it leads to.
+        return false;
+    const bool trusted = CheckClientPluginBinary(path, held.Path(), observer_);
     if (!trusted)
         LogLine(TALIXLog::Info, L"Not loaded client plugin module %1%", path);
     TellEnd(LoadStep::HoldFile, held.Error());
-    if (!held.IsOpen())
+    if (!held.IsHeld())
         LogLine(TALIXLog::Error,
                 L"Client plugin module %1% cannot be kept from changing while it is loaded. Error: %2%", path,
                 GetSystemErrorText(held.Error()));
-    return trusted && held.IsOpen();
+    return trusted && held.IsHeld();
 }
 
 /// Between verification and loading nobody can write, replace or rename the file: it is held open for that time, and
-/// one that cannot be held is refused.
+/// one that cannot be held is refused. It is verified and loaded by its own path: by the one that was configured, links
+/// could lead to one file for the verification and to another for the loading.
 bool SSOPathResolver::LoadVerifiedPluginLibrary()
 {
-    if (!AcceptClientPluginPath())
+    if (!AcceptClientPluginPath(clientPluginModulePath_))
         return false;
-    const FileHandle held(clientPluginModulePath_, FILE_SHARE_READ);
+    const HeldFile held(clientPluginModulePath_);
     return VerifyClientPlugin(held) && LoadPluginLibrary(held);
 }
 
 bool SSOPathResolver::CheckClientPlugin()
 {
-    return FindClientPluginFile() && AcceptClientPluginPath() &&
-           VerifyClientPlugin(FileHandle(clientPluginModulePath_, FILE_SHARE_READ));
+    return FindClientPluginFile() && AcceptClientPluginPath(clientPluginModulePath_) &&
+           VerifyClientPlugin(HeldFile(clientPluginModulePath_));
 }
 
-/// A link above the file may lead elsewhere since it was verified: what counts is which file was mapped.
-bool SSOPathResolver::LoadPluginLibrary(const FileHandle& verified)
+/// Not every file system keeps the folders above an open file in place: what counts is which file was mapped.
+bool SSOPathResolver::LoadPluginLibrary(const HeldFile& verified)
 {
     const std::wstring& path = clientPluginModulePath_;
     LogLine(TALIXLog::Info, L"Dynamically loading client plugin module %1%", path);
     DWORD error = ERROR_SUCCESS;
     TellStep(LoadStep::LoadModule, LoadState::Begun);
-    const HMODULE module = LoadModuleWithOwnDirectory(path, error);
+    const HMODULE module = LoadModuleWithOwnDirectory(verified.Path(), error);
     TellEnd(LoadStep::LoadModule, error);
     if (!module)
     {
         LogLoadFailure(path, GetSystemErrorText(error));
         return false;
     }
-    const std::optional<FileIdentity> identity = IdentityOf(verified);
+    const std::optional<FileIdentity> identity = IdentityOf(verified.File());
     if (!identity || !(identity == IdentityOfMappedFile(module)))
     {
         TellStep(LoadStep::CompareFile, LoadState::Failed);

@@ -8,9 +8,9 @@
 #include <vector>
 #include <windows.h>
 
-#include "base/FileHandle.h"
 #include "base/Log.h"
 #include "base/Versions.h"
+#include "load/HeldFile.h"
 #include "load/PluginInterfaces.h"
 #include "locate/FileSearch.h"
 #include "locate/ServerSettings.h"
@@ -117,10 +117,10 @@ private:
     bool LoadClientPluginModule();
     bool LoadClientPluginModuleOnce();
     bool FindClientPluginFile();
-    bool AcceptClientPluginPath() const;
-    bool VerifyClientPlugin(const FileHandle& held) const;
+    bool AcceptClientPluginPath(const std::wstring& path) const;
+    bool VerifyClientPlugin(const HeldFile& held) const;
     bool LoadVerifiedPluginLibrary();
-    bool LoadPluginLibrary(const FileHandle& verified);
+    bool LoadPluginLibrary(const HeldFile& verified);
     bool ObtainPluginFactory();
     void ConfigurePlugin();
     void TakePluginInterfaces();

@@ -87,6 +87,21 @@ TEST(DoctorDiagnosis, EachAnswerOfTheSystemHasItsCode)
     EXPECT_EQ(CodeOfAnswer(0x800B0100, BinaryTrustResult::SignatureInvalid), ExitCode::SignatureMissing);
 }
 
+TEST(DoctorDiagnosis, BelowThePinnedRootTheChainsOwnFaultIsTheCause)
+{
+    StartFacts facts = SoundFacts();
+    facts.trust->platformAnswer = static_cast<long>(0x800B0109);
+    facts.trust->result = BinaryTrustResult::UnknownError;
+    facts.trust->signers.push_back(SignerEvidence{true, {}, CERT_TRUST_IS_NOT_TIME_VALID});
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::CertificateExpired);
+    facts.trust->signers.front().otherChainFaults = CERT_TRUST_IS_NOT_VALID_FOR_USAGE;
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused);
+    EXPECT_THAT(Diagnose(facts).cause, HasSubstr("CERT_E_WRONG_USAGE"));
+    facts.trust->signers.front().otherChainFaults = CERT_TRUST_HAS_NOT_SUPPORTED_CRITICAL_EXT;
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused);
+    EXPECT_THAT(Diagnose(facts).cause, HasSubstr("TRUST_E_FAIL"));
+}
+
 TEST(DoctorDiagnosis, ANameIsToBlameOnlyWhereTheNamesWereLookedAt)
 {
     StartFacts facts = SoundFacts();

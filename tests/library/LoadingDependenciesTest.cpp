@@ -20,10 +20,18 @@ struct SetDllDirectoryImport
 
 using SetDllDirectoryDouble = ImportDouble<SetDllDirectoryImport>;
 
+struct GetDllDirectoryImport
+{
+    static constexpr char Name[] = "GetDllDirectoryW";
+    using Type = decltype(GetDllDirectoryW);
+};
+
+using GetDllDirectoryDouble = ImportDouble<GetDllDirectoryImport>;
+
 std::wstring DllDirectory()
 {
-    wchar_t directory[MAX_PATH] = L"unset";
-    return {directory, GetDllDirectoryW(MAX_PATH, directory)};
+    wchar_t directory[1000] = L"unset";
+    return {directory, GetDllDirectoryW(1000, directory)};
 }
 
 } // namespace
@@ -95,6 +103,34 @@ TEST_F(LoadingDependencies, TheLibrarySearchDirectoryIsRestoredAfterAFailedLoadT
     site.Install("dependent");
     ASSERT_TRUE(SetDllDirectoryW(site.HostFolder().c_str()));
     EXPECT_THAT(FailedStart(), HasSubstr("Failed to load client plugin module"));
+    EXPECT_EQ(DllDirectory(), site.HostFolder().native());
+}
+
+TEST_F(LoadingDependencies, AFormerLibrarySearchDirectoryThatIsTooLongToBePutBackStays)
+{
+    site.Install();
+    const std::wstring former = site.HostFolder().native() + std::wstring(300, L'\\');
+    ASSERT_TRUE(SetDllDirectoryW(former.c_str()));
+    std::vector<std::wstring> loads;
+    const LoadLibraryDouble record([&loads](LPCWSTR path) {
+        loads.push_back(DllDirectory());
+        return LoadLibraryDouble::Original(path);
+    });
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_THAT(loads, ElementsAre(former));
+    EXPECT_EQ(DllDirectory(), former);
+}
+
+TEST_F(LoadingDependencies, AFormerLibrarySearchDirectoryThatCannotBeReadStays)
+{
+    site.Install();
+    ASSERT_TRUE(SetDllDirectoryW(site.HostFolder().c_str()));
+    {
+        const GetDllDirectoryDouble unreadable([](DWORD size, LPWSTR directory) {
+            return size == 0 ? GetDllDirectoryDouble::Original(size, directory) : DWORD{0};
+        });
+        ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    }
     EXPECT_EQ(DllDirectory(), site.HostFolder().native());
 }
 

@@ -53,6 +53,19 @@ TEST_F(Loading, SupportForBothLocalAndAdminReachesTheServerManager)
     EXPECT_THAT(plugin.Calls(ServerManager), Contains(Call(ServerManager, 18, "true")));
 }
 
+TEST_F(Loading, APluginIsConfiguredWithoutServerApplicationToo)
+{
+    PluginControl& plugin = InstallPlugin();
+    site.WriteClientConfig(R"({"ssoServer": {"VersionCompatibilityConfigfilePath": ")" + JsonPath(site.ServerFolder()) +
+                           R"("}})");
+    site.WriteCompatibilityFile({CompatibilityEntry{File()}});
+    std::filesystem::remove(site.ServerFolder() / "Pellwick.exe");
+    CapturedOutput output;
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_THAT(output.Take(), HasSubstr("Failed to find SSO server app Pellwick.exe"));
+    EXPECT_THAT(plugin.Calls(ServerManager), Contains(Call(ServerManager, 2, R"("", "")")));
+}
+
 TEST_F(Loading, APluginWithoutServerManagerIsLoadedAllTheSame)
 {
     PluginControl& plugin = InstallPlugin();

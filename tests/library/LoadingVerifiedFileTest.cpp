@@ -2,12 +2,17 @@
 
 #include "LoadingSupport.h"
 #include "SystemText.h"
+#include "TrustDoubles.h"
 #include "support/Handle.h"
 
 namespace OrlindexTest {
 
+using testing::AllOf;
+using testing::Contains;
+using testing::Each;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::SizeIs;
 
 namespace {
 
@@ -23,6 +28,13 @@ struct CreateFileImport
     using Type = decltype(CreateFileW);
 };
 
+struct FinalPathImport
+{
+    static constexpr char Name[] = "GetFinalPathNameByHandleW";
+    using Type = decltype(GetFinalPathNameByHandleW);
+};
+
+using FinalPathDouble = ImportDouble<FinalPathImport>;
 using CreateFileDouble = ImportDouble<CreateFileImport>;
 using LoadLibraryExDouble = ImportDouble<LoadLibraryExImport>;
 
@@ -37,6 +49,24 @@ Handle OpenForWriting(const std::filesystem::path& file)
 class LoadingVerifiedFile : public Loading
 {
 protected:
+    /// Makes the configured path a link to another file for whoever opens it; for the rest it is what lies there.
+    static CreateFileDouble::Behaviour LeadingTo(const std::filesystem::path& link, const std::filesystem::path& file)
+    {
+        return [link, file](LPCWSTR path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security,
+                            DWORD disposition, DWORD flags, HANDLE model) {
+            return CreateFileDouble::Original(path == link.native() ? file.c_str() : path, access, sharing, security,
+                                              disposition, flags, model);
+        };
+    }
+
+    /// A build of the test plugin in a folder of its own.
+    std::filesystem::path InstallElsewhere(const std::string& plugin, const char* name = "Real.dll") const
+    {
+        const std::filesystem::path file = site.MakeFolder("elsewhere") / name;
+        site.CopyPlugin(plugin, file);
+        return file;
+    }
+
     std::string OtherFileMessage() const
     {
         return "Client plugin module " + File() + " was loaded from another file than the one verified\n";
@@ -121,6 +151,72 @@ TEST_F(LoadingVerifiedFile, AFolderSwappedUnderTheHeldFileIsNoticed)
     });
     EXPECT_THAT(FailedStart(), HasSubstr(OtherFileMessage()));
     EXPECT_TRUE(mapped);
+    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+}
+
+TEST_F(LoadingVerifiedFile, AFileBehindALinkIsVerifiedAndLoadedByItsOwnPath)
+{
+    site.Install("unsigned"); // what the link leads to by the time of the next look
+    const std::filesystem::path real = InstallElsewhere("good");
+    const PluginControl plugin(real);
+    const CreateFileDouble link(LeadingTo(site.PluginFile(), real));
+    std::vector<std::wstring> paths;
+    const WinVerifyTrustDouble verify([&paths](HWND window, GUID* action, LPVOID data) {
+        paths.emplace_back(static_cast<WINTRUST_DATA*>(data)->pFile->pcwszFilePath);
+        return WinVerifyTrustDouble::Original(window, action, data);
+    });
+    const LoadLibraryExDouble first([&paths](LPCWSTR path, HANDLE reserved, DWORD flags) {
+        paths.emplace_back(path);
+        return LoadLibraryExDouble::Original(path, reserved, flags);
+    });
+    const LoadLibraryDouble second([&paths](LPCWSTR path) {
+        paths.emplace_back(path);
+        return LoadLibraryDouble::Original(path);
+    });
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_THAT(paths, AllOf(SizeIs(4), Each(real.native())));
+    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_THAT(plugin.Log(), Contains(LogLine{Info, "Binary file: is valid: " + File()}));
+    EXPECT_THAT(plugin.Log(), Contains(LogLine{Info, "Successfully loaded client plugin module " + File()}));
+}
+
+TEST_F(LoadingVerifiedFile, ALinkThatLeadsToAnAcceptedFileDuringTheVerificationAloneIsOfNoUse)
+{
+    site.Install("good");
+    const std::filesystem::path evil = InstallElsewhere("unsigned");
+    const CreateFileDouble before(LeadingTo(site.PluginFile(), evil));
+    int loads = 0;
+    const auto after = [&](LPCWSTR path) {
+        ++loads;
+        return path == site.PluginFile().native() ? evil.c_str() : path;
+    };
+    const LoadLibraryExDouble first([&](LPCWSTR path, HANDLE reserved, DWORD flags) {
+        return LoadLibraryExDouble::Original(after(path), reserved, flags);
+    });
+    const LoadLibraryDouble second([&](LPCWSTR path) { return LoadLibraryDouble::Original(after(path)); });
+    EXPECT_EQ(FailedStart(), "Binary file: signature is invalid: " + File() + '\n');
+    EXPECT_EQ(loads, 0);
+    EXPECT_FALSE(IsLoaded(evil));
+}
+
+TEST_F(LoadingVerifiedFile, ALinkToAFileWhoseNameTheLoaderWouldExtendIsRefused)
+{
+    site.Install("good");
+    const CreateFileDouble link(LeadingTo(site.PluginFile(), InstallElsewhere("good", "Real")));
+    EXPECT_EQ(FailedStart(),
+              "Failed to load client plugin module " + File() + ". Error: " + SystemText(ERROR_BAD_PATHNAME) + '\n');
+}
+
+TEST_F(LoadingVerifiedFile, AFileWhoseOwnPathIsUnknownIsRefusedEvenWhereItsSignatureIsValid)
+{
+    site.Install();
+    const FinalPathDouble unknown([](HANDLE, LPWSTR, DWORD, DWORD) {
+        SetLastError(ERROR_PATH_NOT_FOUND);
+        return DWORD{0};
+    });
+    EXPECT_EQ(FailedStart(), "Client plugin module " + File() +
+                                 " cannot be kept from changing while it is loaded. Error: " +
+                                 SystemText(ERROR_PATH_NOT_FOUND) + '\n');
     EXPECT_FALSE(IsLoaded(site.PluginFile()));
 }
 

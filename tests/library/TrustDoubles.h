@@ -44,6 +44,12 @@ struct CertificateNameImport
     using Type = DWORD(PCCERT_CONTEXT, DWORD, DWORD, void*, LPSTR, DWORD);
 };
 
+struct WideCertificateNameImport
+{
+    static constexpr char Name[] = "CertGetNameStringW";
+    using Type = DWORD(PCCERT_CONTEXT, DWORD, DWORD, void*, LPWSTR, DWORD);
+};
+
 struct HashCertificateImport
 {
     static constexpr char Name[] = "CryptHashCertificate2";
@@ -61,6 +67,7 @@ using ProviderDataDouble = ImportDouble<ProviderDataImport>;
 using SignerDouble = ImportDouble<SignerImport>;
 using CertificateDouble = ImportDouble<CertificateImport>;
 using CertificateNameDouble = ImportDouble<CertificateNameImport>;
+using WideCertificateNameDouble = ImportDouble<WideCertificateNameImport>;
 using HashCertificateDouble = ImportDouble<HashCertificateImport>;
 using PathFileExistsDouble = ImportDouble<PathFileExistsImport>;
 

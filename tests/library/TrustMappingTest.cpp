@@ -1,10 +1,11 @@
-// Answers of the platform that real files do not bring about here: each reason, and the walks over the signers.
+// Answers of the platform that real files do not bring about here: each reason, and the walk to the signer's name.
 
-#include <array>
+#include <algorithm>
 #include <ostream>
 #include <utility>
 
 #include "BuildData.h"
+#include "TrustSigners.h"
 #include "TrustTest.h"
 
 namespace OrlindexTest {
@@ -86,24 +87,6 @@ TEST_F(TrustedByPlatform, ThePinnedRootIsNotLookedAt)
     EXPECT_EQ(hashes, 0);
 }
 
-/// Provider data that claim another number of signers than the file has.
-class SignerCount
-{
-public:
-    explicit SignerCount(DWORD count)
-        : double_([this, count](HANDLE state) {
-              data_ = *ProviderDataDouble::Original(state);
-              data_.csSigners = count;
-              return &data_;
-          })
-    {
-    }
-
-private:
-    CRYPT_PROVIDER_DATA data_{};
-    ProviderDataDouble double_;
-};
-
 TEST_F(TrustedByPlatform, NoSignerIsNotTrusted)
 {
     site.Install("good");
@@ -131,6 +114,19 @@ TEST_F(TrustedByPlatform, ACertificateWithoutContextIsSkipped)
     empty.cbStruct = sizeof empty;
     const CertificateDouble without([&empty](CRYPT_PROVIDER_SGNR*, DWORD) { return &empty; });
     ExpectRefused(SaidNotTrusted);
+}
+
+TEST_F(TrustedByPlatform, ASignerWhoseCertificateHasNoContextIsSkipped)
+{
+    site.Install("good");
+    const SignerCount two(2);
+    const ChangedSigner twice([](CRYPT_PROVIDER_SGNR&) {});
+    CRYPT_PROVIDER_CERT empty{};
+    empty.cbStruct = sizeof empty;
+    const CertificateDouble firstWithout([&empty](CRYPT_PROVIDER_SGNR* signer, DWORD index) {
+        return index == 0 ? &empty : CertificateDouble::Original(signer, 0);
+    });
+    ExpectAccepted();
 }
 
 TEST_F(TrustedByPlatform, TheSignersIndexIsTheCertificatesIndexToo)
@@ -168,173 +164,6 @@ TEST_F(TrustedByPlatform, TheFirstMatchingSignerEndsTheWalk)
     EXPECT_EQ(asked, 1);
 }
 
-class UntrustedRoot : public TrustTest
-{
-protected:
-    void SetUp() override
-    {
-        site.Install("good");
-        verifyAnswer = 0x800B0109;
-    }
-
-    /// Answers of the hashing, call by call; the real digest comes first and may be changed.
-    template <typename Change>
-    auto ChangedHash(Change change)
-    {
-        return [this, change](LPCWSTR algorithm, DWORD flags, void* reserved, const BYTE* bytes, DWORD count,
-                              BYTE* digest, DWORD* size) {
-            EXPECT_STREQ(algorithm, L"SHA256");
-            EXPECT_EQ(flags, 0U);
-            EXPECT_EQ(reserved, nullptr);
-            EXPECT_EQ(*size, 32U);
-            EXPECT_EQ(std::string(reinterpret_cast<const char*>(bytes), count), site.RootCertificate("root"));
-            ++hashes;
-            HashCertificateDouble::Original(algorithm, flags, reserved, bytes, count, digest, size);
-            return change(digest, *size);
-        };
-    }
-
-    int hashes = 0;
-};
-
-TEST_F(UntrustedRoot, ThePinnedRootIsHashedOnce)
-{
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
-    ExpectAccepted();
-    EXPECT_EQ(hashes, 1);
-}
-
-TEST_F(UntrustedRoot, NoProviderDataIsNotTrusted)
-{
-    const ProviderDataDouble none([](HANDLE) -> CRYPT_PROVIDER_DATA* { return nullptr; });
-    ExpectRefused(SaidNotTrusted);
-}
-
-TEST_F(UntrustedRoot, NoSignerIsNotTrusted)
-{
-    const SignerCount none(0);
-    ExpectRefused(SaidNotTrusted);
-}
-
-TEST_F(UntrustedRoot, ASignerThatCannotBeHadIsNotTrusted)
-{
-    const SignerDouble none([](CRYPT_PROVIDER_DATA*, DWORD, BOOL, DWORD) -> CRYPT_PROVIDER_SGNR* { return nullptr; });
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
-    ExpectRefused(SaidNotTrusted);
-    EXPECT_EQ(hashes, 0);
-}
-
-TEST_F(UntrustedRoot, ASignerWithoutCertificateIsSkipped)
-{
-    const CertificateDouble none([](CRYPT_PROVIDER_SGNR*, DWORD) -> CRYPT_PROVIDER_CERT* { return nullptr; });
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
-    ExpectRefused(SaidNotTrusted);
-    EXPECT_EQ(hashes, 0);
-}
-
-/// The real signer with another chain.
-class ChangedSigner
-{
-public:
-    explicit ChangedSigner(std::function<void(CRYPT_PROVIDER_SGNR&)> change)
-        : change_(std::move(change)),
-          double_([this](CRYPT_PROVIDER_DATA* data, DWORD, BOOL counter, DWORD counterIndex) {
-              signer_ = *SignerDouble::Original(data, 0, counter, counterIndex);
-              change_(signer_);
-              return &signer_;
-          })
-    {
-    }
-
-private:
-    std::function<void(CRYPT_PROVIDER_SGNR&)> change_;
-    CRYPT_PROVIDER_SGNR signer_{};
-    SignerDouble double_;
-};
-
-TEST_F(UntrustedRoot, ASignerWithoutChainIsSkipped)
-{
-    const CertificateDouble leaf(
-        [chain = std::array<CRYPT_PROVIDER_CERT, 1>{}](CRYPT_PROVIDER_SGNR*, DWORD) mutable { return chain.data(); });
-    const ChangedSigner chainless([](CRYPT_PROVIDER_SGNR& signer) { signer.pasCertChain = nullptr; });
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
-    ExpectRefused(SaidNotTrusted);
-    EXPECT_EQ(hashes, 0);
-}
-
-TEST_F(UntrustedRoot, ARootWithoutContextIsSkipped)
-{
-    std::vector<CRYPT_PROVIDER_CERT> chain;
-    const ChangedSigner rootless([&chain](CRYPT_PROVIDER_SGNR& signer) {
-        chain.assign(signer.pasCertChain, signer.pasCertChain + signer.csCertChain);
-        chain.back().pCert = nullptr;
-        signer.pasCertChain = chain.data();
-    });
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
-    ExpectRefused(SaidNotTrusted);
-    EXPECT_EQ(hashes, 0);
-}
-
-TEST_F(UntrustedRoot, AHashThatFailsGoesOnWithTheNextSigner)
-{
-    const SignerCount two(2);
-    const ChangedSigner twice([](CRYPT_PROVIDER_SGNR&) {});
-    const HashCertificateDouble hash(ChangedHash([this](BYTE*, DWORD&) { return hashes == 2; }));
-    ExpectAccepted();
-    EXPECT_EQ(hashes, 2);
-}
-
-TEST_F(UntrustedRoot, AHashThatFailsForEverySignerIsNotTrusted)
-{
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return FALSE; }));
-    ExpectRefused(SaidNotTrusted);
-    EXPECT_EQ(hashes, 1);
-}
-
-TEST_F(UntrustedRoot, AHashThatFailsWithAnotherSizeEndsTheWalkAndIsCompared)
-{
-    const SignerCount two(2);
-    const ChangedSigner twice([](CRYPT_PROVIDER_SGNR&) {});
-    const HashCertificateDouble hash(ChangedHash([](BYTE* digest, DWORD& size) {
-        std::memset(digest, 0, 32);
-        size = 20;
-        return FALSE;
-    }));
-    ExpectRefused(SaidNotTrusted);
-    EXPECT_EQ(hashes, 1);
-}
-
-TEST_F(UntrustedRoot, ADigestThatDiffersInItsLastBitIsNotTrusted)
-{
-    const HashCertificateDouble hash(ChangedHash([](BYTE* digest, DWORD&) {
-        digest[31] ^= 1;
-        return TRUE;
-    }));
-    ExpectRefused(SaidNotTrusted);
-}
-
-TEST_F(UntrustedRoot, OnlyTheFirstHashedSignerCounts)
-{
-    const SignerCount two(2);
-    const ChangedSigner twice([](CRYPT_PROVIDER_SGNR&) {});
-    const HashCertificateDouble hash(ChangedHash([this](BYTE* digest, DWORD&) {
-        if (hashes == 1)
-            digest[0] ^= 1;
-        return TRUE;
-    }));
-    ExpectRefused(SaidNotTrusted);
-    EXPECT_EQ(hashes, 1);
-}
-
-TEST_F(UntrustedRoot, SuccessOfTheRootCheckWithoutProviderDataAfterwardsIsAMissingSignature)
-{
-    int asked = 0;
-    const ProviderDataDouble onlyOnce(
-        [&asked](HANDLE state) { return ++asked == 1 ? ProviderDataDouble::Original(state) : nullptr; });
-    ExpectRefused(SaidMissing);
-    EXPECT_EQ(asked, 2);
-}
-
 struct Name
 {
     const char* name;
@@ -367,6 +196,11 @@ TEST_P(SignerName, IsComparedByteForByte)
             }
             return static_cast<DWORD>(text.size());
         });
+    const WideCertificateNameDouble wide([&text](PCCERT_CONTEXT, DWORD, DWORD, void*, LPWSTR buffer, DWORD size) {
+        const auto length = std::min<std::size_t>(text.size(), size);
+        std::copy_n(text.begin(), length, buffer);
+        return static_cast<DWORD>(length);
+    });
     if (GetParam().listed)
         ExpectAccepted();
     else

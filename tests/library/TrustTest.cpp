@@ -58,6 +58,24 @@ TEST_F(Signature, ANameThatIsNotListedBelowThePinnedRootIsNotTrusted)
     ExpectRefused(SaidNotTrusted);
 }
 
+TEST_F(Signature, ANameThatLooksLikeAListedOneIsNotTrusted)
+{
+    site.Install("look-alike");
+    ExpectRefused(SaidNotTrusted);
+}
+
+TEST_F(Signature, AnExpiredCertificateBelowThePinnedRootIsAnUnknownError)
+{
+    site.Install("pinned-expired");
+    ExpectRefused(SaidUnknownError);
+}
+
+TEST_F(Signature, AnExpiredCertificateBelowAnotherUntrustedRootIsNotTrusted)
+{
+    site.Install("expired");
+    ExpectRefused(SaidNotTrusted);
+}
+
 TEST_F(Signature, AnUnsignedFileIsInvalid)
 {
     site.Install("unsigned");
@@ -113,6 +131,7 @@ TEST_F(Signature, TheTrustDataAskForASilentCheckOfTheFileWithoutRevocation)
     }
     EXPECT_EQ(Calls()[0].stateAction, 1U);
     EXPECT_EQ(Calls()[0].state, nullptr);
+    EXPECT_EQ(Calls()[0].file->hFile, nullptr) << "the platform opens the file itself";
     EXPECT_EQ(Calls()[1].stateAction, 2U);
     EXPECT_NE(Calls()[1].state, nullptr);
 }

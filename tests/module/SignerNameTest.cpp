@@ -29,7 +29,14 @@ struct GetNameImport
     using Type = decltype(CertGetNameStringA);
 };
 
+struct GetWideNameImport
+{
+    static constexpr char Name[] = "CertGetNameStringW";
+    using Type = decltype(CertGetNameStringW);
+};
+
 using GetNameDouble = ImportDouble<GetNameImport>;
+using GetWideNameDouble = ImportDouble<GetWideNameImport>;
 
 struct CertificateFreer
 {
@@ -71,6 +78,11 @@ class NamedCertificate
 {
 public:
     NamedCertificate(DWORD neededLength, DWORD secondAnswer, const std::string& text)
+        : NamedCertificate(neededLength, secondAnswer, text, std::wstring(text.begin(), text.end()))
+    {
+    }
+
+    NamedCertificate(DWORD neededLength, DWORD secondAnswer, const std::string& text, const std::wstring& wide)
         : names_(
               [this, neededLength, secondAnswer, text](PCCERT_CONTEXT certificate, DWORD type, DWORD flags,
                                                        void* parameter, char* name, DWORD size) {
@@ -89,6 +101,20 @@ public:
                   std::copy_n(text.data(), std::min<std::size_t>(text.size(), size), name);
                   return secondAnswer;
               },
+              Executable()),
+          wideNames_(
+              [this, wide](PCCERT_CONTEXT certificate, DWORD type, DWORD flags, void* parameter, wchar_t* name,
+                           DWORD size) {
+                  EXPECT_EQ(certificate, &context_);
+                  EXPECT_EQ(type, 4u);
+                  EXPECT_EQ(flags, 0u);
+                  EXPECT_EQ(parameter, nullptr);
+                  // As the platform does: cut to what fits, always with a terminating zero.
+                  const std::size_t length = std::min<std::size_t>(wide.size(), size - 1);
+                  std::copy_n(wide.data(), length, name);
+                  name[length] = L'\0';
+                  return static_cast<DWORD>(length + 1);
+              },
               Executable())
     {
     }
@@ -99,6 +125,12 @@ public:
     {
     }
 
+    /// Its name converts to `text`, and is `wide`.
+    NamedCertificate(const std::string& text, const std::wstring& wide)
+        : NamedCertificate(static_cast<DWORD>(text.size() + 1), static_cast<DWORD>(text.size() + 1), text, wide)
+    {
+    }
+
     bool Matches(std::string_view signers) const { return SignerNameMatches(&context_, signers); }
     int Calls() const { return calls_; }
 
@@ -106,6 +138,7 @@ private:
     CERT_CONTEXT context_ = {};
     int calls_ = 0;
     GetNameDouble names_;
+    GetWideNameDouble wideNames_;
 };
 
 constexpr std::string_view List(const char* text, std::size_t size)
@@ -147,6 +180,32 @@ TEST(SignerName, AMissingOrAnAddedPointDoesNotMatch)
 TEST(SignerName, AStrangerDoesNotMatch)
 {
     EXPECT_FALSE(IsTrusted("stranger"));
+}
+
+TEST(SignerName, ALookAlikeDoesNotMatch)
+{
+    EXPECT_FALSE(IsTrusted("look-alike"));
+    EXPECT_TRUE(NamedCertificate("One", L"One").Matches(twoNames));
+    for (const wchar_t* wide : {L"\uFF2Fne", L"On\u0113", L"On", L"Onee", L"One ", L"", L"\u014Ene", L"one"})
+        EXPECT_FALSE(NamedCertificate("One", wide).Matches(twoNames)) << ToUtf8(wide);
+}
+
+TEST(SignerName, OnlyAMatchTakesAQuestionForTheWideName)
+{
+    const GetWideNameDouble none(
+        [](PCCERT_CONTEXT, DWORD, DWORD, void*, wchar_t*, DWORD) {
+            ADD_FAILURE();
+            return DWORD{0};
+        },
+        Executable());
+    EXPECT_FALSE(IsTrusted("stranger"));
+}
+
+TEST(SignerName, AnUnknownWideNameDoesNotMatch)
+{
+    const GetWideNameDouble none([](PCCERT_CONTEXT, DWORD, DWORD, void*, wchar_t*, DWORD) { return DWORD{0}; },
+                                 Executable());
+    EXPECT_FALSE(IsTrusted("good"));
 }
 
 TEST(SignerName, EveryNameOfAListIsCompared)

@@ -36,6 +36,7 @@ struct Row
 constexpr Row Failing[] = {
     {"AllocateAndInitializeSid", {False, ERROR_NOT_ENOUGH_MEMORY}},
     {"CertGetNameStringA", {EmptyName, ERROR_SUCCESS}},
+    {"CertGetNameStringW", {EmptyName, ERROR_SUCCESS}},
     {"CheckTokenMembership", {False, ERROR_ACCESS_DENIED}},
     {"CloseHandle", {False, ERROR_INVALID_HANDLE}},
     {"CreateFileW", {InvalidHandle, ERROR_ACCESS_DENIED}},
@@ -48,6 +49,8 @@ constexpr Row Failing[] = {
     {"GetFileAttributesW", {NoAttributes, ERROR_ACCESS_DENIED}},
     {"GetFileInformationByHandle", {False, ERROR_INVALID_FUNCTION}},
     {"GetFileSizeEx", {False, ERROR_INVALID_FUNCTION}},
+    {"GetFinalPathNameByHandleW", {NoLength, ERROR_ACCESS_DENIED}},
+    {"GetFullPathNameW", {NoLength, ERROR_NOT_ENOUGH_MEMORY}},
     {"GetModuleFileNameW", {NoLength, ERROR_MOD_NOT_FOUND}},
     {"GetModuleHandleW", {Null, ERROR_MOD_NOT_FOUND}},
     {"GetProcAddress", {Null, ERROR_PROC_NOT_FOUND}},

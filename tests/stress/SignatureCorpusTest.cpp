@@ -156,8 +156,9 @@ TEST_F(SignatureCorpus, EachSignerIsJudgedAsThePlatformJudgesIt)
     const int before = Accepted();
     ExamineBuild("marked");
     EXPECT_EQ(Accepted(), before + 1) << "the good one";
-    for (const char* plugin : {"marked-stranger", "marked-expired", "marked-wrong-purpose", "marked-self-signed",
-                               "marked-other-root", "marked-twice", "marked-stranger-first", "marked-unsigned"})
+    for (const char* plugin :
+         {"marked-stranger", "marked-look-alike", "marked-pinned-expired", "marked-expired", "marked-wrong-purpose",
+          "marked-self-signed", "marked-other-root", "marked-twice", "marked-stranger-first", "marked-unsigned"})
         ExamineBuild(plugin);
     Report("signers");
     EXPECT_GT(Refused(), 0);

@@ -1,0 +1,33 @@
+#ifndef ORLINDEX_LOAD_HELDFILE_H
+#define ORLINDEX_LOAD_HELDFILE_H
+
+#include <string>
+#include <windows.h>
+
+#include "base/FileHandle.h"
+
+namespace Kestrany::IdentityServices {
+
+/// A file that nobody can write, replace or rename while the object lives. A link above it may lead elsewhere at any
+/// time; its own path has none.
+class HeldFile
+{
+public:
+    explicit HeldFile(const std::wstring& path);
+
+    bool IsHeld() const { return error_ == ERROR_SUCCESS; }
+    /// Why it is not held.
+    DWORD Error() const { return error_; }
+    /// The file's own; the given one where it is not held.
+    const std::wstring& Path() const { return path_; }
+    const FileHandle& File() const { return file_; }
+
+private:
+    FileHandle file_;
+    DWORD error_;
+    std::wstring path_;
+};
+
+} // namespace Kestrany::IdentityServices
+
+#endif

@@ -1,0 +1,149 @@
+// A file that is held: by which path it is verified and loaded.
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <string>
+#include <windows.h>
+
+#include "Imports.h"
+#include "base/Paths.h"
+#include "load/HeldFile.h"
+#include "support/Site.h"
+#include "support/Text.h"
+
+namespace OrlindexTest {
+
+using namespace Kestrany::IdentityServices;
+
+namespace {
+
+struct FinalPathImport
+{
+    static constexpr char Name[] = "GetFinalPathNameByHandleW";
+    using Type = decltype(GetFinalPathNameByHandleW);
+};
+
+struct CreateFileImport
+{
+    static constexpr char Name[] = "CreateFileW";
+    using Type = decltype(CreateFileW);
+};
+
+using FinalPathDouble = ImportDouble<FinalPathImport>;
+using CreateFileDouble = ImportDouble<CreateFileImport>;
+
+constexpr DWORD NormalizedName = 0;
+constexpr DWORD OpenedName = 8;
+
+} // namespace
+
+class HeldFiles : public testing::Test
+{
+protected:
+    void SetUp() override { WriteFile(file, "held"); }
+
+    /// The path of a file that was asked for as `given`, where the platform names it `own`.
+    std::wstring PathOf(const std::wstring& own, const std::wstring& given = L"C:\\given.dll") const
+    {
+        const CreateFileDouble open(
+            [this](LPCWSTR, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security, DWORD disposition, DWORD flags,
+                   HANDLE model) {
+                return CreateFileDouble::Original(file.c_str(), access, sharing, security, disposition, flags, model);
+            },
+            Executable());
+        const FinalPathDouble name(
+            [&own](HANDLE, LPWSTR path, DWORD size, DWORD) {
+                EXPECT_GT(size, own.size());
+                std::copy_n(own.c_str(), own.size() + 1, path);
+                return static_cast<DWORD>(own.size());
+            },
+            Executable());
+        const HeldFile held(given);
+        EXPECT_TRUE(held.IsHeld());
+        EXPECT_EQ(FindModulePathDefect(held.Path()), std::nullopt);
+        return held.Path();
+    }
+
+    const Site site;
+    const std::filesystem::path file = site.HostFolder() / "held.dll";
+};
+
+TEST_F(HeldFiles, NobodyMayWriteOrRenameIt)
+{
+    const HeldFile held(file.native());
+    EXPECT_TRUE(held.IsHeld());
+    EXPECT_EQ(held.Path(), file.native());
+    EXPECT_FALSE(MoveFileW(file.c_str(), (site.HostFolder() / "moved.dll").c_str()));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SHARING_VIOLATION));
+}
+
+TEST_F(HeldFiles, OneThatIsNotThereIsNotHeldAndKeepsItsName)
+{
+    const std::wstring missing = (site.HostFolder() / "missing.dll").native();
+    const HeldFile held(missing);
+    EXPECT_FALSE(held.IsHeld());
+    EXPECT_EQ(held.Error(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(held.Path(), missing);
+}
+
+TEST_F(HeldFiles, ItsOwnPathIsPlainWhereThatMeansTheSame)
+{
+    EXPECT_EQ(PathOf(L"\\\\?\\C:\\folder\\file.dll"), L"C:\\folder\\file.dll");
+    EXPECT_EQ(PathOf(L"\\\\?\\UNC\\server\\share\\file.dll"), L"\\\\server\\share\\file.dll");
+    EXPECT_EQ(PathOf(L"C:\\folder\\file.dll"), L"C:\\folder\\file.dll");
+}
+
+TEST_F(HeldFiles, ItsOwnPathIsTakenLiterallyWhereAPlainOneWouldMeanAnother)
+{
+    for (const wchar_t* own : {L"\\\\?\\C:\\folder.\\file.dll", L"\\\\?\\C:\\folder/file.dll",
+                               L"\\\\?\\Volume{0b3f7e6c-0000-0000-0000-000000000000}\\file.dll"})
+        EXPECT_EQ(PathOf(own), own);
+    // What was configured leads there through a link that bears the name without the point.
+    EXPECT_EQ(PathOf(L"\\\\?\\C:\\folder.\\file.dll", L"C:\\folder.\\file.dll"), L"\\\\?\\C:\\folder.\\file.dll");
+}
+
+TEST_F(HeldFiles, ALongPathIsPlainOnlyWhereItWasGivenSo)
+{
+    const auto pathOfLength = [](std::size_t length) { return L"C:\\" + std::wstring(length - 7, L'n') + L".dll"; };
+    EXPECT_EQ(PathOf(L"\\\\?\\" + pathOfLength(259)), pathOfLength(259));
+    EXPECT_EQ(PathOf(L"\\\\?\\" + pathOfLength(260)), L"\\\\?\\" + pathOfLength(260));
+    EXPECT_EQ(PathOf(L"\\\\?\\" + pathOfLength(260), pathOfLength(260)), pathOfLength(260));
+}
+
+TEST_F(HeldFiles, WhereNamesCannotBeNormalizedTheOpenedOneIsTaken)
+{
+    const FinalPathDouble name(
+        [](HANDLE handle, LPWSTR path, DWORD size, DWORD form) {
+            if (form != NormalizedName)
+                return FinalPathDouble::Original(handle, path, size, form);
+            SetLastError(ERROR_ACCESS_DENIED);
+            return DWORD{0};
+        },
+        Executable());
+    const HeldFile held(file.native());
+    EXPECT_TRUE(held.IsHeld());
+    EXPECT_EQ(held.Path(), file.native());
+}
+
+TEST_F(HeldFiles, OneWithoutAnyNameIsNotHeld)
+{
+    std::vector<DWORD> forms;
+    for (const DWORD answer : {0U, 32768U, 40000U})
+    {
+        const FinalPathDouble name(
+            [&](HANDLE, LPWSTR, DWORD, DWORD form) {
+                forms.push_back(form);
+                SetLastError(ERROR_PATH_NOT_FOUND);
+                return answer;
+            },
+            Executable());
+        const HeldFile held(file.native());
+        EXPECT_FALSE(held.IsHeld());
+        EXPECT_EQ(held.Error(), static_cast<DWORD>(ERROR_PATH_NOT_FOUND));
+        EXPECT_EQ(held.Path(), file.native());
+    }
+    EXPECT_EQ(forms,
+              (std::vector<DWORD>{NormalizedName, OpenedName, NormalizedName, OpenedName, NormalizedName, OpenedName}));
+}
+
+} // namespace OrlindexTest
