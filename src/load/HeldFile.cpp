@@ -37,10 +37,12 @@ std::wstring PlainPath(const std::wstring& path, const std::wstring& given)
 std::wstring OwnPath(const FileHandle& file, DWORD& error)
 {
     std::wstring path(longestPath, L'\0');
-    // Not every server of a share lets names be normalized. The opened one is free of links too.
-    for (const DWORD form : {FILE_NAME_NORMALIZED, FILE_NAME_OPENED})
+    // Not every server of a share lets names be normalized; the opened one is free of links too. And not every volume
+    // has a letter.
+    for (const DWORD form : {FILE_NAME_NORMALIZED | VOLUME_NAME_DOS, FILE_NAME_OPENED | VOLUME_NAME_DOS,
+                             FILE_NAME_NORMALIZED | VOLUME_NAME_GUID})
     {
-        const DWORD length = GetFinalPathNameByHandleW(file.Get(), path.data(), longestPath, form | VOLUME_NAME_DOS);
+        const DWORD length = GetFinalPathNameByHandleW(file.Get(), path.data(), longestPath, form);
         if (length > 0 && length < longestPath)
         {
             error = ERROR_SUCCESS;

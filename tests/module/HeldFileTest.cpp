@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <string>
+#include <vector>
 #include <windows.h>
 
 #include "Imports.h"
@@ -34,6 +36,7 @@ using CreateFileDouble = ImportDouble<CreateFileImport>;
 
 constexpr DWORD NormalizedName = 0;
 constexpr DWORD OpenedName = 8;
+constexpr DWORD NormalizedNameOnVolume = 1;
 
 } // namespace
 
@@ -125,11 +128,28 @@ TEST_F(HeldFiles, WhereNamesCannotBeNormalizedTheOpenedOneIsTaken)
     EXPECT_EQ(held.Path(), file.native());
 }
 
+TEST_F(HeldFiles, WhereTheVolumeHasNoLetterItsOwnNameIsTaken)
+{
+    constexpr wchar_t own[] = L"\\\\?\\Volume{0b3f7e6c-0000-0000-0000-000000000000}\\file.dll";
+    const FinalPathDouble name(
+        [&own](HANDLE, LPWSTR path, DWORD, DWORD form) {
+            SetLastError(ERROR_PATH_NOT_FOUND);
+            if (form != NormalizedNameOnVolume)
+                return DWORD{0};
+            std::copy(std::begin(own), std::end(own), path);
+            return static_cast<DWORD>(std::size(own) - 1);
+        },
+        Executable());
+    const HeldFile held(file.native());
+    EXPECT_TRUE(held.IsHeld());
+    EXPECT_EQ(held.Path(), own);
+}
+
 TEST_F(HeldFiles, OneWithoutAnyNameIsNotHeld)
 {
-    std::vector<DWORD> forms;
     for (const DWORD answer : {0U, 32768U, 40000U})
     {
+        std::vector<DWORD> forms;
         const FinalPathDouble name(
             [&](HANDLE, LPWSTR, DWORD, DWORD form) {
                 forms.push_back(form);
@@ -141,9 +161,8 @@ TEST_F(HeldFiles, OneWithoutAnyNameIsNotHeld)
         EXPECT_FALSE(held.IsHeld());
         EXPECT_EQ(held.Error(), static_cast<DWORD>(ERROR_PATH_NOT_FOUND));
         EXPECT_EQ(held.Path(), file.native());
+        EXPECT_EQ(forms, (std::vector<DWORD>{NormalizedName, OpenedName, NormalizedNameOnVolume}));
     }
-    EXPECT_EQ(forms,
-              (std::vector<DWORD>{NormalizedName, OpenedName, NormalizedName, OpenedName, NormalizedName, OpenedName}));
 }
 
 } // namespace OrlindexTest
