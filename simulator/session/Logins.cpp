@@ -22,12 +22,6 @@ Json::Int64 ToSeconds(TimePoint time)
     return std::chrono::duration_cast<std::chrono::seconds>(time.time_since_epoch()).count();
 }
 
-/// The reserved domain "invalid" never resolves: nobody signs in anywhere by mistake.
-std::string IssuerOf(Server server)
-{
-    return "https://" + ServerName(server) + ".simulator.invalid";
-}
-
 void AddText(Json::Value& claims, const char* name, const std::string& text)
 {
     if (!text.empty())
@@ -311,7 +305,7 @@ IdErrorCode Logins::AddTokens(LoginRecord& record, const Caller& caller) const
     const TimePoint expiry = now + scenario_.tokenLifetime;
 
     Json::Value claims(Json::objectValue);
-    claims["iss"] = IssuerOf(caller.server);
+    claims["iss"] = ServerOrigin(caller.server);
     claims["aud"] = caller.clientId;
     claims["sub"] = account.userId;
     claims["iat"] = ToSeconds(now);

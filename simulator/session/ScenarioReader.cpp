@@ -8,9 +8,9 @@
 
 #include <json/reader.h>
 
-#include "protocol/Operations.h"
 #include "session/Json.h"
 #include "session/Nearest.h"
+#include "session/Operations.h"
 #include "session/Utf8.h"
 
 namespace Kestrany::Simulator {

@@ -22,7 +22,7 @@
 #include "process/ServerLink.h"
 #include "process/ServerRequests.h"
 #include "protocol/Message.h"
-#include "protocol/Operations.h"
+#include "session/Operations.h"
 #include "session/ResultCodes.h"
 
 #include <aclapi.h>
