@@ -162,6 +162,9 @@ IdErrorCode Logins::GetIdToken(const Caller& caller, std::string& token)
         return code;
     if (Passed(tokens.id.expiry))
         return IdTokenExpired;
+    // A user with long texts can sign in all the same.
+    if (tokens.id.text.size() > MaxToken)
+        return IdTextTooLong;
     token = tokens.id.text;
     return IdSuccess;
 }
@@ -324,16 +327,20 @@ IdErrorCode Logins::AddTokens(LoginRecord& record, const Caller& caller) const
     AddText(id, "preferred_username", account.userName);
     AddText(id, "email", account.email);
 
+    ClientTokens tokens{caller.clientId,
+                        caller.scope,
+                        {WriteJwt(parts_.signer, AccessTokenType, access), expiry},
+                        {WriteJwt(parts_.signer, "JWT", id), expiry}};
+    if (tokens.access.text.size() > MaxToken)
+        return IdTextTooLong;
+
     auto& clients = record.clients;
     clients.erase(std::remove_if(clients.begin(), clients.end(),
-                                 [&](const ClientTokens& tokens) { return tokens.clientId == caller.clientId; }),
+                                 [&](const ClientTokens& other) { return other.clientId == caller.clientId; }),
                   clients.end());
     if (clients.size() == MaxClients)
         clients.erase(clients.begin());
-    clients.push_back({caller.clientId,
-                       caller.scope,
-                       {WriteJwt(parts_.signer, AccessTokenType, access), expiry},
-                       {WriteJwt(parts_.signer, "JWT", id), expiry}});
+    clients.push_back(std::move(tokens));
     return IdSuccess;
 }
 
