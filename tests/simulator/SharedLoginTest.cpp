@@ -109,6 +109,16 @@ TEST_F(SharedLoginTest, AHostWhoseServerDiedStartsAnotherAndHearsThatTheLoginIsR
     EXPECT_EQ(observer.kinds, std::vector<std::string>{"LoginRestored"});
 }
 
+TEST_F(SharedLoginTest, ALaterServerHasTheDataFolderOfTheFirst)
+{
+    ASSERT_EQ(LogIn(), IdSuccess);
+    const std::wstring folder = SettingsFolder();
+    ASSERT_TRUE(SetEnvironmentVariableW(SettingsFolderVariable, (folder + L"-other").c_str()));
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    EXPECT_TRUE(client.IsLoginValid());
+    SetEnvironmentVariableW(SettingsFolderVariable, folder.c_str());
+}
+
 TEST_F(SharedLoginTest, AServerThatWasToldToQuitStaysAwayUntilItIsNeeded)
 {
     ASSERT_EQ(LogIn(), IdSuccess);
