@@ -50,8 +50,8 @@ if(ORLINDEX_BUILD_SIMULATOR AND NOT ORLINDEX_OWN_TRUST)
 elseif(ORLINDEX_BUILD_SIMULATOR)
     # The signed module, not the target's own file.
     install(TARGETS simulator_server RUNTIME DESTINATION simulator)
-    install(FILES "${PROJECT_BINARY_DIR}/simulator/PellwickClient.dll" DESTINATION simulator)
-    install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/installation/server/" DESTINATION simulator)
+    install(FILES "${PROJECT_BINARY_DIR}/simulator/PellwickClient.dll"
+        "${PROJECT_BINARY_DIR}/simulator/TALIXVersionCompatibility.config" DESTINATION simulator)
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/installation/host/" DESTINATION simulator/host)
     install(FILES "${PROJECT_SOURCE_DIR}/simulator/installation/README.md" DESTINATION simulator)
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/scenarios" DESTINATION simulator)
