@@ -4,6 +4,7 @@
 #     bin/          Orlindex.dll, and the diagnostic tool
 #     lib/          import libraries, cmake/Orlindex and pkgconfig
 #     include/      headers
+#     plugin/       the headers of the plugin contract, which include each other as in src/
 #     simulator/    the simulator's files in one folder, as a server installation, and a host's configuration; left out
 #                   where the library would refuse its module, which is signed below the build tree's own root
 #     examples/     sources, which find the library by find_package(Orlindex)
@@ -18,6 +19,8 @@ include(Licenses)
 
 install(TARGETS orlindex RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/orlindex" DESTINATION include FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/src/load/contract" DESTINATION plugin/load FILES_MATCHING PATTERN "*.h")
+install(FILES "${PROJECT_SOURCE_DIR}/src/base/LogLevel.h" DESTINATION plugin/base)
 if(TARGET orlindex_msvc_import)
     install(FILES "${ORLINDEX_MSVC_IMPORT_LIBRARY}" DESTINATION lib)
 endif()
