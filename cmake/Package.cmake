@@ -25,6 +25,11 @@ if(TARGET orlindex_msvc_import)
     install(FILES "${ORLINDEX_MSVC_IMPORT_LIBRARY}" DESTINATION lib)
 endif()
 
+# Which compilers' classes are in the library: the name of the variable that CMake sets for them.
+set(ORLINDEX_CLASSES_OF MINGW)
+if(MSVC)
+    set(ORLINDEX_CLASSES_OF MSVC)
+endif()
 set(ORLINDEX_IMPORT_LIBRARY "${CMAKE_IMPORT_LIBRARY_PREFIX}Orlindex${CMAKE_IMPORT_LIBRARY_SUFFIX}")
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/package/OrlindexConfig.cmake.in"
     "${PROJECT_BINARY_DIR}/package/OrlindexConfig.cmake" INSTALL_DESTINATION lib/cmake/Orlindex)
