@@ -4,6 +4,7 @@
 #     bin/          Orlindex.dll, and the diagnostic tool
 #     lib/          import libraries, cmake/Orlindex and pkgconfig
 #     include/      headers
+#     plugin/       the headers of the plugin contract, which include each other as in src/
 #     simulator/    the simulator's files in one folder, as a server installation, and a host's configuration; left out
 #                   where the library would refuse its module, which is signed below the build tree's own root
 #     examples/     sources, which find the library by find_package(Orlindex)
@@ -18,10 +19,17 @@ include(Licenses)
 
 install(TARGETS orlindex RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/orlindex" DESTINATION include FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/src/load/contract" DESTINATION plugin/load FILES_MATCHING PATTERN "*.h")
+install(FILES "${PROJECT_SOURCE_DIR}/src/base/LogLevel.h" DESTINATION plugin/base)
 if(TARGET orlindex_msvc_import)
     install(FILES "${ORLINDEX_MSVC_IMPORT_LIBRARY}" DESTINATION lib)
 endif()
 
+# Which compilers' classes are in the library: the name of the variable that CMake sets for them.
+set(ORLINDEX_CLASSES_OF MINGW)
+if(MSVC)
+    set(ORLINDEX_CLASSES_OF MSVC)
+endif()
 set(ORLINDEX_IMPORT_LIBRARY "${CMAKE_IMPORT_LIBRARY_PREFIX}Orlindex${CMAKE_IMPORT_LIBRARY_SUFFIX}")
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/package/OrlindexConfig.cmake.in"
     "${PROJECT_BINARY_DIR}/package/OrlindexConfig.cmake" INSTALL_DESTINATION lib/cmake/Orlindex)
@@ -50,8 +58,8 @@ if(ORLINDEX_BUILD_SIMULATOR AND NOT ORLINDEX_OWN_TRUST)
 elseif(ORLINDEX_BUILD_SIMULATOR)
     # The signed module, not the target's own file.
     install(TARGETS simulator_server RUNTIME DESTINATION simulator)
-    install(FILES "${PROJECT_BINARY_DIR}/simulator/PellwickClient.dll" DESTINATION simulator)
-    install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/installation/server/" DESTINATION simulator)
+    install(FILES "${PROJECT_BINARY_DIR}/simulator/PellwickClient.dll"
+        "${PROJECT_BINARY_DIR}/simulator/TALIXVersionCompatibility.config" DESTINATION simulator)
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/installation/host/" DESTINATION simulator/host)
     install(FILES "${PROJECT_SOURCE_DIR}/simulator/installation/README.md" DESTINATION simulator)
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/scenarios" DESTINATION simulator)

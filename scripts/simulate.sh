@@ -54,7 +54,8 @@ if [ -z "$build" ]; then
     build=$root/build/release
     bash "$root/scripts/build.sh" release
 fi
-for file in bin/Orlindex.dll simulator/Pellwick.exe simulator/PellwickClient.dll; do
+for file in bin/Orlindex.dll simulator/Pellwick.exe simulator/PellwickClient.dll \
+    simulator/TALIXVersionCompatibility.config; do
     [ -f "$build/$file" ] || fail "$build holds no $file" "build it first: scripts/build.sh release"
 done
 
@@ -109,7 +110,7 @@ json_text()
 say "Simulator in $folder"
 put "$build/simulator/Pellwick.exe" Pellwick/Pellwick.exe
 put "$build/simulator/PellwickClient.dll" Pellwick/PellwickClient.dll
-put "$root/simulator/installation/server/TALIXVersionCompatibility.config" Pellwick/TALIXVersionCompatibility.config
+put "$build/simulator/TALIXVersionCompatibility.config" Pellwick/TALIXVersionCompatibility.config
 put "$root/docs/schema/simulator-scenario.schema.json" Pellwick/simulator-scenario.schema.json
 [ -z "$reset" ] || rm -f "$folder/Pellwick/Pellwick.scenario.json"
 put_unless_changed "$root/simulator/scenarios/accept.json" Pellwick/Pellwick.scenario.json scenario \

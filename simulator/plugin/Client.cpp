@@ -305,11 +305,6 @@ IdErrorCode Client::Login(int& result)
     });
 }
 
-void Client::SetHostApplicationWindow(std::uint64_t window)
-{
-    hostWindow_ = window;
-}
-
 IdErrorCode Client::ShowAccountSettings(int& result)
 {
     return Guarded(IdFailed, [&] {

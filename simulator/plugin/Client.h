@@ -1,8 +1,6 @@
 #ifndef SIMULATOR_PLUGIN_CLIENT_H
 #define SIMULATOR_PLUGIN_CLIENT_H
 
-#include <atomic>
-
 #include "load/contract/ISSOClient.h"
 #include "plugin/Observers.h"
 #include "process/ServerLink.h"
@@ -62,8 +60,9 @@ public:
     /// `result`: a LoginDetail.
     IdErrorCode Login(int& result) override;
     void Reserved29() override {}
-    void SetHostApplicationWindow(std::uint64_t window) override;
-    /// The simulator shows no windows: `result` is 0, nothing changed.
+    /// The simulator shows no windows that would need an owner.
+    void SetHostApplicationWindow(std::uint64_t) override {}
+    /// No window either: `result` is 0, nothing changed.
     IdErrorCode ShowAccountSettings(int& result) override;
     IdErrorCode OverrideCallConfig(int interval, int failInterval, int minJitter, int maxJitter,
                                    const char* url) override;
@@ -77,8 +76,7 @@ public:
 private:
     /// Logs an operation that changes something, with its result, and answers the result.
     IdErrorCode Done(const char* operation, IdErrorCode code) const;
-    /// Whether the service offers a feature; false where nobody can be asked.
-    /// IdFeatureNotOffered for one that the service does not offer, or why that is not known.
+    /// IdFeatureNotOffered for a feature that the service does not offer; another code where nobody can be asked.
     IdErrorCode CheckOffered(IdentityServices::ApiFeature feature) const;
 
     const LogSink log_;
@@ -89,7 +87,6 @@ private:
     Observers observers_;
     ProxyStore proxies_;
     CallPolicy calls_;
-    std::atomic<std::uint64_t> hostWindow_{0};
 };
 
 } // namespace Kestrany::Simulator

@@ -205,10 +205,6 @@ bool ServerManager::QuitAllSSOServerProcesses(std::int64_t timeout)
 void ServerManager::SetSupportBothLocalAndAdmin(bool support)
 {
     Guarded([&] {
-        {
-            const std::lock_guard lock(mutex_);
-            supportBothLocalAndAdmin_ = support;
-        }
         log_(TALIXLog::Info,
              std::string("Per-user and per-machine installations may both serve: ") + (support ? "yes" : "no"));
     });

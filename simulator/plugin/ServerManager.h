@@ -49,6 +49,7 @@ public:
     bool IsSSOServerProcessReady() override;
     bool QuitSSOServerProcess(std::int64_t timeout) override;
     bool QuitAllSSOServerProcesses(std::int64_t timeout) override;
+    /// Only logged: the library has chosen the installation by it already.
     void SetSupportBothLocalAndAdmin(bool support) override;
 
 private:
@@ -65,7 +66,6 @@ private:
     std::string processIdentity_;
     std::string serverIdentity_;
     Arguments arguments_;
-    bool supportBothLocalAndAdmin_ = false;
 };
 
 } // namespace Kestrany::Simulator

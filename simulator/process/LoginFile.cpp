@@ -26,7 +26,8 @@ std::wstring LoginFile(const std::string& identity, Server server)
 
 std::wstring LoginLockFile(const std::string& identity)
 {
-    return SettingsFolder() + L"\\" + Widen(identity) + L".lock";
+    const std::wstring& folder = SettingsFolder();
+    return folder.empty() || !IsValidIdentity(identity) ? std::wstring() : folder + L"\\" + Widen(identity) + L".lock";
 }
 
 } // namespace Kestrany::Simulator

@@ -11,8 +11,8 @@ namespace Kestrany::Simulator {
 /// server process alone writes it.
 std::wstring LoginFile(const std::string& identity, Server server);
 
-/// File whose lock hosts and tools take that look at the login files. The server does not need it: it replaces them
-/// whole.
+/// File, empty for an invalid identity, whose lock hosts and tools take that look at the login files. The server does
+/// not need it: it replaces them whole.
 std::wstring LoginLockFile(const std::string& identity);
 
 } // namespace Kestrany::Simulator

@@ -6,7 +6,7 @@
 #include "process/PrivatePipe.h"
 #include "process/Scope.h"
 #include "process/ServerTrust.h"
-#include "protocol/Operations.h"
+#include "session/Operations.h"
 
 namespace Kestrany::Simulator {
 

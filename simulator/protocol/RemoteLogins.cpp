@@ -1,7 +1,7 @@
 #include "protocol/RemoteLogins.h"
 
-#include "protocol/Operations.h"
 #include "session/Json.h"
+#include "session/Operations.h"
 
 namespace Kestrany::Simulator {
 

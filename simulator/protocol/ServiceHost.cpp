@@ -5,8 +5,8 @@
 #include <map>
 #include <utility>
 
-#include "protocol/Operations.h"
 #include "session/Json.h"
+#include "session/Operations.h"
 
 namespace Kestrany::Simulator {
 

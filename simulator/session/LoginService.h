@@ -18,8 +18,11 @@ enum class LoginDetail : int
     NotLoggedIn = 2
 };
 
-/// Bytes of client ID and scope together that fit into a token.
+/// Client ID and scope of more bytes fit no token.
 inline constexpr std::size_t MaxProductText = 2048;
+
+/// Characters of the longest token that a host can fetch: the library's buffers hold so many and a zero.
+inline constexpr std::size_t MaxToken = 4095;
 
 /// On whose behalf a login is asked for: a host's product at one server. Texts are UTF-8.
 struct Caller

@@ -22,12 +22,6 @@ Json::Int64 ToSeconds(TimePoint time)
     return std::chrono::duration_cast<std::chrono::seconds>(time.time_since_epoch()).count();
 }
 
-/// The reserved domain "invalid" never resolves: nobody signs in anywhere by mistake.
-std::string IssuerOf(Server server)
-{
-    return "https://" + ServerName(server) + ".simulator.invalid";
-}
-
 void AddText(Json::Value& claims, const char* name, const std::string& text)
 {
     if (!text.empty())
@@ -168,6 +162,9 @@ IdErrorCode Logins::GetIdToken(const Caller& caller, std::string& token)
         return code;
     if (Passed(tokens.id.expiry))
         return IdTokenExpired;
+    // A user with long texts can sign in all the same.
+    if (tokens.id.text.size() > MaxToken)
+        return IdTextTooLong;
     token = tokens.id.text;
     return IdSuccess;
 }
@@ -311,7 +308,7 @@ IdErrorCode Logins::AddTokens(LoginRecord& record, const Caller& caller) const
     const TimePoint expiry = now + scenario_.tokenLifetime;
 
     Json::Value claims(Json::objectValue);
-    claims["iss"] = IssuerOf(caller.server);
+    claims["iss"] = ServerOrigin(caller.server);
     claims["aud"] = caller.clientId;
     claims["sub"] = account.userId;
     claims["iat"] = ToSeconds(now);
@@ -330,16 +327,20 @@ IdErrorCode Logins::AddTokens(LoginRecord& record, const Caller& caller) const
     AddText(id, "preferred_username", account.userName);
     AddText(id, "email", account.email);
 
+    ClientTokens tokens{caller.clientId,
+                        caller.scope,
+                        {WriteJwt(parts_.signer, AccessTokenType, access), expiry},
+                        {WriteJwt(parts_.signer, "JWT", id), expiry}};
+    if (tokens.access.text.size() > MaxToken)
+        return IdTextTooLong;
+
     auto& clients = record.clients;
     clients.erase(std::remove_if(clients.begin(), clients.end(),
-                                 [&](const ClientTokens& tokens) { return tokens.clientId == caller.clientId; }),
+                                 [&](const ClientTokens& other) { return other.clientId == caller.clientId; }),
                   clients.end());
     if (clients.size() == MaxClients)
         clients.erase(clients.begin());
-    clients.push_back({caller.clientId,
-                       caller.scope,
-                       {WriteJwt(parts_.signer, AccessTokenType, access), expiry},
-                       {WriteJwt(parts_.signer, "JWT", id), expiry}});
+    clients.push_back(std::move(tokens));
     return IdSuccess;
 }
 

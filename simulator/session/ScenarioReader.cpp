@@ -8,9 +8,9 @@
 
 #include <json/reader.h>
 
-#include "protocol/Operations.h"
 #include "session/Json.h"
 #include "session/Nearest.h"
+#include "session/Operations.h"
 #include "session/Utf8.h"
 
 namespace Kestrany::Simulator {
@@ -34,6 +34,13 @@ struct ScenarioError
     std::string key;
     std::string cause;
 };
+
+/// The parser passes over a byte order mark without counting it, and so do editors.
+std::string WithoutMark(const std::string& contents)
+{
+    static const std::string mark = "\xEF\xBB\xBF";
+    return contents.compare(0, mark.size(), mark) == 0 ? contents.substr(mark.size()) : contents;
+}
 
 std::string PlaceOf(const std::string& text, std::ptrdiff_t offset)
 {
@@ -138,7 +145,7 @@ private:
                 continue;
             const std::string nearest = Nearest(key, allowed);
             Fail(KeyOffset(object[key], key), Join(path, key),
-                 "unknown key" + (nearest.empty() ? std::string() : "; did you mean \"" + nearest + "\"?") +
+                 "unknown key" + (nearest.empty() ? std::string(".") : "; did you mean \"" + nearest + "\"?") +
                      " Allowed here: " + Enumerated(allowed));
         }
     }
@@ -331,8 +338,9 @@ const std::vector<std::string>& FaultyOperations()
     return operations;
 }
 
-std::optional<Scenario> ReadScenario(const std::string& text, const std::string& file, std::string& problem)
+std::optional<Scenario> ReadScenario(const std::string& contents, const std::string& file, std::string& problem)
 {
+    const std::string text = WithoutMark(contents);
     if (const std::size_t good = WellFormedSize(text); good != text.size())
     {
         problem = file + ":" + PlaceOf(text, static_cast<std::ptrdiff_t>(good)) +
@@ -341,6 +349,7 @@ std::optional<Scenario> ReadScenario(const std::string& text, const std::string&
     }
     Json::CharReaderBuilder settings;
     Json::CharReaderBuilder::strictMode(&settings.settings_);
+    settings["skipBom"] = false;    // One was taken away, and there is no second.
     settings["strictRoot"] = false; // What the document is, is checked below, with a place.
     try
     {

@@ -10,7 +10,7 @@ namespace Kestrany::Simulator {
 
 /// Reads the JSON form of docs/schema/simulator-scenario.schema.json. Nothing for any other text; `problem` then says
 /// file, line, column, key and cause, and what is allowed there. `file` is for that message alone.
-std::optional<Scenario> ReadScenario(const std::string& text, const std::string& file, std::string& problem);
+std::optional<Scenario> ReadScenario(const std::string& contents, const std::string& file, std::string& problem);
 
 } // namespace Kestrany::Simulator
 

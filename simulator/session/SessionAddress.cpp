@@ -42,6 +42,12 @@ bool HasHostAfter(const std::string& address, const char* scheme)
 
 } // namespace
 
+std::string ServerOrigin(Server server)
+{
+    // The reserved domain "invalid" never resolves: nobody signs in anywhere by mistake.
+    return "https://" + ServerName(server) + ".simulator.invalid";
+}
+
 bool IsWebAddress(const std::string& address)
 {
     return HasHostAfter(address, "https://") || HasHostAfter(address, "http://");
@@ -49,9 +55,8 @@ bool IsWebAddress(const std::string& address)
 
 std::string SessionAddress(Server server, const std::string& target, std::uint16_t flag, const std::string& ticket)
 {
-    // The reserved domain "invalid" never resolves: nobody signs in anywhere by mistake.
-    return "https://" + ServerName(server) + ".simulator.invalid/session?ticket=" + ticket +
-           "&flag=" + std::to_string(flag) + "&target=" + PercentEncode(target);
+    return ServerOrigin(server) + "/session?ticket=" + ticket + "&flag=" + std::to_string(flag) +
+           "&target=" + PercentEncode(target);
 }
 
 } // namespace Kestrany::Simulator

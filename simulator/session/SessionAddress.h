@@ -8,6 +8,9 @@
 
 namespace Kestrany::Simulator {
 
+/// Where a server's addresses and tokens come from, as scheme and domain.
+std::string ServerOrigin(Server server);
+
 /// Whether `address` names a host over http or https.
 bool IsWebAddress(const std::string& address);
 

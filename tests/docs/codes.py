@@ -1,15 +1,15 @@
-"""docs/diagnostics.md names every status code with its number, as talix.h does, and no other."""
+"""docs/diagnostics.md names every status code with its number, as talix.h does, and docs/simulator.md every code that the
+simulator adds, as its ResultCodes.h does; neither names another."""
 
 import re
 
 from pages import ROOT, codes, page, report
 
 
-def main():
+def status_codes(errors):
     header = (ROOT / 'include/orlindex/talix.h').read_text(encoding='utf-8')
     values = {name: number for name, number in re.findall(r'^ +(Id\w+) = (\d+),', header, re.M)}
     diagnostics = page('docs/diagnostics.md')
-    errors = []
     described = {}
     for line, cells in diagnostics.rows():
         if len(cells) == 4 and cells[0].isdigit():
@@ -21,7 +21,30 @@ def main():
             errors.append(f'{name}: {values.get(name)} in talix.h, {described.get(name)} in the page')
     if not values:
         errors.append('no status code was found in talix.h')
-    report(errors, f'{len(values)} status codes')
+    return len(values)
+
+
+def simulator_codes(errors):
+    header = (ROOT / 'simulator/session/ResultCodes.h').read_text(encoding='utf-8')
+    values = re.findall(r'static_cast<IdErrorCode>\((\d+)\)', header)
+    simulator = page('docs/simulator.md')
+    described = []
+    for line, cells in simulator.rows():
+        if len(cells) == 2 and cells[0].isdigit():
+            described.append(cells[0])
+            if not cells[1]:
+                errors.append(f'{simulator.name}:{line}: the meaning is missing')
+    # In the header's order, and each once.
+    if described != values or not values:
+        errors.append(f'{simulator.name} has {", ".join(described)}; ResultCodes.h has {", ".join(values)}')
+    return len(values)
+
+
+def main():
+    errors = []
+    count = status_codes(errors)
+    added = simulator_codes(errors)
+    report(errors, f'{count} status codes, {added} of the simulator')
 
 
 main()

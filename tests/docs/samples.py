@@ -27,6 +27,7 @@ from pages import ROOT, all_pages, page, report
 KINDS = {
     'c': 'compiled',
     'cpp': 'compiled',
+    'def': 'linked by a command of its page',
     'cmake': 'configured and built by the test package.hosts-by-find_package',
     'csharp': 'compiled and run',
     'js': 'read by the interpreter',

@@ -7,6 +7,7 @@
 #include "load/contract/ISSOClientPrivate.h"
 #include "platform/FileLock.h"
 #include "platform/Folders.h"
+#include "process/LoginFile.h"
 
 namespace Kestrany::Simulator {
 
@@ -95,6 +96,13 @@ TEST_F(LoginStateLockTest, EachServerHasALockOfItsOwn)
     EXPECT_EQ(LockOnAnotherThread().wait_for(seconds(20)), std::future_status::ready);
     other.Leave();
     EXPECT_EQ(other.ExitCode(), 0u);
+}
+
+TEST(LoginLockFileTest, ANameThatIsNoIdentityLeadsNowhere)
+{
+    EXPECT_EQ(LoginLockFile("a"), SettingsFolder() + L"\\a.lock");
+    for (const char* const name : {"", "..\\a", "a/b", "-a"})
+        EXPECT_EQ(LoginLockFile(name), L"") << name;
 }
 
 } // namespace

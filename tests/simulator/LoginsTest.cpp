@@ -127,6 +127,45 @@ TEST_F(LoginsTest, WhatDoesNotFitATokenIsRefusedAndTheStatusStillAnswered)
     EXPECT_TRUE(status.tokenExpired);
 }
 
+TEST_F(LoginsTest, TheLongestAccessTokenIsOneThatAHostCanFetch)
+{
+    LogIn();
+    caller.clientId.assign(1000, 'c'); // Stands in the token twice.
+    std::string token;
+    std::size_t longest = 0;
+    for (caller.scope.assign(1, 's'); logins.GetAccessToken(caller, true, token) == IdSuccess; caller.scope += 's')
+        longest = token.size();
+    EXPECT_EQ(logins.GetAccessToken(caller, true, token), IdTextTooLong);
+    // Three bytes of the claims are four characters.
+    EXPECT_LE(longest, MaxToken);
+    EXPECT_GT(longest, MaxToken - 3);
+    auto detail = LoginDetail::LoggedIn;
+    ASSERT_EQ(logins.Logout(caller), IdSuccess);
+    EXPECT_EQ(logins.Login(caller, detail), IdTextTooLong);
+    EXPECT_EQ(detail, LoginDetail::NotLoggedIn);
+}
+
+TEST_F(LoginsTest, AUserWhoseTextsFitNoIdTokenCanSignIn)
+{
+    Account& ann = scenario.users.front();
+    std::string token;
+    std::size_t longest = 0;
+    IdErrorCode code = IdSuccess;
+    for (ann.displayName.assign(2600, 'x'); code == IdSuccess && ann.displayName.size() < MaxToken;
+         ann.displayName += 'x')
+    {
+        LogIn();
+        code = logins.GetIdToken(caller, token);
+        if (code == IdSuccess)
+            longest = token.size();
+        EXPECT_FALSE(AccessToken(caller).empty());
+        ASSERT_EQ(logins.Logout(caller), IdSuccess);
+    }
+    EXPECT_EQ(code, IdTextTooLong);
+    EXPECT_LE(longest, MaxToken);
+    EXPECT_GT(longest, MaxToken - 3);
+}
+
 TEST_F(LoginsTest, WhatCannotBeStoredDoesNotHappen)
 {
     storage.fails = true;

@@ -6,9 +6,9 @@
 
 #include "TestSession.h"
 #include "protocol/Frame.h"
-#include "protocol/Operations.h"
 #include "protocol/RemoteLogins.h"
 #include "protocol/ServiceHost.h"
+#include "session/Operations.h"
 
 namespace Kestrany::Simulator {
 

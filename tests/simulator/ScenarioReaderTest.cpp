@@ -78,6 +78,24 @@ TEST(ScenarioReaderTest, AProblemNamesFileLineColumnKeyAndWhatIsAllowed)
               "a.json:1:25: latencyMilliseconds: must be a whole number from 0 to 60000");
 }
 
+TEST(ScenarioReaderTest, AnUnknownKeyIsASentenceWithoutANearOneToo)
+{
+    EXPECT_EQ(ProblemOf("{\"tokens\": {\"colour\": 1}}"),
+              "a.json:1:13: tokens.colour: unknown key. Allowed here: \"lifetimeSeconds\"");
+}
+
+TEST(ScenarioReaderTest, AByteOrderMarkMovesNoPlace)
+{
+    const std::string mark = "\xEF\xBB\xBF";
+    std::string problem;
+    EXPECT_TRUE(ReadScenario(mark + "{}", "a.json", problem)) << problem;
+    for (const char* text : {"{\"latencyMilliseconds\": -1}", "{\n  \"latency\": 1\n}", "{\n  \"users\": [,]\n}",
+                             "{\"$schema\": \"\xFF\"}"})
+        EXPECT_EQ(ProblemOf(mark + text), ProblemOf(text));
+    for (const std::string& text : {mark, mark + mark + "{}", " " + mark + "{}"})
+        EXPECT_FALSE(ReadScenario(text, "a.json", problem)) << text;
+}
+
 TEST(ScenarioReaderTest, WhatIsNoJsonHasAPlace)
 {
     EXPECT_EQ(ProblemOf("{\n  \"users\": [,]\n}").rfind("a.json:2:13: not valid JSON: ", 0), 0u)

@@ -212,8 +212,30 @@ TEST(ServerEnvironmentTest, TheSimulatorsPathsAreFullOnes)
     const std::wstring entry = ScenarioVariable + (L"=" + FullPath(L"some\\scenario.json"));
     EXPECT_NE(block.find(L'\0' + entry + L'\0'), std::wstring::npos);
     EXPECT_EQ(block.substr(block.size() - 2), std::wstring(2, L'\0'));
-    EXPECT_NE(block.find(L'\0' + std::wstring(SettingsFolderVariable) + L"=" + SettingsFolder() + L'\0'),
+}
+
+TEST(ServerEnvironmentTest, TheSettingsFolderIsThatOfThisProcess)
+{
+    const std::wstring name = SettingsFolderVariable;
+    const std::wstring entry = L'\0' + name + L"=" + SettingsFolder() + L'\0';
+    for (const wchar_t* const changed :
+         {SettingsFolder().c_str(), L"C:\\other", L"relative", static_cast<const wchar_t*>(nullptr)})
+    {
+        ASSERT_TRUE(SetEnvironmentVariableW(name.c_str(), changed));
+        const std::wstring block = ServerEnvironment();
+        const std::size_t place = block.find(entry);
+        EXPECT_NE(place, std::wstring::npos);
+        EXPECT_EQ(block.find(name + L'=', place + 2), std::wstring::npos) << "named twice";
+    }
+    SetEnvironmentVariableW(name.c_str(), SettingsFolder().c_str());
+}
+
+TEST(ServerEnvironmentTest, OtherVariablesAreAsTheyWere)
+{
+    ASSERT_TRUE(SetEnvironmentVariableW(L"SimulatorTest", L"relative\\a=b"));
+    EXPECT_NE(ServerEnvironment().find(L'\0' + std::wstring(L"SimulatorTest=relative\\a=b") + L'\0'),
               std::wstring::npos);
+    SetEnvironmentVariableW(L"SimulatorTest", nullptr);
 }
 
 } // namespace

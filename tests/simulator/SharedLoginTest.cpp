@@ -22,7 +22,7 @@
 #include "process/ServerLink.h"
 #include "process/ServerRequests.h"
 #include "protocol/Message.h"
-#include "protocol/Operations.h"
+#include "session/Operations.h"
 #include "session/ResultCodes.h"
 
 #include <aclapi.h>
@@ -107,6 +107,16 @@ TEST_F(SharedLoginTest, AHostWhoseServerDiedStartsAnotherAndHearsThatTheLoginIsR
     EXPECT_TRUE(client.IsLoginValid());
     client.DispatchEvent();
     EXPECT_EQ(observer.kinds, std::vector<std::string>{"LoginRestored"});
+}
+
+TEST_F(SharedLoginTest, ALaterServerHasTheDataFolderOfTheFirst)
+{
+    ASSERT_EQ(LogIn(), IdSuccess);
+    const std::wstring folder = SettingsFolder();
+    ASSERT_TRUE(SetEnvironmentVariableW(SettingsFolderVariable, (folder + L"-other").c_str()));
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    EXPECT_TRUE(client.IsLoginValid());
+    SetEnvironmentVariableW(SettingsFolderVariable, folder.c_str());
 }
 
 TEST_F(SharedLoginTest, AServerThatWasToldToQuitStaysAwayUntilItIsNeeded)

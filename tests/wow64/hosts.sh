@@ -79,7 +79,8 @@ modules "modulePathWoW64=$module" 'modulePath=C:/sso/missing.dll'
 expect 'the module for 32-bit hosts is the one that counts' yes
 modules "modulePath=$module"
 expect 'the module for 64-bit hosts is no replacement' no
-modules "modulePathWoW64=$module"
+cp "$build/simulator/TALIXVersionCompatibility.config" "$server_folder/"
+expect 'the file that the simulator brings serves 32-bit hosts' yes
 location 64 'C:\empty'
 expect 'the 32-bit view comes first' yes
 location 32 ''
