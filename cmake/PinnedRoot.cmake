@@ -2,6 +2,7 @@
 # Writes <build>/generated/BuildData.h and sets
 #   ORLINDEX_DEVELOPMENT_ROOT   the pinned root is this build tree's own
 #   ORLINDEX_OWN_TRUST          modules signed within this build tree are accepted: its own root, and the usual names
+#   ORLINDEX_PINNED_ROOT_SHA256 the digest in hexadecimal digits
 
 set(ORLINDEX_PINNED_ROOT "" CACHE FILEPATH
     "Root certificate (PEM or DER) that the product accepts; empty: a development root of this build tree")
@@ -63,6 +64,7 @@ endfunction()
 # Sets the parts of BuildData.h.in from a root's DER file.
 function(orlindex_write_build_data der)
     file(SHA256 "${der}" digest)
+    set(ORLINDEX_PINNED_ROOT_SHA256 "${digest}" PARENT_SCOPE)
     string(REGEX REPLACE "(..)" "0x\\1, " PINNED_ROOT_BYTES "${digest}")
     string(REGEX REPLACE ", $" "" PINNED_ROOT_BYTES "${PINNED_ROOT_BYTES}")
 

@@ -1,6 +1,8 @@
-# orlindex_version_resource(<target> <description>): gives a Windows binary its version record.
+# orlindex_version_resource(<target> <description> [TRUST]): gives a Windows binary its version record. With TRUST it says
+# which root and which signers the binary accepts: builds of one version may differ in them.
 
 function(orlindex_version_resource target description)
+    cmake_parse_arguments(PARSE_ARGV 2 arg "TRUST" "" "")
     get_target_property(type ${target} TYPE)
     if(type STREQUAL "EXECUTABLE")
         set(VERSION_FILE_TYPE VFT_APP)
@@ -22,6 +24,14 @@ function(orlindex_version_resource target description)
         string(APPEND VERSION_DESCRIPTION " (development root)")
         set(VERSION_FLAGS VS_FF_SPECIALBUILD)
         set(VERSION_SPECIAL_BUILD "VALUE \"SpecialBuild\", \"development root\"")
+    endif()
+    set(VERSION_TRUST "")
+    if(arg_TRUST)
+        # A backslash and a quotation mark stand for themselves where they are doubled.
+        string(REGEX REPLACE "([\\\"])" "\\1\\1" signers "${ORLINDEX_SIGNERS}")
+        string(CONCAT VERSION_TRUST
+            "VALUE \"PinnedRootSha256\", \"${ORLINDEX_PINNED_ROOT_SHA256}\"\n"
+            "            VALUE \"AcceptedSigners\", \"${signers}\"")
     endif()
     string(REPLACE "." "," VERSION_NUMBERS "${PROJECT_VERSION}")
 

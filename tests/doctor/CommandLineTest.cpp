@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include "base/JsonDocument.h"
+
 namespace OrlindexTest {
 
 namespace fs = std::filesystem;
@@ -65,6 +67,31 @@ TEST_F(DoctorCommandLine, ThePageNamesEveryExitCodeAndNoOther)
     {
         const bool named = table.find("\n| " + std::to_string(code) + " | ") != std::string::npos;
         EXPECT_EQ(named, Orlindex::Doctor::FindExitCode(static_cast<ExitCode>(code)) != nullptr) << code;
+    }
+}
+
+TEST_F(DoctorCommandLine, ThePageListsTheWordsOfTheSchema)
+{
+    const auto schema = Kestrany::IdentityServices::ParseJson(ReadFile(DOCTOR_SCHEMA));
+    ASSERT_TRUE(schema);
+    const auto documented = DocumentedResults();
+    const Json::Value& finding = (*schema)["$defs"]["finding"];
+    const Json::Value& kinds = finding["properties"]["kind"]["enum"];
+    EXPECT_EQ(documented.size(), kinds.size());
+    for (const Json::Value& kind : kinds)
+        EXPECT_EQ(documented.count(kind.asString()), 1U) << kind.asString();
+    for (const Json::Value& rule : finding["allOf"])
+    {
+        const std::string kind = rule["if"]["properties"]["kind"]["const"].asString();
+        std::set<std::string> words;
+        for (const Json::Value& word : rule["then"]["properties"]["result"]["enum"])
+            words.insert(word.asString());
+        const auto ofPage = documented.find(kind);
+        ASSERT_NE(ofPage, documented.end()) << kind;
+        if (kind != "interface") // Has a row in common with another kind.
+        {
+            EXPECT_EQ(ofPage->second, words) << kind;
+        }
     }
 }
 

@@ -31,10 +31,10 @@ StartFacts SoundFacts()
     facts.hostDirectory = L"C:\\Host";
     facts.serverDirectory = L"C:\\Server";
     facts.compatibilityFile = L"C:\\Server\\TALIXVersionCompatibility.config";
-    facts.entryChosen = true;
     facts.modulePath = L"C:\\Server\\Plugin.dll";
     facts.module.exists = facts.module.readable = facts.module.module = true;
-    facts.module.dll = facts.module.x64 = facts.module.factorySymbol = true;
+    facts.module.dll = facts.module.factorySymbol = true;
+    facts.module.machine = ToolMachine;
     facts.trust = TrustEvidence();
     facts.trust->platformAnswer = 0;
     facts.trust->result = BinaryTrustResult::Valid;
@@ -126,7 +126,7 @@ TEST(DoctorDiagnosis, AModuleForAnotherMachineIsNamedWhereItsLoadFailed)
     StartFacts facts = SoundFacts();
     facts.load = LoadOutcome();
     facts.load->failure = {LoadStep::LoadModule, LoadState::Failed, ERROR_BAD_EXE_FORMAT};
-    facts.module.x64 = false;
+    facts.module.machine = Machine::X86;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::ModuleArchitecture);
     facts.module.dll = false;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::ModuleFormat);
@@ -138,7 +138,8 @@ TEST(DoctorDiagnosis, ALibraryThatCannotBeLoadedIsTheCauseBeforeAnyPlugin)
 {
     StartFacts facts = SoundFacts();
     facts.library.exists = facts.library.readable = facts.library.module = true;
-    facts.library.dll = facts.library.x64 = true;
+    facts.library.dll = true;
+    facts.library.machine = ToolMachine;
     facts.load = LoadOutcome();
     facts.load->loaded = facts.load->clientModule = true;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::Starts);
@@ -213,10 +214,70 @@ TEST(DoctorRecorder, AClientConfigFileFromTheCurrentDirectoryIsNamedByItsWholePa
 TEST(DoctorDiagnosis, AModuleForAnotherMachineOrNoDllIsNamedWithoutLoadingIt)
 {
     StartFacts facts = SoundFacts();
-    facts.module.x64 = false;
+    facts.module.machine = Machine::X86;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::ModuleArchitecture);
     facts.module.dll = false;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::ModuleFormat);
+}
+
+TEST(DoctorDiagnosis, AToolFor32BitHostsAsksFor32BitModules)
+{
+    StartFacts facts = SoundFacts();
+    for (ModuleFacts* const module : {&facts.module, &facts.library})
+    {
+        module->exists = module->readable = module->module = module->dll = true;
+        module->wanted = module->machine = Machine::X86;
+    }
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::Starts);
+    facts.module.machine = Machine::X64;
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::ModuleArchitecture);
+    EXPECT_THAT(Diagnose(facts).cause, HasSubstr("not for 32-bit"));
+    EXPECT_THAT(Diagnose(facts).remedy, HasSubstr("for 32-bit hosts"));
+    facts.library.machine = Machine::X64;
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::OtherLibraryMachine);
+    EXPECT_THAT(Diagnose(facts).cause, HasSubstr("is for 64-bit hosts, and this tool answers for 32-bit ones"));
+    facts.library.machine = Machine::Other;
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::LibraryUnusable);
+}
+
+TEST(DoctorDiagnosis, OtherTrustTakesThePlaceOnlyOfWhatDependsOnIt)
+{
+    StartFacts facts = SoundFacts();
+    facts.libraryTrust = LibraryTrust::Other;
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::OtherLibraryTrust);
+    facts.trust->result = BinaryTrustResult::NotTrusted;
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::OtherLibraryTrust) << "a signer that this tool does not accept";
+    facts.trust->signers.push_back(SignerEvidence{true, {}});
+    facts.trust->platformAnswer = static_cast<long>(0x800B0109);
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::OtherLibraryTrust) << "a root that this tool does not accept";
+    facts.trust->platformAnswer = static_cast<long>(0x800B0111);
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << "by the system, whatever is trusted";
+    facts.module.exists = false;
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::ModuleMissing);
+}
+
+TEST(DoctorDiagnosis, CauseAndRemedyAreOneSentenceEach)
+{
+    StartFacts facts = SoundFacts();
+    const auto expectSentences = [&facts](const std::string& what) {
+        const Verdict verdict = Diagnose(facts);
+        for (const std::string& text : {verdict.cause, verdict.remedy})
+        {
+            EXPECT_THAT(text, testing::Not(HasSubstr(". "))) << what;
+            EXPECT_THAT(text, testing::EndsWith(".")) << what;
+        }
+    };
+    facts.load = LoadOutcome();
+    facts.load->failure = {LoadStep::LoadModule, LoadState::Failed, ERROR_MOD_NOT_FOUND};
+    expectSentences("no load");
+    facts.load->missingLibraries = {"a.dll", "b.dll"};
+    expectSentences("missing libraries");
+    facts.trust->platformAnswer = static_cast<long>(0x800B0101);
+    facts.trust->result = BinaryTrustResult::UnknownError;
+    expectSentences("expired");
+    facts.trust->platformAnswer = static_cast<long>(0x800B0109);
+    facts.trust->result = BinaryTrustResult::NotTrusted;
+    expectSentences("root");
 }
 
 TEST(DoctorDiagnosis, EachStepOfALoadHasItsCode)

@@ -1,5 +1,9 @@
 #include "DoctorTest.h"
 
+#include <regex>
+
+#include <windows.h>
+
 #include "base/JsonDocument.h"
 #include "support/HostProcess.h"
 
@@ -10,11 +14,62 @@ using Kestrany::IdentityServices::ParseJson;
 using testing::EndsWith;
 using testing::HasSubstr;
 
+namespace {
+
+bool IsUtf8(const std::string& text)
+{
+    return text.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(),
+                                               static_cast<int>(text.size()), nullptr, 0) > 0;
+}
+
+std::set<std::string> QuotedWords(const std::string& cell)
+{
+    static const std::regex word("`([a-z0-9-]+)`");
+    std::set<std::string> words;
+    for (std::sregex_iterator match(cell.begin(), cell.end(), word), end; match != end; ++match)
+        words.insert((*match)[1]);
+    return words;
+}
+
+} // namespace
+
+std::map<std::string, std::set<std::string>> DocumentedResults()
+{
+    std::map<std::string, std::set<std::string>> results;
+    const std::string page = ReadFile(DOCTOR_PAGE);
+    std::istringstream lines(page.substr(page.find("## For programs")));
+    for (std::string line; std::getline(lines, line);)
+    {
+        const std::size_t bar = line.find(" | ");
+        if (line.rfind("| `", 0) != 0 || bar == std::string::npos)
+            continue;
+        for (const std::string& kind : QuotedWords(line.substr(0, bar)))
+            if (kind != "kind")
+                results[kind] = QuotedWords(line.substr(bar));
+    }
+    return results;
+}
+
 DoctorReport::DoctorReport(ProgramRun run) : run_(std::move(run))
 {
+    EXPECT_TRUE(IsUtf8(run_.output));
     const auto root = ParseJson(run_.output);
     EXPECT_TRUE(root) << run_.output << run_.errors;
     root_ = root.value_or(Json::Value(Json::objectValue));
+    ExpectDocumentedResults();
+}
+
+void DoctorReport::ExpectDocumentedResults() const
+{
+    static const auto documented = DocumentedResults();
+    for (const Json::Value& step : root_["steps"])
+        for (const Json::Value& finding : step["findings"])
+        {
+            const std::string result = finding["result"].asString();
+            const auto words = documented.find(finding["kind"].asString());
+            EXPECT_TRUE(result.empty() || (words != documented.end() && words->second.count(result) == 1))
+                << "the page does not have it: " << finding["kind"].asString() << ' ' << result;
+        }
 }
 
 const Json::Value& DoctorReport::Step(const std::string& name) const
@@ -87,7 +142,9 @@ DoctorReport DoctorTest::ExpectFailure(ExitCode code, const std::string& step, c
     EXPECT_EQ(report.FailedStep(), step);
     EXPECT_THAT(report.Cause(), HasSubstr(cause));
     EXPECT_THAT(report.Cause(), EndsWith("."));
-    EXPECT_NE(report.Remedy(), "");
+    EXPECT_THAT(report.Remedy(), EndsWith("."));
+    for (const std::string& sentence : {report.Cause(), report.Remedy()})
+        EXPECT_THAT(sentence, testing::Not(HasSubstr(". "))) << "one sentence";
 
     const ProgramRun text = RunTool({L"--load", L"--timeout", L"5"});
     EXPECT_EQ(text.exitCode, static_cast<unsigned long>(code));

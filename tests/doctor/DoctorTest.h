@@ -2,6 +2,8 @@
 #define ORLINDEX_DOCTOR_TESTS_DOCTORTEST_H
 
 #include <json/value.h>
+#include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,7 +19,10 @@ namespace OrlindexTest {
 
 using Orlindex::Doctor::ExitCode;
 
-/// The tool's JSON report.
+/// The words for programs, by the kind of finding, as the tool's page lists them.
+std::map<std::string, std::set<std::string>> DocumentedResults();
+
+/// The tool's JSON report. Whatever it says, it is UTF-8, and its words for programs are documented.
 class DoctorReport
 {
 public:
@@ -37,6 +42,7 @@ public:
     Json::Value Find(const std::string& step, const std::string& name) const;
 
 private:
+    void ExpectDocumentedResults() const;
     const Json::Value& Step(const std::string& name) const;
 
     ProgramRun run_;

@@ -38,7 +38,7 @@ TEST_F(DoctorLoad, AFaultyBuildWithoutFaultStarts)
 TEST_F(DoctorLoad, AMissingDependencyIsNamed)
 {
     site.Install("dependent");
-    const DoctorReport report = ExpectFailure(ExitCode::LoadFailed, "load", "It needs dependency.dll");
+    const DoctorReport report = ExpectFailure(ExitCode::LoadFailed, "load", "it needs dependency.dll");
     EXPECT_EQ(report.Find("load", "load-module")["result"], "failed");
     EXPECT_THAT(report.Remedy(), HasSubstr("Put dependency.dll into its folder"));
 }

@@ -17,11 +17,16 @@ using namespace Ids;
 
 namespace {
 
-/// What a version compatibility file says, and nothing else of a start.
+bool IsSamePath(const std::wstring& a, const std::wstring& b)
+{
+    return boost::algorithm::iequals(NormalizePath(a), NormalizePath(b), std::locale::classic());
+}
+
+/// What a version compatibility file says, above all of one module, and nothing else of a start.
 class EntriesOnly final : public StartObserver
 {
 public:
-    explicit EntriesOnly(StartRecorder& recorder) : recorder_(recorder) {}
+    EntriesOnly(StartRecorder& recorder, const std::wstring& module) : recorder_(recorder), module_(module) {}
 
     void OnDocument(const DocumentFinding& finding) override
     {
@@ -29,36 +34,38 @@ public:
             recorder_.OnDocument(finding);
     }
 
-    void OnCompatibilityEntry(const EntryFinding& finding) override { recorder_.OnCompatibilityEntry(finding); }
+    void OnCompatibilityEntry(const EntryFinding& finding) override
+    {
+        recorder_.OnCompatibilityEntry(finding);
+        if (!ofModule_ && !finding.entry.modulePath.empty() && IsSamePath(finding.entry.modulePath, module_))
+            ofModule_ = finding;
+    }
+
+    /// The first that names the module.
+    const std::optional<EntryFinding>& OfModule() const { return ofModule_; }
 
 private:
     StartRecorder& recorder_;
+    const std::wstring& module_;
+    std::optional<EntryFinding> ofModule_;
 };
 
-bool IsSamePath(const std::wstring& a, const std::wstring& b)
-{
-    return boost::algorithm::iequals(NormalizePath(a), NormalizePath(b), std::locale::classic());
-}
-
 /// How the file fails to offer the module, in words; empty where it offers it.
-std::string WhyNotOffered(const StartFacts& facts, const std::wstring& chosen, const std::wstring& module)
+std::string WhyNotOffered(const StartFacts& facts, const std::optional<EntryFinding>& entry, const std::wstring& chosen,
+                          const std::wstring& module)
 {
     if (!facts.compatibilityError.empty())
         return "the file cannot be used: " + facts.compatibilityError;
     if (IsSamePath(chosen, module))
         return {};
-    for (const EntryFinding& finding : facts.entries)
-    {
-        if (!IsSamePath(finding.entry.modulePath, module))
-            continue;
-        if (finding.defect)
-            return EntryPlace(finding.entry) + " names it and is ignored: " + DefectWords(*finding.defect);
-        if (finding.refusal)
-            return EntryPlace(finding.entry) + " names it, but does not serve " + ProductVersion + " (" +
-                   RangeWords(finding.entry) + ')';
-        return EntryPlace(finding.entry) + " names it, but \"" + Narrow(chosen) + "\" has a higher version";
-    }
-    return "no entry names it";
+    if (!entry)
+        return "no entry names it";
+    const std::string names = EntryPlace(entry->entry) + " names it";
+    if (entry->defect)
+        return names + " and is ignored: " + DefectWords(*entry->defect);
+    if (entry->refusal)
+        return names + ", but does not serve " + ProductVersion + " (" + RangeWords(entry->entry) + ')';
+    return names + ", but " + Quoted(chosen) + " has a higher version";
 }
 
 /// Asks the version compatibility file beside the module which module it offers. The module's folder is the server
@@ -86,7 +93,7 @@ std::optional<Verdict> CheckOffer(const Options& options, const std::wstring& ho
         if (!named)
             return std::nullopt;
         return Verdict{ExitCode::CompatibilityFileNotFound, StepId::CompatibilityFile,
-                       "There is no version compatibility file \"" + Narrow(file) + "\".",
+                       "There is no version compatibility file " + Quoted(file) + '.',
                        "Name an existing file with --compatibility."};
     }
     report.Add(std::move(line));
@@ -94,12 +101,13 @@ std::optional<Verdict> CheckOffer(const Options& options, const std::wstring& ho
     StartFacts facts;
     facts.compatibilityFile = file;
     StartRecorder recorder(report, facts);
-    EntriesOnly entries(recorder);
+    EntriesOnly entries(recorder, module);
     SSOPathResolver manager(SplitVersion(ProductVersion), nullptr, {host, host, folder, {}, &entries});
     manager.LoadClientConfig(); // For the names that path variables are made of.
     manager.SetVersionCompatibilityFileOverride(file);
     manager.FindCompatibleClientPlugin();
-    const std::string why = WhyNotOffered(facts, manager.ClientPluginModulePath(), module);
+    recorder.FinishEntries();
+    const std::string why = WhyNotOffered(facts, entries.OfModule(), manager.ClientPluginModulePath(), module);
     if (why.empty())
     {
         report.Add({Mark::Ok, "offer", "offered", Narrow(module), "offered", Narrow(file), ""});
@@ -107,8 +115,8 @@ std::optional<Verdict> CheckOffer(const Options& options, const std::wstring& ho
     }
     report.Add({Mark::Failed, "offer", "offered", "", "not-offered", Narrow(file), why});
     return Verdict{ExitCode::ModuleNotOffered, StepId::CompatibilityEntries,
-                   "\"" + Narrow(file) + "\" does not offer \"" + Narrow(module) + "\": " + why + '.',
-                   "Give \"" + Narrow(file) + "\" an entry whose modulePath is this module and whose range holds " +
+                   Quoted(file) + " does not offer " + Quoted(module) + ": " + why + '.',
+                   "Give " + Quoted(file) + " an entry whose modulePath is this module and whose range holds " +
                        ProductVersion + '.'};
 }
 
@@ -129,7 +137,7 @@ Verdict RunCheck(const Options& options, const std::wstring& host, const std::ws
     if (offer)
         return *offer;
     return {ExitCode::Starts, std::nullopt,
-            "\"" + Narrow(module) + "\" keeps the contract" +
+            Quoted(module) + " keeps the contract" +
                 (options.load ? ", its interfaces included." : ", as far as that can be seen without loading it."),
             ""};
 }

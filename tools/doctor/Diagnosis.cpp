@@ -1,5 +1,6 @@
 // From what was seen to one cause and one remedy. The order is that of the start; the first failure counts.
 
+#include "LibraryDiagnosis.h"
 #include "StartFacts.h"
 #include "Words.h"
 #include "base/Paths.h"
@@ -13,62 +14,6 @@ namespace Orlindex::Doctor {
 using namespace Ids;
 
 namespace {
-
-std::string Quoted(const std::wstring& text)
-{
-    return '"' + Narrow(text) + '"';
-}
-
-std::string Joined(const std::vector<std::string>& texts)
-{
-    std::string joined;
-    for (const std::string& text : texts)
-        joined += (joined.empty() ? "" : ", ") + text;
-    return joined;
-}
-
-/// Why the host's library cannot be loaded, in words; empty where nothing speaks against it.
-std::string WhyNoLibrary(const StartFacts& facts)
-{
-    const ModuleFacts& library = facts.library;
-    if (!library.readable)
-        return "it cannot be read: " + ErrorWords(library.readError);
-    if (!library.module || !library.dll)
-        return "it is no Windows DLL";
-    if (!library.x64)
-        return "it is not for 64-bit x86 processes";
-    if (!facts.load || facts.load->libraryError == ERROR_SUCCESS)
-        return {};
-    return ErrorWords(facts.load->libraryError) +
-           (facts.libraryNeeds.empty()
-                ? ""
-                : "; it needs " + Joined(facts.libraryNeeds) + ", not found beside it nor where the system looks");
-}
-
-std::string WhyLibraryEnded(const LoadOutcome& load)
-{
-    if (load.end == LoadOutcome::End::Hung)
-        return "it did not answer within " + std::to_string(load.timeoutSeconds) + " seconds";
-    return "it ended its process, with " + ErrorWords(load.processExitCode);
-}
-
-/// A host that has no such file in its folder may find the library elsewhere.
-std::optional<Verdict> OfLibrary(const StartFacts& facts)
-{
-    std::string why;
-    if (facts.load && facts.load->libraryBegun)
-        why = WhyLibraryEnded(*facts.load);
-    else if (facts.library.exists)
-        why = WhyNoLibrary(facts);
-    if (why.empty())
-        return std::nullopt;
-    const std::string file = Quoted(JoinPath(facts.hostDirectory, ProductModuleName));
-    return Verdict{
-        ExitCode::LibraryUnusable, StepId::Library, "The host's library " + file + " cannot be loaded: " + why + '.',
-        facts.libraryNeeds.empty() ? "Restore it from the host's installer."
-                                   : "Put " + Joined(facts.libraryNeeds) +
-                                         " into its folder, or restore all of it from the host's installer."};
-}
 
 /// Where a directory of the server application can be made known.
 std::string WaysToName(const StartFacts& facts)
@@ -126,7 +71,7 @@ Verdict WithoutCompatibilityFile(const StartFacts& facts)
 
 Verdict WithoutSoundEntry(const StartFacts& facts)
 {
-    const EntryFinding& first = facts.entries.front();
+    const EntryFinding& first = *facts.entries.firstDefective;
     return {ExitCode::CompatibilityEntriesDefective, StepId::CompatibilityEntries,
             "No entry of " + Quoted(facts.compatibilityFile) + " can be used: in " + EntryPlace(first.entry) + ", " +
                 DefectWords(*first.defect) + '.',
@@ -136,19 +81,18 @@ Verdict WithoutSoundEntry(const StartFacts& facts)
 
 Verdict WithoutEntry(const StartFacts& facts)
 {
-    if (facts.entries.empty())
+    if (facts.entries.defective + facts.entries.sound == 0)
         return {ExitCode::CompatibilityListEmpty, StepId::CompatibilityFile,
                 "The list \"ssoClientPlugin\" of " + Quoted(facts.compatibilityFile) + " is missing or empty.",
                 "Repair the installation of the server application, which brings that file."};
-    std::string offered;
-    for (const EntryFinding& finding : facts.entries)
-    {
-        if (!finding.defect)
-            offered +=
-                (offered.empty() ? "" : "; ") + EntryPlace(finding.entry) + " serves " + RangeWords(finding.entry);
-    }
-    if (offered.empty())
+    if (facts.entries.sound == 0)
         return WithoutSoundEntry(facts);
+    std::string offered;
+    for (const EntryFinding& finding : facts.entries.firstSound)
+        offered += (offered.empty() ? "" : "; ") + EntryPlace(finding.entry) + " serves " + RangeWords(finding.entry);
+    const std::size_t others = facts.entries.sound - facts.entries.firstSound.size();
+    if (others > 0)
+        offered += "; and so on, for " + std::to_string(others) + " more";
     return {ExitCode::NoEntryServes, StepId::CompatibilityEntries,
             std::string("No plugin that ") + Quoted(facts.compatibilityFile) + " offers serves version " +
                 ProductVersion + " of the library: " + offered + '.',
@@ -184,8 +128,9 @@ bool HasAcceptedSigner(const TrustEvidence& evidence)
     return false;
 }
 
-Verdict OfUntrustedSigner(const StartFacts& facts, const std::string& reinstall)
+Verdict OfUntrustedSigner(const StartFacts& facts, const std::string& original)
 {
+    const std::string reinstall = original + '.';
     const TrustEvidence& evidence = *facts.trust;
     const auto answer = static_cast<DWORD>(*evidence.platformAnswer);
     const bool untrustedRoot = answer == static_cast<DWORD>(CERT_E_UNTRUSTEDROOT);
@@ -193,7 +138,7 @@ Verdict OfUntrustedSigner(const StartFacts& facts, const std::string& reinstall)
         return {ExitCode::RootNotTrusted, StepId::Signature,
                 "The signature of " + Quoted(facts.modulePath) + " by " + SignerName(evidence) +
                     " ends in a root that neither is the pinned one nor is trusted by the system.",
-                reinstall + " Do not make the system trust that root."};
+                original + ", and do not make the system trust that root."};
     if (untrustedRoot || answer == ERROR_SUCCESS) // Any other answer ends the verification before a name is looked at.
         return {ExitCode::SignerNotAccepted, StepId::Signature,
                 Quoted(facts.modulePath) + " is signed by " + SignerName(evidence) + ", which is not an accepted name.",
@@ -223,16 +168,16 @@ Verdict OfRefusedSignature(const StartFacts& facts)
 {
     const TrustEvidence& evidence = *facts.trust;
     const std::string file = Quoted(facts.modulePath);
-    const std::string reinstall = "Replace " + file +
-                                  " by the original of its maker: repair the installation of the "
-                                  "server application.";
+    const std::string original =
+        "Replace " + file + " by the original of its maker: repair the installation of the server application";
+    const std::string reinstall = original + '.';
     if (!facts.module.module)
         return {ExitCode::ModuleFormat, StepId::ModuleFile, file + " is no Windows module.", reinstall};
     if (!evidence.platformAnswer)
         return {ExitCode::ModuleMissing, StepId::Signature, file + " was gone when its signature was to be verified.",
                 reinstall};
     if (evidence.result == BinaryTrustResult::NotTrusted)
-        return OfUntrustedSigner(facts, reinstall);
+        return OfUntrustedSigner(facts, original);
     const LONG reason = ReasonOf(evidence);
     switch (static_cast<DWORD>(reason))
     {
@@ -243,7 +188,8 @@ Verdict OfRefusedSignature(const StartFacts& facts)
     case static_cast<DWORD>(CERT_E_EXPIRED):
         return {ExitCode::CertificateExpired, StepId::Signature,
                 "A certificate of the signature of " + file + " is not valid at this machine's time.",
-                "Set the machine's clock if it is wrong. " + reinstall};
+                "Set the machine's clock if it is wrong; if it is right, replace the file by the original of its "
+                "maker, which repairing the installation of the server application brings."};
     default:
         return {ExitCode::SignatureRefused, StepId::Signature,
                 "The system refuses the signature of " + file + ": " + TrustAnswerWords(reason) + '.', reinstall};
@@ -256,11 +202,11 @@ Verdict OfFailedLoadModule(const StartFacts& facts, const LoadFinding& failure)
     const std::vector<std::string>& missing = facts.load->missingLibraries;
     if (!missing.empty())
         return {ExitCode::LoadFailed, StepId::Load,
-                cause + ". It needs " + Joined(missing) + ", not found beside it nor where the system looks.",
+                cause + "; it needs " + Joined(missing) + ", not found beside it nor where the system looks.",
                 "Put " + Joined(missing) + " into its folder, or repair the installation of the server application."};
     return {ExitCode::LoadFailed, StepId::Load, cause + '.',
-            "Repair the installation of the server application; a library that the module needs, or one that it needs "
-            "in turn, may be missing."};
+            "Repair the installation of the server application, as a library may be missing that the module needs "
+            "itself or through another."};
 }
 
 Verdict OfFailedStep(const StartFacts& facts, const LoadFinding& failure)
@@ -311,13 +257,13 @@ std::optional<Verdict> OfMachine(const StartFacts& facts)
 {
     const ModuleFacts& module = facts.module;
     const std::string file = Quoted(facts.modulePath);
-    const std::string replace = "Replace it by the module for 64-bit hosts, or name that one in the version "
-                                "compatibility file.";
+    const std::string replace = std::string("Replace it by the module for ") + BitsWords(module.wanted) +
+                                " hosts, or name that one in the version compatibility file.";
     if (!module.module || !module.dll)
         return Verdict{ExitCode::ModuleFormat, StepId::ModuleFile, file + " is no Windows DLL.", replace};
-    if (!module.x64)
-        return Verdict{ExitCode::ModuleArchitecture, StepId::ModuleFile, file + " is not for 64-bit x86 processes.",
-                       replace};
+    if (module.machine != module.wanted)
+        return Verdict{ExitCode::ModuleArchitecture, StepId::ModuleFile,
+                       file + " is not for " + BitsWords(module.wanted) + " x86 processes.", replace};
     return std::nullopt;
 }
 
@@ -348,6 +294,19 @@ std::optional<Verdict> OfLoad(const StartFacts& facts)
     if (std::optional<Verdict> failure = OfMachine(facts)) // It says more than the platform's error.
         return failure;
     return OfFailedLoad(facts);
+}
+
+Verdict OfStart(const StartFacts& facts)
+{
+    const std::string file = Quoted(facts.modulePath);
+    const std::string proviso = facts.library.exists && facts.libraryTrust == LibraryTrust::NotSaid
+                                    ? ", provided that its library trusts the root and the signers of this tool"
+                                    : "";
+    if (facts.load)
+        return {ExitCode::Starts, std::nullopt,
+                "A host starts: " + file + " was loaded and has its interfaces" + proviso + '.', ""};
+    return {ExitCode::Starts, std::nullopt,
+            "Everything is in place up to loading " + file + ", which was not tried (--load does)" + proviso + '.', ""};
 }
 
 } // namespace
@@ -398,13 +357,8 @@ Verdict Diagnose(const StartFacts& facts)
                     "Mend that file, or repair the installation of the server application."};
         return WithoutEntry(facts);
     }
-    if (std::optional<Verdict> failure = DiagnoseModule(facts))
-        return *failure;
-    const std::string file = Quoted(facts.modulePath);
-    if (facts.load)
-        return {ExitCode::Starts, std::nullopt, "A host starts: " + file + " was loaded and has its interfaces.", ""};
-    return {ExitCode::Starts, std::nullopt,
-            "Everything is in place up to loading " + file + ", which was not tried (--load does).", ""};
+    const Verdict verdict = DiagnoseModule(facts).value_or(OfStart(facts));
+    return OfOtherTrust(facts, verdict).value_or(verdict);
 }
 
 } // namespace Orlindex::Doctor

@@ -17,6 +17,8 @@ enum class ExitCode
     RegistryUnusable = 12,
     ServerApplicationNotFound = 13,
     LibraryUnusable = 14,
+    OtherLibraryMachine = 15,
+    OtherLibraryTrust = 16,
 
     CompatibilityFileNotFound = 20,
     CompatibilityFileInvalid = 21,

@@ -101,7 +101,8 @@ ExitCode RunReport(Options options, Console& console)
     if (!options.json)
         text.WriteTitle(Version(), Question(subject));
     Report report(options.json ? nullptr : &text);
-    const Verdict verdict = check ? RunCheck(options, host, module, report) : RunStart(options, host, report);
+    const Verdict verdict =
+        WellFormed(check ? RunCheck(options, host, module, report) : RunStart(options, host, report));
     if (options.json)
         console.Write(JsonReport(subject, report, verdict));
     else

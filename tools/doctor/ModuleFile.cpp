@@ -83,16 +83,26 @@ std::string MachineWords(const PeFile& module)
     }
 }
 
+/// One whose header contradicts itself is for no machine.
+Machine MachineOf(const PeFile& module)
+{
+    if (module.Machine() == PeFile::MachineX64 && module.Is64Bit())
+        return Machine::X64;
+    if (module.Machine() == PeFile::MachineX86 && !module.Is64Bit())
+        return Machine::X86;
+    return Machine::Other;
+}
+
 void AddFormat(const PeFile& module, Report& report, ModuleFacts& facts)
 {
     facts.dll = module.IsDll();
-    facts.x64 = module.Machine() == PeFile::MachineX64 && module.Is64Bit();
+    facts.machine = MachineOf(module);
     const std::string kind = MachineWords(module) + (module.IsDll() ? " DLL" : " program");
-    if (facts.dll && facts.x64)
-        report.Add({Mark::Ok, "module", "format", kind, "x64-dll", "", ""});
+    if (facts.dll && facts.machine == facts.wanted)
+        report.Add({Mark::Ok, "module", "format", kind, facts.machine == Machine::X64 ? "x64-dll" : "x86-dll", "", ""});
     else
         report.Add({Mark::Failed, "module", "format", kind, facts.dll ? "other-machine" : "no-dll", "",
-                    "a 64-bit host cannot load it"});
+                    std::string("a ") + BitsWords(facts.wanted) + " host cannot load it"});
 }
 
 void AddFactorySymbol(const PeFile& module, Report& report, ModuleFacts& facts)
@@ -105,7 +115,7 @@ void AddFactorySymbol(const PeFile& module, Report& report, ModuleFacts& facts)
     }
     std::string names;
     for (const std::string& name : module.ExportedNames(5))
-        names += (names.empty() ? "" : ", ") + Narrow(Widen(name)); // Whatever it holds, it is UTF-8 now.
+        names += (names.empty() ? "" : ", ") + name;
     report.Add({Mark::Failed, "module", "factory function", PluginFactorySymbol(), "missing", "export table",
                 names.empty() ? "not exported; the module exports no name" : "not exported; exported are " + names});
 }

@@ -13,7 +13,7 @@ namespace Orlindex::Doctor {
 /// version record. Nothing of it runs.
 void InspectModuleFile(const std::wstring& path, Report& report, ModuleFacts& facts);
 
-/// Looks at the host's library the same way: whether a 64-bit process can load such a file. It must exist.
+/// Looks at the host's library the same way: whether such a process can load such a file. It must exist.
 void InspectLibraryFile(const std::wstring& path, Report& report, ModuleFacts& facts);
 
 /// The libraries that a module names and that are neither beside it, nor beside the host, nor where the system looks.

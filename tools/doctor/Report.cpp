@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/TextConversion.h"
+
 namespace Orlindex::Doctor {
 
 Mark Step::Outcome() const
@@ -98,8 +100,20 @@ void Report::Begin(StepId id)
         listener_->OnStep(id);
 }
 
+std::string WellFormed(const std::string& text)
+{
+    return Kestrany::IdentityServices::Narrow(Kestrany::IdentityServices::Widen(text));
+}
+
+Verdict WellFormed(const Verdict& verdict)
+{
+    return {verdict.code, verdict.step, WellFormed(verdict.cause), WellFormed(verdict.remedy)};
+}
+
 void Report::Add(Finding finding)
 {
+    for (std::string* const text : {&finding.name, &finding.value, &finding.source, &finding.note})
+        *text = WellFormed(*text);
     if (listener_)
         listener_->OnFinding(finding);
     steps_.back().findings.push_back(std::move(finding));

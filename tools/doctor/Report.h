@@ -68,6 +68,10 @@ const char* StepName(StepId id);  ///< As in the JSON report.
 const char* StepTitle(StepId id); ///< For people.
 const char* MarkName(Mark mark);
 
+/// The texts of files are not what they should be at times: what is no UTF-8 in one becomes U+FFFD.
+std::string WellFormed(const std::string& text);
+Verdict WellFormed(const Verdict& verdict);
+
 /// Is told of each step and finding as it comes.
 class ReportListener
 {
@@ -87,6 +91,7 @@ public:
 
     /// Findings belong to this step from now on.
     void Begin(StepId id);
+    /// Its texts become well-formed.
     void Add(Finding finding);
 
     const std::vector<Step>& Steps() const { return steps_; }

@@ -1,8 +1,9 @@
 #include "Commands.h"
+#include "HostLibrary.h"
+#include "LibraryDiagnosis.h"
 #include "LoadProcess.h"
 #include "ModuleFile.h"
 #include "StartRecorder.h"
-#include "VersionRecord.h"
 #include "api/LocalSystemAccount.h"
 #include "base/Paths.h"
 #include "base/ProductIdentity.h"
@@ -27,38 +28,6 @@ bool CheckAccount(Report& report)
     return localSystem;
 }
 
-/// The library beside the host is the one that will run there: this tool's steps are those of its own version.
-void CheckLibrary(const std::wstring& host, Report& report, StartFacts& facts)
-{
-    report.Begin(StepId::Library);
-    const std::wstring file = JoinPath(host, ProductModuleName);
-    const std::string name = Narrow(ProductModuleName);
-    if (!PathExists(file))
-    {
-        report.Add({Mark::Warning, "version", name, "", "missing", Narrow(file),
-                    "not in the host's folder: a host there cannot use it, and this tool answers as version " +
-                        std::string(ProductVersion) + " would"});
-        return;
-    }
-    const std::optional<VersionRecord> record = ReadVersionRecord(file);
-    Finding line = {Mark::Ok,
-                    "version",
-                    name,
-                    record ? record->fileVersion : "",
-                    "same",
-                    Narrow(file),
-                    record ? record->description : ""};
-    if (line.value != ProductVersion)
-    {
-        line.mark = Mark::Warning;
-        line.result = record ? "other" : "no-record";
-        line.note = (record ? "another version than this tool's, " : "has no version record; this tool's version is ") +
-                    std::string(ProductVersion) + ": what follows is what this tool's version would do";
-    }
-    report.Add(std::move(line));
-    InspectLibraryFile(file, report, facts.library);
-}
-
 } // namespace
 
 Verdict RunStart(const Options& options, const std::wstring& host, Report& report)
@@ -66,12 +35,13 @@ Verdict RunStart(const Options& options, const std::wstring& host, Report& repor
     StartFacts facts;
     facts.hostDirectory = host;
     facts.localSystem = CheckAccount(report);
-    CheckLibrary(host, report, facts);
+    CheckHostLibrary(host, report, facts);
 
     StartRecorder recorder(report, facts);
     SSOPathResolver manager(SplitVersion(ProductVersion), nullptr, {host, host, {}, {}, &recorder});
     facts.accepted = manager.CheckClientPlugin();
-    if (facts.accepted && options.load)
+    // A module that this tool accepts may be one that the host's library refuses, and what is refused is never loaded.
+    if (facts.accepted && options.load && AnswersForLibrary(facts))
     {
         TryLoad({host, {}, options.timeoutSeconds}, report, facts);
         if (facts.load->libraryError != ERROR_SUCCESS && facts.library.exists)

@@ -36,16 +36,46 @@ struct LoadOutcome
     std::vector<std::string> missingLibraries; ///< Among those that the module names.
 };
 
+/// The kind of process that a module is for.
+enum class Machine
+{
+    X64,
+    X86, ///< 32 bits
+    Other
+};
+
+/// This tool takes the steps of the hosts of its own kind: the registry's view, the module's key in the version
+/// compatibility file and the factory function's name depend on it.
+inline constexpr Machine ToolMachine = sizeof(void*) == 8 ? Machine::X64 : Machine::X86;
+
 /// What is known of a module's file as it lies on the disk.
 struct ModuleFacts
 {
+    Machine wanted = ToolMachine; ///< That of the hosts which are answered for.
     bool exists = false;
     bool readable = false;
     bool module = false; ///< A Windows module.
     bool dll = false;
-    bool x64 = false;
+    Machine machine = Machine::Other;
     bool factorySymbol = false; ///< Of the plugin's.
     unsigned long readError = 0;
+};
+
+/// What the version record of the host's library says of whom it trusts, beside what this tool trusts.
+enum class LibraryTrust
+{
+    NotSaid,
+    Same,
+    Other
+};
+
+/// The elements of a version compatibility file.
+struct EntryFacts
+{
+    std::size_t defective = 0;
+    std::size_t sound = 0;
+    std::optional<Ids::EntryFinding> firstDefective;
+    std::vector<Ids::EntryFinding> firstSound;
 };
 
 /// What a start saw, as far as the verdict depends on it.
@@ -54,7 +84,8 @@ struct StartFacts
     bool localSystem = false;
 
     std::wstring hostDirectory;
-    ModuleFacts library;                   ///< The one in the host's folder.
+    ModuleFacts library; ///< The one in the host's folder.
+    LibraryTrust libraryTrust = LibraryTrust::NotSaid;
     std::vector<std::string> libraryNeeds; ///< Libraries that it names and that are not found, where it does not load.
 
     std::wstring clientConfigFile; ///< Empty where there is none.
@@ -67,8 +98,7 @@ struct StartFacts
 
     std::wstring compatibilityFile; ///< Empty where it was not found.
     std::string compatibilityError; ///< In words.
-    std::vector<Ids::EntryFinding> entries;
-    bool entryChosen = false;
+    EntryFacts entries;
 
     std::wstring modulePath;
     std::optional<Ids::ModulePathDefect> modulePathDefect;

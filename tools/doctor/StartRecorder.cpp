@@ -3,9 +3,7 @@
 #include "FullPath.h"
 #include "ModuleFile.h"
 #include "Words.h"
-#include "base/ProductIdentity.h"
 #include "base/TextConversion.h"
-#include "base/Versions.h"
 #include "locate/RegistryLocation.h"
 
 namespace Orlindex::Doctor {
@@ -14,7 +12,8 @@ using namespace Ids;
 
 namespace {
 
-constexpr char registryView[] = "64-bit view"; // This tool is a 64-bit program, as its hosts are.
+/// This tool sees what its hosts see. Of a 32-bit one under 64-bit Windows the library looks into both.
+constexpr const char* registryView = ToolMachine == Machine::X64 ? "64-bit view" : "32-bit view, else the 64-bit one";
 
 Mark MarkOf(DirectoryState state)
 {
@@ -47,40 +46,6 @@ std::string RegistryProblem(const RegistryFinding& finding)
     default:
         return "its value Location cannot be read: " + ErrorWords(static_cast<unsigned long>(*finding.read));
     }
-}
-
-Finding EntryLine(const EntryFinding& finding)
-{
-    const VersionCompatibilityEntry& entry = finding.entry;
-    Finding line = {Mark::Info, "entry", EntryPlace(entry), "", "", "", ""};
-    line.value = Narrow(entry.module);
-    if (!entry.version.empty())
-        line.value += ' ' + JoinVersion(entry.version);
-    if (!entry.modulePath.empty())
-        line.value += (line.value.empty() ? "" : ", ") + Narrow(entry.modulePath);
-    if (finding.defect)
-    {
-        line.mark = Mark::Warning;
-        line.result = DefectName(*finding.defect);
-        line.note = std::string("ignored, ") + DefectWords(*finding.defect);
-    }
-    else if (finding.chosen)
-    {
-        line.mark = Mark::Ok;
-        line.result = "chosen";
-        line.note = "chosen, serves " + RangeWords(entry);
-    }
-    else if (finding.refusal)
-    {
-        line.result = RefusalName(*finding.refusal);
-        line.note = std::string("does not serve ") + ProductVersion + ": " + RangeWords(entry);
-    }
-    else
-    {
-        line.result = "not-higher";
-        line.note = "serves, but its version is not higher than the chosen one's";
-    }
-    return line;
 }
 
 } // namespace
@@ -245,16 +210,17 @@ void StartRecorder::FlushRegistry()
 
 void StartRecorder::OnCompatibilityEntry(const EntryFinding& finding)
 {
-    report_.Begin(StepId::CompatibilityEntries);
-    facts_.entries.push_back(finding);
-    facts_.entryChosen = facts_.entryChosen || finding.chosen;
-    Finding line = EntryLine(finding);
-    line.source = Narrow(facts_.compatibilityFile);
-    report_.Add(std::move(line));
+    entries_.Add(finding);
+}
+
+void StartRecorder::FinishEntries()
+{
+    entries_.Finish();
 }
 
 void StartRecorder::OnModulePath(const std::wstring& path, std::optional<ModulePathDefect> defect)
 {
+    entries_.Finish(); // A path is there once a choice is made.
     facts_.modulePath = path;
     facts_.modulePathDefect = defect;
     if (path.empty())

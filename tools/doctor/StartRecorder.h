@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "EntryRecorder.h"
 #include "Report.h"
 #include "StartFacts.h"
 #include "load/StartObserver.h"
@@ -14,7 +15,7 @@ namespace Orlindex::Doctor {
 class StartRecorder final : public Ids::StartObserver
 {
 public:
-    StartRecorder(Report& report, StartFacts& facts) : report_(report), facts_(facts) {}
+    StartRecorder(Report& report, StartFacts& facts) : report_(report), facts_(facts), entries_(report, facts) {}
 
     void OnSearch(const Ids::SearchFinding& finding) override;
     void OnDocument(const Ids::DocumentFinding& finding) override;
@@ -26,6 +27,9 @@ public:
     void OnSignature(const Ids::TrustEvidence& evidence) override;
     void OnLoadStep(const Ids::LoadFinding& finding) override;
 
+    /// No entry follows.
+    void FinishEntries();
+
 private:
     void AddDirectories(const Ids::SearchFinding& finding, Mark notFound);
     void FlushRegistry();
@@ -33,6 +37,7 @@ private:
 
     Report& report_;
     StartFacts& facts_;
+    EntryRecorder entries_;
     /// A start looks into the registry whenever it searches for the server application, which it may do several times.
     /// The first search that is a real one counts.
     std::vector<Finding> registry_;

@@ -95,8 +95,9 @@ std::optional<VersionRecord> ParseVersionRecord(const void* record, std::size_t 
     if (length > size)
         return std::nullopt;
     const RecordReader reader(record, size);
-    return VersionRecord{reader.FileVersion(), reader.Text(L"CompanyName"), reader.Text(L"FileDescription"),
-                         reader.Text(L"SpecialBuild")};
+    return VersionRecord{
+        reader.FileVersion(),         reader.Text(L"CompanyName"),      reader.Text(L"FileDescription"),
+        reader.Text(L"SpecialBuild"), reader.Text(L"PinnedRootSha256"), reader.Text(L"AcceptedSigners")};
 }
 
 } // namespace Orlindex::Doctor

@@ -14,6 +14,8 @@ struct VersionRecord
     std::string company;
     std::string description;
     std::string specialBuild;
+    std::string pinnedRoot; ///< Of a library: the root that it accepts, SHA-256 in hexadecimal digits.
+    std::string signers;    ///< Of a library: the names that it accepts, separated by semicolons.
 };
 
 /// Nothing where the file cannot be read or has no version record. The file is read as data.

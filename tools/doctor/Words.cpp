@@ -60,10 +60,24 @@ std::string Hex(unsigned long number)
 
 } // namespace
 
+std::string Quoted(const std::wstring& text)
+{
+    return '"' + Narrow(text) + '"';
+}
+
+std::string Joined(const std::vector<std::string>& texts)
+{
+    std::string joined;
+    for (const std::string& text : texts)
+        joined += (joined.empty() ? "" : ", ") + text;
+    return joined;
+}
+
 std::string ErrorWords(unsigned long error)
 {
     std::string text = Narrow(GetSystemErrorText(error));
-    while (!text.empty() && (text.back() == '\r' || text.back() == '\n' || text.back() == ' '))
+    // The point, too: the words stand within a sentence.
+    while (!text.empty() && (text.back() == '\r' || text.back() == '\n' || text.back() == ' ' || text.back() == '.'))
         text.pop_back();
     const std::string number = "error " + std::to_string(error);
     return text.empty() ? number : text + " (" + number + ')';
@@ -84,15 +98,6 @@ std::string FileWords(StartFile file)
                                             {StartFile::ServerApplication, "server application"},
                                             {StartFile::VersionCompatibility, "version compatibility file"}};
     return NameIn(rows, file);
-}
-
-const char* OriginName(DirectoryOrigin origin)
-{
-    static const Named<DirectoryOrigin> rows[] = {
-        {DirectoryOrigin::Library, "library"},   {DirectoryOrigin::Host, "host"},
-        {DirectoryOrigin::Added, "added"},       {DirectoryOrigin::ClientConfig, "client-config"},
-        {DirectoryOrigin::Registry, "registry"}, {DirectoryOrigin::ServerApplication, "server-application"}};
-    return NameIn(rows, origin);
 }
 
 const char* OriginWords(DirectoryOrigin origin)
@@ -164,22 +169,30 @@ const char* PathDefectWords(ModulePathDefect defect)
     return NameIn(rows, defect);
 }
 
+const char* BitsWords(Machine machine)
+{
+    return machine == Machine::X64 ? "64-bit" : "32-bit";
+}
+
 std::string RangeWords(const VersionCompatibilityEntry& entry)
 {
+    constexpr std::size_t mostShown = 20; // A hostile file may list millions.
     std::string words;
-    const auto add = [&words](const char* name, const std::string& version) {
-        words += (words.empty() ? "" : ", ") + std::string(name) + ' ' + version;
+    std::size_t count = 0;
+    const auto add = [&](const char* name, const VersionParts& version) {
+        if (++count <= mostShown)
+            words += (words.empty() ? "" : ", ") + std::string(name) + ' ' + JoinVersion(version);
     };
     for (const VersionRange& range : entry.compatibleRanges)
     {
         if (!range.minVersion.empty())
-            add("min", JoinVersion(range.minVersion));
+            add("min", range.minVersion);
         if (!range.maxVersion.empty())
-            add("max", JoinVersion(range.maxVersion));
+            add("max", range.maxVersion);
         for (const VersionParts& version : range.versions)
-            add("listed", JoinVersion(version));
+            add("listed", version);
     }
-    return words;
+    return count > mostShown ? words + " and " + std::to_string(count - mostShown) + " more" : words;
 }
 
 const char* RefusalName(RangeAnswer answer)

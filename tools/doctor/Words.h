@@ -2,14 +2,18 @@
 #define ORLINDEX_DOCTOR_WORDS_H
 
 #include <string>
+#include <vector>
 
+#include "StartFacts.h"
 #include "load/StartObserver.h"
 
 namespace Orlindex::Doctor {
 
 // What the findings of a start are called: words of fixed sets for programs, sentences for people. All UTF-8.
 
-namespace Ids = Kestrany::IdentityServices;
+std::string Quoted(const std::wstring& text);
+/// With commas.
+std::string Joined(const std::vector<std::string>& texts);
 
 /// The platform's words for an error, with its number.
 std::string ErrorWords(unsigned long error);
@@ -17,13 +21,13 @@ std::string ErrorWords(unsigned long error);
 std::string TrustAnswerWords(long answer);
 
 std::string FileWords(Ids::StartFile file);
-const char* OriginName(Ids::DirectoryOrigin origin);
 const char* OriginWords(Ids::DirectoryOrigin origin);
 const char* StateName(Ids::DirectoryState state);
 std::string StateWords(Ids::DirectoryState state, const std::string& fileName);
 const char* DefectName(Ids::EntryDefect defect);
 const char* DefectWords(Ids::EntryDefect defect);
 const char* PathDefectWords(Ids::ModulePathDefect defect);
+const char* BitsWords(Machine machine); ///< "64-bit", "32-bit"
 /// What an entry's range says of this version of the library: "min 1.12, max 2".
 std::string RangeWords(const Ids::VersionCompatibilityEntry& entry);
 const char* RefusalName(Ids::RangeAnswer answer);
