@@ -14,9 +14,17 @@ namespace {
 std::atomic<int> referenceCount = 0;
 std::atomic<IdServicesMgr*> instance = nullptr;
 
-/// Serialises the work of starting and stopping. There from the library's load on, so that no start lacks the memory
+/// Some runtimes allocate what a mutex needs at its first lock.
+std::mutex& MakeLockedOnce()
+{
+    auto* mutex = new std::mutex;
+    const std::lock_guard<std::mutex> guard(*mutex);
+    return *mutex;
+}
+
+/// Serialises the work of starting and stopping. Complete from the library's load on, so that no start lacks the memory
 /// for it, and never destroyed: a thread may still stop the library while the process ends.
-std::mutex& libraryMutex = *new std::mutex;
+std::mutex& libraryMutex = MakeLockedOnce();
 
 /// Takes back the count of a start that does not come to its end.
 class CountOfStart

@@ -11,6 +11,7 @@
 
 #include "base/TextConversion.h"
 #include "library/GuardedBuffer.h"
+#include "support/Count.h"
 #include "support/Encodings.h"
 
 namespace OrlindexTest {
@@ -103,6 +104,7 @@ TEST(TextConversion, OfWellFormedTextsIsThatOfTheEncodings)
         ASSERT_EQ(Widen(narrow.Place(utf8)), utf16) << "round " << round << " of seed " << Seed;
         ASSERT_EQ(Narrow(wide.Place(utf16)), utf8) << "round " << round << " of seed " << Seed;
     }
+    PrintCount("texts converted", 2 * Rounds);
 }
 
 TEST(TextConversion, OfAnyUnitsReplacesLoneSurrogatesAlone)
@@ -116,6 +118,7 @@ TEST(TextConversion, OfAnyUnitsReplacesLoneSurrogatesAlone)
         std::generate(units.begin(), units.end(), [&] { return edges[random.Below(std::size(edges))]; });
         ASSERT_EQ(Narrow(wide.Place(units)), ToUtf8(FromUtf16(units))) << "round " << round << " of seed " << Seed;
     }
+    PrintCount("texts converted", Rounds);
 }
 
 TEST(TextConversion, OfAnyBytesKeepsWhatIsWellFormedAndReplacesTheRest)
@@ -137,6 +140,7 @@ TEST(TextConversion, OfAnyBytesKeepsWhatIsWellFormedAndReplacesTheRest)
         ASSERT_EQ(WithoutReplacements(Widen(completed)), WithoutReplacements(WellFormedParts(completed)))
             << "round " << round << " of seed " << Seed;
     }
+    PrintCount("texts converted", Rounds);
 }
 
 TEST(TextConversion, OfAMegabyteIsWhole)

@@ -1,7 +1,7 @@
 #ifndef ORLINDEX_STRESS_EFFORT_H
 #define ORLINDEX_STRESS_EFFORT_H
 
-#include <string>
+#include "support/Count.h"
 
 namespace OrlindexTest {
 
@@ -13,9 +13,6 @@ Value ShortOrLong(Value inShortForm, Value inLongForm)
 {
     return LongForm() ? inLongForm : inShortForm;
 }
-
-/// Prints how much a test did. scripts/test.sh gathers these lines.
-void PrintCount(const std::string& name, long long value);
 
 } // namespace OrlindexTest
 

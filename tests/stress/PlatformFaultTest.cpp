@@ -1,5 +1,7 @@
 // Every platform function that a start calls fails once, at each of its calls in turn, in a process of its own.
 
+#include <algorithm>
+#include <iterator>
 #include <sstream>
 
 #include "Aftermath.h"
@@ -56,6 +58,22 @@ bool GivesHandlesBack(const FaultPoint& point)
            (point.function == "WinVerifyTrust" && point.call == 2);
 }
 
+/// The calls without whose answer nobody knows whether the module is trusted, or which file it is. All of the functions
+/// but one are called for nothing else; that one also closes the verification, in its second call.
+bool LeavesTrustOpen(const FaultPoint& point)
+{
+    static constexpr const char* functions[] = {"CertGetNameStringA",
+                                                "CryptHashCertificate2",
+                                                "GetFileInformationByHandle",
+                                                "NtQueryVirtualMemory",
+                                                "PathFileExistsW",
+                                                "WTHelperGetProvCertFromChain",
+                                                "WTHelperGetProvSignerFromChain",
+                                                "WTHelperProvDataFromStateData"};
+    return std::find(std::begin(functions), std::end(functions), point.function) != std::end(functions) ||
+           (point.function == "WinVerifyTrust" && point.call == 1);
+}
+
 constexpr char CleanStart[] = "a start without faults";
 constexpr char AfterCleanStart[] = "after a start without faults ";
 constexpr char Reached[] = "reached";
@@ -101,6 +119,7 @@ protected:
         EXPECT_GT(points_, 0);
         PrintCount("platform functions failed, " + name, functions);
         PrintCount("platform fault points, " + name, points_);
+        PrintCount("platform faults that leave trust open, " + name, trustLeftOpen_);
         PrintCount("clean starts after platform faults, " + name, cleanStarts_);
         PrintCount("platform faults with handles compared, " + name, handlesCompared_);
     }
@@ -134,6 +153,7 @@ private:
             if (outcome.passed && outcome.answer != Reached)
                 return;
             ++points_;
+            trustLeftOpen_ += LeavesTrustOpen({function, way, call});
             if (LongForm())
                 ExpectCleanStart({function, way, call});
         }
@@ -166,6 +186,10 @@ private:
     void StartWithFault(const FaultPoint& point)
     {
         const bool reached = FaultyStart(point);
+        if (reached && LeavesTrustOpen(point))
+        {
+            EXPECT_FALSE(IsLoaded(site.PluginFile())) << "of a module that is not known to be trusted";
+        }
         AnswerParent(reached ? Reached : "");
         ExpectCleanAftermath(CostsTheHostsDirectory(point));
     }
@@ -193,6 +217,10 @@ private:
         EXPECT_THAT(hooks.Books().Held(), AnyOf(IsEmpty(), testing::ElementsAre("LoadLibraryW")))
             << "the plugin module alone may stay";
         EXPECT_THAT(result, AnyOf(IdSuccess, IdClientUnavailable));
+        if (hooks.Failed() && LeavesTrustOpen(point))
+        {
+            EXPECT_EQ(result, IdClientUnavailable);
+        }
         EXPECT_EQ(result == IdSuccess, IdServicesMgr::IsInitialized());
         return hooks.Failed();
     }
@@ -225,6 +253,7 @@ private:
 
     const std::wstring hostsDirectory_ = site.MakeFolder("hosts-libraries").native();
     int points_ = 0;
+    int trustLeftOpen_ = 0;
     int cleanStarts_ = 0;
     int handlesCompared_ = 0; ///< Later starts do not reach what the first one settles for the process.
 };

@@ -63,7 +63,8 @@ protected:
     /// Runs one piece of work on many threads, again and again until the time is over.
     long long RunOnThreads(const std::function<void(int thread, std::minstd_rand& random)>& work)
     {
-        const Clock::time_point end = Clock::now() + std::chrono::seconds(ShortOrLong(4, 60));
+        const int seconds = ShortOrLong(4, 60);
+        const Clock::time_point end = Clock::now() + std::chrono::seconds(seconds);
         std::atomic<long long> rounds = 0;
         std::vector<std::thread> threads;
         for (int thread = 0; thread < ThreadCount; ++thread)
@@ -84,6 +85,7 @@ protected:
         }
         for (std::thread& thread : threads)
             thread.join();
+        PrintCount("seconds with 8 threads", seconds);
         return rounds;
     }
 

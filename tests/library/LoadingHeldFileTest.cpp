@@ -1,0 +1,138 @@
+// The module's file is held from before its verification, and a module of which nobody can say which file it is, is not
+// kept.
+
+#include <string_view>
+#include <vector>
+
+#include "LoadingSupport.h"
+#include "TrustDoubles.h"
+#include "support/Count.h"
+#include "support/Handle.h"
+
+namespace OrlindexTest {
+
+using testing::Each;
+using testing::SizeIs;
+
+namespace {
+
+struct FileInformationImport
+{
+    static constexpr char Name[] = "GetFileInformationByHandle";
+    using Type = decltype(GetFileInformationByHandle);
+};
+
+struct QueryMemoryImport
+{
+    static constexpr char Name[] = "NtQueryVirtualMemory";
+    using Type = LONG(HANDLE, const void*, int, void*, SIZE_T, SIZE_T*);
+};
+
+struct CreateFileImport
+{
+    static constexpr char Name[] = "CreateFileW";
+    using Type = decltype(CreateFileW);
+};
+
+using CreateFileDouble = ImportDouble<CreateFileImport>;
+using FileInformationDouble = ImportDouble<FileInformationImport>;
+using QueryMemoryDouble = ImportDouble<QueryMemoryImport>;
+
+constexpr auto NoResources = static_cast<LONG>(0xC000009A);
+
+/// What the system answers to one who tries to write a file.
+DWORD TryToWrite(const std::filesystem::path& file)
+{
+    const Handle opened(CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                    nullptr, OPEN_EXISTING, 0, nullptr));
+    return opened.get() == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
+}
+
+/// The same to one who tries to put the file aside; where that works, it is put back.
+DWORD TryToReplace(const std::filesystem::path& file)
+{
+    const std::filesystem::path aside = file.native() + L".aside";
+    if (!MoveFileW(file.c_str(), aside.c_str()))
+        return GetLastError();
+    MoveFileW(aside.c_str(), file.c_str());
+    return ERROR_SUCCESS;
+}
+
+} // namespace
+
+class LoadingHeldFile : public Loading
+{
+protected:
+    void ExpectRefusedAsAnotherFile()
+    {
+        EXPECT_EQ(FailedStart(),
+                  "Client plugin module " + File() + " was loaded from another file than the one verified\n");
+        EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    }
+};
+
+TEST_F(LoadingHeldFile, NobodyCanWriteOrReplaceTheFileJustBeforeOrAfterItsVerification)
+{
+    site.Install();
+    std::vector<DWORD> attempts;
+    const auto attack = [&] {
+        attempts.push_back(TryToWrite(site.PluginFile()));
+        attempts.push_back(TryToReplace(site.PluginFile()));
+    };
+    const WinVerifyTrustDouble verification([&](HWND window, GUID* action, LPVOID data) {
+        const bool verifies = static_cast<const WINTRUST_DATA*>(data)->dwStateAction == WTD_STATEACTION_VERIFY;
+        if (verifies)
+            attack();
+        const LONG answer = WinVerifyTrustDouble::Original(window, action, data);
+        if (verifies)
+            attack();
+        return answer;
+    });
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_THAT(attempts, SizeIs(4));
+    EXPECT_THAT(attempts, Each(static_cast<DWORD>(ERROR_SHARING_VIOLATION)));
+    PrintCount("attempts to change a module around its verification", static_cast<long long>(attempts.size()));
+}
+
+/// Neither the verified file nor the loaded one is known then, which must not pass for the same.
+TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereTheSystemDoesNotSayWhichFileWasVerified)
+{
+    site.Install();
+    const FileInformationDouble fail([](HANDLE, LPBY_HANDLE_FILE_INFORMATION) {
+        SetLastError(ERROR_INVALID_FUNCTION);
+        return FALSE;
+    });
+    ExpectRefusedAsAnotherFile();
+}
+
+TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereTheSystemDoesNotSayWhichFileItWasLoadedFrom)
+{
+    site.Install();
+    const QueryMemoryDouble fail([](HANDLE, const void*, int, void*, SIZE_T, SIZE_T*) { return NoResources; });
+    ExpectRefusedAsAnotherFile();
+}
+
+TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereTheFileThatItWasLoadedFromHasNoName)
+{
+    site.Install();
+    const QueryMemoryDouble answerNothing([](HANDLE, const void*, int, void*, SIZE_T, SIZE_T*) { return LONG{0}; });
+    ExpectRefusedAsAnotherFile();
+}
+
+TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereTheFileThatItWasLoadedFromCannotBeOpened)
+{
+    site.Install();
+    const CreateFileDouble refuse([](LPCWSTR path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security,
+                                     DWORD disposition, DWORD flags, HANDLE model) {
+        const std::wstring_view mapped = L"\\\\?\\"; // How a file is named that a module was mapped from.
+        if (std::wstring_view(path).substr(0, mapped.size()) == mapped)
+        {
+            SetLastError(ERROR_ACCESS_DENIED);
+            return INVALID_HANDLE_VALUE;
+        }
+        return CreateFileDouble::Original(path, access, sharing, security, disposition, flags, model);
+    });
+    ExpectRefusedAsAnotherFile();
+}
+
+} // namespace OrlindexTest

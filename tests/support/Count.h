@@ -1,0 +1,13 @@
+#ifndef ORLINDEX_SUPPORT_COUNT_H
+#define ORLINDEX_SUPPORT_COUNT_H
+
+#include <string>
+
+namespace OrlindexTest {
+
+/// Prints how much a test did. scripts/test.sh gathers these lines and adds up those of one name.
+void PrintCount(const std::string& name, long long value);
+
+} // namespace OrlindexTest
+
+#endif
