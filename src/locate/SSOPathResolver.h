@@ -103,7 +103,6 @@ private:
     Interface* Obtain(Interface* PluginInterfaces::*which, const wchar_t* missing);
 
     void ReadClientConfigFile();
-    void SetServerSettingsDefaults();
     SearchList ServerAppSearchList();
     void AddRegistryLocation(SearchList& searchList);
     void AddUnversionedRegistryLocation(SearchList& searchList);
