@@ -99,8 +99,8 @@ public:
 private:
     static SSOPathResolver* Create();
 
-    template <class Interface>
-    Interface* Obtain(Interface* PluginInterfaces::*which, const wchar_t* missing);
+    template <class Interface, class Message>
+    Interface* Obtain(Interface* PluginInterfaces::*which, Message missing);
 
     void ReadClientConfigFile();
     SearchList ServerAppSearchList();
