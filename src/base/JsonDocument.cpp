@@ -37,12 +37,12 @@ JsonError FirstError(std::string_view report)
 
 std::optional<Json::Value> ParseJson(const std::string& bytes, JsonError* error)
 {
-    Json::CharReaderBuilder settings;
-    settings["collectComments"] = false;
-    settings["skipBom"] = true;
-    settings["allowTrailingCommas"] = false;
     try
     {
+        Json::CharReaderBuilder settings;
+        settings["collectComments"] = false;
+        settings["skipBom"] = true;
+        settings["allowTrailingCommas"] = false;
         const std::optional<std::string> inRange = WithNumbersInRange(bytes);
         const std::string& text = inRange ? *inRange : bytes;
         const std::unique_ptr<Json::CharReader> reader(settings.newCharReader());
@@ -55,7 +55,8 @@ std::optional<Json::Value> ParseJson(const std::string& bytes, JsonError* error)
     }
     catch (const std::exception& exception)
     {
-        // The reader throws where a document nests deeper than its limit, or is too large for the memory left.
+        // The reader throws where a document nests deeper than its limit, or there is too little memory for it: then it
+        // throws errors of its own kind, which no host expects.
         if (error)
             *error = {0, 0, exception.what()};
     }

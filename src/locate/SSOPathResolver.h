@@ -115,6 +115,7 @@ private:
 
     bool LoadClientPluginModule();
     bool LoadClientPluginModuleOnce();
+    bool GiveUpLoading(const char* reason);
     bool FindClientPluginFile();
     bool AcceptClientPluginPath() const;
     bool VerifyClientPlugin(const FileHandle& held) const;
