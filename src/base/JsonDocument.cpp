@@ -6,50 +6,10 @@
 #include <memory>
 #include <string_view>
 
+#include "base/JsonNumbers.h"
+
 namespace Kestrany::IdentityServices {
 namespace {
-
-/// Longer than a number that means something. The reader's conversion takes time by the square of the length: seconds
-/// for a megabyte of digits.
-constexpr std::size_t longestNumber = 1000;
-
-/// The position after the text that was opened before `position`; the end where nothing closes it.
-std::size_t AfterText(const std::string& bytes, std::size_t position)
-{
-    while (position < bytes.size() && bytes[position] != '"')
-        position += bytes[position] == '\\' ? 2 : 1;
-    return position + 1;
-}
-
-/// The position after a text or a comment that begins at `position`; `position` itself where none does.
-std::size_t AfterTextOrComment(const std::string& bytes, std::size_t position)
-{
-    if (bytes[position] == '"')
-        return AfterText(bytes, position + 1);
-    if (bytes.compare(position, 2, "//") == 0)
-        return bytes.find_first_of("\r\n", position);
-    if (bytes.compare(position, 2, "/*") == 0)
-    {
-        const std::size_t end = bytes.find("*/", position + 2);
-        return end == std::string::npos ? end : end + 2;
-    }
-    return position;
-}
-
-bool HoldsOverlongNumber(const std::string& bytes)
-{
-    std::size_t digits = 0;
-    for (std::size_t position = 0; position < bytes.size();)
-    {
-        const std::size_t next = AfterTextOrComment(bytes, position);
-        const bool isDigit = next == position && bytes[position] >= '0' && bytes[position] <= '9';
-        digits = isDigit ? digits + 1 : 0;
-        if (digits > longestNumber)
-            return true;
-        position = next == position ? position + 1 : next;
-    }
-    return false;
-}
 
 /// The number after `label` in `text`; 0 where there is none.
 int NumberAfter(std::string_view label, std::string_view text)
@@ -77,28 +37,26 @@ JsonError FirstError(std::string_view report)
 
 std::optional<Json::Value> ParseJson(const std::string& bytes, JsonError* error)
 {
-    if (HoldsOverlongNumber(bytes))
-    {
-        if (error)
-            *error = {0, 0, "A number has more than a thousand digits."};
-        return std::nullopt;
-    }
-    Json::CharReaderBuilder settings;
-    settings["collectComments"] = false;
-    settings["skipBom"] = true;
     try
     {
+        Json::CharReaderBuilder settings;
+        settings["collectComments"] = false;
+        settings["skipBom"] = true;
+        settings["allowTrailingCommas"] = false;
+        const std::optional<std::string> inRange = WithNumbersInRange(bytes);
+        const std::string& text = inRange ? *inRange : bytes;
         const std::unique_ptr<Json::CharReader> reader(settings.newCharReader());
         Json::Value root;
         std::string report;
-        if (reader->parse(bytes.data(), bytes.data() + bytes.size(), &root, error ? &report : nullptr))
+        if (reader->parse(text.data(), text.data() + text.size(), &root, error ? &report : nullptr))
             return root;
         if (error)
             *error = FirstError(report);
     }
     catch (const std::exception& exception)
     {
-        // The reader throws where a document nests deeper than its limit, or is too large for the memory left.
+        // The reader throws where a document nests deeper than its limit, or there is too little memory for it: then it
+        // throws errors of its own kind, which no host expects.
         if (error)
             *error = {0, 0, exception.what()};
     }

@@ -15,8 +15,9 @@ struct JsonError
     std::string text;
 };
 
-/// Nothing for a text that is no JSON, nests too deep or holds a number of more than a thousand digits. A UTF-8 byte
-/// order mark and comments are accepted: people edit these files by hand. Fills the error, where asked to.
+/// Nothing for a text that is no JSON or nests too deep. A UTF-8 byte order mark and comments are accepted: people edit
+/// these files by hand. A number too large costs its place alone: see IsNumberOutOfRange. Fills the error, where asked
+/// to.
 std::optional<Json::Value> ParseJson(const std::string& bytes, JsonError* error = nullptr);
 
 /// The member `key` of `value`; null where there is none, or where `value` is no object.

@@ -3,14 +3,15 @@
 #include <optional>
 
 #include "base/JsonDocument.h"
+#include "base/JsonNumbers.h"
 
 namespace Kestrany::IdentityServices {
 namespace {
 
-/// Empty for a missing key; nothing for a value that is no scalar.
+/// Empty for a missing key; nothing for a value that is no scalar, or that no text can tell.
 std::optional<std::string> ScalarText(const Json::Value& value)
 {
-    if (value.isArray() || value.isObject())
+    if (value.isArray() || value.isObject() || IsNumberOutOfRange(value))
         return std::nullopt;
     return value.asString();
 }

@@ -38,6 +38,33 @@ void TellSettings(StartObserver& observer, const std::vector<ClientConfigKey>& k
     }
 }
 
+/// Sets the settings that no file changes when it goes, however the reading of the file ended. They are made with it,
+/// so that setting them takes no memory.
+class FixedSettings
+{
+public:
+    explicit FixedSettings(ServerSettings& settings) : settings_(settings)
+    {
+        fixed_.searchName = L"Pellwick.exe";
+        fixed_.executableName = L"Pellwick.exe";
+        fixed_.defaultProcessName = "Kestrany.TALIX.DefaultProcess-v2";
+        fixed_.defaultServerName = "Kestrany.TALIX.DefaultServer-v2";
+    }
+    ~FixedSettings()
+    {
+        settings_.searchName.swap(fixed_.searchName);
+        settings_.executableName.swap(fixed_.executableName);
+        settings_.defaultProcessName.swap(fixed_.defaultProcessName);
+        settings_.defaultServerName.swap(fixed_.defaultServerName);
+    }
+    FixedSettings(const FixedSettings&) = delete;
+    FixedSettings& operator=(const FixedSettings&) = delete;
+
+private:
+    ServerSettings& settings_;
+    ServerSettings fixed_;
+};
+
 } // namespace
 
 bool SSOPathResolver::FindClientConfigFile()
@@ -77,12 +104,12 @@ bool SSOPathResolver::LoadClientConfig()
 {
     if (clientConfigLoadState_ != NotLoaded)
         return clientConfigLoadState_ == Loaded;
+    const FixedSettings fixedSettings(serverSettings_);
     clientConfigLoadState_ = LoadAttempted;
     if (clientConfigFilePath_.empty())
         FindClientConfigFile();
     if (PathExists(clientConfigFilePath_))
         ReadClientConfigFile();
-    SetServerSettingsDefaults();
     return true;
 }
 
@@ -117,14 +144,6 @@ void SSOPathResolver::ReadClientConfigFile()
         TALIXLog::Info);
     if (observer_)
         TellSettings(*observer_, reading.keys, *values);
-}
-
-void SSOPathResolver::SetServerSettingsDefaults()
-{
-    serverSettings_.searchName = L"Pellwick.exe";
-    serverSettings_.executableName = L"Pellwick.exe";
-    serverSettings_.defaultProcessName = "Kestrany.TALIX.DefaultProcess-v2";
-    serverSettings_.defaultServerName = "Kestrany.TALIX.DefaultServer-v2";
 }
 
 void SSOPathResolver::SetClientConfigFileOverride(std::wstring path)

@@ -53,26 +53,31 @@ bool SSOPathResolver::LoadClientPluginModule()
         return false;
     pluginLoadState_ = PluginAttempted;
 
-    std::wstring reason;
     try
     {
         return LoadClientPluginModuleOnce();
     }
     catch (const std::exception& error)
     {
-        reason = Widen(error.what());
+        return GiveUpLoading(error.what());
     }
     catch (...)
     {
-        reason = L"unknown exception";
+        return GiveUpLoading("unknown exception");
     }
-    // A plugin that was not configured to the end does not count as loaded.
+}
+
+/// A plugin that was not configured to the end does not count as loaded. That comes before the words, for which there
+/// may be no memory.
+bool SSOPathResolver::GiveUpLoading(const char* reason)
+{
     clientFactory_ = nullptr;
     pluginInterfaces = {};
     pluginLoadState_ = PluginAttempted;
+    const std::wstring words = Widen(reason);
     if (observer_)
-        observer_->OnException(reason);
-    LogLoadFailure(clientPluginModulePath_, reason);
+        observer_->OnException(words);
+    LogLoadFailure(clientPluginModulePath_, words);
     return false;
 }
 

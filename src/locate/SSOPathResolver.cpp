@@ -12,11 +12,38 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
-std::shared_ptr<const std::wstring> ModuleLoadedMessage()
+using SharedText = std::shared_ptr<const std::wstring>;
+
+SharedText Shared(std::wstring text)
 {
-    return std::make_shared<const std::wstring>(Message(L"%1% module loaded (Version: %2% Config: %3% File: %4%)",
-                                                        ProductModuleName, Widen(ProductVersion), SDKBuildConfiguration,
-                                                        GetModuleFilePath(ProductModuleName)));
+    return std::make_shared<const std::wstring>(std::move(text));
+}
+
+SharedText ModuleLoadedMessage()
+{
+    return Shared(Message(L"%1% module loaded (Version: %2% Config: %3% File: %4%)", ProductModuleName,
+                          Widen(ProductVersion), SDKBuildConfiguration, GetModuleFilePath(ProductModuleName)));
+}
+
+/// What is said at every request for an interface that a loaded plugin lacks.
+struct MissingInterface
+{
+    SharedText client;
+    SharedText clientPrivate;
+    SharedText clientModule;
+    SharedText serverManager;
+};
+
+/// Made before the first load, so that no request needs memory for them. Never destroyed: other threads may ask while
+/// the process ends.
+const MissingInterface& MissingInterfaceMessages()
+{
+    static const MissingInterface& messages = *new MissingInterface{
+        Shared(L"Failed to obtain ISSOClient. ISSOClientFactory::GetSSOClient returned null."),
+        Shared(L"Failed to obtain ISSOClientPrivate. ISSOClientFactory::GetSSOClientPrivate returned null."),
+        Shared(L"Failed to obtain ISSOClientModule. ISSOClientFactory::GetSSOClientModule returned null."),
+        Shared(L"Failed to obtain ISSOServerManager. ISSOClientFactory::GetSSOServerManager returned null.")};
+    return messages;
 }
 
 } // namespace
@@ -57,40 +84,36 @@ void SSOPathResolver::Forget()
 
 /// One shape for the four interfaces: load on first use; a plugin that is loaded but does not offer the interface is
 /// worth a message at every request.
-template <class Interface>
-Interface* SSOPathResolver::Obtain(Interface* PluginInterfaces::*which, const wchar_t* missing)
+template <class Interface, class Message>
+Interface* SSOPathResolver::Obtain(Interface* PluginInterfaces::*which, Message missing)
 {
     const ProcessLockGuard guard(processLock);
     if (!clientFactory_ && !EnsureClientLoaded())
         return nullptr;
     Interface* const pointer = pluginInterfaces.*which;
     if (!pointer)
-        DefaultLogFunction(missing, TALIXLog::Error);
+        LogSharedMessage(MissingInterfaceMessages().*missing, TALIXLog::Error);
     return pointer;
 }
 
 ISSOClient* SSOPathResolver::GetSSOClient()
 {
-    return Obtain(&PluginInterfaces::client,
-                  L"Failed to obtain ISSOClient. ISSOClientFactory::GetSSOClient returned null.");
+    return Obtain(&PluginInterfaces::client, &MissingInterface::client);
 }
 
 ISSOClientPrivate* SSOPathResolver::GetSSOClientPrivate()
 {
-    return Obtain(&PluginInterfaces::clientPrivate,
-                  L"Failed to obtain ISSOClientPrivate. ISSOClientFactory::GetSSOClientPrivate returned null.");
+    return Obtain(&PluginInterfaces::clientPrivate, &MissingInterface::clientPrivate);
 }
 
 ISSOClientModule* SSOPathResolver::GetSSOClientModule()
 {
-    return Obtain(&PluginInterfaces::clientModule,
-                  L"Failed to obtain ISSOClientModule. ISSOClientFactory::GetSSOClientModule returned null.");
+    return Obtain(&PluginInterfaces::clientModule, &MissingInterface::clientModule);
 }
 
 ISSOServerManager* SSOPathResolver::GetSSOServerManager()
 {
-    return Obtain(&PluginInterfaces::serverManager,
-                  L"Failed to obtain ISSOServerManager. ISSOClientFactory::GetSSOServerManager returned null.");
+    return Obtain(&PluginInterfaces::serverManager, &MissingInterface::serverManager);
 }
 
 void SSOPathResolver::EnsureClientAfterInitialize()
@@ -107,6 +130,7 @@ bool SSOPathResolver::EnsureClientLoaded()
         return true;
     try
     {
+        MissingInterfaceMessages();
         if (!moduleLoadedMessage_)
             moduleLoadedMessage_ = ModuleLoadedMessage();
         LogSharedMessage(moduleLoadedMessage_, TALIXLog::Info);

@@ -99,11 +99,10 @@ public:
 private:
     static SSOPathResolver* Create();
 
-    template <class Interface>
-    Interface* Obtain(Interface* PluginInterfaces::*which, const wchar_t* missing);
+    template <class Interface, class Message>
+    Interface* Obtain(Interface* PluginInterfaces::*which, Message missing);
 
     void ReadClientConfigFile();
-    void SetServerSettingsDefaults();
     SearchList ServerAppSearchList();
     void AddRegistryLocation(SearchList& searchList);
     void AddUnversionedRegistryLocation(SearchList& searchList);
@@ -116,6 +115,7 @@ private:
 
     bool LoadClientPluginModule();
     bool LoadClientPluginModuleOnce();
+    bool GiveUpLoading(const char* reason);
     bool FindClientPluginFile();
     bool AcceptClientPluginPath(const std::wstring& path) const;
     bool VerifyClientPlugin(const HeldFile& held) const;

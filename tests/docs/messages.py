@@ -12,7 +12,6 @@ LEVEL = re.compile(r'TALIXLog::(Error|Warning|Info)\b')
 OTHER_TEXTS = {
     'Kestrany/Identity Services': 'a folder',
     'The specified module could not be found.': 'the reason within a message',
-    'unknown exception': 'the reason within a message',
 }
 
 

@@ -55,6 +55,14 @@ private:
     }};
 };
 
+/// The library, and nobody else in the process, finds no memory while it lives.
+class NoMemory
+{
+    ImportDouble<MallocImport> malloc_{[](std::size_t) { return nullptr; }};
+    ImportDouble<CallocImport> calloc_{[](std::size_t, std::size_t) { return nullptr; }};
+    ImportDouble<ReallocImport> realloc_{[](void*, std::size_t) { return nullptr; }};
+};
+
 template <class Call>
 int AllocationsOf(const Call& call)
 {
@@ -156,6 +164,57 @@ TEST_F(AllocationsWithoutPlugin, AFallbackAfterTheFirstAllocatesNothing)
     ASSERT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
     SSOClientPrivate::LoadLoginFromCache(false);
     EXPECT_EQ(AllocationsOf([] { SSOClientPrivate::LoadLoginFromCache(false); }), 0);
+}
+
+using AllocationsWithoutInterface = FlatWithoutClient;
+
+TEST_F(AllocationsWithoutInterface, NoFallbackAllocates)
+{
+    int calls = 0;
+    for (const FlatFunction& function : FlatFunctions())
+    {
+        if (!IsPlainForward(function))
+            continue;
+        SCOPED_TRACE(function.name);
+        FlatArguments arguments;
+        arguments.config = talix_create_product_config("client", "scope");
+        function.prepare(arguments);
+        std::int64_t result = -1;
+        EXPECT_EQ(AllocationsOf([&] { result = function.call(arguments); }), 0);
+        EXPECT_EQ(result, function.withoutClient);
+        ++calls;
+    }
+    EXPECT_GT(calls, 20);
+}
+
+TEST_F(AllocationsWithoutInterface, WithoutMemoryTheFallbacksAndTheirMessagesStay)
+{
+    int window = 0;
+    {
+        const NoMemory noMemory;
+        EXPECT_EQ(talix_login(), IdClientUnavailable);
+        EXPECT_EQ(talix_set_host(&window), IdSuccess);
+        EXPECT_EQ(talix_get_server(), 0);
+        EXPECT_FALSE(IdServicesMgr::GetInstance()->IsLoggedIn());
+    }
+    const LogLine reason{Error, "Failed to obtain ISSOClient. ISSOClientFactory::GetSSOClient returned null."};
+    EXPECT_THAT(Plugin().Log(), testing::ElementsAre(reason, reason, reason, reason));
+}
+
+class AllocationsWithoutLogger : public HostTest
+{
+};
+
+TEST_F(AllocationsWithoutLogger, AFallbackForAMissingInterfaceAfterTheFirstAllocatesNothing)
+{
+    InstallPlugin();
+    Plugin().Answer(Factory, 1, 0);
+    Plugin().Answer(Factory, 3, 0);
+    ASSERT_EQ(talix_init(), IdSuccess);
+    EXPECT_EQ(talix_login(), IdClientUnavailable);
+    const NoMemory noMemory;
+    EXPECT_EQ(talix_login(), IdClientUnavailable);
+    EXPECT_FALSE(IdServicesMgr::GetInstance()->IsLoggedIn());
 }
 
 } // namespace OrlindexTest

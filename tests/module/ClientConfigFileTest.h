@@ -48,12 +48,14 @@ protected:
     std::vector<std::filesystem::path> DefaultPlaces() const { return {site.HostFolder(), library}; }
     std::string Path() const { return ToUtf8(manager.ClientConfigFilePath()); }
 
-    void ExpectFixedSettings() const
+    void ExpectFixedSettings() const { ExpectFixedSettings(manager); }
+
+    static void ExpectFixedSettings(const SSOPathResolver& resolver)
     {
-        EXPECT_EQ(manager.Settings().searchName, L"Pellwick.exe");
-        EXPECT_EQ(manager.Settings().executableName, L"Pellwick.exe");
-        EXPECT_EQ(manager.Settings().defaultProcessName, "Kestrany.TALIX.DefaultProcess-v2");
-        EXPECT_EQ(manager.Settings().defaultServerName, "Kestrany.TALIX.DefaultServer-v2");
+        EXPECT_EQ(resolver.Settings().searchName, L"Pellwick.exe");
+        EXPECT_EQ(resolver.Settings().executableName, L"Pellwick.exe");
+        EXPECT_EQ(resolver.Settings().defaultProcessName, "Kestrany.TALIX.DefaultProcess-v2");
+        EXPECT_EQ(resolver.Settings().defaultServerName, "Kestrany.TALIX.DefaultServer-v2");
     }
 
     void ExpectNothingConfigured() const

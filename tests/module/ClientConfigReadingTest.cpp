@@ -1,5 +1,7 @@
 // The client config file: how it is read, and what it sets.
 
+#include <new>
+
 #include "ClientConfigFileTest.h"
 #include "base/FileContents.h"
 #include "support/Handle.h"
@@ -61,6 +63,21 @@ TEST_F(ClientConfigFile, AMissingFileLeavesTheFixedSettingsAlone)
     ExpectNothingConfigured();
 }
 
+TEST_F(ClientConfigFile, TheFixedSettingsHoldHoweverTheReadingEnds)
+{
+    site.WriteClientConfig("{}");
+    for (const std::wstring failing : {L"Searching", L"Found", L"Loading", L"Configuration"})
+    {
+        SSOPathResolver started({"1"}, [&failing](const std::wstring& message, Kestrany::TALIXLog::LogLevel) {
+            if (message.compare(0, failing.size(), failing) == 0)
+                throw std::bad_alloc();
+        });
+        EXPECT_THROW(started.LoadClientConfig(), std::bad_alloc);
+        ExpectFixedSettings(started);
+        EXPECT_FALSE(started.LoadClientConfig()) << "it is read once";
+    }
+}
+
 TEST_F(ClientConfigFile, ASecondLoadReturnsFalseAndReadsNothing)
 {
     site.WriteClientConfig(ServerMember("bundleId", R"("first")"));
@@ -109,6 +126,21 @@ TEST_F(ClientConfigFile, BinaryIsRefused)
 TEST_F(ClientConfigFile, NestedTooDeepIsRefused)
 {
     ExpectInvalid(std::string(100000, '[') + std::string(100000, ']'));
+}
+
+TEST_F(ClientConfigFile, ANumberTooLargeCostsItsKeyAlone)
+{
+    site.WriteClientConfig(R"({"timeout": 1e999, "ssoServer": {"bundleId": )" + std::string(2000, '9') +
+                           R"(, "searchPaths": "C:\\one", "supportBothLocalAndAdmin": true}})");
+    EXPECT_TRUE(manager.LoadClientConfig());
+    EXPECT_EQ(log.Take().back(), Support("Yes"));
+    EXPECT_EQ(manager.Settings().bundleId, L"");
+    EXPECT_THAT(manager.Settings().searchPaths, ElementsAre(L"C:\\one"));
+}
+
+TEST_F(ClientConfigFile, ACommaAfterTheLastKeyIsRefused)
+{
+    ExpectInvalid(R"({"ssoServer": {"bundleId": "b",}})");
 }
 
 TEST_F(ClientConfigFile, TooLargeIsRefused)

@@ -89,6 +89,22 @@ TEST_F(VersionCompatibilityFile, AWrongTypeIsNamedByItsKey)
                 RangeInvalid(), ListEmpty()});
 }
 
+TEST_F(VersionCompatibilityFile, ANumberTooLargeCostsItsElementAlone)
+{
+    FindServerApplication();
+    site.WriteCompatibilityFile(R"({"timeout": 1e999, "ssoClientPlugin": [
+        {"module": "M", "modulePath": "C:\\m.dll", "version": 1e999, "compatibleSsoServicesVersion": {"minVersion": "1"}},
+        {"module": "M", "modulePath": "C:\\m.dll", "version": "9", "compatibleSsoServicesVersion": {"minVersion": )" +
+                                std::string(2000, '1') + R"(}},
+        {"module": "M", "modulePath": "C:\\sound.dll", "version": "2",
+         "compatibleSsoServicesVersion": {"minVersion": "1"}}]})");
+    EXPECT_TRUE(manager.FindCompatibleClientPlugin());
+    EXPECT_EQ(Module(), "C:\\sound.dll");
+    const auto lines = log.Take();
+    EXPECT_THAT(std::vector<LogLine>(lines.begin() + 3, lines.end()),
+                ElementsAre(Blank("'version'"), RangeInvalid(), FoundPlugin("C:\\sound.dll")));
+}
+
 TEST_F(VersionCompatibilityFile, AnElementWithoutCompatibleVersionsIsIgnoredBesideSoundOnes)
 {
     EXPECT_EQ(

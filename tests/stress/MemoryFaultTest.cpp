@@ -2,9 +2,11 @@
 // process of its own; and all allocations from one on.
 
 #include <cstring>
+#include <filesystem>
 #include <new>
 #include <optional>
 #include <sstream>
+#include <stdexcept>
 
 #include "Aftermath.h"
 #include "Child.h"
@@ -19,7 +21,10 @@ namespace OrlindexTest {
 
 using namespace Kestrany::IdentityServices;
 using testing::AnyOf;
+using testing::Contains;
 using testing::Eq;
+using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
@@ -28,6 +33,9 @@ constexpr FailingAnswer NoMemory = {0, ERROR_NOT_ENOUGH_MEMORY};
 
 constexpr wchar_t Token[] = L"a token with \u00DC and a length that no short text has";
 constexpr wchar_t SessionAddress[] = L"https://address.invalid/?with=a+text+that+is+long+enough";
+
+/// The end of a message that no plugin here gives cause for.
+constexpr char InterfaceMissing[] = " returned null.";
 
 int eventsReceived = 0;
 
@@ -91,6 +99,7 @@ protected:
                 const ChildOutcome outcome = RunChild(fault);
                 EXPECT_TRUE(outcome.passed) << "with the fault " << fault << ", exit code " << outcome.code << '\n'
                                             << outcome.output;
+                EXPECT_THAT(outcome.output, Not(HasSubstr(InterfaceMissing))) << "with the fault " << fault;
                 ++points;
             }
         }
@@ -114,9 +123,17 @@ protected:
         }
         ExpectLocksAreFree();
         ExpectAnotherStartBalances();
+        ExpectNoPluginHalfConfigured();
     }
 
-private:
+    /// A start that needs nothing of the client config file, of which a fault may leave nothing.
+    void InstallServerApplicationBesideHost()
+    {
+        site.InstallServerApplication(site.HostFolder());
+        site.WriteCompatibilityFile({CompatibilityEntry{Utf8(site.PluginFile())}});
+        std::filesystem::rename(site.CompatibilityFile(), site.HostFolder() / site.CompatibilityFile().filename());
+    }
+
     /// The compiler's runtime allocates what a thread needs for exceptions with the first one, and ends the process
     /// where even that fails. So the library throws its first one beforehand.
     static void ThrowOnce(ImportHooks& hooks)
@@ -125,6 +142,7 @@ private:
         EXPECT_THROW(ProductConfig(), std::bad_alloc);
     }
 
+private:
     void PrepareAnswers()
     {
         PluginControl& plugin = plugin_.emplace(site.PluginFile());
@@ -159,6 +177,26 @@ private:
             stops += call.find(" 3 (") != std::string::npos;
         }
         EXPECT_EQ(starts, stops) << "of the plugin's module";
+    }
+
+    /// A plugin was told who it is and where its server is before anybody used it, or nobody did.
+    void ExpectNoPluginHalfConfigured()
+    {
+        for (const LogLine& line : plugin_->Log())
+            EXPECT_THAT(line.text, Not(HasSubstr(InterfaceMissing)));
+        const std::vector<std::string> configured = plugin_->Calls(ServerManager);
+        for (const std::string& call : configured)
+        {
+            if (call.find(" 2 (") != std::string::npos)
+            {
+                EXPECT_THAT(call, HasSubstr("Pellwick.exe\""));
+            }
+        }
+        if (!plugin_->Calls(Module).empty())
+        {
+            EXPECT_THAT(configured, Contains(Call(ServerManager, 6, "\"Kestrany.TALIX.DefaultProcess-v2\"")));
+            EXPECT_THAT(configured, Contains(Call(ServerManager, 8, "\"Kestrany.TALIX.DefaultServer-v2\"")));
+        }
     }
 
     std::optional<PluginControl> plugin_;
@@ -245,11 +283,16 @@ bool Survives(Step&& step)
     }
 }
 
-void UseClasses()
+void UseClasses(const MemoryFault& fault)
 {
+    const bool located = Survives([]() { SSOClientPrivate::GetSSOServerAppPath(); });
     std::optional<IdErrorCode> started;
     Survives([&started]() { started = IdServicesMgr::Initialize(); });
     EXPECT_EQ(started == IdSuccess, IdServicesMgr::IsInitialized());
+    if (!located && !fault.onwards)
+    {
+        EXPECT_EQ(started, IdSuccess) << "the client config file, which is read once, is not needed here";
+    }
     if (started != IdSuccess)
     {
         EXPECT_THAT(started, AnyOf(Eq(std::nullopt), Eq(IdClientUnavailable)));
@@ -291,8 +334,28 @@ TEST_P(MemoryFaults, TheFlatInterfaceAnswersItsCodes)
 TEST_P(MemoryFaults, TheClassesAnswerTheirCodesOrThrowBadAlloc)
 {
     if (const auto input = ChildInput())
-        return Try(*input, &UseClasses);
+        return Try(*input, [&input]() { UseClasses(ToMemoryFault(*input)); });
+    InstallServerApplicationBesideHost();
     Sweep("classes", GetParam(), 20, 60);
+}
+
+using MemoryFaultWhileLoading = MemoryFaultSweep;
+
+TEST_F(MemoryFaultWhileLoading, WithoutMemoryToTellOfAnExceptionThePluginIsNotHalfLoaded)
+{
+    site.Install();
+    PluginControl plugin(site.PluginFile());
+    ImportHooks hooks;
+    ThrowOnce(hooks);
+    hooks.Fail({}, 0, NoMemory, 0);
+    plugin.OnCall(Factory, 3, [&hooks](const CallArguments&) {
+        hooks.Fail(Allocators, 1, NoMemory, ImportHooks::AllLater);
+        throw std::runtime_error("a reason of some length, which is told where there is memory for it");
+    });
+    EXPECT_EQ(talix_init(), IdClientUnavailable);
+    hooks.Fail({}, 0, NoMemory, 0);
+    EXPECT_EQ(talix_init(), IdClientUnavailable);
+    EXPECT_THAT(plugin.Calls(Module), testing::IsEmpty()) << "which the plugin had given before it threw";
 }
 
 INSTANTIATE_TEST_SUITE_P(Share, MemoryFaults, testing::Range(0, 4));

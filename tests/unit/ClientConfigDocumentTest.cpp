@@ -7,6 +7,7 @@
 
 namespace OrlindexTest {
 
+using Kestrany::IdentityServices::ClientConfigReading;
 using Kestrany::IdentityServices::ClientConfigValues;
 using Kestrany::IdentityServices::ReadClientConfigDocument;
 
@@ -76,11 +77,12 @@ TEST(ClientConfigDocument, OnlyTheServerObjectIsRead)
 
 TEST(ClientConfigDocument, AKeyOfAWrongTypeReadsAsMissing)
 {
-    for (const std::string value : {"null", "1", "1.5", "true", "[]", "{}", R"(["text"])", R"({"a": "b"})", "1e300"})
+    for (const std::string value :
+         {"null", "1", "1.5", "true", "[]", "{}", R"(["text"])", R"({"a": "b"})", "1e300", "1e999", "-1e-999"})
         ExpectNothing(ReadServer(R"("bundleId": )" + value + R"(, "VersionCompatibilityConfigfilePath": )" + value +
                                  R"(, "searchPaths": )" + value),
                       value);
-    for (const std::string value : {"null", "1", "1.5", R"("true")", "[]", "[true]", "{}"})
+    for (const std::string value : {"null", "1", "1.5", R"("true")", "[]", "[true]", "{}", "1e999"})
         EXPECT_FALSE(ReadServer(R"("supportBothLocalAndAdmin": )" + value).supportBothLocalAndAdmin) << value;
 }
 
@@ -92,15 +94,37 @@ TEST(ClientConfigDocument, AKeyOfAWrongTypeDoesNotSpoilTheOthers)
     EXPECT_TRUE(values.supportBothLocalAndAdmin);
 }
 
+TEST(ClientConfigDocument, ANumberTooLargeDoesNotSpoilTheOthers)
+{
+    for (const std::string number : {"1e999", "-1e999", "1e-999"})
+    {
+        const ClientConfigValues values =
+            ReadDocument(R"({"timeout": )" + number + R"(, "ssoServer": {"bundleId": )" + number +
+                         R"(, "searchPaths": "s", "supportBothLocalAndAdmin": true}})");
+        EXPECT_EQ(values.bundleId, "") << number;
+        EXPECT_EQ(values.searchPaths, "s") << number;
+        EXPECT_TRUE(values.supportBothLocalAndAdmin) << number;
+    }
+}
+
+TEST(ClientConfigDocument, ANumberTooLargeIsAKeyOfAWrongType)
+{
+    ClientConfigReading reading;
+    ASSERT_TRUE(ReadClientConfigDocument(R"({"ssoServer": 1e999})", &reading));
+    EXPECT_TRUE(reading.keys.at(0).present);
+    EXPECT_FALSE(reading.keys.at(0).rightType);
+}
+
 TEST(ClientConfigDocument, AServerThatIsNoObjectCountsAsMissing)
 {
-    for (const std::string value : {"null", "1", R"("text")", "true", "[]", R"([{"bundleId": "b"}])"})
+    for (const std::string value : {"null", "1", "1e999", R"("text")", "true", "[]", R"([{"bundleId": "b"}])"})
         ExpectNothing(ReadDocument(R"({"ssoServer": )" + value + "}"), value);
 }
 
 TEST(ClientConfigDocument, ADocumentThatIsNoObjectCountsAsEmpty)
 {
-    for (const std::string document : {"[]", "null", "1", R"("ssoServer")", R"([{"ssoServer": {"bundleId": "b"}}])"})
+    for (const std::string document :
+         {"[]", "null", "1", "1e999", R"("ssoServer")", R"([{"ssoServer": {"bundleId": "b"}}])"})
         ExpectNothing(ReadDocument(document), document);
 }
 

@@ -94,7 +94,8 @@ std::string ElementWithRange(const std::string& value)
     return ElementWith("compatibleSsoServicesVersion", value);
 }
 
-const std::vector<std::string> notScalar = {"[]", "{}", R"(["x"])", R"({"x": "y"})", "[[[]]]"};
+const std::vector<std::string> notConvertible = {"[]",    "{}",     R"(["x"])", R"({"x": "y"})",       "[[[]]]",
+                                                 "1e999", "-1e999", "1e-999",   std::string(2000, '9')};
 
 } // namespace
 
@@ -194,7 +195,7 @@ TEST(ReadEntries, EachPartOfARangeSuffices)
 
 TEST(ReadEntries, AListOrObjectWhereATextBelongsIsADefectOfThatKey)
 {
-    for (const std::string& value : notScalar)
+    for (const std::string& value : notConvertible)
     {
         EXPECT_EQ(DefectOf(ElementWith("module", value)), EntryDefect::ModuleBlank) << value;
         EXPECT_EQ(DefectOf(ElementWith("modulePath", value)), EntryDefect::ModulePathBlank) << value;
@@ -214,7 +215,7 @@ TEST(ReadEntries, AWrongTypeInARangeSpoilsItEvenBesideSoundParts)
 
 TEST(ReadEntries, VersionsThatAreNoArrayAreInvalid)
 {
-    for (const char* value : {R"("1.11")", "1", "true", R"({"0": "1.11"})"})
+    for (const char* value : {R"("1.11")", "1", "1e999", "true", R"({"0": "1.11"})"})
         EXPECT_EQ(DefectOf(ElementWithRange(R"({"minVersion": "1", "versions": )" + std::string(value) + "}")),
                   EntryDefect::RangeInvalid)
             << value;
@@ -222,13 +223,13 @@ TEST(ReadEntries, VersionsThatAreNoArrayAreInvalid)
 
 TEST(ReadEntries, ARangeThatIsNoObjectIsInvalid)
 {
-    for (const char* value : {R"("1.11")", R"("")", "1", "1.5", "true", "false", "[]", R"(["1.11"])"})
+    for (const char* value : {R"("1.11")", R"("")", "1", "1.5", "1e999", "true", "false", "[]", R"(["1.11"])"})
         EXPECT_EQ(DefectOf(ElementWithRange(value)), EntryDefect::RangeInvalid) << value;
 }
 
 TEST(ReadEntries, AnElementThatIsNoObjectHasNoModule)
 {
-    for (const char* element : {R"("text")", "1", "true", "[]", R"([{"module": "M"}])"})
+    for (const char* element : {R"("text")", "1", "1e999", "true", "[]", R"([{"module": "M"}])"})
         EXPECT_EQ(DefectOf(element), EntryDefect::ModuleBlank) << element;
 }
 
@@ -269,7 +270,7 @@ TEST(ReadEntries, ADocumentThatIsNoObjectHasNoElements)
 
 TEST(ReadEntries, AKeyWithoutContainerHasNoElements)
 {
-    for (const char* value : {"null", "1", "2.5", R"("text")", "true", "[]", "{}"})
+    for (const char* value : {"null", "1", "2.5", "1e999", R"("text")", "true", "[]", "{}"})
     {
         const Reading reading = ReadDocument(R"({"ssoClientPlugin": )" + std::string(value) + "}");
         EXPECT_THAT(reading.entries, IsEmpty()) << value;

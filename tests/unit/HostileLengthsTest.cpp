@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/JsonDocument.h"
+#include "base/JsonNumbers.h"
 #include "base/StreamEcho.h"
 #include "base/Versions.h"
 #include "load/CompatibilityDocument.h"
@@ -122,33 +123,45 @@ TEST(HostileLengths, NestingIsReadUpToTheReadersLimitAndRefusedBeyond)
     EXPECT_FALSE(ReadClientConfigDocument(Repeated(R"({"a":)", million)));
 }
 
-TEST(HostileLengths, ANumberOfAMillionDigitsIsRefusedAtOnce)
+TEST(HostileLengths, ANumberOfAMillionDigitsCostsItsKeyAloneAndNoTime)
 {
     const std::string digits(million, '9');
     for (const std::string& number : {digits, "-" + digits, "1." + digits, "1e" + digits, "0." + digits + "e5"})
     {
-        EXPECT_FALSE(ReadClientConfigDocument(R"({"ssoServer": {"bundleId": )" + number + "}}")) << number.substr(0, 8);
-        EXPECT_FALSE(ReadClientConfigDocument("// \" \r[" + number + "]")) << number.substr(0, 8);
-        EXPECT_FALSE(ReadClientConfigDocument("/* \" */[" + number + "]")) << number.substr(0, 8);
+        const auto values = ReadClientConfigDocument("// \" \r\n/* \" */{\"ssoServer\": {\"bundleId\": " + number +
+                                                     R"(, "searchPaths": "s"}})");
+        ASSERT_TRUE(values) << number.substr(0, 8);
+        EXPECT_EQ(values->bundleId, "") << number.substr(0, 8);
+        EXPECT_EQ(values->searchPaths, "s") << number.substr(0, 8);
     }
 }
 
-TEST(HostileLengths, WhyANumberIsRefusedIsTold)
+TEST(HostileLengths, AMillionDigitsThatAreNoNumberAreRefusedAtOnce)
 {
-    JsonError error;
-    EXPECT_FALSE(ParseJson('[' + std::string(million, '9') + ']', &error));
-    EXPECT_EQ(error.text, "A number has more than a thousand digits.");
-    EXPECT_EQ(error.line, 0);
+    const std::string digits(million, '9');
+    for (const std::string& number : {digits + 'e', "-." + digits + "e+", "-e" + digits, "1." + digits + "E-"})
+        EXPECT_FALSE(ParseJson("[1, " + number + ", 2]")) << number.substr(0, 8);
+}
+
+TEST(HostileLengths, ManyNumbersOutOfRangeTakeNoTime)
+{
+    const auto root = ParseJson('[' + Repeated("1e999,", many) + "1]");
+    ASSERT_TRUE(root);
+    EXPECT_EQ(root->size(), many + 1);
 }
 
 TEST(HostileLengths, AdjacentCommentsHideNoNumber)
 {
-    // The reader would take it: only the limit refuses it.
+    // The reader would take its value: only the limit changes it.
     const std::string number = '1' + std::string(1000, '0') + "e-990";
     for (const std::string comments : {"", "/**//**/", "/***//* */", "/*/*//**/", "/**//*\n*/", "/**/ /**//**/"})
     {
-        EXPECT_FALSE(ParseJson(comments + '[' + number + ']')) << comments;
-        EXPECT_FALSE(ParseJson('[' + comments + number + ']')) << comments;
+        for (const std::string& text : {comments + '[' + number + ']', '[' + comments + number + ']'})
+        {
+            const auto root = ParseJson(text);
+            ASSERT_TRUE(root) << comments;
+            EXPECT_TRUE(IsNumberOutOfRange((*root)[0])) << comments;
+        }
     }
     EXPECT_TRUE(ParseJson("/**//**/[1/**//**/, 2]/**//**/"));
     EXPECT_TRUE(ParseJson("/*" + number + "*//*" + number + "*//" + '/' + number + "\n[1]"));
@@ -161,8 +174,14 @@ TEST(HostileLengths, DigitsThatAreNoNumberMayBeMany)
         "//" + digits + "\n/*" + digits + R"(*/{"ssoServer": {"searchPaths": "\"", "bundleId": ")" + digits + R"("}})");
     ASSERT_TRUE(values);
     EXPECT_EQ(values->bundleId, digits);
-    EXPECT_TRUE(ParseJson("[1" + std::string(999, '0') + "e-990, 1" + std::string(999, '0') + "e-990]"));
-    EXPECT_FALSE(ParseJson("[1" + std::string(1000, '0') + "e-990]"));
+}
+
+TEST(HostileLengths, ANumberOfAThousandCharactersIsReadAsItStands)
+{
+    const auto root = ParseJson("[1" + std::string(994, '0') + "e-990, 1" + std::string(995, '0') + "e-990]");
+    ASSERT_TRUE(root);
+    EXPECT_DOUBLE_EQ((*root)[0].asDouble(), 10000);
+    EXPECT_TRUE(IsNumberOutOfRange((*root)[1]));
 }
 
 TEST(HostileLengths, ALineOfAMegabyteThatTheStreamTakesIsWritten)

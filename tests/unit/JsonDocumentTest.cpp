@@ -4,9 +4,12 @@
 #include <string>
 
 #include "base/JsonDocument.h"
+#include "base/JsonNumbers.h"
 
 namespace OrlindexTest {
 
+using Kestrany::IdentityServices::IsNumberOutOfRange;
+using Kestrany::IdentityServices::JsonError;
 using Kestrany::IdentityServices::MemberOf;
 using Kestrany::IdentityServices::ParseJson;
 
@@ -58,7 +61,13 @@ TEST(ParseJson, AcceptsComments)
 TEST(ParseJson, RefusesWhatIsNoJson)
 {
     for (const std::string text : {"", " ", "\r\n\t", "{", "}", "{\"a\": }", "{\"a\" 1}", "[1, 2", "\"open", "nonsense",
-                                   "/* open {}", "{'a': 1}"})
+                                   "/* open {}", "{'a': 1}", "[1e]", "[1e+, 2]", "[-e5]"})
+        EXPECT_FALSE(ParseJson(text)) << text;
+}
+
+TEST(ParseJson, RefusesACommaAfterTheLast)
+{
+    for (const std::string text : {"{\"a\": 1,}", "[1,]", "{\"a\": [1, 2, ]}", "[{\"a\": {}, /* last */ }]"})
         EXPECT_FALSE(ParseJson(text)) << text;
 }
 
@@ -89,10 +98,88 @@ TEST(ParseJson, ADocumentNestedWithinTheLimitIsRead)
     EXPECT_TRUE(ParseJson(Nested("[", "]", 500)));
 }
 
-TEST(ParseJson, ANumberTooLargeIsNoException)
+TEST(ParseJson, ANumberOutOfRangeCostsItsPlaceAlone)
 {
-    for (const char* number : {"1e999", "-1e999", "123456789012345678901234567890", "-99999999999999999999", "1e-999"})
-        EXPECT_NO_THROW(ParseJson("{\"key\": " + std::string(number) + "}")) << number;
+    const std::string numbers[] = {"1e999",
+                                   "-1e999",
+                                   "+2E+308",
+                                   "1e-999",
+                                   "1e307",
+                                   "-.5e400",
+                                   "12e306",
+                                   "0.001e310",
+                                   "9e99999999999999999999",
+                                   "1" + std::string(400, '0'),
+                                   "0." + std::string(400, '0') + '1',
+                                   "1e1" + std::string(2000, '0')};
+    for (const std::string& number : numbers)
+    {
+        const auto root =
+            ParseJson("{\"first\": " + number + ", \"list\": [" + number + ',' + number + "], \"key\": 7}");
+        ASSERT_TRUE(root) << number;
+        EXPECT_TRUE(IsNumberOutOfRange((*root)["first"])) << number;
+        EXPECT_EQ((*root)["list"].size(), 2u) << number;
+        EXPECT_TRUE(IsNumberOutOfRange((*root)["list"][1])) << number;
+        EXPECT_EQ((*root)["key"].asInt(), 7) << number;
+    }
+}
+
+TEST(ParseJson, ANumberInRangeIsReadAsItStands)
+{
+    const auto root = ParseJson(R"([0, -17, 1.5, 1e306, 0.001e309, 1000000e300, 0e999, 0.00e-999, 1e-306, -5e300])");
+    ASSERT_TRUE(root);
+    const double expected[] = {0, -17, 1.5, 1e306, 1e306, 1e306, 0, 0, 1e-306, -5e300};
+    ASSERT_EQ(root->size(), 10u);
+    for (Json::ArrayIndex i = 0; i < root->size(); ++i)
+    {
+        EXPECT_DOUBLE_EQ((*root)[i].asDouble(), expected[i]);
+        EXPECT_FALSE(IsNumberOutOfRange((*root)[i])) << expected[i];
+    }
+    EXPECT_EQ((*root)[1].asString(), "-17");
+}
+
+TEST(ParseJson, WhatIsNoNumberIsNeverOutOfRange)
+{
+    for (const char* text : {"[]", "{}", "true", "null", "\"1e999\"", "18446744073709551615"})
+    {
+        const auto root = ParseJson(text);
+        ASSERT_TRUE(root) << text;
+        EXPECT_FALSE(IsNumberOutOfRange(*root)) << text;
+    }
+}
+
+TEST(ParseJson, ANumberOutOfRangeInATextOrACommentIsNone)
+{
+    const auto root =
+        ParseJson("// 1e999\n{\"1e999\": /* 1e999 \" */ \"\\\"1e999\\\\\", \"b\": \"//\", \"c\": [1e999]}");
+    ASSERT_TRUE(root);
+    EXPECT_EQ((*root)["1e999"].asString(), "\"1e999\\");
+    EXPECT_TRUE(IsNumberOutOfRange((*root)["c"][0])) << "a text that begins like a comment opens none";
+}
+
+TEST(ParseJson, AnErrorKeepsItsPlaceBehindANumberOutOfRange)
+{
+    const std::string longNumber(2000, '9');
+    const struct
+    {
+        std::string text;
+        int line;
+        int column;
+    } rows[] = {{"[1e999, nonsense]", 1, 9},
+                {"{\"a\": 1e999999,\r\n \"b\": nonsense}", 2, 7},
+                {'[' + longNumber + ", nonsense]", 1, 2004},
+                {'[' + longNumber + "\n nonsense]", 2, 2},
+                {"[\n" + longNumber + "e]", 2, 1},
+                {"[1-1e999]", 1, 3},
+                {"[1e999x]", 1, 7},
+                {"[1e999\"text\"]", 1, 7}};
+    for (const auto& row : rows)
+    {
+        JsonError error;
+        EXPECT_FALSE(ParseJson(row.text, &error)) << row.text;
+        EXPECT_EQ(error.line, row.line) << row.text;
+        EXPECT_EQ(error.column, row.column) << row.text;
+    }
 }
 
 TEST(MemberOf, FindsAMember)
