@@ -46,7 +46,7 @@ bool IsLoggedIn()
     return client ? client->IsLoggedIn() : false;
 }
 
-talix_status_code RefreshToken()
+talix_status_code RefreshToken() noexcept
 {
     ISSOClient* client = Client();
     return client ? client->RefreshOAuth2Token(false) : IdClientUnavailable;

@@ -20,7 +20,8 @@ ORLINDEX_FLOOR_API void SetClient(ISSOClient* client);
 
 /// An uncontended recursive lock, a check, a virtual call.
 ORLINDEX_FLOOR_API bool IsLoggedIn();
-ORLINDEX_FLOOR_API talix_status_code RefreshToken();
+/// The same where no exception may leave, as it may none that C calls: the virtual call is not the last thing done.
+ORLINDEX_FLOOR_API talix_status_code RefreshToken() noexcept;
 
 /// A zeroed buffer of 8 KiB, the virtual call (without the lock), one conversion, one copy.
 ORLINDEX_FLOOR_API talix_status_code GetToken(talix_buffer* token);

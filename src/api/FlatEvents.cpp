@@ -30,7 +30,7 @@ talix_status_code TALIX_CALL talix_add_event_callback(talix_event_callback callb
     return Guarded(IdFailed, [&] {
         if (!observerRegistered)
         {
-            if (!IdServicesMgr::IsInitialized())
+            if (!IsStarted())
                 return IdNotInitialized;
             if (ISSOClient* client = ObtainInterface<ISSOClient>())
                 client->AddObserver(&observer);
@@ -45,7 +45,7 @@ talix_status_code TALIX_CALL talix_add_event_callback(talix_event_callback callb
 talix_status_code TALIX_CALL talix_remove_event_callback(talix_event_callback callback)
 {
     return Guarded(IdFailed, [&] {
-        if (!IdServicesMgr::IsInitialized())
+        if (!IsStarted())
             return IdNotInitialized;
         observer.Remove(callback);
         if (observer.IsEmpty() && observerRegistered)

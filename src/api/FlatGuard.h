@@ -1,6 +1,7 @@
 #ifndef ORLINDEX_API_FLATGUARD_H
 #define ORLINDEX_API_FLATGUARD_H
 
+#include "api/StartCount.h"
 #include "load/contract/ISSOClient.h"
 #include "locate/Forwarding.h"
 #include "orlindex/talix.h"
@@ -33,7 +34,7 @@ template <class Call>
 talix_status_code WithClient(talix_status_code withoutClient, Call&& call) noexcept
 {
     return Guarded(IdFailed, [&] {
-        if (!IdServicesMgr::IsInitialized())
+        if (!IsStarted())
             return IdNotInitialized;
         ISSOClient* client = ObtainInterface<ISSOClient>();
         return client ? call(*client) : withoutClient;

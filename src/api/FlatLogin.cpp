@@ -52,7 +52,7 @@ talix_status_code TALIX_CALL talix_set_server(Server server)
 TALIXEnvironment TALIX_CALL talix_get_environment(void)
 {
     return Guarded(TALIX_ENVIRONMENT_UNAVAILABLE, [] {
-        if (!IdServicesMgr::IsInitialized())
+        if (!IsStarted())
             return TALIX_ENVIRONMENT_UNAVAILABLE;
         ISSOClient* client = ObtainInterface<ISSOClient>();
         return client ? client->GetEnvironment() : TALIX_ENVIRONMENT_NONE;
@@ -62,7 +62,7 @@ TALIXEnvironment TALIX_CALL talix_get_environment(void)
 Server TALIX_CALL talix_get_server(void)
 {
     return Guarded(TALIX_SERVER_UNAVAILABLE, [] {
-        if (!IdServicesMgr::IsInitialized())
+        if (!IsStarted())
             return TALIX_SERVER_UNAVAILABLE;
         ISSOClient* client = ObtainInterface<ISSOClient>();
         return client ? client->GetServer() : static_cast<Server>(0);
@@ -109,7 +109,7 @@ talix_status_code TALIX_CALL talix_dispatch_events(void)
 talix_status_code TALIX_CALL talix_quit_server_process(int milliseconds)
 {
     return Guarded(IdFailed, [&] {
-        if (!IdServicesMgr::IsInitialized())
+        if (!IsStarted())
             return IdNotInitialized;
         ISSOServerManager* serverManager = ObtainInterface<ISSOServerManager>();
         return serverManager && serverManager->QuitAllSSOServerProcesses(milliseconds) ? IdSuccess : IdServerQuitFailed;

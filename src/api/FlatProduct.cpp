@@ -28,7 +28,7 @@ talix_product_config TALIX_CALL talix_create_product_config(const char* client_i
 {
     return Guarded(talix_product_config{nullptr}, [&]() -> talix_product_config {
         IdServicesMgr* manager = IdServicesMgr::GetInstance();
-        if (!IdServicesMgr::IsInitialized() || !manager)
+        if (!IsStarted() || !manager)
             return nullptr;
         productConfigSlot.config = manager->GetProductConfigObj();
         productConfigSlot.config->SetOAuth2ClientID(client_id);

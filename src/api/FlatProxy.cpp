@@ -22,7 +22,7 @@ bool NamesBadPort(const char* host, int32_t port)
 
 talix_status_code TALIX_CALL talix_has_proxy_info(const char* host, int32_t port)
 {
-    if (!IdServicesMgr::IsInitialized())
+    if (!IsStarted())
         return IdNotInitialized;
     if (NamesBadPort(host, port))
         return IdInvalidProxyPort;

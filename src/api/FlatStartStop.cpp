@@ -32,7 +32,7 @@ talix_bool TALIX_CALL talix_get_boolean(int32_t key)
     const talix_bool failure = key == TALIX_KEY_TOKEN_EXPIRED;
     return Guarded(failure, [key]() -> talix_bool {
         if (key == TALIX_KEY_INITIALIZED)
-            return IdServicesMgr::IsInitialized();
+            return IsStarted();
         const IdServicesMgr* manager = IdServicesMgr::GetInstance();
         if (!manager)
             return false;

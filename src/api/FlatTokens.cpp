@@ -25,7 +25,7 @@ talix_status_code GetAccessToken(talix_buffer* token, bool wait)
     return Guarded(IdFailed, [&] {
         if (!token)
             return IdFailed;
-        if (!IdServicesMgr::IsInitialized())
+        if (!IsStarted())
             return IdNotInitialized;
         return CopyTokenOut(*token, [wait](wchar_t* buffer, int capacity) {
             ISSOClient* client = ObtainInterface<ISSOClient>();

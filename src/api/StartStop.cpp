@@ -4,14 +4,17 @@
 #include <memory>
 #include <mutex>
 
+#include "api/StartCount.h"
 #include "load/contract/ISSOClientModule.h"
 #include "locate/SSOPathResolver.h"
 #include "orlindex/IdServicesMgr.h"
 
 namespace Kestrany::IdentityServices {
+
+std::atomic<int> startCount = 0;
+
 namespace {
 
-std::atomic<int> referenceCount = 0;
 std::atomic<IdServicesMgr*> instance = nullptr;
 
 /// Some runtimes allocate what a mutex needs at its first lock.
@@ -36,7 +39,7 @@ public:
     ~CountOfStart()
     {
         if (!complete_)
-            --referenceCount;
+            --startCount;
     }
 
     IdErrorCode Complete()
@@ -69,7 +72,7 @@ void ReleasePlugin()
 /// Counts before it takes the mutex: a second caller must not wait for the first one's load.
 IdErrorCode IdServicesMgr::Initialize()
 {
-    if (++referenceCount > 1)
+    if (++startCount > 1)
         return IdSuccess;
     std::unique_lock<std::mutex> guard(libraryMutex, std::defer_lock);
     CountOfStart start; // Taken back before the mutex is released, or a stop that waits for it would count below 0.
@@ -96,7 +99,7 @@ IdErrorCode IdServicesMgr::Initialize()
 IdErrorCode IdServicesMgr::Uninitialize()
 {
     const std::lock_guard<std::mutex> guard(libraryMutex);
-    if (referenceCount <= 0 || --referenceCount > 0)
+    if (startCount <= 0 || --startCount > 0)
         return IdSuccess;
     // The count is 0 now and stays so until another start counts; storing 0 at the end would lose that one.
     delete instance.exchange(nullptr);
@@ -111,7 +114,7 @@ IdServicesMgr* IdServicesMgr::GetInstance()
 
 bool IdServicesMgr::IsInitialized()
 {
-    return referenceCount > 0;
+    return IsStarted();
 }
 
 } // namespace Kestrany::IdentityServices

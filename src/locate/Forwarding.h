@@ -21,7 +21,7 @@ struct InterfaceOf<Result (Interface::*)(Arguments...)>
 };
 
 template <class Interface>
-Interface* ObtainInterface()
+inline Interface* ObtainInterface()
 {
     SSOPathResolver* manager = SSOPathResolver::GetInstance();
     if constexpr (std::is_same_v<Interface, ISSOClient>)

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "base/MessageFormat.h"
-#include "base/ProcessLock.h"
 #include "base/ProductIdentity.h"
 #include "base/TextConversion.h"
 #include "load/contract/ISSOClientFactory.h"
@@ -82,38 +81,24 @@ void SSOPathResolver::Forget()
     pluginInterfaces = {};
 }
 
-/// One shape for the four interfaces: load on first use; a plugin that is loaded but does not offer the interface is
-/// worth a message at every request.
-template <class Interface, class Message>
-Interface* SSOPathResolver::Obtain(Interface* PluginInterfaces::*which, Message missing)
+void SSOPathResolver::LogMissing(const ISSOClient*)
 {
-    const ProcessLockGuard guard(processLock);
-    if (!clientFactory_ && !EnsureClientLoaded())
-        return nullptr;
-    Interface* const pointer = pluginInterfaces.*which;
-    if (!pointer)
-        LogSharedMessage(MissingInterfaceMessages().*missing, TALIXLog::Error);
-    return pointer;
+    LogSharedMessage(MissingInterfaceMessages().client, TALIXLog::Error);
 }
 
-ISSOClient* SSOPathResolver::GetSSOClient()
+void SSOPathResolver::LogMissing(const ISSOClientPrivate*)
 {
-    return Obtain(&PluginInterfaces::client, &MissingInterface::client);
+    LogSharedMessage(MissingInterfaceMessages().clientPrivate, TALIXLog::Error);
 }
 
-ISSOClientPrivate* SSOPathResolver::GetSSOClientPrivate()
+void SSOPathResolver::LogMissing(const ISSOClientModule*)
 {
-    return Obtain(&PluginInterfaces::clientPrivate, &MissingInterface::clientPrivate);
+    LogSharedMessage(MissingInterfaceMessages().clientModule, TALIXLog::Error);
 }
 
-ISSOClientModule* SSOPathResolver::GetSSOClientModule()
+void SSOPathResolver::LogMissing(const ISSOServerManager*)
 {
-    return Obtain(&PluginInterfaces::clientModule, &MissingInterface::clientModule);
-}
-
-ISSOServerManager* SSOPathResolver::GetSSOServerManager()
-{
-    return Obtain(&PluginInterfaces::serverManager, &MissingInterface::serverManager);
+    LogSharedMessage(MissingInterfaceMessages().serverManager, TALIXLog::Error);
 }
 
 void SSOPathResolver::EnsureClientAfterInitialize()

@@ -9,6 +9,7 @@
 #include <windows.h>
 
 #include "base/Log.h"
+#include "base/ProcessLock.h"
 #include "base/Versions.h"
 #include "load/HeldFile.h"
 #include "load/PluginInterfaces.h"
@@ -54,10 +55,11 @@ public:
     static void Forget();
 
     /// Each loads the plugin on first use. Null without plugin, or (with a message) where the plugin answered null.
-    ISSOClient* GetSSOClient();
-    ISSOClientPrivate* GetSSOClientPrivate();
-    ISSOClientModule* GetSSOClientModule();
-    ISSOServerManager* GetSSOServerManager();
+    /// Every forwarded call asks for one: what finds it there is inline.
+    ISSOClient* GetSSOClient() { return Obtain(&PluginInterfaces::client); }
+    ISSOClientPrivate* GetSSOClientPrivate() { return Obtain(&PluginInterfaces::clientPrivate); }
+    ISSOClientModule* GetSSOClientModule() { return Obtain(&PluginInterfaces::clientModule); }
+    ISSOServerManager* GetSSOServerManager() { return Obtain(&PluginInterfaces::serverManager); }
     /// Asks the factory for its client once more where it had none while loading.
     void EnsureClientAfterInitialize();
     /// Loads the plugin, at most once a manager. Never throws.
@@ -99,8 +101,24 @@ public:
 private:
     static SSOPathResolver* Create();
 
-    template <class Interface, class Message>
-    Interface* Obtain(Interface* PluginInterfaces::*which, Message missing);
+    /// One shape for the four interfaces: load on first use; a plugin that is loaded but does not offer the interface
+    /// is worth a message at every request.
+    template <class Interface>
+    Interface* Obtain(Interface* PluginInterfaces::*which)
+    {
+        const ProcessLockGuard guard(processLock);
+        if (!clientFactory_ && !EnsureClientLoaded())
+            return nullptr;
+        Interface* const pointer = pluginInterfaces.*which;
+        if (!pointer)
+            LogMissing(pointer);
+        return pointer;
+    }
+
+    static void LogMissing(const ISSOClient*);
+    static void LogMissing(const ISSOClientPrivate*);
+    static void LogMissing(const ISSOClientModule*);
+    static void LogMissing(const ISSOServerManager*);
 
     void ReadClientConfigFile();
     SearchList ServerAppSearchList();

@@ -157,6 +157,12 @@ TEST(ParseJson, ANumberOutOfRangeInATextOrACommentIsNone)
     EXPECT_TRUE(IsNumberOutOfRange((*root)["c"][0])) << "a text that begins like a comment opens none";
 }
 
+TEST(ParseJson, ASlashThatOpensNoCommentHidesNoNumber)
+{
+    EXPECT_TRUE(WithNumbersInRange("/1e999"));
+    EXPECT_FALSE(ParseJson("/[1e999]"));
+}
+
 TEST(ParseJson, AnErrorKeepsItsPlaceBehindANumberOutOfRange)
 {
     const std::string longNumber(2000, '9');
