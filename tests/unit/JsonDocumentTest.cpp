@@ -12,6 +12,7 @@ using Kestrany::IdentityServices::IsNumberOutOfRange;
 using Kestrany::IdentityServices::JsonError;
 using Kestrany::IdentityServices::MemberOf;
 using Kestrany::IdentityServices::ParseJson;
+using Kestrany::IdentityServices::WithNumbersInRange;
 
 namespace {
 
