@@ -79,6 +79,25 @@ bool IsPlainForward(const FlatFunction& function)
            name != "talix_remove_event_callback";
 }
 
+/// Calls `check` with each function that only forwards, and with arguments for it.
+template <class Check>
+void ForEachPlainForward(const Check& check)
+{
+    int calls = 0;
+    for (const FlatFunction& function : FlatFunctions())
+    {
+        if (!IsPlainForward(function))
+            continue;
+        SCOPED_TRACE(function.name);
+        FlatArguments arguments;
+        arguments.config = talix_create_product_config("client", "scope");
+        function.prepare(arguments);
+        check(function, arguments);
+        ++calls;
+    }
+    EXPECT_GT(calls, 20);
+}
+
 } // namespace
 
 class AllocationsOfMembers : public StartedTest
@@ -122,21 +141,11 @@ TEST_F(AllocationsOfMembers, NoForwardedMemberAllocates)
 
 TEST_F(AllocationsOfFunctions, NoForwardedFunctionAllocates)
 {
-    int calls = 0;
-    for (const FlatFunction& function : FlatFunctions())
-    {
-        if (!IsPlainForward(function))
-            continue;
-        SCOPED_TRACE(function.name);
-        FlatArguments arguments;
-        arguments.config = talix_create_product_config("client", "scope");
-        function.prepare(arguments);
+    ForEachPlainForward([this](const FlatFunction& function, FlatArguments& arguments) {
         Plugin().ClearJournal();
         EXPECT_EQ(AllocationsOf([&] { function.call(arguments); }), 0);
         EXPECT_FALSE(Plugin().Calls().empty());
-        ++calls;
-    }
-    EXPECT_GT(calls, 20);
+    });
 }
 
 TEST_F(AllocationsOfFunctions, ALongTokenIsCopiedOutWithoutAllocation)
@@ -170,21 +179,11 @@ using AllocationsWithoutInterface = FlatWithoutClient;
 
 TEST_F(AllocationsWithoutInterface, NoFallbackAllocates)
 {
-    int calls = 0;
-    for (const FlatFunction& function : FlatFunctions())
-    {
-        if (!IsPlainForward(function))
-            continue;
-        SCOPED_TRACE(function.name);
-        FlatArguments arguments;
-        arguments.config = talix_create_product_config("client", "scope");
-        function.prepare(arguments);
+    ForEachPlainForward([](const FlatFunction& function, FlatArguments& arguments) {
         std::int64_t result = -1;
         EXPECT_EQ(AllocationsOf([&] { result = function.call(arguments); }), 0);
         EXPECT_EQ(result, function.withoutClient);
-        ++calls;
-    }
-    EXPECT_GT(calls, 20);
+    });
 }
 
 TEST_F(AllocationsWithoutInterface, WithoutMemoryTheFallbacksAndTheirMessagesStay)
