@@ -1,21 +1,30 @@
 #include "load/FileIdentity.h"
 
+#include <cstdint>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <winternl.h>
 
-/// The system's own question behind GetMappedFileNameW, which has room for a short path only. In no header of user
-/// mode.
+#include "load/OwnPath.h"
+
+// In no header of user mode, or not in each: the system's own question behind GetMappedFileNameW, which has room for a
+// short path only, and the one for a file's index without its volume.
 extern "C" __declspec(dllimport) LONG NTAPI NtQueryVirtualMemory(HANDLE process, const void* address, int information,
                                                                  void* buffer, SIZE_T size, SIZE_T* needed);
+extern "C" NTSTATUS NTAPI NtQueryInformationFile(HANDLE file, PIO_STATUS_BLOCK status, PVOID buffer, ULONG size,
+                                                 FILE_INFORMATION_CLASS information);
 
 namespace Kestrany::IdentityServices {
 namespace {
 
 constexpr DWORD longestPath = 32768; ///< UTF-16 units, with the zero.
-constexpr int mappedFileName = 2;    ///< The question's number.
+
+// The numbers of the questions.
+constexpr int mappedFileName = 2;
+constexpr auto fileIndex = static_cast<FILE_INFORMATION_CLASS>(6);
 
 /// A name of the object manager, such as \Device\HarddiskVolume2\folder\file or \??\C:\folder\file, as a path that a
 /// file can be opened by.
@@ -30,33 +39,53 @@ std::wstring MappedFilePath(HMODULE module)
 {
     struct MappedName
     {
-        UNICODE_STRING name;
-        wchar_t text[longestPath];
+        UNICODE_STRING name = {};
+        wchar_t text[longestPath]; // Left as it is: the system fills what it needs.
     };
-    const auto mapped = std::make_unique<MappedName>();
+    const std::unique_ptr<MappedName> mapped(new MappedName);
     if (NtQueryVirtualMemory(GetCurrentProcess(), module, mappedFileName, mapped.get(), sizeof *mapped, nullptr) < 0)
         return {};
     const std::wstring name(mapped->name.Buffer, mapped->name.Length / sizeof(wchar_t));
     return name.empty() ? name : PathOfObjectName(name);
 }
 
-} // namespace
-
-std::optional<FileIdentity> IdentityOf(const FileHandle& file)
+std::optional<std::int64_t> IndexOf(const FileHandle& file)
 {
-    BY_HANDLE_FILE_INFORMATION information = {};
-    if (!file.IsOpen() || !GetFileInformationByHandle(file.Get(), &information))
+    std::int64_t index = 0;
+    IO_STATUS_BLOCK status = {};
+    if (!file.IsOpen() || NtQueryInformationFile(file.Get(), &status, &index, sizeof index, fileIndex) < 0)
         return std::nullopt;
-    return FileIdentity{information.dwVolumeSerialNumber,
-                        std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
+    return index;
 }
 
-std::optional<FileIdentity> IdentityOfMappedFile(HMODULE module)
+std::optional<DWORD> VolumeOf(const FileHandle& file)
+{
+    BY_HANDLE_FILE_INFORMATION information = {};
+    if (!GetFileInformationByHandle(file.Get(), &information))
+        return std::nullopt;
+    return information.dwVolumeSerialNumber;
+}
+
+/// A file's own path begins with its volume, and is asked for in a small part of the time of the volume's number.
+bool AreOnSameVolume(const HeldFile& held, const FileHandle& mapped)
+{
+    DWORD error = ERROR_SUCCESS;
+    if (OwnPathOf(mapped, error) == held.OwnPath())
+        return true;
+    const std::optional<DWORD> volume = VolumeOf(held.File());
+    return volume && volume == VolumeOf(mapped);
+}
+
+} // namespace
+
+bool IsMappedFrom(HMODULE module, const HeldFile& held)
 {
     const std::wstring path = MappedFilePath(module);
     if (path.empty())
-        return std::nullopt;
-    return IdentityOf(FileHandle(path, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE));
+        return false;
+    const FileHandle mapped(path, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
+    const std::optional<std::int64_t> index = IndexOf(held.File());
+    return index && index == IndexOf(mapped) && AreOnSameVolume(held, mapped);
 }
 
 } // namespace Kestrany::IdentityServices

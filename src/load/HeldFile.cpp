@@ -2,10 +2,10 @@
 
 #include <string_view>
 
+#include "load/OwnPath.h"
+
 namespace Kestrany::IdentityServices {
 namespace {
-
-constexpr std::size_t longestPath = 32768; ///< UTF-16 units, with the zero.
 
 bool StartsWith(std::wstring_view text, std::wstring_view start)
 {
@@ -33,35 +33,15 @@ std::wstring PlainPath(const std::wstring& path, const std::wstring& given)
     return (plain.size() < MAX_PATH || plain == given) && MeansItself(plain) ? plain : path;
 }
 
-/// Empty with the platform's error code on failure.
-std::wstring OwnPath(const FileHandle& file, DWORD& error)
-{
-    std::wstring path(longestPath, L'\0');
-    // Not every server of a share lets names be normalized; the opened one is free of links too. And not every volume
-    // has a letter.
-    for (const DWORD form : {FILE_NAME_NORMALIZED | VOLUME_NAME_DOS, FILE_NAME_OPENED | VOLUME_NAME_DOS,
-                             FILE_NAME_NORMALIZED | VOLUME_NAME_GUID})
-    {
-        const DWORD length = GetFinalPathNameByHandleW(file.Get(), path.data(), longestPath, form);
-        if (length > 0 && length < longestPath)
-        {
-            error = ERROR_SUCCESS;
-            return path.substr(0, length);
-        }
-        error = GetLastError();
-    }
-    return {};
-}
-
 } // namespace
 
 HeldFile::HeldFile(const std::wstring& path) : file_(path, FILE_SHARE_READ), error_(file_.Error()), path_(path)
 {
     if (!file_.IsOpen())
         return;
-    const std::wstring own = OwnPath(file_, error_);
+    ownPath_ = OwnPathOf(file_, error_);
     if (IsHeld())
-        path_ = PlainPath(own, path);
+        path_ = PlainPath(ownPath_, path);
 }
 
 } // namespace Kestrany::IdentityServices

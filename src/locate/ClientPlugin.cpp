@@ -162,8 +162,7 @@ bool SSOPathResolver::LoadPluginLibrary(const HeldFile& verified)
         LogLoadFailure(path, GetSystemErrorText(error));
         return false;
     }
-    const std::optional<FileIdentity> identity = IdentityOf(verified.File());
-    if (!identity || !(identity == IdentityOfMappedFile(module)))
+    if (!IsMappedFrom(module, verified))
     {
         TellStep(LoadStep::CompareFile, LoadState::Failed);
         FreeLibrary(module);

@@ -2,7 +2,11 @@
 // kept.
 
 #include <string_view>
+#include <utility>
 #include <vector>
+#include <windows.h>
+
+#include <winternl.h>
 
 #include "LoadingSupport.h"
 #include "TrustDoubles.h"
@@ -22,6 +26,18 @@ struct FileInformationImport
     using Type = decltype(GetFileInformationByHandle);
 };
 
+struct FinalPathImport
+{
+    static constexpr char Name[] = "GetFinalPathNameByHandleW";
+    using Type = decltype(GetFinalPathNameByHandleW);
+};
+
+struct QueryFileImport
+{
+    static constexpr char Name[] = "NtQueryInformationFile";
+    using Type = LONG(HANDLE, PIO_STATUS_BLOCK, PVOID, ULONG, FILE_INFORMATION_CLASS);
+};
+
 struct QueryMemoryImport
 {
     static constexpr char Name[] = "NtQueryVirtualMemory";
@@ -35,6 +51,8 @@ struct CreateFileImport
 };
 
 using CreateFileDouble = ImportDouble<CreateFileImport>;
+using FinalPathDouble = ImportDouble<FinalPathImport>;
+using QueryFileDouble = ImportDouble<QueryFileImport>;
 using FileInformationDouble = ImportDouble<FileInformationImport>;
 using QueryMemoryDouble = ImportDouble<QueryMemoryImport>;
 
@@ -63,6 +81,17 @@ DWORD TryToReplace(const std::filesystem::path& file)
 class LoadingHeldFile : public Loading
 {
 protected:
+    /// The held file is the first that is asked for its own path.
+    static FinalPathDouble::Behaviour OtherPathForTheMappedFile()
+    {
+        return [first = true](HANDLE file, LPWSTR path, DWORD size, DWORD form) mutable {
+            const DWORD length = FinalPathDouble::Original(file, path, size, form);
+            if (!std::exchange(first, false) && length < size)
+                path[length - 1] = L'_';
+            return length;
+        };
+    }
+
     void ExpectRefusedAsAnotherFile()
     {
         EXPECT_EQ(FailedStart(),
@@ -98,6 +127,41 @@ TEST_F(LoadingHeldFile, NobodyCanWriteOrReplaceTheFileJustBeforeOrAfterItsVerifi
 TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereTheSystemDoesNotSayWhichFileWasVerified)
 {
     site.Install();
+    const QueryFileDouble fail(
+        [](HANDLE, PIO_STATUS_BLOCK, PVOID, ULONG, FILE_INFORMATION_CLASS) { return NoResources; });
+    ExpectRefusedAsAnotherFile();
+}
+
+TEST_F(LoadingHeldFile, AModuleIsKeptWhereItsFileHasAnotherPathOnTheSameVolume)
+{
+    site.Install();
+    const FinalPathDouble another(OtherPathForTheMappedFile());
+    int volumes = 0;
+    const FileInformationDouble count([&volumes](HANDLE file, LPBY_HANDLE_FILE_INFORMATION information) {
+        ++volumes;
+        return FileInformationDouble::Original(file, information);
+    });
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_EQ(volumes, 2);
+}
+
+TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereAFileOfThatIndexLiesOnAnotherVolume)
+{
+    site.Install();
+    const FinalPathDouble another(OtherPathForTheMappedFile());
+    DWORD volume = 0;
+    const FileInformationDouble answer([&volume](HANDLE, LPBY_HANDLE_FILE_INFORMATION information) {
+        *information = {};
+        information->dwVolumeSerialNumber = ++volume;
+        return TRUE;
+    });
+    ExpectRefusedAsAnotherFile();
+}
+
+TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereNeitherPathNorVolumeTell)
+{
+    site.Install();
+    const FinalPathDouble another(OtherPathForTheMappedFile());
     const FileInformationDouble fail([](HANDLE, LPBY_HANDLE_FILE_INFORMATION) {
         SetLastError(ERROR_INVALID_FUNCTION);
         return FALSE;

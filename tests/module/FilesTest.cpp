@@ -1,8 +1,11 @@
 // Files: their paths, how they are searched, how they are read.
 
+#include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "Imports.h"
 #include "LocateTest.h"
 #include "base/FileContents.h"
 #include "base/Paths.h"
@@ -113,6 +116,63 @@ TEST(Paths, ParentAndJoin)
     EXPECT_EQ(JoinPath(L"C:\\a\\", L"b.dll"), L"C:\\a\\b.dll");
 }
 
+struct FileAttributesImport
+{
+    static constexpr char Name[] = "GetFileAttributesW";
+    using Type = decltype(GetFileAttributesW);
+};
+
+struct ReadFileImport
+{
+    static constexpr char Name[] = "ReadFile";
+    using Type = decltype(::ReadFile);
+};
+
+using FileAttributesDouble = ImportDouble<FileAttributesImport>;
+using ReadFileDouble = ImportDouble<ReadFileImport>;
+
+class Existence : public LocateTest
+{
+protected:
+    void SetUp() override { WriteFile(there, "there"); }
+
+    const std::wstring there = (site.HostFolder() / "there").native();
+    const std::wstring missing = (site.HostFolder() / "missing").native();
+};
+
+TEST_F(Existence, FilesAndDirectoriesAreThere)
+{
+    EXPECT_TRUE(PathExists(there));
+    EXPECT_TRUE(PathExists(site.HostFolder().native()));
+    EXPECT_FALSE(PathExists(missing));
+    EXPECT_FALSE(PathExists(missing + L"\\deeper"));
+    EXPECT_FALSE(PathExists(there + L"\\deeper"));
+    EXPECT_FALSE(PathExists(L"|?*<>"));
+    EXPECT_FALSE(PathExists(L""));
+}
+
+TEST_F(Existence, ALinkIsThereWhereWhatItLeadsToIs)
+{
+    const FileAttributesDouble link([](LPCWSTR) { return DWORD{FILE_ATTRIBUTE_REPARSE_POINT}; }, Executable());
+    EXPECT_TRUE(PathExists(there));
+    EXPECT_FALSE(PathExists(missing));
+}
+
+TEST_F(Existence, WhereAttributesAreRefusedTheFileIsOpenedToTell)
+{
+    for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_SUCCESS})
+    {
+        const FileAttributesDouble refuse(
+            [error](LPCWSTR) {
+                SetLastError(error);
+                return INVALID_FILE_ATTRIBUTES;
+            },
+            Executable());
+        EXPECT_TRUE(PathExists(there));
+        EXPECT_FALSE(PathExists(missing));
+    }
+}
+
 class FileContents : public LocateTest
 {
 };
@@ -125,6 +185,54 @@ TEST_F(FileContents, AllBytesAreRead)
     EXPECT_EQ(ReadFileContents(file.native()), bytes);
     WriteFile(file, "");
     EXPECT_EQ(ReadFileContents(file.native()), "");
+}
+
+TEST_F(FileContents, FilesOfManyLengthsAreReadToTheirEnd)
+{
+    const fs::path file = site.HostFolder() / "long";
+    for (const std::size_t length : {1U, 16383U, 16384U, 16385U, 32768U, 100000U})
+    {
+        std::string bytes;
+        while (bytes.size() < length)
+            bytes += std::to_string(bytes.size());
+        bytes.resize(length);
+        WriteFile(file, bytes);
+        EXPECT_EQ(ReadFileContents(file.native()), bytes) << length;
+    }
+}
+
+TEST_F(FileContents, WhatIsAddedWhileTheFileIsReadIsReadToo)
+{
+    const fs::path file = site.HostFolder() / "growing";
+    WriteFile(file, "before");
+    bool grown = false;
+    const ReadFileDouble grow(
+        [&](HANDLE handle, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED overlapped) {
+            const BOOL done = ReadFileDouble::Original(handle, buffer, size, read, overlapped);
+            if (!std::exchange(grown, true))
+                std::ofstream(file, std::ios::app) << " and after";
+            return done;
+        },
+        Executable());
+    EXPECT_EQ(ReadFileContents(file.native()), "before and after");
+}
+
+TEST_F(FileContents, AFileThatFailsHalfwayGivesNothing)
+{
+    const fs::path file = site.HostFolder() / "failing";
+    WriteFile(file, std::string(40000, 'x'));
+    int calls = 0;
+    const ReadFileDouble fail(
+        [&calls](HANDLE handle, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED overlapped) {
+            if (++calls < 2)
+                return ReadFileDouble::Original(handle, buffer, size, read, overlapped);
+            SetLastError(ERROR_READ_FAULT);
+            return FALSE;
+        },
+        Executable());
+    DWORD error = ERROR_SUCCESS;
+    EXPECT_EQ(ReadFileContents(file.native(), &error), std::nullopt);
+    EXPECT_EQ(error, static_cast<DWORD>(ERROR_READ_FAULT));
 }
 
 TEST_F(FileContents, WhatCannotBeReadGivesNothing)

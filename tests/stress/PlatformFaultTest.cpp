@@ -64,7 +64,7 @@ bool LeavesTrustOpen(const FaultPoint& point)
 {
     static constexpr const char* functions[] = {"CertGetNameStringA",
                                                 "CryptHashCertificate2",
-                                                "GetFileInformationByHandle",
+                                                "NtQueryInformationFile",
                                                 "NtQueryVirtualMemory",
                                                 "PathFileExistsW",
                                                 "WTHelperGetProvCertFromChain",

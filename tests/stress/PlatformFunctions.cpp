@@ -48,7 +48,6 @@ constexpr Row Failing[] = {
     {"GetFileAttributesExW", {False, ERROR_ACCESS_DENIED}},
     {"GetFileAttributesW", {NoAttributes, ERROR_ACCESS_DENIED}},
     {"GetFileInformationByHandle", {False, ERROR_INVALID_FUNCTION}},
-    {"GetFileSizeEx", {False, ERROR_INVALID_FUNCTION}},
     {"GetFinalPathNameByHandleW", {NoLength, ERROR_ACCESS_DENIED}},
     {"GetFullPathNameW", {NoLength, ERROR_NOT_ENOUGH_MEMORY}},
     {"GetModuleFileNameW", {NoLength, ERROR_MOD_NOT_FOUND}},
@@ -59,7 +58,8 @@ constexpr Row Failing[] = {
     {"LoadLibraryExW", {Null, ERROR_NOT_ENOUGH_MEMORY}},
     {"LoadLibraryW", {Null, ERROR_NOT_ENOUGH_MEMORY}},
     {"MultiByteToWideChar", {NoLength, ERROR_NO_UNICODE_TRANSLATION}},
-    {"NtQueryVirtualMemory", Status(0xC000009A)}, // the system has no resources
+    {"NtQueryInformationFile", Status(0xC000009A)}, // the system has no resources
+    {"NtQueryVirtualMemory", Status(0xC000009A)},
     {"PathFileExistsW", {False, ERROR_ACCESS_DENIED}},
     {"ReadFile", {False, ERROR_READ_FAULT}},
     {"RegCloseKey", Status(ERROR_INVALID_HANDLE)},
