@@ -34,6 +34,15 @@ void FlatFunction(benchmark::State& state)
         [] { benchmark::DoNotOptimize(talix_refresh_token()); });
 }
 
+/// What keeping exceptions in costs, besides: the floor of a member lets them out.
+void FlatFunctionOverMember(benchmark::State& state)
+{
+    Floor::SetClient(&LoadedClient());
+    Compare(
+        state, callsATurn, [] { benchmark::DoNotOptimize(Floor::IsLoggedIn()); },
+        [] { benchmark::DoNotOptimize(talix_refresh_token()); });
+}
+
 void Fallback(benchmark::State& state)
 {
     Floor::SetClient(nullptr);
@@ -48,6 +57,9 @@ void RegisterForwarding(int turns)
 {
     benchmark::RegisterBenchmark("forward/class_member", ClassMember)->Iterations(turns)->UseManualTime();
     benchmark::RegisterBenchmark("forward/flat_function", FlatFunction)->Iterations(turns)->UseManualTime();
+    benchmark::RegisterBenchmark("forward/flat_function_over_member", FlatFunctionOverMember)
+        ->Iterations(turns)
+        ->UseManualTime();
 }
 
 void RegisterFallback(int turns)

@@ -137,11 +137,13 @@ private:
     Client client_;
 };
 
+/// Made while the module is loaded: what a plugin does for itself is no part of the way to it.
+Factory theFactory;
+
 } // namespace
 } // namespace Kestrany::IdentityServices
 
 Kestrany::IdentityServices::ISSOClientFactory* GetSSOClientFactory()
 {
-    static Kestrany::IdentityServices::Factory factory;
-    return &factory;
+    return &Kestrany::IdentityServices::theFactory;
 }

@@ -6,6 +6,7 @@
 
 #include <shlwapi.h>
 #include <softpub.h>
+#include <winternl.h>
 #include <wintrust.h>
 
 #include "common/Stopwatch.h"
@@ -13,7 +14,8 @@
 #include "starts/StartFigures.h"
 #include "support/ImportPatch.h"
 
-/// In no header of user mode; only its type counts here.
+// In no header of user mode, or not in each; only their types count here.
+extern "C" NTSTATUS NTAPI NtQueryInformationFile(HANDLE, PIO_STATUS_BLOCK, PVOID, ULONG, FILE_INFORMATION_CLASS);
 extern "C" LONG NTAPI NtQueryVirtualMemory(HANDLE, const void*, int, void*, SIZE_T, SIZE_T*);
 
 namespace {
@@ -71,11 +73,11 @@ struct TimedImports
     ORLINDEX_TIMED_IMPORT(CreateFileW, files);
     ORLINDEX_TIMED_IMPORT(CloseHandle, files);
     ORLINDEX_TIMED_IMPORT(ReadFile, files);
-    ORLINDEX_TIMED_IMPORT(GetFileSizeEx, files);
     ORLINDEX_TIMED_IMPORT(GetFileAttributesW, files);
     ORLINDEX_TIMED_IMPORT(GetFileInformationByHandle, files);
     ORLINDEX_TIMED_IMPORT(GetFinalPathNameByHandleW, files);
     ORLINDEX_TIMED_IMPORT(PathFileExistsW, files);
+    ORLINDEX_TIMED_IMPORT(NtQueryInformationFile, files);
     ORLINDEX_TIMED_IMPORT(NtQueryVirtualMemory, files);
 
     ORLINDEX_TIMED_IMPORT(AllocateAndInitializeSid, account);
