@@ -6,7 +6,6 @@
 
 #include <shlwapi.h>
 #include <softpub.h>
-#include <winternl.h>
 #include <wintrust.h>
 
 #include "common/Stopwatch.h"
@@ -15,7 +14,7 @@
 #include "support/ImportPatch.h"
 
 // In no header of user mode, or not in each; only their types count here.
-extern "C" NTSTATUS NTAPI NtQueryInformationFile(HANDLE, PIO_STATUS_BLOCK, PVOID, ULONG, FILE_INFORMATION_CLASS);
+extern "C" LONG NTAPI NtQueryInformationFile(HANDLE, void*, void*, ULONG, int);
 extern "C" LONG NTAPI NtQueryVirtualMemory(HANDLE, const void*, int, void*, SIZE_T, SIZE_T*);
 
 namespace {

@@ -6,16 +6,14 @@
 #include <optional>
 #include <string>
 
-#include <winternl.h>
-
 #include "load/OwnPath.h"
 
-// In no header of user mode, or not in each: the system's own question behind GetMappedFileNameW, which has room for a
-// short path only, and the one for a file's index without its volume.
+// Questions to the system itself: the one behind GetMappedFileNameW, which has room for a short path only, and the one for
+// a file's index without its volume. What they take is in no header of user mode, or not in each.
 extern "C" __declspec(dllimport) LONG NTAPI NtQueryVirtualMemory(HANDLE process, const void* address, int information,
                                                                  void* buffer, SIZE_T size, SIZE_T* needed);
-extern "C" NTSTATUS NTAPI NtQueryInformationFile(HANDLE file, PIO_STATUS_BLOCK status, PVOID buffer, ULONG size,
-                                                 FILE_INFORMATION_CLASS information);
+extern "C" __declspec(dllimport) LONG NTAPI NtQueryInformationFile(HANDLE file, void* status, void* buffer, ULONG size,
+                                                                   int information);
 
 namespace Kestrany::IdentityServices {
 namespace {
@@ -24,7 +22,22 @@ constexpr DWORD longestPath = 32768; ///< UTF-16 units, with the zero.
 
 // The numbers of the questions.
 constexpr int mappedFileName = 2;
-constexpr auto fileIndex = static_cast<FILE_INFORMATION_CLASS>(6);
+constexpr int fileIndex = 6;
+
+/// A text of the system's: UNICODE_STRING.
+struct SystemString
+{
+    USHORT bytes;
+    USHORT capacity;
+    wchar_t* text;
+};
+
+/// How a question ended, which its answer says too: IO_STATUS_BLOCK.
+struct SystemStatus
+{
+    void* status;
+    ULONG_PTR information;
+};
 
 /// A name of the object manager, such as \Device\HarddiskVolume2\folder\file or \??\C:\folder\file, as a path that a
 /// file can be opened by.
@@ -39,20 +52,20 @@ std::wstring MappedFilePath(HMODULE module)
 {
     struct MappedName
     {
-        UNICODE_STRING name = {};
+        SystemString name = {};
         wchar_t text[longestPath]; // Left as it is: the system fills what it needs.
     };
     const std::unique_ptr<MappedName> mapped(new MappedName);
     if (NtQueryVirtualMemory(GetCurrentProcess(), module, mappedFileName, mapped.get(), sizeof *mapped, nullptr) < 0)
         return {};
-    const std::wstring name(mapped->name.Buffer, mapped->name.Length / sizeof(wchar_t));
+    const std::wstring name(mapped->name.text, mapped->name.bytes / sizeof(wchar_t));
     return name.empty() ? name : PathOfObjectName(name);
 }
 
 std::optional<std::int64_t> IndexOf(const FileHandle& file)
 {
     std::int64_t index = 0;
-    IO_STATUS_BLOCK status = {};
+    SystemStatus status = {};
     if (!file.IsOpen() || NtQueryInformationFile(file.Get(), &status, &index, sizeof index, fileIndex) < 0)
         return std::nullopt;
     return index;

@@ -4,9 +4,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-#include <windows.h>
-
-#include <winternl.h>
 
 #include "LoadingSupport.h"
 #include "TrustDoubles.h"
@@ -35,7 +32,7 @@ struct FinalPathImport
 struct QueryFileImport
 {
     static constexpr char Name[] = "NtQueryInformationFile";
-    using Type = LONG(HANDLE, PIO_STATUS_BLOCK, PVOID, ULONG, FILE_INFORMATION_CLASS);
+    using Type = LONG(HANDLE, void*, void*, ULONG, int);
 };
 
 struct QueryMemoryImport
@@ -127,8 +124,7 @@ TEST_F(LoadingHeldFile, NobodyCanWriteOrReplaceTheFileJustBeforeOrAfterItsVerifi
 TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereTheSystemDoesNotSayWhichFileWasVerified)
 {
     site.Install();
-    const QueryFileDouble fail(
-        [](HANDLE, PIO_STATUS_BLOCK, PVOID, ULONG, FILE_INFORMATION_CLASS) { return NoResources; });
+    const QueryFileDouble fail([](HANDLE, void*, void*, ULONG, int) { return NoResources; });
     ExpectRefusedAsAnotherFile();
 }
 
