@@ -99,7 +99,7 @@ measure()
         filter="^($filter)/"
     fi
     # Its own table would repeat ours; what it says counts where it fails.
-    (cd "$folder" && "$wine64" "./$program" "$@" "--benchmark_filter=$filter" "--benchmark_out=$report" \
+    (cd "$folder" && "$root/scripts/wine-run" "./$program" "$@" "--benchmark_filter=$filter" "--benchmark_out=$report" \
         --benchmark_out_format=json) >"$output" 2>&1 </dev/null ||
         fail "$program failed" "its output ends with: $(tail -n 1 "$output" | tr -d '\r')" "all of it: $output"
     mv "$folder/$report" "$results/$report"

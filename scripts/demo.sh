@@ -126,7 +126,7 @@ install_files()
 
 register_version()
 {
-    "$wine64" reg add "$registry_key\\$1" /v Location /d "$2" /f >/dev/null
+    run_windows reg add "$registry_key\\$1" /v Location /d "$2" /f >/dev/null
     say "  $registry_key\\$1  Location = $2"
 }
 
@@ -160,7 +160,7 @@ register_version 1.9.0 "$old_server_name"
 register_version 1.10.0 "$server_name"
 
 begin_step 'Server application answers'
-"$wine64" "$server_name\\Pellwick.exe" --version | tr -d '\r' | sed 's/^/  /'
+run_windows "$server_name\\Pellwick.exe" --version | sed 's/^/  /'
 
 begin_step 'Run the example host in C++'
 run_host cpp_host.exe
@@ -183,7 +183,7 @@ found 'valid signature' 'Binary file: is valid: '
 found 'loaded' 'Successfully loaded client plugin module '
 
 begin_step 'Diagnose the installation'
-"$wine64" "$build/tools/orlindex-doctor.exe" --host "$host_name" --load | tr -d '\r' | sed 's/^/  /'
+run_windows "$build/tools/orlindex-doctor.exe" --host "$host_name" --load | sed 's/^/  /'
 
 say_lines '' \
     'Everything succeeded: the library found the installation, verified and loaded its plugin module, the hosts signed' \

@@ -5,7 +5,7 @@
 #     run_windows PROGRAM...  runs a program and prints its output, both streams in one, when it has ended
 #     wine_session_end        ends every process of that prefix and removes it; fit for `trap ... EXIT`
 #
-# In between, scripts/wine-run and "$wine64" run programs in that prefix.
+# In between, scripts/wine-run runs programs in that prefix too.
 # shellcheck shell=bash
 
 # shellcheck source=scripts/lib/wine-environment.sh
@@ -29,7 +29,7 @@ wine_session_begin()
 run_windows()
 {
     local output=$wine_session_folder/output status=0
-    "$wine64" "$@" >"$output" 2>&1 </dev/null || status=$?
+    "$root/scripts/wine-run" "$@" >"$output" 2>&1 </dev/null || status=$?
     tr -d '\r' <"$output"
     return "$status"
 }

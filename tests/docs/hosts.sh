@@ -45,7 +45,7 @@ count=0
 python3 -B "$here/samples.py" windows docs/deployment.md >"$WINEPREFIX/samples/commands"
 while IFS= read -r command; do
     printf '%s\r\n' '@echo off' "$command" >"$WINEPREFIX/drive_c/command.bat"
-    "$wine64" cmd /c 'C:\command.bat' </dev/null >/dev/null || fail "this command of the page fails: $command"
+    run_windows cmd /c 'C:\command.bat' >/dev/null || fail "this command of the page fails: $command"
     count=$((count + 1))
 done <"$WINEPREFIX/samples/commands"
 [ "$count" -gt 0 ] || fail "docs/deployment.md has no command for the registry"

@@ -97,7 +97,7 @@ sed "s|\"searchPaths\": \"\"|\"searchPaths\": \"Z:$kit/simulator\"|" "$kit/simul
 for program in "$hosts"/sign_in*.exe; do
     run_host "$(basename "$program" .exe)" 'signed in, 1000'
 done
-"$wine64" "$kit/simulator/Pellwick.exe" --quit
+run_windows "$kit/simulator/Pellwick.exe" --quit
 
 # And for a quick trial: its files beside the hosts, where the server application is looked for first.
 rm "$hosts/Orlindex.config"

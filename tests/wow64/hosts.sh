@@ -53,9 +53,9 @@ location()
 {
     local key='HKLM\SOFTWARE\Kestrany\Pellwick'
     if [ -n "$2" ]; then
-        "$wine64" reg add "$key" /v Location /d "$2" /f "/reg:$1" >/dev/null 2>&1
-    elif "$wine64" reg query "$key" "/reg:$1" >/dev/null 2>&1; then
-        "$wine64" reg delete "$key" /f "/reg:$1" >/dev/null 2>&1
+        run_windows reg add "$key" /v Location /d "$2" /f "/reg:$1" >/dev/null 2>&1
+    elif run_windows reg query "$key" "/reg:$1" >/dev/null 2>&1; then
+        run_windows reg delete "$key" /f "/reg:$1" >/dev/null 2>&1
     fi
 }
 
