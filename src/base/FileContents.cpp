@@ -13,6 +13,8 @@ DWORD ReadAll(const FileHandle& file, std::string& contents)
 {
     if (!file.IsOpen())
         return file.Error();
+    if (GetFileType(file.Get()) != FILE_TYPE_DISK)
+        return ERROR_BAD_FILE_TYPE; // A pipe or a console may never come to an end.
     for (DWORD read = portion; read > 0;)
     {
         const std::size_t before = contents.size();

@@ -10,6 +10,7 @@
 #include "base/FileContents.h"
 #include "base/Paths.h"
 #include "locate/FileSearch.h"
+#include "support/Handle.h"
 
 namespace OrlindexTest {
 
@@ -240,6 +241,19 @@ TEST_F(FileContents, WhatCannotBeReadGivesNothing)
     EXPECT_EQ(ReadFileContents(L""), std::nullopt);
     EXPECT_EQ(ReadFileContents((site.HostFolder() / "missing").native()), std::nullopt);
     EXPECT_EQ(ReadFileContents(site.HostFolder().native()), std::nullopt) << "a directory";
+}
+
+TEST_F(FileContents, WhatIsNoFileOnADiskIsNotWaitedFor)
+{
+    constexpr wchar_t pipe[] = L"\\\\.\\pipe\\orlindex-test-config";
+    const Handle server(CreateNamedPipeW(pipe, PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE | PIPE_WAIT, 1, 0, 0, 0, nullptr));
+    ASSERT_NE(server.get(), INVALID_HANDLE_VALUE);
+    for (const wchar_t* name : {L"\\\\.\\NUL", pipe})
+    {
+        DWORD error = ERROR_SUCCESS;
+        ASSERT_EQ(ReadFileContents(name, &error), std::nullopt) << ToUtf8(name);
+        EXPECT_EQ(error, static_cast<DWORD>(ERROR_BAD_FILE_TYPE));
+    }
 }
 
 TEST_F(FileContents, AFileOfTheLargestSizeIsReadAndALargerOneIsNot)
