@@ -7,8 +7,8 @@
 
 namespace Kestrany::IdentityServices {
 
-/// Whether a loaded module was mapped from that file: the same file index on the same volume. No, where the platform does
-/// not say.
+/// Whether a loaded module was mapped from that file: the same file index on the same volume. No, where the platform
+/// does not say.
 bool IsMappedFrom(HMODULE module, const HeldFile& held);
 
 } // namespace Kestrany::IdentityServices
