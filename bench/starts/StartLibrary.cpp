@@ -73,6 +73,7 @@ struct TimedImports
     ORLINDEX_TIMED_IMPORT(CloseHandle, files);
     ORLINDEX_TIMED_IMPORT(ReadFile, files);
     ORLINDEX_TIMED_IMPORT(GetFileType, files);
+    ORLINDEX_TIMED_IMPORT(GetFileSizeEx, files);
     ORLINDEX_TIMED_IMPORT(GetFileAttributesW, files);
     ORLINDEX_TIMED_IMPORT(GetFileInformationByHandle, files);
     ORLINDEX_TIMED_IMPORT(GetFinalPathNameByHandleW, files);

@@ -6,25 +6,23 @@ namespace Kestrany::IdentityServices {
 
 namespace {
 
-constexpr DWORD portion = 16 * 1024; ///< Bytes. The files of most installations fit into one.
-
-/// The file's bytes to its end, however long it was when it was opened, or why there are none.
+/// The file's bytes, or why there are none.
 DWORD ReadAll(const FileHandle& file, std::string& contents)
 {
+    LARGE_INTEGER size = {};
     if (!file.IsOpen())
         return file.Error();
     if (GetFileType(file.Get()) != FILE_TYPE_DISK)
         return ERROR_BAD_FILE_TYPE; // A pipe or a console may never come to an end.
-    for (DWORD read = portion; read > 0;)
-    {
-        const std::size_t before = contents.size();
-        contents.resize(before + portion);
-        if (!ReadFile(file.Get(), &contents[before], portion, &read, nullptr))
-            return GetLastError();
-        contents.resize(before + read);
-        if (contents.size() > LargestFile)
-            return ERROR_FILE_TOO_LARGE;
-    }
+    if (!GetFileSizeEx(file.Get(), &size))
+        return GetLastError();
+    if (static_cast<unsigned long long>(size.QuadPart) > LargestFile)
+        return ERROR_FILE_TOO_LARGE;
+    contents.resize(static_cast<std::size_t>(size.QuadPart));
+    DWORD read = 0;
+    if (!ReadFile(file.Get(), contents.data(), static_cast<DWORD>(contents.size()), &read, nullptr))
+        return GetLastError();
+    contents.resize(read);
     return ERROR_SUCCESS;
 }
 

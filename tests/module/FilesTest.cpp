@@ -1,8 +1,6 @@
 // Files: their paths, how they are searched, how they are read.
 
-#include <fstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "Imports.h"
@@ -129,7 +127,14 @@ struct ReadFileImport
     using Type = decltype(::ReadFile);
 };
 
+struct FileSizeImport
+{
+    static constexpr char Name[] = "GetFileSizeEx";
+    using Type = decltype(GetFileSizeEx);
+};
+
 using FileAttributesDouble = ImportDouble<FileAttributesImport>;
+using FileSizeDouble = ImportDouble<FileSizeImport>;
 using ReadFileDouble = ImportDouble<ReadFileImport>;
 
 class Existence : public LocateTest
@@ -188,50 +193,39 @@ TEST_F(FileContents, AllBytesAreRead)
     EXPECT_EQ(ReadFileContents(file.native()), "");
 }
 
-TEST_F(FileContents, FilesOfManyLengthsAreReadToTheirEnd)
+TEST_F(FileContents, WhatIsCutOffWhileTheFileIsReadIsLeftOut)
 {
-    const fs::path file = site.HostFolder() / "long";
-    for (const std::size_t length : {1U, 16383U, 16384U, 16385U, 32768U, 100000U})
-    {
-        std::string bytes;
-        while (bytes.size() < length)
-            bytes += std::to_string(bytes.size());
-        bytes.resize(length);
-        WriteFile(file, bytes);
-        EXPECT_EQ(ReadFileContents(file.native()), bytes) << length;
-    }
-}
-
-TEST_F(FileContents, WhatIsAddedWhileTheFileIsReadIsReadToo)
-{
-    const fs::path file = site.HostFolder() / "growing";
-    WriteFile(file, "before");
-    bool grown = false;
-    const ReadFileDouble grow(
-        [&](HANDLE handle, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED overlapped) {
-            const BOOL done = ReadFileDouble::Original(handle, buffer, size, read, overlapped);
-            if (!std::exchange(grown, true))
-                std::ofstream(file, std::ios::app) << " and after";
-            return done;
+    const fs::path file = site.HostFolder() / "shrinking";
+    WriteFile(file, "all of it");
+    const ReadFileDouble cutOff(
+        [](HANDLE handle, LPVOID buffer, DWORD, LPDWORD read, LPOVERLAPPED overlapped) {
+            return ReadFileDouble::Original(handle, buffer, 3, read, overlapped);
         },
         Executable());
-    EXPECT_EQ(ReadFileContents(file.native()), "before and after");
+    EXPECT_EQ(ReadFileContents(file.native()), "all");
 }
 
-TEST_F(FileContents, AFileThatFailsHalfwayGivesNothing)
+TEST_F(FileContents, AFileThatCannotBeMeasuredOrReadGivesNothing)
 {
     const fs::path file = site.HostFolder() / "failing";
-    WriteFile(file, std::string(40000, 'x'));
-    int calls = 0;
+    WriteFile(file, "unread");
+    DWORD error = ERROR_SUCCESS;
+    {
+        const FileSizeDouble fail(
+            [](HANDLE, PLARGE_INTEGER) {
+                SetLastError(ERROR_INVALID_FUNCTION);
+                return FALSE;
+            },
+            Executable());
+        EXPECT_EQ(ReadFileContents(file.native(), &error), std::nullopt);
+        EXPECT_EQ(error, static_cast<DWORD>(ERROR_INVALID_FUNCTION));
+    }
     const ReadFileDouble fail(
-        [&calls](HANDLE handle, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED overlapped) {
-            if (++calls < 2)
-                return ReadFileDouble::Original(handle, buffer, size, read, overlapped);
+        [](HANDLE, LPVOID, DWORD, LPDWORD, LPOVERLAPPED) {
             SetLastError(ERROR_READ_FAULT);
             return FALSE;
         },
         Executable());
-    DWORD error = ERROR_SUCCESS;
     EXPECT_EQ(ReadFileContents(file.native(), &error), std::nullopt);
     EXPECT_EQ(error, static_cast<DWORD>(ERROR_READ_FAULT));
 }

@@ -48,6 +48,7 @@ constexpr Row Failing[] = {
     {"GetFileAttributesExW", {False, ERROR_ACCESS_DENIED}},
     {"GetFileAttributesW", {NoAttributes, ERROR_ACCESS_DENIED}},
     {"GetFileInformationByHandle", {False, ERROR_INVALID_FUNCTION}},
+    {"GetFileSizeEx", {False, ERROR_INVALID_FUNCTION}},
     {"GetFileType", {NoLength, ERROR_INVALID_HANDLE}},
     {"GetFinalPathNameByHandleW", {NoLength, ERROR_ACCESS_DENIED}},
     {"GetFullPathNameW", {NoLength, ERROR_NOT_ENOUGH_MEMORY}},
