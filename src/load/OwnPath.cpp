@@ -5,7 +5,7 @@ namespace {
 
 constexpr DWORD longestPath = 32768; ///< UTF-16 units, with the zero.
 
-/// Empty where the platform has no path of that form.
+/// Empty, with the platform's last error, where there is no path of that form.
 std::wstring OwnPathOfForm(const FileHandle& file, DWORD form)
 {
     std::wstring path(MAX_PATH, L'\0');
@@ -15,7 +15,12 @@ std::wstring OwnPathOfForm(const FileHandle& file, DWORD form)
         path.resize(longestPath);
         length = GetFinalPathNameByHandleW(file.Get(), path.data(), longestPath, form);
     }
-    path.resize(length < path.size() ? length : 0);
+    if (length >= path.size())
+    {
+        SetLastError(ERROR_FILENAME_EXCED_RANGE);
+        length = 0;
+    }
+    path.resize(length);
     return path;
 }
 

@@ -156,13 +156,13 @@ TEST_F(HeldFiles, OneWithoutAnyNameIsNotHeld)
             [&](HANDLE, LPWSTR, DWORD size, DWORD form) {
                 if (forms.empty() || forms.back() != form)
                     forms.push_back(form);
-                SetLastError(ERROR_PATH_NOT_FOUND);
+                SetLastError(answer > 0 ? ERROR_SUCCESS : ERROR_PATH_NOT_FOUND);
                 return answer > 0 ? std::max<DWORD>(answer, size) : 0;
             },
             Executable());
         const HeldFile held(file.native());
         EXPECT_FALSE(held.IsHeld());
-        EXPECT_EQ(held.Error(), static_cast<DWORD>(ERROR_PATH_NOT_FOUND));
+        EXPECT_EQ(held.Error(), static_cast<DWORD>(answer > 0 ? ERROR_FILENAME_EXCED_RANGE : ERROR_PATH_NOT_FOUND));
         EXPECT_EQ(held.Path(), file.native());
         EXPECT_EQ(forms, (std::vector<DWORD>{NormalizedName, OpenedName, NormalizedNameOnVolume}));
     }
