@@ -8,7 +8,7 @@
 namespace Kestrany::IdentityServices {
 
 /// Whether a loaded module was mapped from that file: the same file index on the same volume. No, where the platform
-/// does not say.
+/// does not say. The mapping is asked, not the path that the module was loaded by, which may lead elsewhere by now.
 bool IsMappedFrom(HMODULE module, const HeldFile& held);
 
 } // namespace Kestrany::IdentityServices

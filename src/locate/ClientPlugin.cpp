@@ -1,7 +1,6 @@
 // From a path to live interfaces: choose, verify, load, configure.
 
 #include <exception>
-#include <optional>
 
 #include "base/MessageFormat.h"
 #include "base/Paths.h"
