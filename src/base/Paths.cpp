@@ -10,15 +10,16 @@ using boost::filesystem::path;
 
 namespace {
 
-/// Without opening the file. Nothing where that does not tell: a link is there only where what it leads to is.
+/// Without opening the file. Nothing where that does not tell: a link is there only where what it leads to is, and
+/// attributes can be withheld. Any other failure is final: a share that does not answer costs its time-out once.
 std::optional<bool> ExistsAtAGlance(const std::wstring& text)
 {
     const DWORD attributes = GetFileAttributesW(text.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)
     {
         const DWORD error = GetLastError();
-        const bool notFound = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-        return notFound ? std::optional(false) : std::nullopt;
+        const bool withheld = error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;
+        return withheld ? std::nullopt : std::optional(false);
     }
     return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 ? std::optional(true) : std::nullopt;
 }

@@ -8,6 +8,7 @@
 #include "LoadingSupport.h"
 #include "TrustDoubles.h"
 #include "support/Count.h"
+#include "support/FileImports.h"
 #include "support/Handle.h"
 
 namespace OrlindexTest {
@@ -16,18 +17,6 @@ using testing::Each;
 using testing::SizeIs;
 
 namespace {
-
-struct FileInformationImport
-{
-    static constexpr char Name[] = "GetFileInformationByHandle";
-    using Type = decltype(GetFileInformationByHandle);
-};
-
-struct FinalPathImport
-{
-    static constexpr char Name[] = "GetFinalPathNameByHandleW";
-    using Type = decltype(GetFinalPathNameByHandleW);
-};
 
 struct QueryFileImport
 {
@@ -41,16 +30,7 @@ struct QueryMemoryImport
     using Type = LONG(HANDLE, const void*, int, void*, SIZE_T, SIZE_T*);
 };
 
-struct CreateFileImport
-{
-    static constexpr char Name[] = "CreateFileW";
-    using Type = decltype(CreateFileW);
-};
-
-using CreateFileDouble = ImportDouble<CreateFileImport>;
-using FinalPathDouble = ImportDouble<FinalPathImport>;
 using QueryFileDouble = ImportDouble<QueryFileImport>;
-using FileInformationDouble = ImportDouble<FileInformationImport>;
 using QueryMemoryDouble = ImportDouble<QueryMemoryImport>;
 
 constexpr auto NoResources = static_cast<LONG>(0xC000009A);

@@ -3,6 +3,7 @@
 #include "LoadingSupport.h"
 #include "SystemText.h"
 #include "TrustDoubles.h"
+#include "support/FileImports.h"
 #include "support/Handle.h"
 
 namespace OrlindexTest {
@@ -22,20 +23,6 @@ struct LoadLibraryExImport
     using Type = decltype(LoadLibraryExW);
 };
 
-struct CreateFileImport
-{
-    static constexpr char Name[] = "CreateFileW";
-    using Type = decltype(CreateFileW);
-};
-
-struct FinalPathImport
-{
-    static constexpr char Name[] = "GetFinalPathNameByHandleW";
-    using Type = decltype(GetFinalPathNameByHandleW);
-};
-
-using FinalPathDouble = ImportDouble<FinalPathImport>;
-using CreateFileDouble = ImportDouble<CreateFileImport>;
 using LoadLibraryExDouble = ImportDouble<LoadLibraryExImport>;
 
 Handle OpenForWriting(const std::filesystem::path& file)

@@ -8,6 +8,7 @@
 #include "base/FileContents.h"
 #include "base/Paths.h"
 #include "locate/FileSearch.h"
+#include "support/FileImports.h"
 #include "support/Handle.h"
 
 namespace OrlindexTest {
@@ -115,28 +116,6 @@ TEST(Paths, ParentAndJoin)
     EXPECT_EQ(JoinPath(L"C:\\a\\", L"b.dll"), L"C:\\a\\b.dll");
 }
 
-struct FileAttributesImport
-{
-    static constexpr char Name[] = "GetFileAttributesW";
-    using Type = decltype(GetFileAttributesW);
-};
-
-struct ReadFileImport
-{
-    static constexpr char Name[] = "ReadFile";
-    using Type = decltype(::ReadFile);
-};
-
-struct FileSizeImport
-{
-    static constexpr char Name[] = "GetFileSizeEx";
-    using Type = decltype(GetFileSizeEx);
-};
-
-using FileAttributesDouble = ImportDouble<FileAttributesImport>;
-using FileSizeDouble = ImportDouble<FileSizeImport>;
-using ReadFileDouble = ImportDouble<ReadFileImport>;
-
 class Existence : public LocateTest
 {
 protected:
@@ -166,7 +145,7 @@ TEST_F(Existence, ALinkIsThereWhereWhatItLeadsToIs)
 
 TEST_F(Existence, WhereAttributesAreRefusedTheFileIsOpenedToTell)
 {
-    for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_SUCCESS})
+    for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION})
     {
         const FileAttributesDouble refuse(
             [error](LPCWSTR) {
@@ -177,6 +156,28 @@ TEST_F(Existence, WhereAttributesAreRefusedTheFileIsOpenedToTell)
         EXPECT_TRUE(PathExists(there));
         EXPECT_FALSE(PathExists(missing));
     }
+}
+
+/// Each question may take the time in which the system gives up.
+TEST_F(Existence, AShareThatDoesNotAnswerIsAskedOnce)
+{
+    int questions = 0;
+    const FileAttributesDouble refuse(
+        [&questions](LPCWSTR) {
+            ++questions;
+            SetLastError(ERROR_BAD_NETPATH);
+            return INVALID_FILE_ATTRIBUTES;
+        },
+        Executable());
+    const CreateFileDouble open(
+        [&questions](LPCWSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE) {
+            ++questions;
+            SetLastError(ERROR_BAD_NETPATH);
+            return INVALID_HANDLE_VALUE;
+        },
+        Executable());
+    EXPECT_FALSE(PathExists(L"\\\\server\\share\\file"));
+    EXPECT_EQ(questions, 1);
 }
 
 class FileContents : public LocateTest

@@ -10,6 +10,7 @@
 #include "Imports.h"
 #include "base/Paths.h"
 #include "load/HeldFile.h"
+#include "support/FileImports.h"
 #include "support/Site.h"
 #include "support/Text.h"
 
@@ -18,21 +19,6 @@ namespace OrlindexTest {
 using namespace Kestrany::IdentityServices;
 
 namespace {
-
-struct FinalPathImport
-{
-    static constexpr char Name[] = "GetFinalPathNameByHandleW";
-    using Type = decltype(GetFinalPathNameByHandleW);
-};
-
-struct CreateFileImport
-{
-    static constexpr char Name[] = "CreateFileW";
-    using Type = decltype(CreateFileW);
-};
-
-using FinalPathDouble = ImportDouble<FinalPathImport>;
-using CreateFileDouble = ImportDouble<CreateFileImport>;
 
 constexpr DWORD NormalizedName = 0;
 constexpr DWORD OpenedName = 8;
