@@ -15,7 +15,7 @@ endif()
 
 if(ORLINDEX_BUILD_TESTS)
     find_package(GTest CONFIG REQUIRED)
-    include(GoogleTest)
+    include(DiscoverTests)
 endif()
 if(ORLINDEX_BUILD_BENCHMARKS)
     find_package(benchmark CONFIG REQUIRED)

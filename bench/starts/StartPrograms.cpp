@@ -5,14 +5,13 @@
 
 #include "common/RegisteredServer.h"
 #include "support/Handle.h"
+#include "support/Patience.h"
 #include "support/Text.h"
 
 namespace OrlindexBench {
 namespace {
 
 using OrlindexTest::Handle;
-
-constexpr DWORD timeLimit = 60000; // Milliseconds.
 
 StartFigures Start(const wchar_t* name)
 {
@@ -26,7 +25,7 @@ StartFigures Start(const wchar_t* name)
     const Handle process(started.hProcess);
     const Handle thread(started.hThread);
     DWORD code = 1;
-    if (WaitForSingleObject(process.get(), timeLimit) != WAIT_OBJECT_0)
+    if (WaitForSingleObject(process.get(), OrlindexTest::PatienceMilliseconds) != WAIT_OBJECT_0)
         TerminateProcess(process.get(), code);
     else
         GetExitCodeProcess(process.get(), &code);

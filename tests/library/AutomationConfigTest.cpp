@@ -11,6 +11,7 @@
 #include "orlindex/IdServicesAutomation.h"
 #include "orlindex/SSOClientPrivate.h"
 #include "support/HostTest.h"
+#include "support/Patience.h"
 
 namespace OrlindexTest {
 
@@ -259,7 +260,7 @@ TEST_F(AutomationOverride, ThePluginRunsOnTheCallersThreadWithNoLockHeld)
             IdServicesMgr::Initialize();
             IdServicesMgr::Uninitialize();
         });
-        EXPECT_EQ(elsewhere.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+        EXPECT_EQ(elsewhere.wait_for(Patience), std::future_status::ready);
     };
     Plugin().OnCall(Client, 32, useLocksElsewhere);
     Plugin().OnCall(Client, 33, useLocksElsewhere);

@@ -5,10 +5,12 @@
 #include <cstdint>
 #include <functional>
 
+#include "support/Patience.h"
+
 namespace OrlindexTest {
 
 /// Whether a task ends in time on a thread of its own. Where it does not, that thread stays behind.
-bool EndsInTime(const std::function<void()>& task, std::chrono::seconds limit = std::chrono::seconds(10));
+bool EndsInTime(const std::function<void()>& task, std::chrono::seconds limit = Patience);
 
 /// Expects that no lock of the library is held: another thread starts the library, makes a call, and stops it.
 void ExpectLocksAreFree();

@@ -7,6 +7,7 @@
 
 #include "support/Handle.h"
 #include "support/HostProcess.h"
+#include "support/Patience.h"
 #include "support/Text.h"
 
 namespace OrlindexTest {
@@ -16,7 +17,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr wchar_t InputVariable[] = L"ORLINDEX_STRESS_INPUT";
-constexpr DWORD ChildTimeLimit = 120000; // Milliseconds; nearly every child takes half a second.
 
 fs::path AnswerFile()
 {
@@ -59,7 +59,7 @@ DWORD RunToItsEnd(const fs::path& executable, HANDLE output)
     const PROCESS_INFORMATION started = Start(executable, output);
     const Handle process(started.hProcess);
     const Handle thread(started.hThread);
-    if (WaitForSingleObject(process.get(), ChildTimeLimit) != WAIT_OBJECT_0)
+    if (WaitForSingleObject(process.get(), PatienceMilliseconds) != WAIT_OBJECT_0)
     {
         TerminateProcess(process.get(), WAIT_TIMEOUT);
         WaitForSingleObject(process.get(), INFINITE);

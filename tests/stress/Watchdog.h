@@ -7,6 +7,8 @@
 #include <mutex>
 #include <thread>
 
+#include "support/Patience.h"
+
 namespace OrlindexTest {
 
 /// Ends the process with a failing code when nothing happens for too long, with the stacks of all its threads printed:
@@ -14,7 +16,7 @@ namespace OrlindexTest {
 class Watchdog
 {
 public:
-    explicit Watchdog(std::chrono::seconds patience = std::chrono::seconds(15));
+    explicit Watchdog(std::chrono::seconds patience = Patience);
     ~Watchdog();
     Watchdog(const Watchdog&) = delete;
     Watchdog& operator=(const Watchdog&) = delete;

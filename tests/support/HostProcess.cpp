@@ -9,6 +9,7 @@
 
 #include "Handle.h"
 #include "MachineLock.h"
+#include "Patience.h"
 #include "Text.h"
 
 namespace OrlindexTest {
@@ -22,8 +23,8 @@ constexpr wchar_t PluginsVariable[] = L"ORLINDEX_TEST_PLUGINS";
 constexpr wchar_t SigningVariable[] = L"ORLINDEX_TEST_SIGNING";
 constexpr wchar_t LongFormVariable[] = L"ORLINDEX_LONG";
 constexpr char EndReport[] = "ended";    // A file in the test's folder.
-constexpr DWORD TimeLimit = 60000;       // Milliseconds; a test takes well under one second, but for some stress tests.
-constexpr DWORD LongTimeLimit = 7200000; // Of the long form of the stress tests.
+constexpr DWORD TimeLimit = 4 * PatienceMilliseconds; // A test takes well under one second, but for some stress tests.
+constexpr DWORD LongTimeLimit = 7200000;              // Milliseconds; of the long form of the stress tests.
 
 fs::path Executable()
 {
