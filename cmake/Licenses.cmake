@@ -33,7 +33,7 @@ function(orlindex_collect_licenses folder)
     orlindex_collect_license("${folder}" JsonCpp FILES "${vcpkg}/jsoncpp/copyright"
         ARCHIVE "${downloads}/libjsoncpp_*.orig.tar.*" MEMBER "*/LICENSE")
     orlindex_collect_license("${folder}" Boost FILES "${vcpkg}/boost-filesystem/copyright"
-        ARCHIVE "${downloads}/boost1.81_*.orig.tar.*" MEMBER "*/LICENSE_1_0.txt")
+        ARCHIVE "${downloads}/boost1.*_*.orig.tar.*" MEMBER "*/LICENSE_1_0.txt")
     set(runtime "")
     if(MINGW)
         string(REPLACE "_" "-" cpu "${CMAKE_SYSTEM_PROCESSOR}")

@@ -1,8 +1,7 @@
 # orlindex_msvc_import_library(<target>): an import library for Microsoft's linker beside the one of mingw-w64, with the
 # flat functions: the classes' names are those of another compiler. Sets ORLINDEX_MSVC_IMPORT_LIBRARY.
 
-find_program(ORLINDEX_LLVM_DLLTOOL NAMES llvm-dlltool-19 llvm-dlltool-14 llvm-dlltool
-    DOC "Makes import libraries for Microsoft's linker")
+find_program(ORLINDEX_LLVM_DLLTOOL llvm-dlltool DOC "Makes import libraries for Microsoft's linker")
 
 function(orlindex_msvc_import_library target)
     if(NOT ORLINDEX_LLVM_DLLTOOL)

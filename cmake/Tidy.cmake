@@ -2,7 +2,7 @@
 
 option(ORLINDEX_TIDY "Run clang-tidy with each compilation" OFF)
 if(ORLINDEX_TIDY)
-    find_program(ORLINDEX_CLANG_TIDY clang-tidy-14 REQUIRED DOC "Static checks")
+    find_program(ORLINDEX_CLANG_TIDY clang-tidy REQUIRED DOC "Static checks")
     # clang reads the cross compiler's command lines, but does not find the headers of its folder for posix threads.
     set(tidy "${ORLINDEX_CLANG_TIDY}" --quiet --warnings-as-errors=* --extra-arg-before=--target=x86_64-w64-mingw32)
     foreach(folder IN LISTS CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES)

@@ -15,61 +15,13 @@ set -euo pipefail
 . "$(dirname "$0")/lib/common.sh"
 # shellcheck source=scripts/lib/wine-environment.sh
 . "$root/scripts/lib/wine-environment.sh"
+# shellcheck source=scripts/lib/packages.sh
+. "$root/scripts/lib/packages.sh"
 
-packages=(
-    cmake ninja-build g++ dpkg-dev xz-utils python3 openssl
-    # The Windows side: compiler, compatibility layer, code signing.
-    g++-mingw-w64-x86-64-posix wine wine64 osslsigncode
-    # The same for 32-bit hosts.
-    g++-mingw-w64-i686-posix
-    # Sanitizers, fuzzers, static checks, and the checks of what Microsoft's rules make of headers and sources.
-    clang-14 libclang-rt-14-dev llvm-14 clang-format-14 clang-tidy-14 clang-19 llvm-19 libc++-19-dev shellcheck
-    # Coverage, the reference of the headers, and the compiler for the samples in C#.
-    gcovr doxygen mono-mcs mono-runtime
-    # Libraries of the native build of the portable logic; the cross build takes its own from .deps/.
-    libjsoncpp-dev libboost1.81-dev libgtest-dev googletest
-)
 toolchain=$root/cmake/mingw-w64-x86_64.cmake
 prefix=$deps/prefix
 
 # --- Steps ----------------------------------------------------------------------------------------------------------
-
-# Node.js is often there from elsewhere than Debian.
-node_packages()
-{
-    command -v npm >/dev/null || printf '%s\n' nodejs npm
-}
-
-missing_packages()
-{
-    node_packages
-    comm -23 <(printf '%s\n' "${packages[@]}" | sort) \
-        <(dpkg-query -W -f '${db:Status-Status} ${Package}\n' "${packages[@]}" 2>/dev/null |
-            sed -n 's/^installed //p' | sort)
-}
-
-as_root()
-{
-    if [ "$(id -u)" -eq 0 ]; then
-        "$@"
-    else
-        sudo "$@"
-    fi
-}
-
-install_packages()
-{
-    local missing
-    mapfile -t missing < <(missing_packages)
-    export DEBIAN_FRONTEND=noninteractive
-    as_root apt-get update
-    as_root apt-get install -y --no-install-recommends "${missing[@]}"
-}
-
-debian_codename()
-{
-    sed -n 's/^VERSION_CODENAME=//p' /etc/os-release
-}
 
 # The entries of the machine's own package sources for the main suite, as entries for source packages.
 source_entries()
@@ -78,7 +30,7 @@ source_entries()
     [ ! -f $key ] || options="[signed-by=$key] "
     # shellcheck disable=SC2016 # apt's own placeholders
     apt-get indextargets --format '$(REPO_URI) $(CODENAME) $(COMPONENT)' \
-        'Created-By: Packages' 'Origin: Debian' 'Component: main' "Codename: $(debian_codename)" |
+        'Created-By: Packages' 'Origin: Debian' 'Component: main' "Codename: $release" |
         sort -u | sed "s|^|deb-src $options|"
 }
 
@@ -93,7 +45,7 @@ fetch_sources()
     local options=(-o "Dir::Etc::SourceList=$apt/sources.list" -o Dir::Etc::SourceParts=/dev/null
         -o "Dir::State::Lists=$apt/lists" -o "Dir::Cache=$apt/cache")
     apt-get "${options[@]}" update
-    (cd "$downloads" && apt-get "${options[@]}" source --download-only boost1.81 libjsoncpp benchmark)
+    (cd "$downloads" && apt-get "${options[@]}" source --download-only "boost$boost" libjsoncpp benchmark)
     rm -rf "$apt"
 }
 
@@ -130,7 +82,7 @@ build_jsoncpp()
 
 build_boost()
 {
-    unpack 'boost1.81_*.orig.tar.*' "$deps/src/boost" --no-wildcards-match-slash \
+    unpack "boost${boost}_*.orig.tar.*" "$deps/src/boost" --no-wildcards-match-slash \
         --exclude='*/test' --exclude='*/doc' --exclude='*/example'
     cross_install "$deps/src/boost" -DBOOST_INSTALL_LAYOUT=system \
         -DBOOST_INCLUDE_LIBRARIES='filesystem;format;algorithm;system;exception'
@@ -154,6 +106,17 @@ build_benchmark()
     unpack 'benchmark_*.orig.tar.*' "$deps/src/benchmark"
     cross_install "$deps/src/benchmark" -DBENCHMARK_ENABLE_TESTING=OFF -DBENCHMARK_ENABLE_GTEST_TESTS=OFF \
         -DBENCHMARK_ENABLE_WERROR=OFF -DBENCHMARK_INSTALL_DOCS=OFF
+}
+
+# The tools of LLVM under names without a version, for presets and scripts.
+link_tools()
+{
+    local tool
+    rm -rf "$deps/tools"
+    mkdir -p "$deps/tools"
+    for tool in clang clang++ clang-format clang-tidy llvm-dlltool llvm-nm; do
+        ln -s "$(command -v "$tool-$llvm")" "$deps/tools/$tool"
+    done
 }
 
 # The public tools that tests judge with; tests/node pins them. Inside the folder: with --prefix npm would look for the
@@ -226,7 +189,7 @@ make_wine_prefix_32()
 # --- Carrying them out ----------------------------------------------------------------------------------------------
 
 number=0
-total=8
+total=9
 
 # run TITLE NAME FUNCTION: one step with its number, its time, its log, and on failure the log's tail.
 run()
@@ -262,10 +225,8 @@ once()
 check_machine()
 {
     command -v apt-get >/dev/null ||
-        fail "this script knows Debian only: no apt-get here" "install the counterparts of: ${packages[*]}"
-    local codename
-    codename=$(debian_codename)
-    [ "$codename" = bookworm ] || say "note: made for Debian 12 (bookworm), this is '$codename'; package names may differ"
+        fail "this script knows Debian only: no apt-get here" \
+            "install the counterparts of: ${packages[*]}" "and LLVM from $oldest_llvm on, Boost from $oldest_boost on"
 }
 
 ensure_packages()
@@ -319,12 +280,14 @@ main()
     flock -n 9 || { say "waiting for another scripts/setup.sh of this tree"; flock 9; }
     [ "${1:-}" != --clean ] || find "$deps" -mindepth 1 -maxdepth 1 ! -name lock -exec rm -rf {} +
 
+    choose_packages
     ensure_packages
     cross=$(cat "$toolchain" "$root"/cmake/boost/*; x86_64-w64-mingw32-g++-posix -v 2>&1)
 
-    once "Library sources" sources fetch_sources "$(declare -f source_entries)"
+    once "Tools of LLVM" tools link_tools "$llvm"
+    once "Library sources" sources fetch_sources "$(declare -f source_entries) $boost"
     once "JsonCpp for Windows" jsoncpp build_jsoncpp "$cross"
-    once "Boost for Windows" boost build_boost "$cross"
+    once "Boost for Windows" boost build_boost "$cross $boost"
     once "GoogleTest for Windows" googletest build_googletest "$cross"
     once "Benchmark for Windows" benchmark build_benchmark "$cross"
     once "Node.js packages for the tests" node install_node_packages "$(cat "$root"/tests/node/package*.json; node --version)"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <list>
 #include <string>
 #include <vector>
 
@@ -94,10 +95,10 @@ bool CanBeSorted(const std::vector<VersionCompatibilityEntry>& entries)
 }
 
 /// The documented way: highest first, equals in the order of the file, and the first that serves.
-const VersionCompatibilityEntry* ChooseBySorting(std::vector<VersionCompatibilityEntry>& entries,
+const VersionCompatibilityEntry* ChooseBySorting(std::list<VersionCompatibilityEntry>& entries,
                                                  const VersionParts& version)
 {
-    std::stable_sort(entries.begin(), entries.end(), IsHigher);
+    entries.sort(IsHigher); // A list's sort is stable.
     const auto found =
         std::find_if(entries.begin(), entries.end(), [&](const auto& entry) { return RangesMatch(entry, version); });
     return found == entries.end() ? nullptr : &*found;
@@ -114,7 +115,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(!chosen || RangesMatch(*chosen, version), "the chosen entry serves");
     if (!CanBeSorted(entries))
         return 0;
-    std::vector<VersionCompatibilityEntry> sorted = entries;
+    std::list<VersionCompatibilityEntry> sorted(entries.begin(), entries.end());
     const VersionCompatibilityEntry* expected = ChooseBySorting(sorted, version);
     Require((chosen != nullptr) == (expected != nullptr), "an entry is chosen exactly where one serves");
     Require(!chosen || chosen->module == expected->module, "the choice is the first of the highest that serve");

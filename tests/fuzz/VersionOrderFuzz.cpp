@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <list>
 #include <map>
 #include <optional>
 #include <string>
@@ -81,8 +82,8 @@ void RequireComparison(const VersionParts& a, const VersionParts& b)
 void RequireSafeOrderings(const Versions& versions)
 {
     const auto isLess = [](const VersionParts& a, const VersionParts& b) { return CompareVersions(a, b) < 0; };
-    Versions sorted = versions;
-    std::stable_sort(sorted.begin(), sorted.end(), isLess);
+    std::list<VersionParts> sorted(versions.begin(), versions.end());
+    sorted.sort(isLess);
     Require(std::is_permutation(sorted.begin(), sorted.end(), versions.begin()), "sorting loses nothing");
     std::map<VersionParts, std::size_t, decltype(isLess)> places(isLess);
     for (std::size_t place = 0; place < versions.size(); ++place)
