@@ -28,3 +28,27 @@ make_preset()
 {
     configure_preset "$1" "$2" && build_preset "$1"
 }
+
+# make_what_builds PRESET FOLDER: both, past errors. What could not be brought up to date is removed and listed in
+# FOLDER/not-built.txt, so that no old program is tested in its place.
+make_what_builds()
+{
+    local preset=$1 folder=$2 status=0
+    rm -f "$folder/not-built.txt"
+    configure_preset "$preset" "$folder" || return
+    (cd "$root" && cmake --build --preset "$preset" -j "$jobs" -- -k 0) || status=$?
+    [ "$status" -eq 0 ] || remove_outdated "$folder"
+    return "$status"
+}
+
+# The programs and modules that a build would still have to link.
+remove_outdated()
+{
+    local folder=$1 file
+    ninja -C "$folder" -n -k 0 2>/dev/null |
+        sed -nE 's/^\[[0-9]+\/[0-9]+\] Linking C(XX)? (executable|shared library|shared module) //p' |
+        while IFS= read -r file; do
+            rm -f "$folder/$file"
+            printf '%s\n' "${file##*/}"
+        done >"$folder/not-built.txt"
+}

@@ -1,10 +1,11 @@
 # Collects what a run of checks found: sourced after common.sh, never run. The last line printed is always
-# "N passed, N failed" (", N skipped" where there are any), however the script ends.
+# "N passed, N failed" (", N skipped" and ", not run: ..." where there is any), however the script ends.
 # shellcheck shell=bash
 
 passed=()
 failed=()
 skipped=()
+not_run=()
 counts=()
 
 # attempt NAME COMMAND...: a step that tests need; counts where it fails, and shows its output then.
@@ -31,6 +32,12 @@ check()
     if attempt "$@"; then
         passed+=("$1")
     fi
+}
+
+# leave_out WHAT...: names what was to run and did not.
+leave_out()
+{
+    not_run+=("$@")
 }
 
 # count_tests NAME STATUS FILE: adds the tests of one CTest run, which ended with STATUS and wrote its report to FILE.
@@ -79,10 +86,12 @@ finish_results()
         failed+=("no test ran")
     fi
     say
+    [ ${#not_run[@]} -eq 0 ] || printf 'not run: %s\n' "${not_run[@]}"
     [ ${#skipped[@]} -eq 0 ] || printf 'skipped: %s\n' "${skipped[@]}"
     [ ${#failed[@]} -eq 0 ] || printf 'failed: %s\n' "${failed[@]}"
     line="${#passed[@]} passed, ${#failed[@]} failed"
     [ ${#skipped[@]} -eq 0 ] || line+=", ${#skipped[@]} skipped"
+    [ ${#not_run[@]} -eq 0 ] || line+=", not run: $(printf '%s; ' "${not_run[@]}" | sed 's/; $//')"
     say "$line"
     [ ${#failed[@]} -eq 0 ]
 }
