@@ -13,7 +13,7 @@ llvm='' boost=''
 
 # Packages of one name on every release.
 packages=(
-    cmake ninja-build g++ dpkg-dev xz-utils python3 openssl
+    git cmake ninja-build g++ dpkg-dev xz-utils python3 openssl
     # The Windows side: compiler, compatibility layer, code signing.
     g++-mingw-w64-x86-64-posix wine wine64 osslsigncode
     # The same for 32-bit hosts.
