@@ -45,7 +45,7 @@ fetch_sources()
     local options=(-o "Dir::Etc::SourceList=$apt/sources.list" -o Dir::Etc::SourceParts=/dev/null
         -o "Dir::State::Lists=$apt/lists" -o "Dir::Cache=$apt/cache")
     apt-get "${options[@]}" update
-    (cd "$downloads" && apt-get "${options[@]}" source --download-only "boost$boost" libjsoncpp benchmark)
+    (cd "$downloads" && apt-get "${options[@]}" source --download-only --tar-only "boost$boost" libjsoncpp benchmark)
     rm -rf "$apt"
 }
 
