@@ -1,6 +1,7 @@
 // Delivery of one event to many callbacks.
 
 #include <array>
+#include <cstdint>
 #include <utility>
 
 #include "calls/Benchmarks.h"

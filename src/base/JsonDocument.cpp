@@ -63,7 +63,7 @@ std::optional<Json::Value> ParseJson(const std::string& bytes, JsonError* error)
     return std::nullopt;
 }
 
-const Json::Value& MemberOf(const Json::Value& value, const std::string& key)
+const Json::Value& MemberOf(const Json::Value& value, std::string_view key)
 {
     const Json::Value* member = value.isObject() ? value.find(key.data(), key.data() + key.size()) : nullptr;
     return member ? *member : Json::Value::nullSingleton();

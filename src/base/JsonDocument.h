@@ -4,6 +4,7 @@
 #include <json/value.h>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace Kestrany::IdentityServices {
 
@@ -21,7 +22,7 @@ struct JsonError
 std::optional<Json::Value> ParseJson(const std::string& bytes, JsonError* error = nullptr);
 
 /// The member `key` of `value`; null where there is none, or where `value` is no object.
-const Json::Value& MemberOf(const Json::Value& value, const std::string& key);
+const Json::Value& MemberOf(const Json::Value& value, std::string_view key);
 
 } // namespace Kestrany::IdentityServices
 
