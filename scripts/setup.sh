@@ -114,7 +114,7 @@ link_tools()
     local tool
     rm -rf "$deps/tools"
     mkdir -p "$deps/tools"
-    for tool in clang clang++ clang-format clang-tidy llvm-dlltool llvm-nm; do
+    for tool in clang clang++ clang-format clang-tidy llvm-dlltool llvm-nm llvm-readobj; do
         ln -s "$(command -v "$tool-$llvm")" "$deps/tools/$tool"
     done
 }

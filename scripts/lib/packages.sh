@@ -19,9 +19,9 @@ packages=(
     # The same for 32-bit hosts.
     g++-mingw-w64-i686-posix
     # Static checks, coverage, the reference of the headers, and the compiler for the samples in C#.
-    shellcheck gcovr doxygen mono-mcs mono-runtime
+    shellcheck pkgconf gcovr doxygen mono-mcs mono-runtime
     # Libraries of the native build of the portable logic; the cross build takes its own from .deps/.
-    libjsoncpp-dev libgtest-dev googletest
+    libjsoncpp-dev libgtest-dev libgmock-dev googletest
 )
 
 # Sanitizers, fuzzers, static checks, and the checks of Microsoft's rules: all of one version of LLVM.

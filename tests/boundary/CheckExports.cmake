@@ -1,18 +1,13 @@
 # Compares the names that the built library exports with the reviewed list, and says what is missing and what is new.
 # A name that is gone breaks hosts; a new one is promised for ever.
 #
-#     cmake -DLIBRARY=<dll> -DOBJDUMP=<program> -DCPPFILT=<program> -DREVIEWED=<list> -P CheckExports.cmake
+#     cmake -DLIBRARY=<dll> -DREADOBJ=<program> -DCPPFILT=<program> -DREVIEWED=<list> -P CheckExports.cmake
 
-execute_process(COMMAND "${OBJDUMP}" -p "${LIBRARY}" OUTPUT_VARIABLE dump COMMAND_ERROR_IS_FATAL ANY)
-string(FIND "${dump}" "[Ordinal/Name Pointer] Table" table)
-if(table EQUAL -1)
-    message(FATAL_ERROR "${LIBRARY} exports nothing, or ${OBJDUMP} writes in another form than is read here")
+include("${CMAKE_CURRENT_LIST_DIR}/../support/Exports.cmake")
+read_exports("${LIBRARY}" "${READOBJ}" decorated)
+if(NOT decorated)
+    message(FATAL_ERROR "${LIBRARY} exports nothing, or ${READOBJ} writes in another form than is read here")
 endif()
-string(SUBSTRING "${dump}" ${table} -1 dump)
-string(FIND "${dump}" "\n\n" end)
-string(SUBSTRING "${dump}" 0 ${end} dump)
-string(REGEX MATCHALL "\n\t[^\n]+" lines "${dump}")
-list(TRANSFORM lines REPLACE "^.* " "" OUTPUT_VARIABLE decorated)
 
 execute_process(COMMAND "${CPPFILT}" ${decorated} OUTPUT_VARIABLE exported COMMAND_ERROR_IS_FATAL ANY
     OUTPUT_STRIP_TRAILING_WHITESPACE)

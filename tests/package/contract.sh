@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds a plugin module as its developer would, from the kit alone: tests/package/contract.sh KIT C++-COMPILER OBJDUMP
+# Builds a plugin module as its developer would, from the kit alone: tests/package/contract.sh KIT C++-COMPILER LLVM-READOBJ
 #
 # Each header of the contract compiles by itself, and the module of docs/plugin-contract.md exports its factory.
 
@@ -8,7 +8,7 @@ set -euo pipefail
 . "$(dirname "$0")/../../scripts/lib/common.sh"
 
 kit=$(cd "$1" && pwd)
-cxx=$2 objdump=$3
+cxx=$2 readobj=$3
 work=$(mktemp -d "${TMPDIR:-/tmp}/orlindex-contract.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 compile=("$cxx" -std=c++17 -pedantic -Wall -Wextra -Werror "-I$kit/include" "-I$kit/plugin")
@@ -23,7 +23,7 @@ done
 python3 -B "$root/tests/docs/samples.py" files docs/plugin-contract.md "$work"
 cd "$work"
 "${compile[@]}" -shared -static plugin.cpp plugin.def -o plugin.dll
-exported=$("$objdump" -p plugin.dll | sed -n 's/^\t\[ *[0-9]*\] \([^ ]*\)$/\1/p')
+exported=$("$readobj" --coff-exports plugin.dll | sed -n 's/^ *Name: \(.\)/\1/p')
 [ "$exported" = '?GetSSOClientFactory@@YAPEAVISSOClientFactory@IdentityServices@Kestrany@@XZ' ] ||
     fail "plugin.dll exports: $exported"
 say "${#headers[@]} headers, 1 module"
