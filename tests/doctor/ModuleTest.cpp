@@ -113,6 +113,17 @@ TEST_F(DoctorModule, AnotherRootIsNamed)
     EXPECT_EQ(report.Find("signature", "signer")["result"], "accepted");
 }
 
+TEST_F(DoctorModule, AnExpiredCertificateBelowThePinnedRootIsAWarning)
+{
+    site.Install("pinned-expired");
+    const DoctorReport report = ExpectStart();
+    EXPECT_EQ(report.MarkOf("signature"), "warning");
+    const Json::Value fault = report.Find("signature", "chain");
+    EXPECT_EQ(fault["mark"], "warning");
+    EXPECT_EQ(fault["value"], "CERT_TRUST_IS_NOT_TIME_VALID");
+    EXPECT_THAT(fault["note"].asString(), HasSubstr("is not valid at this time; the library does not check this"));
+}
+
 TEST_F(DoctorModule, AGoodSignatureIsShownWithSignerChainAndRoot)
 {
     site.Install();

@@ -27,7 +27,7 @@ const TrustAnswer trustAnswers[] = {
     {0x800B0109, "CERT_E_UNTRUSTEDROOT", "the signature verifies, but the system does not trust its root"},
     {0x800B0101, "CERT_E_EXPIRED", "a certificate is not valid at this time"},
     {0x800B0110, "CERT_E_WRONG_USAGE", "a certificate is not meant for signing programs"},
-    {0x800B010B, "TRUST_E_FAIL", "the system has a fault of the chain to report, but no answer for it"},
+    {0x800B010B, "TRUST_E_FAIL", "the verification failed, and the system does not say why"},
     {0x800B010A, "CERT_E_CHAINING", "a certificate of the chain is missing"},
     {0x800B0111, "TRUST_E_EXPLICIT_DISTRUST", "the certificate is distrusted on this machine"},
     {0x800B0004, "TRUST_E_SUBJECT_NOT_TRUSTED", "the system does not trust the file"},
