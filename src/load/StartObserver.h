@@ -102,9 +102,9 @@ struct EntryFinding
 enum class LoadStep
 {
     FindFile,
-    CheckPath,
     VerifySignature,
     HoldFile,
+    CheckPath,
     LoadModule,
     CompareFile,
     FindSymbol,

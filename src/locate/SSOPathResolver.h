@@ -135,8 +135,8 @@ private:
     bool LoadClientPluginModuleOnce();
     bool GiveUpLoading(const char* reason);
     bool FindClientPluginFile();
-    bool AcceptClientPluginPath(const std::wstring& path) const;
     bool VerifyClientPlugin(const HeldFile& held) const;
+    DWORD RefusalOfLoad(const HeldFile& verified) const;
     bool LoadVerifiedPluginLibrary();
     bool LoadPluginLibrary(const HeldFile& verified);
     bool ObtainPluginFactory();

@@ -51,9 +51,14 @@ TEST_F(DoctorModule, AFolderInItsPlaceIsNamed)
     ExpectFailure(ExitCode::ModuleFormat, "module-file", "cannot be read");
 }
 
-TEST_F(DoctorModule, APathThatIsNotAbsoluteIsRefused)
+TEST_F(DoctorModule, APathThatIsNotAbsoluteIsAWarning)
 {
-    ExpectRefusedPath("PellwickClient.dll", "not absolute");
+    site.Install();
+    site.WriteCompatibilityFile({CompatibilityEntry{"..\\server\\PellwickClient.dll"}});
+    const DoctorReport report = ExpectStart();
+    EXPECT_EQ(report.MarkOf("module-file"), "warning");
+    EXPECT_EQ(report.Find("module-file", "path")["value"], "..\\server\\PellwickClient.dll");
+    EXPECT_EQ(report.Find("module-file", "path")["result"], "relative");
 }
 
 TEST_F(DoctorModule, APathWithoutExtensionIsRefused)

@@ -3,7 +3,6 @@
 #include <stdexcept>
 
 #include "LoadingSupport.h"
-#include "SystemText.h"
 #include "support/Wow64Import.h"
 
 namespace OrlindexTest {

@@ -104,7 +104,8 @@ TEST(Paths, AModulesPathHasItsDefects)
     EXPECT_NE(FindModulePathDefect(L"C:\\a\\b.dll."), std::nullopt);
     EXPECT_NE(FindModulePathDefect(L"C:\\a\\b.dll "), std::nullopt);
     EXPECT_NE(FindModulePathDefect(L"C:\\a\\b"), std::nullopt);
-    EXPECT_NE(FindModulePathDefect(L"b.dll"), std::nullopt);
+    EXPECT_NE(FindModulePathDefect(L""), std::nullopt);
+    EXPECT_EQ(FindModulePathDefect(L"b.dll"), std::nullopt) << "it is loaded by its full path";
 }
 
 TEST(Paths, ParentAndJoin)

@@ -164,7 +164,6 @@ const char* PathDefectWords(ModulePathDefect defect)
     static const Named<ModulePathDefect> rows[] = {{ModulePathDefect::Empty, "it is empty"},
                                                    {ModulePathDefect::EmbeddedZero, "it holds a zero character"},
                                                    {ModulePathDefect::StrippedEnd, "it ends with a point or a space"},
-                                                   {ModulePathDefect::NotAbsolute, "it is not absolute"},
                                                    {ModulePathDefect::NoExtension, "its file name has no extension"}};
     return NameIn(rows, defect);
 }
