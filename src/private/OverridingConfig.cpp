@@ -13,6 +13,9 @@ CallConfig::~CallConfig() = default;
 
 void CallConfig::FromJson(const Json::Value& json)
 {
+    // The words that hosts know; each version of the JSON library has its own for the same mistake.
+    if (!json.isObject() && !json.isNull())
+        throw Json::LogicError("in Json::Value::find(key, end, found): requires objectValue or nullValue");
     failInterval = json["failInterval"].asInt();
     interval = json["interval"].asInt();
     maxJitter = json["maxJitter"].asInt();
