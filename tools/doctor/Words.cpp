@@ -112,11 +112,10 @@ const char* OriginWords(DirectoryOrigin origin)
 
 const char* StateName(DirectoryState state)
 {
-    static const Named<DirectoryState> rows[] = {{DirectoryState::Holds, "found"},
-                                                 {DirectoryState::DoesNotHold, "not-there"},
-                                                 {DirectoryState::Empty, "empty"},
-                                                 {DirectoryState::NoValue, "no-value"},
-                                                 {DirectoryState::NotSearched, "not-searched"}};
+    static const Named<DirectoryState> rows[] = {
+        {DirectoryState::Holds, "found"},      {DirectoryState::DoesNotHold, "not-there"},
+        {DirectoryState::Empty, "empty"},      {DirectoryState::EmbeddedZero, "embedded-zero"},
+        {DirectoryState::NoValue, "no-value"}, {DirectoryState::NotSearched, "not-searched"}};
     return NameIn(rows, state);
 }
 
@@ -130,6 +129,8 @@ std::string StateWords(DirectoryState state, const std::string& fileName)
         return "does not hold " + fileName;
     case DirectoryState::Empty:
         return "empty, not searched";
+    case DirectoryState::EmbeddedZero:
+        return "holds a zero character, not searched";
     case DirectoryState::NoValue:
         return "has no value, not searched";
     case DirectoryState::NotSearched:
