@@ -43,9 +43,9 @@ IPluginLogger* ConnectPluginLogger(IPluginLoggerSource& source)
 {
     IPluginLogger* logger = source.GetLogger(loggerName);
     if (logger)
-        SetPluginLog([logger](const std::wstring& message, LogLevel level) { logger->Log(message.c_str(), level); });
+        SetPluginLogger([logger](const std::wstring& message, LogLevel level) { logger->Log(message.c_str(), level); });
     else
-        SetPluginLog(nullptr);
+        SetPluginLogger(nullptr);
     FlushPendingLog();
     return logger;
 }
@@ -54,11 +54,11 @@ IPluginLogger* ConnectPluginLogger(IPluginLoggerSource& source)
 
 bool SSOPathResolver::LoadClientPluginModule()
 {
-    if (pluginModule_ || clientFactory_)
+    if (pluginModule_ || pluginFactory_)
         return true;
-    if (pluginLoadState_ == PluginAttempted)
+    if (loadState_ == PluginAttempted)
         return false;
-    pluginLoadState_ = PluginAttempted;
+    loadState_ = PluginAttempted;
 
     try
     {
@@ -78,9 +78,9 @@ bool SSOPathResolver::LoadClientPluginModule()
 /// may be no memory.
 bool SSOPathResolver::GiveUpLoading(const char* reason)
 {
-    clientFactory_ = nullptr;
+    pluginFactory_ = nullptr;
     pluginInterfaces = {};
-    pluginLoadState_ = PluginAttempted;
+    loadState_ = PluginAttempted;
     const std::wstring words = Widen(reason);
     if (observer_)
         observer_->OnException(words);
@@ -93,7 +93,7 @@ bool SSOPathResolver::LoadClientPluginModuleOnce()
     if (!FindClientPluginFile() || !LoadVerifiedPluginLibrary() || !ObtainPluginFactory())
         return false;
     ConfigurePlugin();
-    pluginLoadState_ = PluginLoaded;
+    loadState_ = PluginLoaded;
     TakePluginInterfaces();
     return true;
 }
@@ -192,9 +192,9 @@ bool SSOPathResolver::ObtainPluginFactory()
     }
     LogLine(TALIXLog::Info, L"Getting factory from client plugin module %1%", clientPluginModulePath_);
     TellStep(LoadStep::CallFactory, LoadState::Begun);
-    clientFactory_ = getFactory();
-    TellStep(LoadStep::CallFactory, clientFactory_ ? LoadState::Done : LoadState::Failed);
-    return clientFactory_ != nullptr;
+    pluginFactory_ = getFactory();
+    TellStep(LoadStep::CallFactory, pluginFactory_ ? LoadState::Done : LoadState::Failed);
+    return pluginFactory_ != nullptr;
 }
 
 /// The server manager learns where the server application is before anything else, and who it is only once the log is
@@ -202,13 +202,13 @@ bool SSOPathResolver::ObtainPluginFactory()
 void SSOPathResolver::ConfigurePlugin()
 {
     TellStep(LoadStep::ConfigureServer, LoadState::Begun);
-    ISSOServerManager* serverManager = clientFactory_->GetSSOServerManager();
+    ISSOServerManager* serverManager = pluginFactory_->GetSSOServerManager();
     if (serverManager)
         serverManager->ConfigureServerApp(GetSSOServerAppPath().c_str(), GetSSOServerAppExeFile().c_str());
     TellStep(LoadStep::ConfigureServer, LoadState::Done);
 
     TellStep(LoadStep::ConnectLogger, LoadState::Begun);
-    IPluginLoggerSource* loggerSource = clientFactory_->GetLoggerSource();
+    IPluginLoggerSource* loggerSource = pluginFactory_->GetLoggerSource();
     TellObject(PluginObject::LoggerSource, loggerSource);
     if (loggerSource)
         TellObject(PluginObject::Logger, ConnectPluginLogger(*loggerSource));
@@ -227,11 +227,11 @@ void SSOPathResolver::ConfigurePlugin()
 void SSOPathResolver::TakePluginInterfaces()
 {
     TellStep(LoadStep::ObtainInterfaces, LoadState::Begun);
-    FillPluginInterfaces(*clientFactory_);
-    TellObject(PluginObject::ClientModule, pluginInterfaces.clientModule);
-    TellObject(PluginObject::ServerManager, pluginInterfaces.serverManager);
-    TellObject(PluginObject::Client, pluginInterfaces.client);
-    TellObject(PluginObject::ClientPrivate, pluginInterfaces.clientPrivate);
+    FillPluginInterfaces(*pluginFactory_);
+    TellObject(PluginObject::ClientModule, pluginInterfaces.ssoClientModule);
+    TellObject(PluginObject::ServerManager, pluginInterfaces.ssoServerManager);
+    TellObject(PluginObject::Client, pluginInterfaces.ssoClient);
+    TellObject(PluginObject::ClientPrivate, pluginInterfaces.ssoClientPrivate);
     TellStep(LoadStep::ObtainInterfaces, LoadState::Done);
 }
 

@@ -30,7 +30,7 @@ enum PluginLoadState : std::uint32_t
 {
     PluginNotAttempted = 0,
     PluginLoaded = 1,
-    PluginAttempted = 2 ///< An attempt has started; it failed where this stays.
+    PluginAttempted = 2 ///< An attempt has started; it failed if this stays, and is never made again.
 };
 
 /// The one object that knows where everything is, and the way to the loaded plugin.
@@ -56,10 +56,10 @@ public:
 
     /// Each loads the plugin on first use. Null without plugin, or (with a message) where the plugin answered null.
     /// Every forwarded call asks for one: what finds it there is inline.
-    ISSOClient* GetSSOClient() { return Obtain(&PluginInterfaces::client); }
-    ISSOClientPrivate* GetSSOClientPrivate() { return Obtain(&PluginInterfaces::clientPrivate); }
-    ISSOClientModule* GetSSOClientModule() { return Obtain(&PluginInterfaces::clientModule); }
-    ISSOServerManager* GetSSOServerManager() { return Obtain(&PluginInterfaces::serverManager); }
+    ISSOClient* GetSSOClient() { return Obtain(&PluginInterfaces::ssoClient); }
+    ISSOClientPrivate* GetSSOClientPrivate() { return Obtain(&PluginInterfaces::ssoClientPrivate); }
+    ISSOClientModule* GetSSOClientModule() { return Obtain(&PluginInterfaces::ssoClientModule); }
+    ISSOServerManager* GetSSOServerManager() { return Obtain(&PluginInterfaces::ssoServerManager); }
     /// Asks the factory for its client once more where it had none while loading.
     void EnsureClientAfterInitialize();
     /// Loads the plugin, at most once a manager. Never throws.
@@ -107,7 +107,7 @@ private:
     Interface* Obtain(Interface* PluginInterfaces::*which)
     {
         const ProcessLockGuard guard(processLock);
-        if (!clientFactory_ && !EnsureClientLoaded())
+        if (!pluginFactory_ && !EnsureClientLoaded())
             return nullptr;
         Interface* const pointer = pluginInterfaces.*which;
         if (!pointer)
@@ -126,6 +126,7 @@ private:
     void AddUnversionedRegistryLocation(SearchList& searchList);
 
     void LocateVersionCompatibilityFile();
+    bool VersionCompatibilityFileExists() const;
     bool SearchVersionCompatibilityFile(SearchList& directories);
 
     void ExpandSearchList(SearchList& directories);
@@ -152,8 +153,6 @@ private:
     std::vector<std::wstring> extraClientConfigSearchPaths_;
     LogSink logSink_;
     VersionParts sdkVersion_;
-    StartSurroundings surroundings_;
-    StartObserver* observer_; ///< Null in a host.
     std::wstring versionCompatibilityFileOverride_;
     std::wstring versionCompatibilityFilePath_;
     std::wstring ssoServerAppPath_;
@@ -163,10 +162,15 @@ private:
     ServerSettings serverSettings_;
     ClientConfigLoadState clientConfigLoadState_ = NotLoaded;
     HMODULE pluginModule_ = nullptr;
-    ISSOClientFactory* clientFactory_ = nullptr;
-    PluginLoadState pluginLoadState_ = PluginNotAttempted;
+    ISSOClientFactory* pluginFactory_ = nullptr; ///< Not null: the plugin is loaded.
+    PluginLoadState loadState_ = PluginNotAttempted;
+
+    StartSurroundings surroundings_;
+    StartObserver* observer_; ///< Null in a host.
     /// Written at every attempt, also at those that a failed one makes vain: built once.
     std::shared_ptr<const std::wstring> moduleLoadedMessage_;
+    /// The path of the version compatibility file is the bare name that a failed search leaves behind.
+    bool versionCompatibilityFileNotFound_ = false;
     /// A search for the server application may meet a reference to its own result.
     bool findingServerApp_ = false;
 };

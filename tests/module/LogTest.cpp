@@ -162,13 +162,13 @@ TEST(Log, AMessageThatComesFromTheLoggerDuringAFlushIsDelivered)
     DefaultLogFunction(L"first", TALIXLog::Info);
     DefaultLogFunction(L"second", TALIXLog::Info);
     std::vector<std::string> received;
-    SetPluginLog([&received](const std::wstring& message, LogLevel level) {
+    SetPluginLogger([&received](const std::wstring& message, LogLevel level) {
         received.push_back(ToUtf8(message));
         if (message == L"first")
             DefaultLogFunction(L"from the logger", level);
     });
     FlushPendingLog();
-    SetPluginLog(nullptr);
+    SetPluginLogger(nullptr);
     EXPECT_THAT(received, ElementsAre("first", "from the logger", "second"));
 }
 
@@ -177,7 +177,7 @@ TEST(Log, ALoggerThatThrowsCostsNoOtherMessage)
     DefaultLogFunction(L"bad", TALIXLog::Info);
     DefaultLogFunction(L"good", TALIXLog::Info);
     std::vector<std::string> received;
-    SetPluginLog([&received](const std::wstring& message, LogLevel) {
+    SetPluginLogger([&received](const std::wstring& message, LogLevel) {
         if (message == L"bad")
             throw std::runtime_error("the logger failed");
         received.push_back(ToUtf8(message));
@@ -185,7 +185,7 @@ TEST(Log, ALoggerThatThrowsCostsNoOtherMessage)
     EXPECT_NO_THROW(FlushPendingLog());
     EXPECT_NO_THROW(DefaultLogFunction(L"bad", TALIXLog::Error));
     DefaultLogFunction(L"last", TALIXLog::Error);
-    SetPluginLog(nullptr);
+    SetPluginLogger(nullptr);
     EXPECT_THAT(received, ElementsAre("good", "last"));
 }
 

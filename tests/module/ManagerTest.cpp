@@ -263,7 +263,7 @@ TEST_F(Manager, ALoadedPluginIsNotAnnouncedAgain)
 TEST_F(Manager, MessagesFromBeforeTheLoadReachThePluginsLoggerInOrder)
 {
     Install();
-    SetPluginLog(nullptr);
+    SetPluginLogger(nullptr);
     CapturedOutput output;
     DefaultLogFunction(L"early", TALIXLog::Info);
     DefaultLogFunction(L"early failure", TALIXLog::Error);
