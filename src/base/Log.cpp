@@ -95,7 +95,7 @@ void Write(const Message& message, LogLevel level) noexcept
     }
     catch (...)
     {
-        // As said above.
+        // The message alone is lost.
     }
 }
 

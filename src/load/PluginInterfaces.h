@@ -21,7 +21,7 @@ struct PluginInterfaces
 /// One set a process, guarded by the process lock.
 extern PluginInterfaces pluginInterfaces;
 
-/// Asks the factory for each interface that is still missing.
+/// Asks the factory for each interface that is still missing, in the order of the fields.
 void FillPluginInterfaces(ISSOClientFactory& factory);
 
 } // namespace Kestrany::IdentityServices

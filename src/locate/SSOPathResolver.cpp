@@ -73,7 +73,7 @@ void SSOPathResolver::Forget()
     const ProcessLockGuard guard(processLock);
     if (SSOPathResolver* manager = instance_.load(std::memory_order_relaxed))
     {
-        manager->pluginModule_ = nullptr;
+        manager->pluginModule_ = nullptr; // Not released: the plugin stays in the process.
         manager->pluginFactory_ = nullptr;
         manager->loadState_ = PluginNotAttempted;
     }

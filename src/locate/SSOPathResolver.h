@@ -22,7 +22,7 @@ namespace Kestrany::IdentityServices {
 enum ClientConfigLoadState : std::uint32_t
 {
     NotLoaded = 0,
-    Loaded = 1, ///< Never assigned: an attempt counts once, whatever came of it.
+    Loaded = 1, ///< Never assigned, on purpose: an attempt counts once, whatever came of it.
     LoadAttempted = 2
 };
 
@@ -69,8 +69,11 @@ public:
 
     void Log(std::wstring message, LogLevel level) const;
 
+    /// Returns whether the file was found; true also for an override that does not exist, and for every call after the
+    /// first, even where a bare name stands for a search that failed.
     bool FindClientConfigFile();
-    /// Reads the client config file, once. Answers whether this call was the one.
+    /// Reads the client config file, once. Returns whether this call was the one, whatever came of it: later calls
+    /// return false, as the state never becomes Loaded.
     bool LoadClientConfig();
     /// Names the client config file; refused, with a message, once it was read or an attempt made.
     void SetClientConfigFileOverride(std::wstring path);

@@ -41,7 +41,7 @@ bool SSOPathResolver::FindCompatibleClientPlugin()
     if (ReadVersionCompatibility(file, clientPluginKey, sdkVersion_, context, entry))
     {
         clientPluginModulePath_ = NormalizedModulePath(entry.modulePath);
-        // The module's path, not the file's, on purpose: tools read it from this line.
+        // On purpose the module's path, not the file's: that is how the message is meant.
         Log(Message(L"Found compatible client plugin for Orlindex version %1% in version compatibility file: %2%",
                     version, clientPluginModulePath_),
             TALIXLog::Info);
