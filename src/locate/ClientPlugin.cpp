@@ -156,11 +156,9 @@ bool SSOPathResolver::LoadPluginLibrary(const HeldFile& verified)
     const std::wstring& path = clientPluginModulePath_;
     LogLine(TALIXLog::Info, L"Dynamically loading client plugin module %1%", path);
     const DWORD refusal = RefusalOfLoad(verified);
-    if (refusal == ERROR_SUCCESS)
-        TellStep(LoadStep::LoadModule, LoadState::Begun);
+    TellStep(LoadStep::LoadModule, LoadState::Begun);
     ModuleLoad load = LoadModuleWithOwnDirectory(verified.Path(), refusal);
-    if (refusal == ERROR_SUCCESS)
-        TellStep(LoadStep::LoadModule, load.module ? LoadState::Done : LoadState::Failed, load.error);
+    TellStep(LoadStep::LoadModule, load.module ? LoadState::Done : LoadState::Failed, load.error);
     if (load.module && !IsVerifiedFile(load.module, verified))
     {
         TellStep(LoadStep::CompareFile, LoadState::Failed);

@@ -115,6 +115,24 @@ TEST_F(LoadingDependencies, AFormerLibrarySearchDirectoryThatIsTooLongToBeSavedI
     EXPECT_THAT(directories, ElementsAre(site.ServerFolder().native(), L""));
 }
 
+TEST_F(LoadingDependencies, WithoutALengthNoFormerLibrarySearchDirectoryIsAskedFor)
+{
+    site.Install();
+    int questions = 0;
+    const GetDllDirectoryDouble none([&questions](DWORD, LPWSTR) {
+        ++questions;
+        return DWORD{0};
+    });
+    std::vector<std::wstring> directories;
+    const SetDllDirectoryDouble record([&directories](LPCWSTR directory) {
+        directories.push_back(directory != nullptr ? directory : L"null");
+        return SetDllDirectoryDouble::Original(directory);
+    });
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_EQ(questions, 1);
+    EXPECT_THAT(directories, ElementsAre(site.ServerFolder().native(), L""));
+}
+
 TEST_F(LoadingDependencies, AFormerLibrarySearchDirectoryThatCannotBeReadIsReplacedAndTheEmptyTextIsRestored)
 {
     site.Install();

@@ -9,6 +9,7 @@
 
 #include "Imports.h"
 #include "load/BinaryTrust.h"
+#include "load/TrustState.h"
 
 namespace OrlindexTest {
 
@@ -41,6 +42,18 @@ TEST(BinaryTrust, AnEmptyPathIsNotFoundAndGetsTheClosingCallAlone)
         Executable());
     EXPECT_EQ(VerifyBinaryTrust({}, {}), BinaryTrustResult::NotFound);
     EXPECT_EQ(actions, std::vector<DWORD>{WTD_STATEACTION_CLOSE});
+}
+
+TEST(BinaryTrust, TheOtherFaultsOfAChainAreThoseBesideTheRootAndTheRevocation)
+{
+    CRYPT_PROVIDER_SGNR signer{};
+    EXPECT_EQ(OtherChainFaults(signer), 0u) << "no chain was kept";
+    CERT_CHAIN_CONTEXT context{};
+    signer.pChainContext = &context;
+    EXPECT_EQ(OtherChainFaults(signer), 0u);
+    context.TrustStatus.dwErrorStatus = CERT_TRUST_IS_UNTRUSTED_ROOT | CERT_TRUST_REVOCATION_STATUS_UNKNOWN |
+                                        CERT_TRUST_IS_OFFLINE_REVOCATION | CERT_TRUST_IS_NOT_TIME_VALID;
+    EXPECT_EQ(OtherChainFaults(signer), static_cast<DWORD>(CERT_TRUST_IS_NOT_TIME_VALID));
 }
 
 } // namespace OrlindexTest
