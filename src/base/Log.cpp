@@ -43,7 +43,7 @@ struct PendingLog
 
 struct LogState
 {
-    PluginLog pluginLog;
+    PluginLogger pluginLogger;
     PendingLog pending;
 };
 
@@ -83,9 +83,9 @@ void Write(const Message& message, LogLevel level) noexcept
     {
         const ProcessLockGuard guard(processLock);
         LogState& state = State();
-        if (state.pluginLog)
+        if (state.pluginLogger)
         {
-            state.pluginLog(PendingLog::ByText::Text(message), level);
+            state.pluginLogger(PendingLog::ByText::Text(message), level);
             return;
         }
         const SharedText text = TextFor(state.pending, message);
@@ -95,7 +95,7 @@ void Write(const Message& message, LogLevel level) noexcept
     }
     catch (...)
     {
-        // As said above.
+        // The message alone is lost.
     }
 }
 
@@ -103,8 +103,8 @@ void Deliver(const std::wstring& message, LogLevel level)
 {
     try
     {
-        if (State().pluginLog)
-            State().pluginLog(message, level);
+        if (State().pluginLogger)
+            State().pluginLogger(message, level);
         else
             EchoLine(std::wcout, message);
     }
@@ -126,10 +126,10 @@ void LogSharedMessage(const std::shared_ptr<const std::wstring>& message, LogLev
     Write(message, level);
 }
 
-void SetPluginLog(PluginLog target)
+void SetPluginLogger(PluginLogger target)
 {
     const ProcessLockGuard guard(processLock);
-    State().pluginLog = std::move(target);
+    State().pluginLogger = std::move(target);
 }
 
 void FlushPendingLog()

@@ -12,7 +12,7 @@ namespace Kestrany::IdentityServices {
 using TALIXLog::LogLevel;
 
 using LogSink = std::function<void(std::wstring message, LogLevel level)>;
-using PluginLog = std::function<void(const std::wstring& message, LogLevel level)>;
+using PluginLogger = std::function<void(const std::wstring& message, LogLevel level)>;
 
 /// Passes a message to the plugin's logger. While there is none the message is kept for FlushPendingLog, and a failure
 /// is also written to the wide standard output, so that a failed start is visible even if no logger ever comes. Never
@@ -23,7 +23,7 @@ void DefaultLogFunction(const std::wstring& message, LogLevel level);
 void LogSharedMessage(const std::shared_ptr<const std::wstring>& message, LogLevel level);
 
 /// Sets where messages go from now on; an empty target means that there is no logger.
-void SetPluginLog(PluginLog target);
+void SetPluginLogger(PluginLogger target);
 
 /// Delivers the messages that were kept, in order; without a plugin logger, to the wide standard output.
 void FlushPendingLog();

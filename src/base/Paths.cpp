@@ -49,8 +49,6 @@ std::optional<ModulePathDefect> FindModulePathDefect(const std::wstring& text)
         return ModulePathDefect::EmbeddedZero;
     if (text.back() == L'.' || text.back() == L' ')
         return ModulePathDefect::StrippedEnd;
-    if (!path(text).is_absolute())
-        return ModulePathDefect::NotAbsolute;
     if (!path(text).has_extension())
         return ModulePathDefect::NoExtension;
     return std::nullopt;

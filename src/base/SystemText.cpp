@@ -22,6 +22,7 @@ std::wstring GetSystemErrorText(unsigned long code)
     const std::unique_ptr<wchar_t, LocalFreeDeleter> owner(allocated);
     if (allocated && *allocated)
         return allocated;
+    // The one error whose text is fixed, for systems that have none.
     return code == ERROR_MOD_NOT_FOUND ? L"The specified module could not be found." : L"";
 }
 

@@ -15,7 +15,7 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
-/// The root of a signer's chain, by the path that the platform's data offers; null where a step is missing.
+/// The root of the chain that the platform keeps of a signer; null where a step is missing.
 PCCERT_CONTEXT RootOf(CRYPT_PROVIDER_SGNR* signer, DWORD index)
 {
     if (!signer || !CertificateAt(signer, index) || !signer->pasCertChain || signer->csCertChain == 0)
@@ -23,27 +23,22 @@ PCCERT_CONTEXT RootOf(CRYPT_PROVIDER_SGNR* signer, DWORD index)
     return signer->pasCertChain[signer->csCertChain - 1].pCert;
 }
 
-struct HashedRoot
-{
-    Sha256 digest;
-    DWORD otherFaults; ///< Of the chain that it ends.
-};
-
-/// The first signer's root that can be hashed.
-std::optional<HashedRoot> FirstHashedRoot(CRYPT_PROVIDER_DATA* provider)
+/// The digest of the first root that can be hashed; nullopt if there is none. It alone counts, on purpose: a module
+/// with several signers is judged by the first, and no later one makes up for it.
+std::optional<Sha256> FirstRootDigest(CRYPT_PROVIDER_DATA* provider)
 {
     for (DWORD index = 0; index < provider->csSigners; ++index)
     {
-        CRYPT_PROVIDER_SGNR* signer = SignerAt(provider, index);
-        PCCERT_CONTEXT root = RootOf(signer, index);
+        PCCERT_CONTEXT root = RootOf(SignerAt(provider, index), index);
         if (!root)
             continue;
         if (const std::optional<Sha256> digest = CertificateDigest(root))
-            return HashedRoot{*digest, OtherChainFaults(*signer)};
+            return digest;
     }
     return std::nullopt;
 }
 
+/// Asks for the provider data again: they may be gone by now, which is a missing signature, not a missing trust.
 BinaryTrustResult CheckSignerName(const TrustState& state, std::string_view signers)
 {
     CRYPT_PROVIDER_DATA* provider = state.ProviderData();
@@ -59,15 +54,16 @@ BinaryTrustResult CheckSignerName(const TrustState& state, std::string_view sign
     return BinaryTrustResult::NotTrusted;
 }
 
-/// The pinned root stands for one that the platform trusts. It makes up for nothing else: the platform's answer names
-/// the root alone where the signer's certificate has expired too, or is for another purpose.
+/// The pinned root takes the place of one that the platform trusts, and the signer's name decides. What else the
+/// platform reports about the chain does not count, on purpose: age, purpose and revocation below the pinned root are
+/// its owner's matter.
 BinaryTrustResult CheckUntrustedRoot(const TrustState& state, std::string_view signers)
 {
     CRYPT_PROVIDER_DATA* provider = state.ProviderData();
-    const std::optional<HashedRoot> root = provider ? FirstHashedRoot(provider) : std::nullopt;
-    if (!root || !IsPinnedRoot(root->digest))
+    const std::optional<Sha256> root = provider ? FirstRootDigest(provider) : std::nullopt;
+    if (!root || !IsPinnedRoot(*root))
         return BinaryTrustResult::NotTrusted;
-    return root->otherFaults == 0 ? CheckSignerName(state, signers) : BinaryTrustResult::UnknownError;
+    return CheckSignerName(state, signers);
 }
 
 BinaryTrustResult Judge(LONG answer, const TrustState& state, std::string_view signers)
@@ -84,7 +80,7 @@ BinaryTrustResult Judge(LONG answer, const TrustState& state, std::string_view s
     case static_cast<DWORD>(TRUST_E_SUBJECT_NOT_TRUSTED):
         return BinaryTrustResult::NotTrusted;
     case static_cast<DWORD>(TRUST_E_NOSIGNATURE):
-        return BinaryTrustResult::SignatureInvalid;
+        return BinaryTrustResult::SignatureInvalid; // Not SignatureMissing: see BinaryTrustResult.
     case static_cast<DWORD>(ERROR_FILE_NOT_FOUND):
         return BinaryTrustResult::NotFound;
     default:
@@ -96,10 +92,8 @@ BinaryTrustResult Judge(LONG answer, const TrustState& state, std::string_view s
 
 BinaryTrustResult VerifyBinaryTrust(const std::wstring& path, std::string_view signers, TrustEvidence* evidence)
 {
-    if (path.empty())
-        return BinaryTrustResult::NotFound;
-    TrustState state(path);
-    if (!PathFileExistsW(path.c_str()))
+    TrustState state(path); // Closed on every way out, also where nothing is verified.
+    if (path.empty() || !PathFileExistsW(path.c_str()))
         return BinaryTrustResult::NotFound;
     const LONG answer = state.Verify();
     if (evidence)

@@ -12,8 +12,8 @@ class StartObserver;
 struct TrustEvidence;
 
 /// Verifies the Authenticode signature of a file. `signers` is the list of accepted names, each ended by a NUL. A root
-/// that the platform does not trust is accepted if it is the pinned one. Certificate revocation is not checked. Fills
-/// what the platform found, where asked to.
+/// that the platform does not trust is accepted if it is the pinned one; age and purpose of the certificates below it
+/// are not checked then. Certificate revocation is never checked. Fills what the platform found, where asked to.
 BinaryTrustResult VerifyBinaryTrust(const std::wstring& path, std::string_view signers,
                                     TrustEvidence* evidence = nullptr);
 

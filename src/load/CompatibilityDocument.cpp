@@ -60,6 +60,7 @@ std::optional<EntryDefect> ReadEntry(const Json::Value& element, const EntryRead
     entry.module = reading.widen(TextAt(element, "module"));
     if (entry.module.empty())
         return EntryDefect::ModuleBlank;
+    // Neither key stands in for the other: a module for the other kind of process could not be loaded.
     entry.modulePath = reading.widen(TextAt(element, reading.wow64 ? "modulePathWoW64" : "modulePath"));
     if (entry.modulePath.empty())
         return EntryDefect::ModulePathBlank;

@@ -18,8 +18,8 @@ public:
     bool IsHeld() const { return error_ == ERROR_SUCCESS; }
     /// Why it is not held.
     DWORD Error() const { return error_; }
-    /// By which it is to be verified and loaded: its own, plain where that means the same. The given one where it is
-    /// not held.
+    /// By which it is verified and loaded: its own, which is a full path, plain where that means the same. The given
+    /// one if it is not held.
     const std::wstring& Path() const { return path_; }
     /// As the platform tells it.
     const std::wstring& OwnPath() const { return ownPath_; }

@@ -8,14 +8,14 @@ PluginInterfaces pluginInterfaces;
 
 void FillPluginInterfaces(ISSOClientFactory& factory)
 {
-    if (!pluginInterfaces.clientModule)
-        pluginInterfaces.clientModule = factory.GetSSOClientModule();
-    if (!pluginInterfaces.serverManager)
-        pluginInterfaces.serverManager = factory.GetSSOServerManager();
-    if (!pluginInterfaces.client)
-        pluginInterfaces.client = factory.GetSSOClient();
-    if (!pluginInterfaces.clientPrivate)
-        pluginInterfaces.clientPrivate = factory.GetSSOClientPrivate();
+    if (!pluginInterfaces.ssoClientModule)
+        pluginInterfaces.ssoClientModule = factory.GetSSOClientModule();
+    if (!pluginInterfaces.ssoServerManager)
+        pluginInterfaces.ssoServerManager = factory.GetSSOServerManager();
+    if (!pluginInterfaces.ssoClient)
+        pluginInterfaces.ssoClient = factory.GetSSOClient();
+    if (!pluginInterfaces.ssoClientPrivate)
+        pluginInterfaces.ssoClientPrivate = factory.GetSSOClientPrivate();
 }
 
 } // namespace Kestrany::IdentityServices

@@ -12,16 +12,16 @@ class ISSOServerManager;
 /// What the loaded plugin offers. The objects belong to the plugin; null until obtained.
 struct PluginInterfaces
 {
-    ISSOClientModule* clientModule = nullptr;
-    ISSOServerManager* serverManager = nullptr;
-    ISSOClient* client = nullptr;
-    ISSOClientPrivate* clientPrivate = nullptr;
+    ISSOClientModule* ssoClientModule = nullptr;
+    ISSOServerManager* ssoServerManager = nullptr;
+    ISSOClient* ssoClient = nullptr;
+    ISSOClientPrivate* ssoClientPrivate = nullptr;
 };
 
 /// One set a process, guarded by the process lock.
 extern PluginInterfaces pluginInterfaces;
 
-/// Asks the factory for each interface that is still missing.
+/// Asks the factory for each interface that is still missing, in the order of the fields.
 void FillPluginInterfaces(ISSOClientFactory& factory);
 
 } // namespace Kestrany::IdentityServices

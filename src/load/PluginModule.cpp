@@ -1,7 +1,7 @@
 #include "load/PluginModule.h"
 
 #include <algorithm>
-#include <optional>
+#include <vector>
 
 #include "base/Paths.h"
 #include "base/Wow64.h"
@@ -12,45 +12,38 @@ namespace {
 constexpr char factorySymbol[] = "?GetSSOClientFactory@@YAPEAVISSOClientFactory@IdentityServices@Kestrany@@XZ";
 constexpr char factorySymbolWow64[] = "?GetSSOClientFactory@@YAPAVISSOClientFactory@IdentityServices@Kestrany@@XZ";
 
-/// Nothing where one is set that cannot be read: the platform is told its own path limit. An empty text where none is
-/// set.
-std::optional<std::wstring> CurrentDllDirectory()
+/// Empty if none is set, or one that cannot be saved: the platform is told its own path limit on purpose, whatever was
+/// allocated, so a directory of 260 characters or more is given up.
+std::wstring CurrentDllDirectory()
 {
     const DWORD needed = GetDllDirectoryW(0, nullptr); // With the zero.
-    if (needed <= 1)
-        return std::wstring();
+    if (needed == 0)
+        return {};
     std::wstring directory(std::max<std::size_t>(needed + std::size_t{1}, MAX_PATH), L'\0');
     const DWORD length = GetDllDirectoryW(MAX_PATH, directory.data());
-    if (length == 0 || length >= MAX_PATH)
-        return std::nullopt;
-    directory.resize(length);
+    directory.resize(length < MAX_PATH ? length : 0);
     return directory;
 }
 
-/// The library search directory, replaced for the length of a scope. One that could not be put back stays: the module's
-/// own directory is searched without it too.
+/// The library search directory, replaced for the length of a scope.
 class DllDirectoryScope
 {
 public:
     explicit DllDirectoryScope(const std::wstring& directory) : saved_(CurrentDllDirectory())
     {
-        if (saved_)
-            SetDllDirectoryW(directory.c_str());
+        SetDllDirectoryW(directory.c_str());
     }
     DllDirectoryScope(const DllDirectoryScope&) = delete;
     DllDirectoryScope& operator=(const DllDirectoryScope&) = delete;
-    /// Where none was set before, an empty text, not null: it keeps the current directory out of the search order.
-    ~DllDirectoryScope()
-    {
-        if (saved_)
-            SetDllDirectoryW(saved_->c_str());
-    }
+    /// If none was set before, an empty text, on purpose not null: null would restore the default order, in which the
+    /// current directory is searched, and that may be anyone's choice.
+    ~DllDirectoryScope() { SetDllDirectoryW(saved_.c_str()); }
 
 private:
-    std::optional<std::wstring> saved_;
+    std::wstring saved_;
 };
 
-/// One reference to a loaded module, given back at the end of a scope.
+/// One reference to a loaded module, released at the end of a scope.
 class ModuleReference
 {
 public:
@@ -69,21 +62,44 @@ private:
     HMODULE module_;
 };
 
+/// Never destroyed: another thread may load while the process ends.
+std::vector<HMODULE>& VerifiedModules()
+{
+    static std::vector<HMODULE>& modules = *new std::vector<HMODULE>;
+    return modules;
+}
+
 } // namespace
 
-HMODULE LoadModuleWithOwnDirectory(const std::wstring& path, DWORD& error)
+ModuleLoad LoadModuleWithOwnDirectory(const std::wstring& path, DWORD refusal)
 {
     const DllDirectoryScope scope(ParentPath(path));
+    if (refusal != ERROR_SUCCESS)
+        return {nullptr, refusal};
     // The plain load looks for dependencies in the host's directory before the library search directory, and would take
     // one that was planted there. This load begins with the module's own directory; the plain one then finds the module
-    // and its dependencies loaded. What lies beside the host alone is left to the plain load.
+    // and its dependencies loaded. What lies beside the host alone is not found this way (126): there the plain load
+    // decides. Any other error is final: a module that fails in its DllMain is not made to run it twice.
     const ModuleReference ownFirst(LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
-    error = ownFirst ? ERROR_SUCCESS : GetLastError();
-    if (error != ERROR_SUCCESS && error != ERROR_MOD_NOT_FOUND)
-        return nullptr;
+    if (!ownFirst)
+    {
+        if (const DWORD error = GetLastError(); error != ERROR_MOD_NOT_FOUND)
+            return {nullptr, error};
+    }
     const HMODULE module = LoadLibraryW(path.c_str());
-    error = module ? ERROR_SUCCESS : GetLastError();
-    return module;
+    return {module, module ? ERROR_SUCCESS : GetLastError()};
+}
+
+void RememberVerifiedModule(HMODULE module)
+{
+    if (!IsVerifiedModule(module))
+        VerifiedModules().push_back(module);
+}
+
+bool IsVerifiedModule(HMODULE module)
+{
+    const std::vector<HMODULE>& modules = VerifiedModules();
+    return std::find(modules.begin(), modules.end(), module) != modules.end();
 }
 
 const char* PluginFactorySymbol()

@@ -8,7 +8,8 @@ namespace {
 
 std::string SimpleDisplayName(PCCERT_CONTEXT certificate)
 {
-    // Lengths include the terminating NUL; an absent name has length 1.
+    // Lengths include the terminating NUL; an absent name has length 1. The narrow function, on purpose: the list's
+    // names are bytes, and are compared as such.
     const DWORD needed = CertGetNameStringA(certificate, CERT_NAME_SIMPLE_DISPLAY_TYPE, 0, nullptr, nullptr, 0);
     if (needed < 2)
         return {};

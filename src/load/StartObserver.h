@@ -36,9 +36,10 @@ enum class DirectoryState
 {
     Holds,
     DoesNotHold,
-    Empty,      ///< An empty text: not searched.
-    NoValue,    ///< Begins with a reference that has no value: not searched.
-    NotSearched ///< An earlier one holds the file.
+    Empty,        ///< An empty text: not searched.
+    EmbeddedZero, ///< Holds a zero character, where the platform would end the path: not searched.
+    NoValue,      ///< Begins with a reference that has no value: not searched.
+    NotSearched   ///< An earlier one holds the file.
 };
 
 struct SearchedDirectory
@@ -102,9 +103,9 @@ struct EntryFinding
 enum class LoadStep
 {
     FindFile,
-    CheckPath,
     VerifySignature,
     HoldFile,
+    CheckPath,
     LoadModule,
     CompareFile,
     FindSymbol,

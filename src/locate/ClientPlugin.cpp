@@ -31,13 +31,21 @@ void LogLoadFailure(const std::wstring& path, const std::wstring& reason)
     LogLine(TALIXLog::Error, L"Failed to load client plugin module %1%. Error: %2%", path, reason);
 }
 
+/// Whether a loaded module is the verified file, or one that an earlier start verified and that serves on: where the
+/// file was replaced meanwhile, the platform answers with the module in memory. Not every file system keeps the folders
+/// above an open file in place, so what counts is which file was mapped.
+bool IsVerifiedFile(HMODULE module, const HeldFile& verified)
+{
+    return IsVerifiedModule(module) || IsMappedFrom(module, verified);
+}
+
 IPluginLogger* ConnectPluginLogger(IPluginLoggerSource& source)
 {
     IPluginLogger* logger = source.GetLogger(loggerName);
     if (logger)
-        SetPluginLog([logger](const std::wstring& message, LogLevel level) { logger->Log(message.c_str(), level); });
+        SetPluginLogger([logger](const std::wstring& message, LogLevel level) { logger->Log(message.c_str(), level); });
     else
-        SetPluginLog(nullptr);
+        SetPluginLogger(nullptr);
     FlushPendingLog();
     return logger;
 }
@@ -46,11 +54,11 @@ IPluginLogger* ConnectPluginLogger(IPluginLoggerSource& source)
 
 bool SSOPathResolver::LoadClientPluginModule()
 {
-    if (pluginModule_ || clientFactory_)
-        return true;
-    if (pluginLoadState_ == PluginAttempted)
-        return false;
-    pluginLoadState_ = PluginAttempted;
+    if (pluginModule_ || pluginFactory_)
+        return true; // Also for a module whose factory failed: EnsureClientLoaded asks for the factory itself.
+    if (loadState_ == PluginAttempted)
+        return false; // On purpose a failed load is final: only the manager after the last stop tries again.
+    loadState_ = PluginAttempted;
 
     try
     {
@@ -70,9 +78,9 @@ bool SSOPathResolver::LoadClientPluginModule()
 /// may be no memory.
 bool SSOPathResolver::GiveUpLoading(const char* reason)
 {
-    clientFactory_ = nullptr;
+    pluginFactory_ = nullptr;
     pluginInterfaces = {};
-    pluginLoadState_ = PluginAttempted;
+    loadState_ = PluginAttempted;
     const std::wstring words = Widen(reason);
     if (observer_)
         observer_->OnException(words);
@@ -85,7 +93,7 @@ bool SSOPathResolver::LoadClientPluginModuleOnce()
     if (!FindClientPluginFile() || !LoadVerifiedPluginLibrary() || !ObtainPluginFactory())
         return false;
     ConfigurePlugin();
-    pluginLoadState_ = PluginLoaded;
+    loadState_ = PluginLoaded;
     TakePluginInterfaces();
     return true;
 }
@@ -104,71 +112,66 @@ bool SSOPathResolver::FindClientPluginFile()
     return false;
 }
 
-/// A path that the loader would take for another file than the one verified is refused.
-bool SSOPathResolver::AcceptClientPluginPath(const std::wstring& path) const
-{
-    if (!FindModulePathDefect(path))
-        return true;
-    TellStep(LoadStep::CheckPath, LoadState::Failed, ERROR_BAD_PATHNAME);
-    LogLoadFailure(clientPluginModulePath_, GetSystemErrorText(ERROR_BAD_PATHNAME));
-    return false;
-}
-
+/// Messages name the path as it was configured; verified is the file that is held open, by its full path.
 bool SSOPathResolver::VerifyClientPlugin(const HeldFile& held) const
 {
     const std::wstring& path = clientPluginModulePath_;
-    if (!AcceptClientPluginPath(held.Path())) // A link may have another kind of name than the file it leads to.
-        return false;
     const bool trusted = CheckClientPluginBinary(path, held.Path(), observer_);
     if (!trusted)
         LogLine(TALIXLog::Info, L"Not loaded client plugin module %1%", path);
     TellEnd(LoadStep::HoldFile, held.Error());
-    if (!held.IsHeld())
-        LogLine(TALIXLog::Error,
-                L"Client plugin module %1% cannot be kept from changing while it is loaded. Error: %2%", path,
-                GetSystemErrorText(held.Error()));
-    return trusted && held.IsHeld();
+    return trusted;
+}
+
+/// Why a verified file is not passed to the library loader; ERROR_SUCCESS if it is. The loader would take an ambiguous
+/// path for another file than the one verified, and one that is not held may have been replaced since.
+DWORD SSOPathResolver::RefusalOfLoad(const HeldFile& verified) const
+{
+    // A link may have another kind of name than the file that it leads to.
+    if (!FindModulePathDefect(clientPluginModulePath_) && !FindModulePathDefect(verified.Path()))
+        return verified.Error();
+    TellStep(LoadStep::CheckPath, LoadState::Failed, ERROR_BAD_PATHNAME);
+    return ERROR_BAD_PATHNAME;
 }
 
 /// Between verification and loading nobody can write, replace or rename the file: it is held open for that time, and
-/// one that cannot be held is refused. It is verified and loaded by its own path: by the one that was configured, links
-/// could lead to one file for the verification and to another for the loading.
+/// one that cannot be held is not loaded. It is verified and loaded by its own path: by the one that was configured,
+/// links could lead to one file for the verification and to another for the loading.
 bool SSOPathResolver::LoadVerifiedPluginLibrary()
 {
-    if (!AcceptClientPluginPath(clientPluginModulePath_))
-        return false;
     const HeldFile held(clientPluginModulePath_);
     return VerifyClientPlugin(held) && LoadPluginLibrary(held);
 }
 
 bool SSOPathResolver::CheckClientPlugin()
 {
-    return FindClientPluginFile() && AcceptClientPluginPath(clientPluginModulePath_) &&
-           VerifyClientPlugin(HeldFile(clientPluginModulePath_));
+    if (!FindClientPluginFile())
+        return false;
+    const HeldFile held(clientPluginModulePath_);
+    return VerifyClientPlugin(held) && RefusalOfLoad(held) == ERROR_SUCCESS;
 }
 
-/// Not every file system keeps the folders above an open file in place: what counts is which file was mapped.
 bool SSOPathResolver::LoadPluginLibrary(const HeldFile& verified)
 {
     const std::wstring& path = clientPluginModulePath_;
     LogLine(TALIXLog::Info, L"Dynamically loading client plugin module %1%", path);
-    DWORD error = ERROR_SUCCESS;
+    const DWORD refusal = RefusalOfLoad(verified);
     TellStep(LoadStep::LoadModule, LoadState::Begun);
-    const HMODULE module = LoadModuleWithOwnDirectory(verified.Path(), error);
-    TellEnd(LoadStep::LoadModule, error);
-    if (!module)
-    {
-        LogLoadFailure(path, GetSystemErrorText(error));
-        return false;
-    }
-    if (!IsMappedFrom(module, verified))
+    ModuleLoad load = LoadModuleWithOwnDirectory(verified.Path(), refusal);
+    TellStep(LoadStep::LoadModule, load.module ? LoadState::Done : LoadState::Failed, load.error);
+    if (load.module && !IsVerifiedFile(load.module, verified))
     {
         TellStep(LoadStep::CompareFile, LoadState::Failed);
-        FreeLibrary(module);
-        LogLine(TALIXLog::Error, L"Client plugin module %1% was loaded from another file than the one verified", path);
+        FreeLibrary(load.module);
+        load = {nullptr, ERROR_FILE_INVALID}; // The platform gives no error of its own.
+    }
+    if (!load.module)
+    {
+        LogLoadFailure(path, GetSystemErrorText(load.error));
         return false;
     }
-    pluginModule_ = module;
+    RememberVerifiedModule(load.module);
+    pluginModule_ = load.module; // Never released: the plugin's code may run as long as the process does.
     LogLine(TALIXLog::Info, L"Successfully loaded client plugin module %1%", path);
     return true;
 }
@@ -187,23 +190,23 @@ bool SSOPathResolver::ObtainPluginFactory()
     }
     LogLine(TALIXLog::Info, L"Getting factory from client plugin module %1%", clientPluginModulePath_);
     TellStep(LoadStep::CallFactory, LoadState::Begun);
-    clientFactory_ = getFactory();
-    TellStep(LoadStep::CallFactory, clientFactory_ ? LoadState::Done : LoadState::Failed);
-    return clientFactory_ != nullptr;
+    pluginFactory_ = getFactory();
+    TellStep(LoadStep::CallFactory, pluginFactory_ ? LoadState::Done : LoadState::Failed);
+    return pluginFactory_ != nullptr; // Without a message: the plugin's own log says why.
 }
 
 /// The server manager learns where the server application is before anything else, and who it is only once the log is
-/// connected.
+/// connected. TakePluginInterfaces asks for it again, on purpose: the contract has both calls.
 void SSOPathResolver::ConfigurePlugin()
 {
     TellStep(LoadStep::ConfigureServer, LoadState::Begun);
-    ISSOServerManager* serverManager = clientFactory_->GetSSOServerManager();
+    ISSOServerManager* serverManager = pluginFactory_->GetSSOServerManager();
     if (serverManager)
         serverManager->ConfigureServerApp(GetSSOServerAppPath().c_str(), GetSSOServerAppExeFile().c_str());
     TellStep(LoadStep::ConfigureServer, LoadState::Done);
 
     TellStep(LoadStep::ConnectLogger, LoadState::Begun);
-    IPluginLoggerSource* loggerSource = clientFactory_->GetLoggerSource();
+    IPluginLoggerSource* loggerSource = pluginFactory_->GetLoggerSource();
     TellObject(PluginObject::LoggerSource, loggerSource);
     if (loggerSource)
         TellObject(PluginObject::Logger, ConnectPluginLogger(*loggerSource));
@@ -222,11 +225,11 @@ void SSOPathResolver::ConfigurePlugin()
 void SSOPathResolver::TakePluginInterfaces()
 {
     TellStep(LoadStep::ObtainInterfaces, LoadState::Begun);
-    FillPluginInterfaces(*clientFactory_);
-    TellObject(PluginObject::ClientModule, pluginInterfaces.clientModule);
-    TellObject(PluginObject::ServerManager, pluginInterfaces.serverManager);
-    TellObject(PluginObject::Client, pluginInterfaces.client);
-    TellObject(PluginObject::ClientPrivate, pluginInterfaces.clientPrivate);
+    FillPluginInterfaces(*pluginFactory_);
+    TellObject(PluginObject::ClientModule, pluginInterfaces.ssoClientModule);
+    TellObject(PluginObject::ServerManager, pluginInterfaces.ssoServerManager);
+    TellObject(PluginObject::Client, pluginInterfaces.ssoClient);
+    TellObject(PluginObject::ClientPrivate, pluginInterfaces.ssoClientPrivate);
     TellStep(LoadStep::ObtainInterfaces, LoadState::Done);
 }
 

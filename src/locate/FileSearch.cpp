@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/Paths.h"
+#include "locate/ReferenceExpansion.h"
 
 namespace Kestrany::IdentityServices {
 namespace {
@@ -11,7 +12,9 @@ DirectoryState Examine(const std::wstring& directory, const std::wstring& fileNa
 {
     if (directory.empty())
         return DirectoryState::Empty;
-    if (directory.front() == L'%')
+    if (directory.find(L'\0') != std::wstring::npos)
+        return DirectoryState::EmbeddedZero;
+    if (BeginsWithReference(directory))
         return DirectoryState::NoValue;
     candidate = JoinPath(directory, fileName);
     return PathExists(candidate) ? DirectoryState::Holds : DirectoryState::DoesNotHold;

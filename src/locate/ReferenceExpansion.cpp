@@ -52,6 +52,12 @@ std::int32_t ExpandPathVariables(std::wstring& text, const VariableLookup& looku
     return matches;
 }
 
+bool BeginsWithReference(const std::wstring& text)
+{
+    Reference reference{};
+    return !text.empty() && text.front() == L'%' && FindReference(text, 0, reference) && reference.begin == 0;
+}
+
 void ExpandPathVariables(std::vector<std::wstring>& texts, const VariableLookup& lookup)
 {
     for (std::wstring& text : texts)

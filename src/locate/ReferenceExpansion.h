@@ -18,6 +18,9 @@ std::int32_t ExpandPathVariables(std::wstring& text, const VariableLookup& looku
 /// The same for every entry of a list, in order.
 void ExpandPathVariables(std::vector<std::wstring>& texts, const VariableLookup& lookup);
 
+/// Whether a reference stands at the beginning; after the expansion, one that has no value.
+bool BeginsWithReference(const std::wstring& text);
+
 } // namespace Kestrany::IdentityServices
 
 #endif

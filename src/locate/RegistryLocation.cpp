@@ -14,7 +14,7 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
-constexpr DWORD locationByteLimit = 4090;
+constexpr DWORD locationByteLimit = 4090; ///< A longer one counts as missing.
 
 struct KeyPath
 {

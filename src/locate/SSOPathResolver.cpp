@@ -50,9 +50,9 @@ const MissingInterface& MissingInterfaceMessages()
 std::atomic<SSOPathResolver*> SSOPathResolver::instance_ = nullptr;
 
 SSOPathResolver::SSOPathResolver(VersionParts sdkVersion, LogSink logSink, StartSurroundings surroundings)
-    : logSink_(std::move(logSink)), sdkVersion_(std::move(sdkVersion)), surroundings_(std::move(surroundings)),
-      observer_(surroundings_.observer), ssoServerAppPath_(surroundings_.serverAppDirectory),
-      clientPluginModulePath_(surroundings_.clientPluginModule)
+    : logSink_(std::move(logSink)), sdkVersion_(std::move(sdkVersion)),
+      ssoServerAppPath_(surroundings.serverAppDirectory), clientPluginModulePath_(surroundings.clientPluginModule),
+      surroundings_(std::move(surroundings)), observer_(surroundings_.observer)
 {
 }
 
@@ -73,9 +73,9 @@ void SSOPathResolver::Forget()
     const ProcessLockGuard guard(processLock);
     if (SSOPathResolver* manager = instance_.load(std::memory_order_relaxed))
     {
-        manager->pluginModule_ = nullptr;
-        manager->clientFactory_ = nullptr;
-        manager->pluginLoadState_ = PluginNotAttempted;
+        manager->pluginModule_ = nullptr; // Not released: the plugin stays in the process.
+        manager->pluginFactory_ = nullptr;
+        manager->loadState_ = PluginNotAttempted;
     }
     instance_.store(nullptr, std::memory_order_release);
     pluginInterfaces = {};
@@ -104,14 +104,14 @@ void SSOPathResolver::LogMissing(const ISSOServerManager*)
 void SSOPathResolver::EnsureClientAfterInitialize()
 {
     const ProcessLockGuard guard(processLock);
-    if (!pluginInterfaces.client && clientFactory_)
-        pluginInterfaces.client = clientFactory_->GetSSOClient();
+    if (!pluginInterfaces.ssoClient && pluginFactory_)
+        pluginInterfaces.ssoClient = pluginFactory_->GetSSOClient();
 }
 
 bool SSOPathResolver::EnsureClientLoaded()
 {
     const ProcessLockGuard guard(processLock);
-    if (clientFactory_)
+    if (pluginFactory_)
         return true;
     try
     {
@@ -119,7 +119,7 @@ bool SSOPathResolver::EnsureClientLoaded()
         if (!moduleLoadedMessage_)
             moduleLoadedMessage_ = ModuleLoadedMessage();
         LogSharedMessage(moduleLoadedMessage_, TALIXLog::Info);
-        return LoadClientPluginModule() && clientFactory_;
+        return LoadClientPluginModule() && pluginFactory_;
     }
     catch (...)
     {

@@ -22,7 +22,7 @@ namespace Kestrany::IdentityServices {
 enum ClientConfigLoadState : std::uint32_t
 {
     NotLoaded = 0,
-    Loaded = 1, ///< Never assigned: an attempt counts once, whatever came of it.
+    Loaded = 1, ///< Never assigned, on purpose: an attempt counts once, whatever came of it.
     LoadAttempted = 2
 };
 
@@ -30,7 +30,7 @@ enum PluginLoadState : std::uint32_t
 {
     PluginNotAttempted = 0,
     PluginLoaded = 1,
-    PluginAttempted = 2 ///< An attempt has started; it failed where this stays.
+    PluginAttempted = 2 ///< An attempt has started; it failed if this stays, and is never made again.
 };
 
 /// The one object that knows where everything is, and the way to the loaded plugin.
@@ -56,10 +56,10 @@ public:
 
     /// Each loads the plugin on first use. Null without plugin, or (with a message) where the plugin answered null.
     /// Every forwarded call asks for one: what finds it there is inline.
-    ISSOClient* GetSSOClient() { return Obtain(&PluginInterfaces::client); }
-    ISSOClientPrivate* GetSSOClientPrivate() { return Obtain(&PluginInterfaces::clientPrivate); }
-    ISSOClientModule* GetSSOClientModule() { return Obtain(&PluginInterfaces::clientModule); }
-    ISSOServerManager* GetSSOServerManager() { return Obtain(&PluginInterfaces::serverManager); }
+    ISSOClient* GetSSOClient() { return Obtain(&PluginInterfaces::ssoClient); }
+    ISSOClientPrivate* GetSSOClientPrivate() { return Obtain(&PluginInterfaces::ssoClientPrivate); }
+    ISSOClientModule* GetSSOClientModule() { return Obtain(&PluginInterfaces::ssoClientModule); }
+    ISSOServerManager* GetSSOServerManager() { return Obtain(&PluginInterfaces::ssoServerManager); }
     /// Asks the factory for its client once more where it had none while loading.
     void EnsureClientAfterInitialize();
     /// Loads the plugin, at most once a manager. Never throws.
@@ -69,8 +69,11 @@ public:
 
     void Log(std::wstring message, LogLevel level) const;
 
+    /// Returns whether the file was found; true also for an override that does not exist, and for every call after the
+    /// first, even where a bare name stands for a search that failed.
     bool FindClientConfigFile();
-    /// Reads the client config file, once. Answers whether this call was the one.
+    /// Reads the client config file, once. Returns whether this call was the one, whatever came of it: later calls
+    /// return false, as the state never becomes Loaded.
     bool LoadClientConfig();
     /// Names the client config file; refused, with a message, once it was read or an attempt made.
     void SetClientConfigFileOverride(std::wstring path);
@@ -107,7 +110,7 @@ private:
     Interface* Obtain(Interface* PluginInterfaces::*which)
     {
         const ProcessLockGuard guard(processLock);
-        if (!clientFactory_ && !EnsureClientLoaded())
+        if (!pluginFactory_ && !EnsureClientLoaded())
             return nullptr;
         Interface* const pointer = pluginInterfaces.*which;
         if (!pointer)
@@ -126,6 +129,7 @@ private:
     void AddUnversionedRegistryLocation(SearchList& searchList);
 
     void LocateVersionCompatibilityFile();
+    bool VersionCompatibilityFileExists() const;
     bool SearchVersionCompatibilityFile(SearchList& directories);
 
     void ExpandSearchList(SearchList& directories);
@@ -135,8 +139,8 @@ private:
     bool LoadClientPluginModuleOnce();
     bool GiveUpLoading(const char* reason);
     bool FindClientPluginFile();
-    bool AcceptClientPluginPath(const std::wstring& path) const;
     bool VerifyClientPlugin(const HeldFile& held) const;
+    DWORD RefusalOfLoad(const HeldFile& verified) const;
     bool LoadVerifiedPluginLibrary();
     bool LoadPluginLibrary(const HeldFile& verified);
     bool ObtainPluginFactory();
@@ -152,8 +156,6 @@ private:
     std::vector<std::wstring> extraClientConfigSearchPaths_;
     LogSink logSink_;
     VersionParts sdkVersion_;
-    StartSurroundings surroundings_;
-    StartObserver* observer_; ///< Null in a host.
     std::wstring versionCompatibilityFileOverride_;
     std::wstring versionCompatibilityFilePath_;
     std::wstring ssoServerAppPath_;
@@ -163,10 +165,15 @@ private:
     ServerSettings serverSettings_;
     ClientConfigLoadState clientConfigLoadState_ = NotLoaded;
     HMODULE pluginModule_ = nullptr;
-    ISSOClientFactory* clientFactory_ = nullptr;
-    PluginLoadState pluginLoadState_ = PluginNotAttempted;
+    ISSOClientFactory* pluginFactory_ = nullptr; ///< Not null: the plugin is loaded.
+    PluginLoadState loadState_ = PluginNotAttempted;
+
+    StartSurroundings surroundings_;
+    StartObserver* observer_; ///< Null in a host.
     /// Written at every attempt, also at those that a failed one makes vain: built once.
     std::shared_ptr<const std::wstring> moduleLoadedMessage_;
+    /// The path of the version compatibility file is the bare name that a failed search leaves behind.
+    bool versionCompatibilityFileNotFound_ = false;
     /// A search for the server application may meet a reference to its own result.
     bool findingServerApp_ = false;
 };

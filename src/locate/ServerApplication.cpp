@@ -10,7 +10,7 @@ namespace Kestrany::IdentityServices {
 namespace {
 
 constexpr wchar_t keyBelowLocalMachine[] = L"SOFTWARE\\Kestrany\\Pellwick";
-constexpr DWORD locationByteLimit = 1024;
+constexpr DWORD locationByteLimit = 1024; ///< A longer one counts as missing. Not that of the versioned keys.
 
 void TellKey(StartObserver& observer, const RegistryKey& key, LSTATUS read, const std::optional<std::wstring>& location)
 {
@@ -106,6 +106,7 @@ void SSOPathResolver::AddUnversionedRegistryLocation(SearchList& searchList)
     }
     if (directory)
     {
+        // Last even where local and admin installations may both serve: only a versioned location comes first.
         searchList.push_back({*directory, DirectoryOrigin::Registry});
         Log(Message(L"Getting Pellwick path from registry: %1%", *directory), TALIXLog::Info);
     }
@@ -120,6 +121,7 @@ std::wstring SSOPathResolver::GetSSOServerAppPath()
 
 std::wstring SSOPathResolver::GetSSOServerAppExeDirPath()
 {
+    // On purpose the same value under two names, as the variables have.
     return GetSSOServerAppPath();
 }
 

@@ -35,18 +35,19 @@ bool SSOPathResolver::FindCompatibleClientPlugin()
         TALIXLog::Info);
 
     const VersionCompatibilityContext context = {
-        [this](std::wstring& text) { ExpandPathVariables(text); },
+        VersionCompatibilityFileExists(), [this](std::wstring& text) { ExpandPathVariables(text); },
         [this](std::wstring message, LogLevel level) { Log(std::move(message), level); }, observer_};
     VersionCompatibilityEntry entry;
     if (ReadVersionCompatibility(file, clientPluginKey, sdkVersion_, context, entry))
     {
         clientPluginModulePath_ = NormalizedModulePath(entry.modulePath);
+        // On purpose the module's path, not the file's: that is how the message is meant.
         Log(Message(L"Found compatible client plugin for Orlindex version %1% in version compatibility file: %2%",
                     version, clientPluginModulePath_),
             TALIXLog::Info);
         return true;
     }
-    Log(Message(VersionCompatibilityFileExists(file)
+    Log(Message(VersionCompatibilityFileExists()
                     ? L"Failed to find compatible client plugin version for Orlindex version %1% in version "
                       L"compatibility file %2%"
                     : L"Failed to find compatible client plugin version for Orlindex version %1% since "
@@ -82,9 +83,18 @@ void SSOPathResolver::LocateVersionCompatibilityFile()
     if (SearchVersionCompatibilityFile(directories))
         return;
     versionCompatibilityFilePath_ = VersionCompatibilityFileName;
+    versionCompatibilityFileNotFound_ = true;
+    // On purpose the directories of the second search alone: the first search named its own.
     Log(Message(L"Failed to find version compatibility file %1% in the following paths:\n%2%",
                 VersionCompatibilityFileName, DirectoryLines(directories)),
         TALIXLog::Error);
+}
+
+/// The bare file name that a failed search leaves behind never exists: the current directory, where it would be looked
+/// up, may be anyone's choice. An override of that name is a file like any other.
+bool SSOPathResolver::VersionCompatibilityFileExists() const
+{
+    return !versionCompatibilityFileNotFound_ && PathExists(versionCompatibilityFilePath_);
 }
 
 bool SSOPathResolver::SearchVersionCompatibilityFile(SearchList& directories)

@@ -13,6 +13,7 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
+/// The slash stays, on purpose: the text is fixed.
 constexpr const wchar_t* logFileElements[] = {L"Kestrany/Identity Services", L"Log", L"IdServices.log"};
 
 void AppendPathElement(std::wstring& path, const wchar_t* element)

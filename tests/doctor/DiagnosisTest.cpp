@@ -87,19 +87,45 @@ TEST(DoctorDiagnosis, EachAnswerOfTheSystemHasItsCode)
     EXPECT_EQ(CodeOfAnswer(0x800B0100, BinaryTrustResult::SignatureInvalid), ExitCode::SignatureMissing);
 }
 
-TEST(DoctorDiagnosis, BelowThePinnedRootTheChainsOwnFaultIsTheCause)
+TEST(DoctorDiagnosis, BelowThePinnedRootOtherFaultsOfTheChainStopNoStart)
 {
     StartFacts facts = SoundFacts();
     facts.trust->platformAnswer = static_cast<long>(0x800B0109);
-    facts.trust->result = BinaryTrustResult::UnknownError;
     facts.trust->signers.push_back(SignerEvidence{true, {}, CERT_TRUST_IS_NOT_TIME_VALID});
-    EXPECT_EQ(Diagnose(facts).code, ExitCode::CertificateExpired);
-    facts.trust->signers.front().otherChainFaults = CERT_TRUST_IS_NOT_VALID_FOR_USAGE;
-    EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused);
-    EXPECT_THAT(Diagnose(facts).cause, HasSubstr("CERT_E_WRONG_USAGE"));
-    facts.trust->signers.front().otherChainFaults = CERT_TRUST_HAS_NOT_SUPPORTED_CRITICAL_EXT;
-    EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused);
-    EXPECT_THAT(Diagnose(facts).cause, HasSubstr("TRUST_E_FAIL"));
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::Starts);
+}
+
+TEST(DoctorSignature, EachOtherFaultOfAChainIsAWarningWithItsNameAndItsWords)
+{
+    TrustEvidence evidence;
+    evidence.result = BinaryTrustResult::Valid;
+    evidence.signers.push_back(SignerEvidence{true, {}});
+    for (DWORD bit = 1; bit != 0; bit <<= 1)
+    {
+        evidence.signers.front().otherChainFaults = bit;
+        Report report(nullptr);
+        report.Begin(StepId::Signature);
+        AddSignature(report, evidence);
+        const std::vector<Finding>& findings = report.Steps().back().findings;
+        ASSERT_EQ(findings.size(), 3U) << "the signer, the fault, the signature";
+        EXPECT_EQ(findings[1].mark, Mark::Warning);
+        EXPECT_EQ(findings[1].result, "chain-fault");
+        EXPECT_THAT(findings[1].value, testing::AnyOf(testing::StartsWith("CERT_TRUST_"), testing::StartsWith("0x")));
+        EXPECT_THAT(findings[1].note, HasSubstr("; the library does not check this"));
+    }
+    evidence.signers.front().otherChainFaults = CERT_TRUST_IS_NOT_TIME_VALID | CERT_TRUST_IS_REVOKED | 0x40000000;
+    evidence.result = BinaryTrustResult::UnknownError;
+    Report report(nullptr);
+    report.Begin(StepId::Signature);
+    AddSignature(report, evidence);
+    std::vector<std::string> shown;
+    for (const Finding& finding : report.Steps().back().findings)
+        if (finding.result == "chain-fault")
+            shown.push_back(finding.value + ": " + finding.note);
+    EXPECT_THAT(shown, testing::ElementsAre(
+                           "CERT_TRUST_IS_NOT_TIME_VALID: a certificate of the chain is not valid at this time",
+                           "CERT_TRUST_IS_REVOKED: a certificate of the chain is revoked",
+                           "0x40000000: the system reports faults that this tool has no words for"));
 }
 
 TEST(DoctorDiagnosis, ANameIsToBlameOnlyWhereTheNamesWereLookedAt)

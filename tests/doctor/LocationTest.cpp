@@ -155,12 +155,16 @@ TEST_F(DoctorLocation, ASettingOfAnotherTypeIsSaidToBeIgnored)
     EXPECT_EQ(report.MarkOf("client-config"), "warning");
 }
 
-TEST_F(DoctorLocation, EmptyDirectoriesAndReferencesWithoutValueAreSaidNotToBeSearched)
+TEST_F(DoctorLocation, ReferencesWithoutValueAndZerosAreSaidNotToBeSearched)
 {
-    InstallWithConfig(R"({"ssoServer": {"searchPaths": ";%Nothing%;)" + JsonPath(site.ServerFolder()) + R"("}})");
+    const std::string server = JsonPath(site.ServerFolder());
+    // The second directory would be the server application's own where the zero ended it.
+    InstallWithConfig(R"({"ssoServer": {"searchPaths": ";%Nothing%;)" + server + R"(\\Pellwick.exe\u0000;)" + server +
+                      R"("}})");
     EXPECT_THAT(ExpectStart().Results("server-application"),
-                ElementsAre("library's folder: not-there", "host's folder: not-there", "client config file: empty",
-                            "client config file: no-value", "client config file: found", "server application: found"));
+                ElementsAre("library's folder: not-there", "host's folder: not-there", "client config file: no-value",
+                            "client config file: embedded-zero", "client config file: found",
+                            "server application: found"));
 }
 
 TEST_F(DoctorLocation, ASearchPathThatRefersToTheResultOfTheSearchIsToldOnce)

@@ -51,9 +51,14 @@ TEST_F(DoctorModule, AFolderInItsPlaceIsNamed)
     ExpectFailure(ExitCode::ModuleFormat, "module-file", "cannot be read");
 }
 
-TEST_F(DoctorModule, APathThatIsNotAbsoluteIsRefused)
+TEST_F(DoctorModule, APathThatIsNotAbsoluteIsAWarning)
 {
-    ExpectRefusedPath("PellwickClient.dll", "not absolute");
+    site.Install();
+    site.WriteCompatibilityFile({CompatibilityEntry{"..\\server\\PellwickClient.dll"}});
+    const DoctorReport report = ExpectStart();
+    EXPECT_EQ(report.MarkOf("module-file"), "warning");
+    EXPECT_EQ(report.Find("module-file", "path")["value"], "..\\server\\PellwickClient.dll");
+    EXPECT_EQ(report.Find("module-file", "path")["result"], "relative");
 }
 
 TEST_F(DoctorModule, APathWithoutExtensionIsRefused)
@@ -111,6 +116,17 @@ TEST_F(DoctorModule, AnotherRootIsNamed)
     EXPECT_EQ(report.Find("signature", "root")["result"], "unknown");
     EXPECT_EQ(report.Find("signature", "root")["value"], "CN=Orlindex Unknown Root");
     EXPECT_EQ(report.Find("signature", "signer")["result"], "accepted");
+}
+
+TEST_F(DoctorModule, AnExpiredCertificateBelowThePinnedRootIsAWarning)
+{
+    site.Install("pinned-expired");
+    const DoctorReport report = ExpectStart();
+    EXPECT_EQ(report.MarkOf("signature"), "warning");
+    const Json::Value fault = report.Find("signature", "chain");
+    EXPECT_EQ(fault["mark"], "warning");
+    EXPECT_EQ(fault["value"], "CERT_TRUST_IS_NOT_TIME_VALID");
+    EXPECT_THAT(fault["note"].asString(), HasSubstr("is not valid at this time; the library does not check this"));
 }
 
 TEST_F(DoctorModule, AGoodSignatureIsShownWithSignerChainAndRoot)

@@ -1,7 +1,6 @@
 // What a module needs beside itself: where the system looks for it while the module is loaded, and afterwards.
 
 #include "LoadingSupport.h"
-#include "SystemText.h"
 #include "support/Count.h"
 
 namespace OrlindexTest {
@@ -12,22 +11,6 @@ using testing::HasSubstr;
 namespace {
 
 constexpr char ModuleMissing[] = "The specified module could not be found.";
-
-struct SetDllDirectoryImport
-{
-    static constexpr char Name[] = "SetDllDirectoryW";
-    using Type = decltype(SetDllDirectoryW);
-};
-
-using SetDllDirectoryDouble = ImportDouble<SetDllDirectoryImport>;
-
-struct GetDllDirectoryImport
-{
-    static constexpr char Name[] = "GetDllDirectoryW";
-    using Type = decltype(GetDllDirectoryW);
-};
-
-using GetDllDirectoryDouble = ImportDouble<GetDllDirectoryImport>;
 
 std::wstring DllDirectory()
 {
@@ -113,32 +96,57 @@ TEST_F(LoadingDependencies, TheLibrarySearchDirectoryIsRestoredAfterAFailedLoadT
     EXPECT_EQ(DllDirectory(), site.HostFolder().native());
 }
 
-TEST_F(LoadingDependencies, AFormerLibrarySearchDirectoryThatIsTooLongToBePutBackStays)
+TEST_F(LoadingDependencies, AFormerLibrarySearchDirectoryThatIsTooLongToBeSavedIsReplacedAndTheEmptyTextIsRestored)
 {
     site.Install();
-    const std::wstring former = site.HostFolder().native() + std::wstring(300, L'\\');
-    ASSERT_TRUE(SetDllDirectoryW(former.c_str()));
-    std::vector<std::wstring> loads;
-    const LoadLibraryDouble record([&loads](LPCWSTR path) {
-        loads.push_back(DllDirectory());
-        return LoadLibraryDouble::Original(path);
+    ASSERT_TRUE(SetDllDirectoryW((site.HostFolder().native() + std::wstring(300, L'\\')).c_str()));
+    std::vector<DWORD> capacities;
+    const GetDllDirectoryDouble question([&capacities](DWORD size, LPWSTR directory) {
+        capacities.push_back(size);
+        return GetDllDirectoryDouble::Original(size, directory);
+    });
+    std::vector<std::wstring> directories;
+    const SetDllDirectoryDouble record([&directories](LPCWSTR directory) {
+        directories.push_back(directory != nullptr ? directory : L"null");
+        return SetDllDirectoryDouble::Original(directory);
     });
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_THAT(loads, ElementsAre(former));
-    EXPECT_EQ(DllDirectory(), former);
+    EXPECT_THAT(capacities, ElementsAre(0U, 260U));
+    EXPECT_THAT(directories, ElementsAre(site.ServerFolder().native(), L""));
 }
 
-TEST_F(LoadingDependencies, AFormerLibrarySearchDirectoryThatCannotBeReadStays)
+TEST_F(LoadingDependencies, WithoutALengthNoFormerLibrarySearchDirectoryIsAskedFor)
+{
+    site.Install();
+    int questions = 0;
+    const GetDllDirectoryDouble none([&questions](DWORD, LPWSTR) {
+        ++questions;
+        return DWORD{0};
+    });
+    std::vector<std::wstring> directories;
+    const SetDllDirectoryDouble record([&directories](LPCWSTR directory) {
+        directories.push_back(directory != nullptr ? directory : L"null");
+        return SetDllDirectoryDouble::Original(directory);
+    });
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_EQ(questions, 1);
+    EXPECT_THAT(directories, ElementsAre(site.ServerFolder().native(), L""));
+}
+
+TEST_F(LoadingDependencies, AFormerLibrarySearchDirectoryThatCannotBeReadIsReplacedAndTheEmptyTextIsRestored)
 {
     site.Install();
     ASSERT_TRUE(SetDllDirectoryW(site.HostFolder().c_str()));
-    {
-        const GetDllDirectoryDouble unreadable([](DWORD size, LPWSTR directory) {
-            return size == 0 ? GetDllDirectoryDouble::Original(size, directory) : DWORD{0};
-        });
-        ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    }
-    EXPECT_EQ(DllDirectory(), site.HostFolder().native());
+    const GetDllDirectoryDouble unreadable([](DWORD size, LPWSTR directory) {
+        return size == 0 ? GetDllDirectoryDouble::Original(size, directory) : DWORD{0};
+    });
+    std::vector<std::wstring> directories;
+    const SetDllDirectoryDouble record([&directories](LPCWSTR directory) {
+        directories.push_back(directory != nullptr ? directory : L"null");
+        return SetDllDirectoryDouble::Original(directory);
+    });
+    ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_THAT(directories, ElementsAre(site.ServerFolder().native(), L""));
 }
 
 TEST_F(LoadingDependencies, OnePlantedInTheHostsFolderDoesNotWinOverTheModulesOwn)

@@ -24,14 +24,7 @@ struct QueryFileImport
     using Type = LONG(HANDLE, void*, void*, ULONG, int);
 };
 
-struct QueryMemoryImport
-{
-    static constexpr char Name[] = "NtQueryVirtualMemory";
-    using Type = LONG(HANDLE, const void*, int, void*, SIZE_T, SIZE_T*);
-};
-
 using QueryFileDouble = ImportDouble<QueryFileImport>;
-using QueryMemoryDouble = ImportDouble<QueryMemoryImport>;
 
 constexpr auto NoResources = static_cast<LONG>(0xC000009A);
 
@@ -71,8 +64,7 @@ protected:
 
     void ExpectRefusedAsAnotherFile()
     {
-        EXPECT_EQ(FailedStart(),
-                  "Client plugin module " + File() + " was loaded from another file than the one verified\n");
+        EXPECT_EQ(FailedStart(), LoadFailure(File(), ERROR_FILE_INVALID));
         EXPECT_FALSE(IsLoaded(site.PluginFile()));
     }
 };

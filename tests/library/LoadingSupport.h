@@ -3,24 +3,24 @@
 
 #include <string>
 
+#include "SystemText.h"
 #include "support/HostTest.h"
+#include "support/LoaderImports.h"
 
 namespace OrlindexTest {
 
 using namespace Kestrany::IdentityServices;
 
-struct LoadLibraryImport
-{
-    static constexpr char Name[] = "LoadLibraryW";
-    using Type = decltype(LoadLibraryW);
-};
-
-using LoadLibraryDouble = ImportDouble<LoadLibraryImport>;
-
 class Loading : public HostTest
 {
 protected:
     std::string File() const { return Utf8(site.PluginFile()); }
+
+    /// What is printed where the load of the module at that path fails.
+    static std::string LoadFailure(const std::string& path, DWORD error)
+    {
+        return "Failed to load client plugin module " + path + ". Error: " + SystemText(error) + '\n';
+    }
 
     /// Expects the start to fail; answers what was printed.
     static std::string FailedStart()

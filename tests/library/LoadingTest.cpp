@@ -3,7 +3,7 @@
 #include <stdexcept>
 
 #include "LoadingSupport.h"
-#include "SystemText.h"
+#include "orlindex/SSOServerManager.h"
 #include "support/Wow64Import.h"
 
 namespace OrlindexTest {
@@ -271,19 +271,42 @@ TEST_F(Loading, AThrowingFactoryFailsTheStart)
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
 }
 
-TEST_F(Loading, APluginThatThrowsWhileItIsConfiguredFailsTheStart)
+TEST_F(Loading, APluginThatThrowsWhatIsNoExceptionWhileItIsConfiguredFailsTheStartWithAMessage)
 {
     PluginControl& plugin = InstallPlugin();
     plugin.OnCall(ServerManager, 2, [](const CallArguments&) { throw 42; });
-    FailedStart();
+    EXPECT_EQ(FailedStart(), "Failed to load client plugin module " + File() + ". Error: unknown exception\n");
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
+}
+
+TEST_F(Loading, APluginThatThrowsWhatIsNoExceptionBetweenItsInterfacesIsNotHalfLoaded)
+{
+    PluginControl& plugin = InstallPlugin();
+    plugin.OnCall(Factory, 3, [](const CallArguments&) { throw 42; }); // Two interfaces were taken by then.
+    FailedStart();
+    EXPECT_EQ(plugin.Log().back(),
+              (LogLine{Error, "Failed to load client plugin module " + File() + ". Error: unknown exception"}));
+    plugin.OnCall(Factory, 3, [](const CallArguments&) {});
+    plugin.ClearJournal();
+    FailedStart();
+    EXPECT_FALSE(SSOServerManager::IsSSOServerProcessReady());
+    EXPECT_THAT(plugin.Calls(), IsEmpty());
 }
 
 TEST_F(Loading, ALoggerThatThrowsDoesNotReachTheHost)
 {
     PluginControl& plugin = InstallPlugin();
     plugin.OnCall(Logger, 10, [](const CallArguments&) { throw std::runtime_error("from the logger"); });
-    EXPECT_NO_THROW(IdServicesMgr::Initialize());
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+}
+
+TEST_F(Loading, ALoggerThatThrowsWhatIsNoExceptionNeitherEndsTheHostNorFailsTheLoad)
+{
+    PluginControl& plugin = InstallPlugin();
+    plugin.OnCall(Logger, 10, [](const CallArguments&) { throw 42; });
+    plugin.Answer(Factory, 3, 0);
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess) << "where the messages so far are delivered";
+    EXPECT_FALSE(IdServicesMgr::GetInstance()->IsLoggedIn()) << "where a message is written";
 }
 
 } // namespace OrlindexTest

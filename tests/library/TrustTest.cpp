@@ -64,10 +64,10 @@ TEST_F(Signature, ANameThatLooksLikeAListedOneIsNotTrusted)
     ExpectRefused(SaidNotTrusted);
 }
 
-TEST_F(Signature, AnExpiredCertificateBelowThePinnedRootIsAnUnknownError)
+TEST_F(Signature, AnExpiredCertificateBelowThePinnedRootIsValid)
 {
     site.Install("pinned-expired");
-    ExpectRefused(SaidUnknownError);
+    ExpectAccepted();
 }
 
 TEST_F(Signature, AnExpiredCertificateBelowAnotherUntrustedRootIsNotTrusted)

@@ -1,6 +1,7 @@
 // Verification without a file: the library's callers see to it that there is one.
 
 #include <gtest/gtest.h>
+#include <vector>
 #include <windows.h>
 
 #include <softpub.h>
@@ -8,6 +9,7 @@
 
 #include "Imports.h"
 #include "load/BinaryTrust.h"
+#include "load/TrustState.h"
 
 namespace OrlindexTest {
 
@@ -23,15 +25,35 @@ struct WinVerifyTrustImport
 
 } // namespace
 
-TEST(BinaryTrust, AnEmptyPathIsNotFoundAndThePlatformIsNotAsked)
+TEST(BinaryTrust, AnEmptyPathIsNotFoundAndGetsTheClosingCallAlone)
 {
+    std::vector<DWORD> actions;
     const ImportDouble<WinVerifyTrustImport> verify(
-        [](HWND, GUID*, LPVOID) {
-            ADD_FAILURE() << "there is nothing to verify";
+        [&actions](HWND window, GUID* action, LPVOID data) {
+            const GUID genericVerify2 = WINTRUST_ACTION_GENERIC_VERIFY_V2;
+            const auto& trust = *static_cast<const WINTRUST_DATA*>(data);
+            EXPECT_EQ(window, nullptr);
+            EXPECT_TRUE(IsEqualGUID(*action, genericVerify2));
+            EXPECT_EQ(trust.hWVTStateData, nullptr);
+            EXPECT_STREQ(trust.pFile->pcwszFilePath, L"");
+            actions.push_back(trust.dwStateAction);
             return LONG{0};
         },
         Executable());
     EXPECT_EQ(VerifyBinaryTrust({}, {}), BinaryTrustResult::NotFound);
+    EXPECT_EQ(actions, std::vector<DWORD>{WTD_STATEACTION_CLOSE});
+}
+
+TEST(BinaryTrust, TheOtherFaultsOfAChainAreThoseBesideTheRootAndTheRevocation)
+{
+    CRYPT_PROVIDER_SGNR signer{};
+    EXPECT_EQ(OtherChainFaults(signer), 0u) << "no chain was kept";
+    CERT_CHAIN_CONTEXT context{};
+    signer.pChainContext = &context;
+    EXPECT_EQ(OtherChainFaults(signer), 0u);
+    context.TrustStatus.dwErrorStatus = CERT_TRUST_IS_UNTRUSTED_ROOT | CERT_TRUST_REVOCATION_STATUS_UNKNOWN |
+                                        CERT_TRUST_IS_OFFLINE_REVOCATION | CERT_TRUST_IS_NOT_TIME_VALID;
+    EXPECT_EQ(OtherChainFaults(signer), static_cast<DWORD>(CERT_TRUST_IS_NOT_TIME_VALID));
 }
 
 } // namespace OrlindexTest

@@ -34,11 +34,22 @@ TEST_F(ClientConfigFile, SearchPathsAreSplitAndExpanded)
     EXPECT_THAT(manager.Settings().searchPaths, ElementsAre(site.HostFolder().native(), L"C:\\second"));
 }
 
-TEST_F(ClientConfigFile, EmptyEntriesOfSearchPathsAreKept)
+TEST_F(ClientConfigFile, EmptyEntriesOfSearchPathsAreDropped)
 {
-    site.WriteClientConfig(ServerMember("searchPaths", R"(";C:\\one;;%Unknown%;")"));
+    site.WriteClientConfig(ServerMember("searchPaths", R"(";C:\\one;;%Unknown%; ;")"));
     EXPECT_TRUE(manager.LoadClientConfig());
-    EXPECT_THAT(manager.Settings().searchPaths, ElementsAre(L"", L"C:\\one", L"", L"%Unknown%", L""));
+    EXPECT_THAT(manager.Settings().searchPaths, ElementsAre(L"C:\\one", L"%Unknown%", L" "));
+}
+
+TEST_F(ClientConfigFile, AMegabyteOfEmptyEntriesCostsNoMessageOfThatSize)
+{
+    site.WriteClientConfig(ServerMember("searchPaths", '"' + std::string(1024 * 1024, ';') + '"'));
+    EXPECT_FALSE(manager.FindSSOServerApp());
+    EXPECT_THAT(manager.Settings().searchPaths, IsEmpty());
+    std::size_t size = 0;
+    for (const LogLine& line : log.Take())
+        size += line.text.size();
+    EXPECT_LT(size, 10000u);
 }
 
 TEST_F(ClientConfigFile, SupportBothLocalAndAdminIsLoggedAsYes)
@@ -185,6 +196,17 @@ TEST_F(ClientConfigFile, AFileThatAnotherStillWritesToIsRead)
     const Handle writer(CreateFileW(site.ClientConfigFile().c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                                     OPEN_EXISTING, 0, nullptr));
     ASSERT_NE(writer.get(), INVALID_HANDLE_VALUE);
+    EXPECT_TRUE(manager.LoadClientConfig());
+    EXPECT_EQ(manager.Settings().bundleId, L"shared");
+}
+
+TEST_F(ClientConfigFile, AFileThatAnotherMayDeleteIsRead)
+{
+    site.WriteClientConfig(ServerMember("bundleId", R"("shared")"));
+    const Handle deleter(CreateFileW(site.ClientConfigFile().c_str(), DELETE,
+                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0,
+                                     nullptr));
+    ASSERT_NE(deleter.get(), INVALID_HANDLE_VALUE);
     EXPECT_TRUE(manager.LoadClientConfig());
     EXPECT_EQ(manager.Settings().bundleId, L"shared");
 }

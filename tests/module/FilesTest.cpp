@@ -72,6 +72,46 @@ TEST_F(FileSearch, AnEmptyEntryDoesNotMeanTheCurrentDirectory)
     EXPECT_EQ(Search({L"", second, L""}), Utf8(second / "wanted"));
 }
 
+/// The platform ends a path at a zero, so what lies beside the real directories would be found, or a file of another
+/// name.
+TEST_F(FileSearch, ADirectoryWithAZeroInsideHoldsNothing)
+{
+    WriteFile(first / "wanted", "");
+    WriteFile(second / "wanted", "");
+    const std::wstring zero(1, L'\0');
+    EXPECT_EQ(Search({first.native() + zero}), "none");
+    EXPECT_EQ(Search({first.native() + zero + L"\\more", second}), Utf8(second / "wanted"));
+    EXPECT_EQ(Search({(first / "wanted").native() + zero, zero, second}), Utf8(second / "wanted"));
+}
+
+TEST_F(FileSearch, TheStateOfEachDirectoryIsTold)
+{
+    WriteFile(second / "wanted", "");
+    std::vector<DirectoryState> states;
+    std::wstring found;
+    EXPECT_TRUE(FindFileInPaths(L"wanted",
+                                {{L"", DirectoryOrigin::Added},
+                                 {first.native() + std::wstring(1, L'\0'), DirectoryOrigin::Added},
+                                 {L"%Unknown%\\folder", DirectoryOrigin::Added},
+                                 {first.native(), DirectoryOrigin::Added},
+                                 {second.native(), DirectoryOrigin::Added},
+                                 {first.native(), DirectoryOrigin::Added}},
+                                found, &states));
+    EXPECT_EQ(states,
+              (std::vector<DirectoryState>{DirectoryState::Empty, DirectoryState::EmbeddedZero, DirectoryState::NoValue,
+                                           DirectoryState::DoesNotHold, DirectoryState::Holds}));
+}
+
+TEST_F(FileSearch, ADirectoryWhoseNameBeginsWithALonePercentSignIsSearched)
+{
+    fs::create_directory("%folder");
+    WriteFile(fs::path("%folder") / "wanted", "");
+    EXPECT_EQ(Search({L"%folder"}), "%folder\\wanted");
+    fs::create_directory("%folder%");
+    WriteFile(fs::path("%folder%") / "wanted", "");
+    EXPECT_EQ(Search({L"%folder%"}), "none") << "a reference without value";
+}
+
 TEST_F(FileSearch, ASeparatorAtTheEndOfADirectoryIsNotDoubled)
 {
     WriteFile(first / "wanted", "");
@@ -104,7 +144,8 @@ TEST(Paths, AModulesPathHasItsDefects)
     EXPECT_NE(FindModulePathDefect(L"C:\\a\\b.dll."), std::nullopt);
     EXPECT_NE(FindModulePathDefect(L"C:\\a\\b.dll "), std::nullopt);
     EXPECT_NE(FindModulePathDefect(L"C:\\a\\b"), std::nullopt);
-    EXPECT_NE(FindModulePathDefect(L"b.dll"), std::nullopt);
+    EXPECT_NE(FindModulePathDefect(L""), std::nullopt);
+    EXPECT_EQ(FindModulePathDefect(L"b.dll"), std::nullopt) << "it is loaded by its full path";
 }
 
 TEST(Paths, ParentAndJoin)
@@ -192,6 +233,16 @@ TEST_F(FileContents, AllBytesAreRead)
     EXPECT_EQ(ReadFileContents(file.native()), bytes);
     WriteFile(file, "");
     EXPECT_EQ(ReadFileContents(file.native()), "");
+}
+
+TEST_F(FileContents, WhatAnotherMayDeleteIsRead)
+{
+    const fs::path file = site.HostFolder() / "deletable";
+    WriteFile(file, "read");
+    const Handle deleter(CreateFileW(file.c_str(), DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                     nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_NE(deleter.get(), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(ReadFileContents(file.native()), "read");
 }
 
 TEST_F(FileContents, WhatIsCutOffWhileTheFileIsReadIsLeftOut)

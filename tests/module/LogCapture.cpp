@@ -8,18 +8,18 @@
 namespace OrlindexTest {
 
 namespace TALIXLog = Kestrany::TALIXLog;
-using Kestrany::IdentityServices::SetPluginLog;
+using Kestrany::IdentityServices::SetPluginLogger;
 
 LogCapture::LogCapture()
 {
-    SetPluginLog([this](const std::wstring& message, TALIXLog::LogLevel level) {
+    SetPluginLogger([this](const std::wstring& message, TALIXLog::LogLevel level) {
         lines_.push_back({level, ToUtf8(message)});
     });
 }
 
 LogCapture::~LogCapture()
 {
-    SetPluginLog(nullptr);
+    SetPluginLogger(nullptr);
 }
 
 std::vector<LogLine> LogCapture::Take()

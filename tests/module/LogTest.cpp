@@ -1,5 +1,7 @@
 // Where messages go: the plugin's logger, the list of those that wait for it, the standard output.
 
+#include <cstdio>
+#include <functional>
 #include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
+#include <io.h>
 #include <windows.h>
 
 #include <psapi.h>
@@ -36,6 +40,21 @@ std::vector<LogLine> TakePending()
     LogCapture log;
     FlushPendingLog();
     return log.Take();
+}
+
+/// Leaves the error flag of the standard output behind, as a write does that fails.
+void FailStandardOutput()
+{
+    std::fflush(stdout);
+    const int output = _dup(1);
+    const int unwritable = _open("NUL", _O_RDONLY);
+    _dup2(unwritable, 1);
+    std::fputc('\n', stdout);
+    std::fflush(stdout);
+    _dup2(output, 1);
+    _close(unwritable);
+    _close(output);
+    ASSERT_NE(std::ferror(stdout), 0);
 }
 
 /// What this process has reserved for itself alone.
@@ -162,31 +181,46 @@ TEST(Log, AMessageThatComesFromTheLoggerDuringAFlushIsDelivered)
     DefaultLogFunction(L"first", TALIXLog::Info);
     DefaultLogFunction(L"second", TALIXLog::Info);
     std::vector<std::string> received;
-    SetPluginLog([&received](const std::wstring& message, LogLevel level) {
+    SetPluginLogger([&received](const std::wstring& message, LogLevel level) {
         received.push_back(ToUtf8(message));
         if (message == L"first")
             DefaultLogFunction(L"from the logger", level);
     });
     FlushPendingLog();
-    SetPluginLog(nullptr);
+    SetPluginLogger(nullptr);
     EXPECT_THAT(received, ElementsAre("first", "from the logger", "second"));
 }
 
-TEST(Log, ALoggerThatThrowsCostsNoOtherMessage)
+namespace {
+
+/// Expects that a logger which throws while it is given the message "bad" costs that message alone.
+void ExpectOnlyTheBadMessageLost(const std::function<void()>& raise)
 {
     DefaultLogFunction(L"bad", TALIXLog::Info);
     DefaultLogFunction(L"good", TALIXLog::Info);
     std::vector<std::string> received;
-    SetPluginLog([&received](const std::wstring& message, LogLevel) {
+    SetPluginLogger([&](const std::wstring& message, LogLevel) {
         if (message == L"bad")
-            throw std::runtime_error("the logger failed");
+            raise();
         received.push_back(ToUtf8(message));
     });
     EXPECT_NO_THROW(FlushPendingLog());
     EXPECT_NO_THROW(DefaultLogFunction(L"bad", TALIXLog::Error));
     DefaultLogFunction(L"last", TALIXLog::Error);
-    SetPluginLog(nullptr);
+    SetPluginLogger(nullptr);
     EXPECT_THAT(received, ElementsAre("good", "last"));
+}
+
+} // namespace
+
+TEST(Log, ALoggerThatThrowsCostsNoOtherMessage)
+{
+    ExpectOnlyTheBadMessageLost([] { throw std::runtime_error("the logger failed"); });
+}
+
+TEST(Log, ALoggerThatThrowsWhatIsNoExceptionCostsNoOtherMessage)
+{
+    ExpectOnlyTheBadMessageLost([] { throw 42; });
 }
 
 TEST(Log, TheStandardOutputStaysUsableAfterAMessageThatItCannotEncode)
@@ -197,6 +231,16 @@ TEST(Log, TheStandardOutputStaysUsableAfterAMessageThatItCannotEncode)
     std::wcout << L"the host's own text" << std::endl;
     EXPECT_EQ(output.Take(), "C:\\<U+4E2D><U+1F600>\\x.dll\nthe host's own text\n");
     EXPECT_EQ(std::ferror(stdout), 0);
+}
+
+TEST(Log, TheErrorFlagThatTheHostsStandardOutputHadBeforeStays)
+{
+    CapturedOutput output;
+    FailStandardOutput();
+    DefaultLogFunction(L"failure", TALIXLog::Error);
+    EXPECT_NE(std::ferror(stdout), 0);
+    std::clearerr(stdout);
+    EXPECT_THAT(output.Take(), testing::EndsWith("failure\n"));
 }
 
 TEST(Log, AStandardOutputThatFailedBeforeStillShowsFailures)

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <chrono>
+#include <functional>
 #include <future>
 #include <optional>
 #include <set>
@@ -97,6 +98,47 @@ TEST_F(Manager, ThreadsThatAllFoundNoManagerStillGetTheSameObject)
         EXPECT_EQ(askers[1].wait_for(std::chrono::milliseconds(0)), std::future_status::timeout);
     }
     EXPECT_EQ(askers[0].get(), askers[1].get());
+}
+
+namespace {
+
+/// Expects that `work`, on another thread, waits for the process lock that this one holds; `isDone` is asked meanwhile.
+void ExpectToWaitForTheLock(const std::function<void()>& work, const std::function<bool()>& isDone)
+{
+    std::promise<void> beginning;
+    std::future<void> other;
+    {
+        const ProcessLockGuard guard(processLock);
+        other = std::async(std::launch::async, [&] {
+            beginning.set_value();
+            work();
+        });
+        beginning.get_future().wait();
+        EXPECT_EQ(other.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+        EXPECT_FALSE(isDone());
+    }
+    other.get();
+    EXPECT_TRUE(isDone());
+}
+
+} // namespace
+
+TEST_F(Manager, ForgettingWaitsForAThreadThatHoldsTheLock)
+{
+    Install();
+    ASSERT_TRUE(manager.EnsureClientLoaded());
+    ExpectToWaitForTheLock([] { SSOPathResolver::Forget(); }, [] { return pluginInterfaces.ssoClient == nullptr; });
+}
+
+TEST_F(Manager, AskingForTheClientAfterTheModuleBeganWaitsForAThreadThatHoldsTheLock)
+{
+    Install();
+    const std::int64_t client = plugin->Answer(Factory, clientSlot);
+    plugin->Answer(Factory, clientSlot, 0);
+    ASSERT_TRUE(manager.EnsureClientLoaded());
+    plugin->Answer(Factory, clientSlot, client);
+    ExpectToWaitForTheLock([this] { manager.EnsureClientAfterInitialize(); },
+                           [] { return pluginInterfaces.ssoClient != nullptr; });
 }
 
 TEST_F(Manager, ANewManagerHasResolvedNothing)
@@ -263,7 +305,7 @@ TEST_F(Manager, ALoadedPluginIsNotAnnouncedAgain)
 TEST_F(Manager, MessagesFromBeforeTheLoadReachThePluginsLoggerInOrder)
 {
     Install();
-    SetPluginLog(nullptr);
+    SetPluginLogger(nullptr);
     CapturedOutput output;
     DefaultLogFunction(L"early", TALIXLog::Info);
     DefaultLogFunction(L"early failure", TALIXLog::Error);

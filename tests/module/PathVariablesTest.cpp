@@ -7,6 +7,7 @@
 #include <objbase.h>
 #include <shlobj.h>
 
+#include "ForeignLocale.h"
 #include "Imports.h"
 #include "LocateTest.h"
 
@@ -101,6 +102,13 @@ protected:
 TEST_F(PathVariables, ExePathIsTheHostsDirectory)
 {
     ExpectVariable(L"ExePath", site.HostFolder());
+}
+
+TEST_F(PathVariables, NamesAreComparedWithoutTheProcessesLocale)
+{
+    const ForeignLocale locale;
+    ExpectVariable(L"ExePath", site.HostFolder());
+    ExpectVariable(L"SSOServicesModulePath", library);
 }
 
 TEST_F(PathVariables, AppPathIsTheHostsDirectoryToo)

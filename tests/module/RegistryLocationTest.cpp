@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "ForeignLocale.h"
 #include "Imports.h"
 #include "UserKey.h"
 #include "load/StartObserver.h"
@@ -96,6 +97,14 @@ TEST_F(RegistryLocation, VersionsCompareAsNumbers)
     key.AddVersion(L"2.0.9", L"C:\\nine");
     key.AddVersion(L"2.0.10", L"C:\\ten");
     EXPECT_EQ(Find(), (Latest{"2.0.10", "C:\\ten"}));
+}
+
+TEST_F(RegistryLocation, TheRootsNameIsComparedWithoutTheProcessesLocale)
+{
+    key.AddVersion(L"1", L"C:\\one");
+    const std::wstring root = L"HKEY_CURRENT_USER";
+    const ForeignLocale locale;
+    EXPECT_EQ(OrlindexTest::Find(L"hkey_Current_user" + key.Text().substr(root.size())), (Latest{"1", "C:\\one"}));
 }
 
 TEST_F(RegistryLocation, TheOrderOfCreationDoesNotMatter)

@@ -131,6 +131,19 @@ TEST_F(VersionCompatibilityFile, AnOverrideMayBeABareName)
     EXPECT_TRUE(manager.FindCompatibleClientPlugin());
 }
 
+TEST_F(VersionCompatibilityFile, AnOverrideThatEqualsTheBareDefaultNameIsAFileLikeAnyOther)
+{
+    FindServerApplication();
+    site.WriteCompatibilityFile({Entry("C:\\default.dll")});
+    fs::rename(site.CompatibilityFile(), FileName);
+    manager.SetVersionCompatibilityFileOverride(ToWide(FileName));
+    EXPECT_TRUE(manager.FindCompatibleClientPlugin());
+    EXPECT_EQ(File(), FileName);
+    EXPECT_THAT(log.Take(),
+                ElementsAre(InfoLine(std::string("Found version compatibility file override at ") + FileName),
+                            SearchingPlugin(FileName), FoundPlugin("C:\\default.dll")));
+}
+
 TEST_F(VersionCompatibilityFile, AMissingFileIsNamedOnceAndThenByTheCaller)
 {
     FindServerApplication();

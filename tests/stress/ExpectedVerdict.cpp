@@ -50,14 +50,6 @@ public:
 
     DWORD Answer() const { return answer_; }
 
-    /// Whether the main signer's chain has nothing but its root against it: revocation was not asked for.
-    bool OnlyTheRootIsToBlame() const
-    {
-        const CRYPT_PROVIDER_DATA* provider = WTHelperProvDataFromStateData(data_.hWVTStateData);
-        const CERT_CHAIN_CONTEXT* context = provider->pasSigners[0].pChainContext;
-        return context == nullptr || context->TrustStatus.dwErrorStatus == CERT_TRUST_IS_UNTRUSTED_ROOT;
-    }
-
     /// The main signer's certificates, from its own to the root.
     std::vector<PCCERT_CONTEXT> Chain() const
     {
@@ -114,8 +106,6 @@ ExpectedVerdict VerdictOf(const std::filesystem::path& file, const std::string& 
             return refused(NotTrusted);
         if (answer == UntrustedRoot && Encoded(chain.back()) != pinnedRoot)
             return refused(NotTrusted);
-        if (answer == UntrustedRoot && !verification.OnlyTheRootIsToBlame())
-            return refused(Unknown);
         return HasAcceptedName(chain.front()) ? ExpectedVerdict{true, "", answer} : refused(NotTrusted);
     }
     const auto refusal = Refusals.find(answer);

@@ -43,12 +43,11 @@ FaultPoint ToFaultPoint(const std::string& text)
     return point;
 }
 
-/// The first question for the host's directory, whose failure looks as if none were set, and the call that puts it
-/// back.
+/// The questions for the host's directory, whose failure looks as if none were set or as if it could not be saved, and
+/// the call that restores it.
 bool CostsTheHostsDirectory(const FaultPoint& point)
 {
-    return (point.function == "GetDllDirectoryW" && point.call == 1) ||
-           (point.function == "SetDllDirectoryW" && point.call == 2);
+    return point.function == "GetDllDirectoryW" || (point.function == "SetDllDirectoryW" && point.call == 2);
 }
 
 /// The calls that give a handle back: where they fail, it stays. The second question for a signature closes the first.

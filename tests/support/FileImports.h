@@ -37,6 +37,13 @@ struct FinalPathImport
     using Type = decltype(GetFinalPathNameByHandleW);
 };
 
+/// Behind the path of the file that a module was mapped from.
+struct QueryMemoryImport
+{
+    static constexpr char Name[] = "NtQueryVirtualMemory";
+    using Type = LONG(HANDLE, const void*, int, void*, SIZE_T, SIZE_T*);
+};
+
 struct ReadFileImport
 {
     static constexpr char Name[] = "ReadFile";
@@ -48,6 +55,7 @@ using FileAttributesDouble = ImportDouble<FileAttributesImport>;
 using FileInformationDouble = ImportDouble<FileInformationImport>;
 using FileSizeDouble = ImportDouble<FileSizeImport>;
 using FinalPathDouble = ImportDouble<FinalPathImport>;
+using QueryMemoryDouble = ImportDouble<QueryMemoryImport>;
 using ReadFileDouble = ImportDouble<ReadFileImport>;
 
 } // namespace OrlindexTest

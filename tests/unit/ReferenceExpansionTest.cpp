@@ -13,6 +13,7 @@
 
 namespace OrlindexTest {
 
+using Kestrany::IdentityServices::BeginsWithReference;
 using Kestrany::IdentityServices::ExpandPathVariables;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -229,6 +230,14 @@ TEST(ReferenceExpansion, AMegabyteOfBrokenReferencesIsPassedOver)
     while (text.size() < 1024 * 1024)
         text += L"%a\n";
     ExpectUntouched(text);
+}
+
+TEST(ReferenceExpansion, ATextBeginsWithAReferenceWhereItIsAWholeOne)
+{
+    for (const wchar_t* text : {L"%a%", L"%%", L"%unknown%\\folder", L"%a b%x%"})
+        EXPECT_TRUE(BeginsWithReference(text)) << testing::PrintToString(text);
+    for (const wchar_t* text : {L"", L"%", L"%a", L"x%a%", L"%a\n%b%", L"\\%a%"})
+        EXPECT_FALSE(BeginsWithReference(text)) << testing::PrintToString(text);
 }
 
 } // namespace OrlindexTest

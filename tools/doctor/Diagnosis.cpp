@@ -149,21 +149,6 @@ Verdict OfUntrustedSigner(const StartFacts& facts, const std::string& original)
             reinstall};
 }
 
-/// The system's answer, or what it left unsaid: below an untrusted root it names the root alone, and the pinned one
-/// makes up for no other fault.
-LONG ReasonOf(const TrustEvidence& evidence)
-{
-    const LONG answer = *evidence.platformAnswer;
-    if (static_cast<DWORD>(answer) != static_cast<DWORD>(CERT_E_UNTRUSTEDROOT))
-        return answer;
-    DWORD faults = 0;
-    for (const SignerEvidence& signer : evidence.signers)
-        faults |= signer.otherChainFaults;
-    if ((faults & CERT_TRUST_IS_NOT_TIME_VALID) != 0)
-        return static_cast<LONG>(CERT_E_EXPIRED);
-    return static_cast<LONG>((faults & CERT_TRUST_IS_NOT_VALID_FOR_USAGE) != 0 ? CERT_E_WRONG_USAGE : TRUST_E_FAIL);
-}
-
 Verdict OfRefusedSignature(const StartFacts& facts)
 {
     const TrustEvidence& evidence = *facts.trust;
@@ -178,8 +163,7 @@ Verdict OfRefusedSignature(const StartFacts& facts)
                 reinstall};
     if (evidence.result == BinaryTrustResult::NotTrusted)
         return OfUntrustedSigner(facts, original);
-    const LONG reason = ReasonOf(evidence);
-    switch (static_cast<DWORD>(reason))
+    switch (static_cast<DWORD>(*evidence.platformAnswer))
     {
     case static_cast<DWORD>(TRUST_E_NOSIGNATURE):
         return {ExitCode::SignatureMissing, StepId::Signature, file + " is not signed.", reinstall};
@@ -192,7 +176,8 @@ Verdict OfRefusedSignature(const StartFacts& facts)
                 "maker, which repairing the installation of the server application brings."};
     default:
         return {ExitCode::SignatureRefused, StepId::Signature,
-                "The system refuses the signature of " + file + ": " + TrustAnswerWords(reason) + '.', reinstall};
+                "The system refuses the signature of " + file + ": " + TrustAnswerWords(*evidence.platformAnswer) + '.',
+                reinstall};
     }
 }
 

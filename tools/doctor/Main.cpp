@@ -96,7 +96,7 @@ ExitCode RunReport(Options options, Console& console)
     EnterHostFolder(host); // No relative path is left.
     const Subject subject = {check ? "check" : "start", Narrow(host), Narrow(module), options.load};
 
-    SetPluginLog([](const std::wstring&, LogLevel) {}); // What the library's steps log, the report says.
+    SetPluginLogger([](const std::wstring&, LogLevel) {}); // What the library's steps log, the report says.
     TextReport text(console, !options.json && UsesColor(options, console));
     if (!options.json)
         text.WriteTitle(Version(), Question(subject));

@@ -1,5 +1,7 @@
 #include "StartRecorder.h"
 
+#include <boost/filesystem/path.hpp>
+
 #include "FullPath.h"
 #include "ModuleFile.h"
 #include "Words.h"
@@ -227,6 +229,9 @@ void StartRecorder::OnModulePath(const std::wstring& path, std::optional<ModuleP
         return; // Nothing was chosen, which was said already.
     report_.Begin(StepId::ModuleFile);
     InspectModuleFile(path, report_, facts_.module);
+    if (boost::filesystem::path(path).is_relative())
+        report_.Add({Mark::Warning, "file", "path", Narrow(path), "relative", "",
+                     "relative to the current directory: a host that runs in another one looks there"});
     if (defect && facts_.module.exists)
         report_.Add({Mark::Failed, "file", "path", Narrow(path), "refused", "",
                      std::string("refused, ") + PathDefectWords(*defect)});

@@ -27,7 +27,7 @@ const TrustAnswer trustAnswers[] = {
     {0x800B0109, "CERT_E_UNTRUSTEDROOT", "the signature verifies, but the system does not trust its root"},
     {0x800B0101, "CERT_E_EXPIRED", "a certificate is not valid at this time"},
     {0x800B0110, "CERT_E_WRONG_USAGE", "a certificate is not meant for signing programs"},
-    {0x800B010B, "TRUST_E_FAIL", "the system has a fault of the chain to report, but no answer for it"},
+    {0x800B010B, "TRUST_E_FAIL", "the verification failed, and the system does not say why"},
     {0x800B010A, "CERT_E_CHAINING", "a certificate of the chain is missing"},
     {0x800B0111, "TRUST_E_EXPLICIT_DISTRUST", "the certificate is distrusted on this machine"},
     {0x800B0004, "TRUST_E_SUBJECT_NOT_TRUSTED", "the system does not trust the file"},
@@ -112,11 +112,10 @@ const char* OriginWords(DirectoryOrigin origin)
 
 const char* StateName(DirectoryState state)
 {
-    static const Named<DirectoryState> rows[] = {{DirectoryState::Holds, "found"},
-                                                 {DirectoryState::DoesNotHold, "not-there"},
-                                                 {DirectoryState::Empty, "empty"},
-                                                 {DirectoryState::NoValue, "no-value"},
-                                                 {DirectoryState::NotSearched, "not-searched"}};
+    static const Named<DirectoryState> rows[] = {
+        {DirectoryState::Holds, "found"},      {DirectoryState::DoesNotHold, "not-there"},
+        {DirectoryState::Empty, "empty"},      {DirectoryState::EmbeddedZero, "embedded-zero"},
+        {DirectoryState::NoValue, "no-value"}, {DirectoryState::NotSearched, "not-searched"}};
     return NameIn(rows, state);
 }
 
@@ -130,6 +129,8 @@ std::string StateWords(DirectoryState state, const std::string& fileName)
         return "does not hold " + fileName;
     case DirectoryState::Empty:
         return "empty, not searched";
+    case DirectoryState::EmbeddedZero:
+        return "holds a zero character, not searched";
     case DirectoryState::NoValue:
         return "has no value, not searched";
     case DirectoryState::NotSearched:
@@ -164,7 +165,6 @@ const char* PathDefectWords(ModulePathDefect defect)
     static const Named<ModulePathDefect> rows[] = {{ModulePathDefect::Empty, "it is empty"},
                                                    {ModulePathDefect::EmbeddedZero, "it holds a zero character"},
                                                    {ModulePathDefect::StrippedEnd, "it ends with a point or a space"},
-                                                   {ModulePathDefect::NotAbsolute, "it is not absolute"},
                                                    {ModulePathDefect::NoExtension, "its file name has no extension"}};
     return NameIn(rows, defect);
 }
