@@ -94,6 +94,9 @@ typedef enum talix_logout_flags
     TALIX_LOGOUT_FLAGS_MAX = 2147483647         /**< See TALIX_STATUS_CODE_MIN. */
 } talix_logout_flags;
 
+/* Packed to 8 bytes, whatever packing the host has set: hosts and plugins of any build share these records. */
+#pragma pack(push, 8)
+
 /**
  * Attributes of the signed-in user, filled by the plugin. Each attribute is a caller-owned buffer and its capacity in
  * bytes; a null pointer or a capacity of 0 means that the attribute is not wanted. The plugin leaves a buffer that is
@@ -144,6 +147,8 @@ typedef struct talix_versions
     char* sdk_version;           /**< Receives the library's own version. */
     int32_t sdk_version_size;    /**< Capacity of sdk_version in bytes. */
 } talix_versions;
+
+#pragma pack(pop)
 
 /** 0 or 1. One byte, whatever the language of the host. */
 typedef unsigned char talix_bool;
