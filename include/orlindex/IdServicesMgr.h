@@ -74,9 +74,9 @@ public:
     /// Writes the OAuth2 access token (slot 6).
     /// @param buffer   receives UTF-16 text with its terminating zero.
     /// @param capacity of `buffer` in UTF-16 units.
-    /// @param wait     whether the plugin may wait for a token that is on its way.
+    /// @param flag     passed on unchanged: as a rule, whether the plugin may wait for a token that is on its way.
     /// Without client: IdClientUnavailable.
-    IdErrorCode GetOAuth2AccessToken(wchar_t* buffer, int capacity, bool wait);
+    IdErrorCode GetOAuth2AccessToken(wchar_t* buffer, int capacity, bool flag);
     /// Whether a user is signed in (slot 7). Without client: false.
     bool IsLoggedIn() const;
     /// When the access token expires, in seconds since 1970-01-01 00:00 UTC (slot 8). Without client: 0.

@@ -240,18 +240,18 @@ ORLINDEX_API talix_product_config TALIX_CALL talix_create_product_config(const c
  * Sets the name of the product line (UTF-8) in the product configuration. Nothing happens for a null text, or a handle
  * that is null or empty. Forwards to no operation of the plugin: talix_set_product_config hands all texts over.
  */
-ORLINDEX_API void TALIX_CALL talix_set_product_line_name(talix_product_config config, const char* text);
+ORLINDEX_API void TALIX_CALL talix_set_product_line_name(talix_product_config handle, const char* text);
 /** Sets the identifier of the product's release, as talix_set_product_line_name does its text. */
-ORLINDEX_API void TALIX_CALL talix_set_product_release_id(talix_product_config config, const char* text);
+ORLINDEX_API void TALIX_CALL talix_set_product_release_id(talix_product_config handle, const char* text);
 /** Sets the identifier of the product's build, as talix_set_product_line_name does its text. */
-ORLINDEX_API void TALIX_CALL talix_set_product_build_id(talix_product_config config, const char* text);
+ORLINDEX_API void TALIX_CALL talix_set_product_build_id(talix_product_config handle, const char* text);
 
 /**
  * Tells the plugin which product asks (slot 2). IdNotInitialized; IdClientUnavailable without client; else the plugin's
  * result. The handle must come from talix_create_product_config after the last talix_init or talix_deinit: a null or
- * empty one is not caught.
+ * empty one is not caught, a null one not even without client.
  */
-ORLINDEX_API talix_status_code TALIX_CALL talix_set_product_config(Server server, talix_product_config config);
+ORLINDEX_API talix_status_code TALIX_CALL talix_set_product_config(Server server, talix_product_config handle);
 
 /**
  * Chooses how logins are carried out (slot 36). IdNotInitialized; IdApiUnavailable without client, or where the plugin
@@ -308,7 +308,7 @@ ORLINDEX_API talix_status_code TALIX_CALL talix_get_user_info(talix_user_info* i
  * its meaning. IdFailed for a null uri or record, a null buffer or a size of 0; IdNotInitialized; IdFailed without
  * client; the plugin's result, mapped, with the buffer untouched unless it is IdSuccess; IdBufferTooSmall.
  */
-ORLINDEX_API talix_status_code TALIX_CALL talix_get_session_uri(const char* uri, uint16_t flag, talix_buffer* session);
+ORLINDEX_API talix_status_code TALIX_CALL talix_get_session_uri(const char* uri, uint16_t flag, talix_buffer* out);
 
 /**
  * Names the host's top-level window (an HWND), which the plugin's dialogs belong to (slot 30). IdInvalidHostWindow for

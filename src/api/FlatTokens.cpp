@@ -63,7 +63,7 @@ talix_status_code TALIX_CALL talix_refresh_token(void)
     return WithClient(IdClientUnavailable, [](ISSOClient& client) { return client.RefreshOAuth2Token(false); });
 }
 
-talix_status_code TALIX_CALL talix_get_session_uri(const char* uri, uint16_t flag, talix_buffer* session)
+talix_status_code TALIX_CALL talix_get_session_uri(const char* uri, uint16_t flag, talix_buffer* out)
 {
     if (!uri || !session || !session->buffer || session->size == 0)
         return IdFailed;
@@ -71,6 +71,6 @@ talix_status_code TALIX_CALL talix_get_session_uri(const char* uri, uint16_t fla
         AddressText text;
         const IdErrorCode result =
             Mapped(client.GetSessionUri(Widen(uri).c_str(), flag, text.Data(), AddressText::Capacity));
-        return result == IdSuccess ? CopyTextOut(text, *session, IdSuccess) : result;
+        return result == IdSuccess ? CopyTextOut(text, *out, IdSuccess) : result;
     });
 }

@@ -45,9 +45,9 @@ bool IdServicesMgr::IsOAuth2TokenAvailable() const
     return Forward<&ISSOClient::IsOAuth2TokenAvailable>(false);
 }
 
-IdErrorCode IdServicesMgr::GetOAuth2AccessToken(wchar_t* buffer, int capacity, bool wait)
+IdErrorCode IdServicesMgr::GetOAuth2AccessToken(wchar_t* buffer, int capacity, bool flag)
 {
-    return Forward<&ISSOClient::GetOAuth2AccessToken>(IdClientUnavailable, buffer, capacity, wait);
+    return Forward<&ISSOClient::GetOAuth2AccessToken>(IdClientUnavailable, buffer, capacity, flag);
 }
 
 bool IdServicesMgr::IsLoggedIn() const
