@@ -39,11 +39,12 @@ public:
     /// connected, as in a start that fails before it, failures are also written to the wide standard output. A call
     /// that is not the first answers at once, even while another thread is still in the first one. May be called on any
     /// thread, but not from inside a plugin's or observer's operation. Raises std::system_error if the library's mutex
-    /// cannot be locked.
+    /// cannot be locked: always inside a stop of the same thread.
     static IdErrorCode Initialize();
     /// Counts one user less, and stops the library with the last one. Always answers IdSuccess, also when nothing was
     /// started. The plugin's code stays in the process. May be called on any thread, but not from inside a plugin's or
-    /// observer's operation. Raises std::system_error if the library's mutex cannot be locked.
+    /// observer's operation. Raises std::system_error if the library's mutex cannot be locked: always inside a start or
+    /// a stop of the same thread.
     static IdErrorCode Uninitialize();
     /// The one object; null while the library is not initialized, and until the first Initialize has made it: while
     /// that call is under way IsInitialized answers true already. Takes no lock.

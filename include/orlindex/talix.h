@@ -185,8 +185,9 @@ typedef struct talix_product_config_slot* talix_product_config;
 
 /**
  * Receives identity events, on the thread that calls talix_dispatch_events. event_code: a talix_event_code; status: a
- * talix_status_code; user_value: the one given with the callback. A callback must not add or remove callbacks,
- * nor call talix_init or talix_deinit, nor throw.
+ * talix_status_code; user_value: the one given with the callback. A callback must not throw. It should not add or
+ * remove callbacks, nor call talix_init or talix_deinit; where it does, a callback that was removed is not called any
+ * more, one that was added is called from the next event on, and talix_deinit ends the delivery.
  */
 typedef void(TALIX_CALL* talix_event_callback)(int32_t event_code, int32_t status, void* user_value);
 
@@ -212,14 +213,16 @@ typedef void(TALIX_CALL* talix_event_callback)(int32_t event_code, int32_t statu
  * Starts the library, or counts one more user of it: locates, verifies and loads the client plugin module. Empties the
  * product configuration handle with every call but one that the account refuses. Not from several threads at once.
  * IdSuccess; IdRunningAsLocalSystem under the local system account, with nothing started; IdClientUnavailable when the
- * plugin could not be obtained; IdFailed when the system is out of resources.
+ * plugin could not be obtained; IdFailed when the system is out of resources, when the plugin throws, or in a callback
+ * that the plugin calls while it stops.
  */
 ORLINDEX_API talix_status_code TALIX_CALL talix_init(void);
 
 /**
  * Counts one user less, and stops the library with the last one. Forgets all event callbacks and empties the product
  * configuration handle with every call, also one that only counts or finds nothing started. Not from several threads at
- * once. Always IdSuccess, unless the plugin throws while it ends its work: IdFailed.
+ * once. Always IdSuccess, but IdFailed when the plugin throws while it ends its work, or in a callback that the plugin
+ * calls while it starts or stops.
  */
 ORLINDEX_API talix_status_code TALIX_CALL talix_deinit(void);
 
