@@ -99,10 +99,10 @@ public:
     /// Signs the user out (slot 16). `result` receives the plugin's detail. Without client: IdClientUnavailable,
     /// `result` untouched.
     IdErrorCode Logout(int& result, talix_logout_flags flags);
-    /// Hands an observer to the plugin (slot 17). Answers IdSuccess whatever the plugin says. Without client:
+    /// Hands an observer to the plugin (slot 17). Returns IdSuccess whatever the plugin returns. Without client:
     /// IdClientUnavailable.
     IdErrorCode AddObserver(IObserver* observer);
-    /// Takes an observer back from the plugin (slot 18). Answers IdSuccess whatever the plugin says. Without client:
+    /// Takes an observer back from the plugin (slot 18). Returns IdSuccess whatever the plugin returns. Without client:
     /// IdClientUnavailable.
     IdErrorCode RemoveObserver(IObserver* observer);
     /// Whether the plugin holds settings for a proxy (slot 19). `host` is UTF-8. Without client: IdClientUnavailable.

@@ -46,8 +46,8 @@ typedef enum talix_status_code
 } talix_status_code;
 
 /**
- * Identity server (environment) that the client talks to. The plugin gives the values their meaning; those named here
- * are the ones that the simulator uses.
+ * Identity server (environment) that the client talks to. The client plugin module gives the values their meaning;
+ * those named here must agree with the plugin in use.
  */
 typedef enum Server
 {
