@@ -32,7 +32,7 @@ talix_product_config TALIX_CALL talix_create_product_config(const char* client_i
         if (!IsStarted() || !manager)
             return nullptr;
         productConfigSlot.config = manager->GetProductConfigObj();
-        productConfigSlot.config->SetOAuth2ClientID(client_id);
+        productConfigSlot.config->SetOAuth2ClientID(client_id); // A null text is refused there and is no failure here.
         productConfigSlot.config->SetOAuth2TokenScope(scope);
         return &productConfigSlot;
     });

@@ -16,6 +16,7 @@ IdServicesMgr::~IdServicesMgr()
 
 IdServicesMgr& IdServicesMgr::operator=(const IdServicesMgr& other) = default;
 
+/// Without client the empty configuration is assigned, which by ProductConfig's rule leaves the caller's texts alone.
 IdErrorCode IdServicesMgr::GetProductConfig(Server server, ProductConfig& config) const
 {
     ISSOClient* client = ObtainInterface<ISSOClient>();
@@ -60,6 +61,7 @@ std::uint32_t IdServicesMgr::GetOAuth2AccessTokenExpiryDate() const
     return Forward<&ISSOClient::GetOAuth2AccessTokenExpiryDate>(std::uint32_t{0});
 }
 
+/// A token that nothing is known of counts as expired, a login that nothing is known of does not (IsLoginExpired).
 bool IdServicesMgr::IsOAuth2TokenExpired() const
 {
     return Forward<&ISSOClient::IsOAuth2TokenExpired>(true);
@@ -100,7 +102,7 @@ IdErrorCode IdServicesMgr::Logout(int& result, talix_logout_flags flags)
     return Forward<&ISSOClient::Logout>(IdClientUnavailable, result, flags);
 }
 
-/// The plugin's answer is not reported, here and in RemoveObserver: a host has nothing to do about it.
+/// By contract the plugin's result is discarded, here and in RemoveObserver, where the other members return it.
 IdErrorCode IdServicesMgr::AddObserver(IObserver* observer)
 {
     ISSOClient* client = ObtainInterface<ISSOClient>();
@@ -159,6 +161,7 @@ bool IdServicesMgr::HasEvent() const
     return Forward<&ISSOClient::HasEvent>(false);
 }
 
+/// By contract it does not sign in: Login(int&) does.
 IdErrorCode IdServicesMgr::Login()
 {
     return IdSuccess;
