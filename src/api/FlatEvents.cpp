@@ -64,7 +64,7 @@ talix_status_code TALIX_CALL talix_add_event_callback(talix_event_callback callb
             if (!IsStarted())
                 return IdNotInitialized;
             if (ISSOClient* client = ObtainInterface<ISSOClient>())
-                client->AddObserver(&observer); // The plugin's answer is not looked at.
+                client->AddObserver(&observer); // By contract its result is discarded.
             observerRegistered = true;          // Also without client.
         }
         if (callback) // A null callback has the plugin report events, and is not stored.
@@ -82,7 +82,7 @@ talix_status_code TALIX_CALL talix_remove_event_callback(talix_event_callback ca
         if (observer.callbacks.IsEmpty() && observerRegistered)
         {
             if (ISSOClient* client = ObtainInterface<ISSOClient>())
-                client->RemoveObserver(&observer); // The plugin's answer is not looked at.
+                client->RemoveObserver(&observer); // By contract its result is discarded.
             observerRegistered = false;            // Also without client.
         }
         return IdSuccess;

@@ -199,7 +199,7 @@ TEST_F(Events, TheOrderOfTheObserversOperationsIsThatOfItsClass)
     EXPECT_THAT(codes, ElementsAre(0, 1, 2, 3, 4, 5));
 }
 
-TEST_F(Events, Slot6AnswersTrueWithoutCallbacksToo)
+TEST_F(Events, Slot6ReturnsTrueWithoutCallbacksToo)
 {
     talix_add_event_callback(nullptr, nullptr);
     EXPECT_TRUE(Dispatch(6, nullptr));
