@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "Export.h"
 #include "IdErrorCode.h"
 #include "IdServicesConsts.h"
 
@@ -16,9 +17,10 @@ namespace Kestrany::IdentityServices {
 /// observer belongs to the host and must live until it has been removed, or until the last IdServicesMgr::Uninitialize
 /// has returned.
 ///
-/// The order of the operations is part of the contract with the plugin: the destructor is last, so that the ones before
-/// it have the same place in the virtual table under every compiler.
-class IObserver
+/// The order of the operations is part of the contract with the plugin. The destructor is last (slot 9) because it
+/// takes one slot of the virtual table under Microsoft's rules and two under the Itanium ones: the operations before it
+/// have the same place under every compiler.
+class ORLINDEX_API IObserver
 {
 public:
     /// The user signed in. `status`: result of the login, an IdErrorCode.
@@ -40,7 +42,8 @@ public:
     /// Any other identity event.
     virtual void OnOtherEvent(const IdServicesConsts::IdServicesEvent& event) = 0;
 
-    virtual ~IObserver() = default;
+    /// Last of the operations, and defined in the library: a host that derives links against it.
+    virtual ~IObserver();
 };
 
 } // namespace Kestrany::IdentityServices

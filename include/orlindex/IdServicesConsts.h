@@ -5,17 +5,16 @@
 
 namespace Kestrany::IdentityServices::IdServicesConsts {
 
-/// Identity events, as the client plugin module raises them. The plugin decides what raises each, and which operation
-/// of IObserver it calls; named here is the operation that the simulator calls, with its slot. The event codes of flat
-/// callbacks (::talix_event_code) are numbers of their own.
+/// Identity events. The client plugin module decides what raises each, and which operation of IObserver reports it;
+/// named here is the operation that is declared for it, with its slot. The event codes of flat callbacks
+/// (::talix_event_code) are numbers of their own.
 enum IdServicesEvent : std::int32_t
 {
     LoggedIn = 0,       ///< The user signed in. IObserver::OnLoggedIn, slot 0.
     LoggedOut = 1,      ///< The user signed out. IObserver::OnLoggedOut, slot 1.
     LoggingOut = 2,     ///< A logout has begun. IObserver::OnOtherEvent, slot 8.
-    AboutToLogout = 3,  ///< The user is about to be signed out. A logout does not queue it but asks
-                        ///< IObserver::OnAboutToLogout, slot 6; queued by SSOClientPrivate::RaiseEvent it reaches
-                        ///< IObserver::OnOtherEvent, slot 8.
+    AboutToLogout = 3,  ///< The user is about to be signed out. IObserver::OnAboutToLogout, slot 6, which a logout asks
+                        ///< at once instead of queueing the event.
     AccountCreated = 4, ///< An account was created during a login. IObserver::OnAccountCreated, slot 2.
     TokenRefreshed = 5, ///< The OAuth2 access token was refreshed. IObserver::OnTokenRefreshed, slot 3.
     TokenAvailable = 6, ///< An OAuth2 access token became available. IObserver::OnTokenAvailable, slot 4.

@@ -39,11 +39,12 @@ public:
     /// connected, as in a start that fails before it, failures are also written to the wide standard output. A call
     /// that is not the first answers at once, even while another thread is still in the first one. May be called on any
     /// thread, but not from inside a plugin's or observer's operation. Raises std::system_error if the library's mutex
-    /// cannot be locked.
+    /// cannot be locked: always inside a stop of the same thread.
     static IdErrorCode Initialize();
     /// Counts one user less, and stops the library with the last one. Always answers IdSuccess, also when nothing was
     /// started. The plugin's code stays in the process. May be called on any thread, but not from inside a plugin's or
-    /// observer's operation. Raises std::system_error if the library's mutex cannot be locked.
+    /// observer's operation. Raises std::system_error if the library's mutex cannot be locked: always inside a start or
+    /// a stop of the same thread.
     static IdErrorCode Uninitialize();
     /// The one object; null while the library is not initialized, and until the first Initialize has made it: while
     /// that call is under way IsInitialized answers true already. Takes no lock.
@@ -74,9 +75,9 @@ public:
     /// Writes the OAuth2 access token (slot 6).
     /// @param buffer   receives UTF-16 text with its terminating zero.
     /// @param capacity of `buffer` in UTF-16 units.
-    /// @param wait     whether the plugin may wait for a token that is on its way.
+    /// @param flag     passed on unchanged: as a rule, whether the plugin may wait for a token that is on its way.
     /// Without client: IdClientUnavailable.
-    IdErrorCode GetOAuth2AccessToken(wchar_t* buffer, int capacity, bool wait);
+    IdErrorCode GetOAuth2AccessToken(wchar_t* buffer, int capacity, bool flag);
     /// Whether a user is signed in (slot 7). Without client: false.
     bool IsLoggedIn() const;
     /// When the access token expires, in seconds since 1970-01-01 00:00 UTC (slot 8). Without client: 0.
@@ -98,10 +99,10 @@ public:
     /// Signs the user out (slot 16). `result` receives the plugin's detail. Without client: IdClientUnavailable,
     /// `result` untouched.
     IdErrorCode Logout(int& result, talix_logout_flags flags);
-    /// Hands an observer to the plugin (slot 17). Answers IdSuccess whatever the plugin says. Without client:
+    /// Hands an observer to the plugin (slot 17). Returns IdSuccess whatever the plugin returns. Without client:
     /// IdClientUnavailable.
     IdErrorCode AddObserver(IObserver* observer);
-    /// Takes an observer back from the plugin (slot 18). Answers IdSuccess whatever the plugin says. Without client:
+    /// Takes an observer back from the plugin (slot 18). Returns IdSuccess whatever the plugin returns. Without client:
     /// IdClientUnavailable.
     IdErrorCode RemoveObserver(IObserver* observer);
     /// Whether the plugin holds settings for a proxy (slot 19). `host` is UTF-8. Without client: IdClientUnavailable.

@@ -33,8 +33,8 @@ protected:
     BaseConfig& operator=(const BaseConfig&) = default; ///< Classes below copy their fields.
 };
 
-/// How the plugin calls its identity service. The plugin gives the numbers their meaning, unit and range; the library
-/// passes them on. What is said of each is the simulator's reading, in seconds.
+/// How the client plugin module calls its identity service. The plugin gives the numbers their meaning, unit and range;
+/// the library passes them on unchanged.
 struct ORLINDEX_API CallConfig : public BaseConfig
 {
     std::int32_t interval = 0;     ///< Between two calls.
@@ -59,8 +59,8 @@ struct ORLINDEX_API CallConfig : public BaseConfig
     std::int32_t GetJsonVersion() const override;
 };
 
-/// How the plugin backs off after failures. The plugin gives the numbers their meaning, unit and range; the library
-/// passes them on. What is said of each is the simulator's reading, times in seconds.
+/// How the client plugin module backs off after failures. The plugin gives the numbers their meaning, unit and range;
+/// the library passes them on unchanged.
 struct ORLINDEX_API BackoffConfig : public BaseConfig
 {
     std::int32_t initialInterval = 0; ///< Before the first retry.

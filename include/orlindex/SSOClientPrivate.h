@@ -111,8 +111,7 @@ public:
     static bool StartSSOServerProcess(const char* const* arguments, int count, std::chrono::milliseconds timeout,
                                       std::int64_t& processId);
     /// Writes the arguments that server processes are started with, each into a buffer of the caller's (slot 12). The
-    /// plugin says how large each buffer must be, for the operation is told only how many there are; the simulator
-    /// writes at most 1024 bytes into each, its terminating zero included.
+    /// client plugin module says how large each buffer must be, for the operation is told only how many there are.
     static bool GetSSOServerProcessArguments(char** buffers, int count);
     /// Sets the arguments that server processes are started with (slot 13).
     static void SetSSOServerProcessArguments(const char* const* arguments, int count);

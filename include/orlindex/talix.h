@@ -46,8 +46,8 @@ typedef enum talix_status_code
 } talix_status_code;
 
 /**
- * Identity server (environment) that the client talks to. The plugin gives the values their meaning; those named here
- * are the ones that the simulator uses.
+ * Identity server (environment) that the client talks to. The client plugin module gives the values their meaning;
+ * those named here must agree with the plugin in use.
  */
 typedef enum Server
 {
@@ -93,6 +93,9 @@ typedef enum talix_logout_flags
     TALIX_LOGOUT_FLAGS_MIN = (-2147483647 - 1), /**< See TALIX_STATUS_CODE_MIN. */
     TALIX_LOGOUT_FLAGS_MAX = 2147483647         /**< See TALIX_STATUS_CODE_MIN. */
 } talix_logout_flags;
+
+/* Packed to 8 bytes, whatever packing the host has set: hosts and plugins of any build share these records. */
+#pragma pack(push, 8)
 
 /**
  * Attributes of the signed-in user, filled by the plugin. Each attribute is a caller-owned buffer and its capacity in
@@ -145,6 +148,8 @@ typedef struct talix_versions
     int32_t sdk_version_size;    /**< Capacity of sdk_version in bytes. */
 } talix_versions;
 
+#pragma pack(pop)
+
 /** 0 or 1. One byte, whatever the language of the host. */
 typedef unsigned char talix_bool;
 
@@ -180,8 +185,9 @@ typedef struct talix_product_config_slot* talix_product_config;
 
 /**
  * Receives identity events, on the thread that calls talix_dispatch_events. event_code: a talix_event_code; status: a
- * talix_status_code; user_value: the one given with the callback. A callback must not add or remove callbacks,
- * nor call talix_init or talix_deinit, nor throw.
+ * talix_status_code; user_value: the one given with the callback. A callback must not throw. It should not add or
+ * remove callbacks, nor call talix_init or talix_deinit; where it does, a callback that was removed is not called any
+ * more, one that was added is called from the next event on, and talix_deinit ends the delivery.
  */
 typedef void(TALIX_CALL* talix_event_callback)(int32_t event_code, int32_t status, void* user_value);
 
@@ -207,14 +213,16 @@ typedef void(TALIX_CALL* talix_event_callback)(int32_t event_code, int32_t statu
  * Starts the library, or counts one more user of it: locates, verifies and loads the client plugin module. Empties the
  * product configuration handle with every call but one that the account refuses. Not from several threads at once.
  * IdSuccess; IdRunningAsLocalSystem under the local system account, with nothing started; IdClientUnavailable when the
- * plugin could not be obtained; IdFailed when the system is out of resources.
+ * plugin could not be obtained; IdFailed when the system is out of resources, when the plugin throws, or in a callback
+ * that the plugin calls while it stops.
  */
 ORLINDEX_API talix_status_code TALIX_CALL talix_init(void);
 
 /**
  * Counts one user less, and stops the library with the last one. Forgets all event callbacks and empties the product
  * configuration handle with every call, also one that only counts or finds nothing started. Not from several threads at
- * once. Always IdSuccess, unless the plugin throws while it ends its work: IdFailed.
+ * once. Always IdSuccess, but IdFailed when the plugin throws while it ends its work, or in a callback that the plugin
+ * calls while it starts or stops.
  */
 ORLINDEX_API talix_status_code TALIX_CALL talix_deinit(void);
 
@@ -235,18 +243,18 @@ ORLINDEX_API talix_product_config TALIX_CALL talix_create_product_config(const c
  * Sets the name of the product line (UTF-8) in the product configuration. Nothing happens for a null text, or a handle
  * that is null or empty. Forwards to no operation of the plugin: talix_set_product_config hands all texts over.
  */
-ORLINDEX_API void TALIX_CALL talix_set_product_line_name(talix_product_config config, const char* text);
+ORLINDEX_API void TALIX_CALL talix_set_product_line_name(talix_product_config handle, const char* text);
 /** Sets the identifier of the product's release, as talix_set_product_line_name does its text. */
-ORLINDEX_API void TALIX_CALL talix_set_product_release_id(talix_product_config config, const char* text);
+ORLINDEX_API void TALIX_CALL talix_set_product_release_id(talix_product_config handle, const char* text);
 /** Sets the identifier of the product's build, as talix_set_product_line_name does its text. */
-ORLINDEX_API void TALIX_CALL talix_set_product_build_id(talix_product_config config, const char* text);
+ORLINDEX_API void TALIX_CALL talix_set_product_build_id(talix_product_config handle, const char* text);
 
 /**
  * Tells the plugin which product asks (slot 2). IdNotInitialized; IdClientUnavailable without client; else the plugin's
  * result. The handle must come from talix_create_product_config after the last talix_init or talix_deinit: a null or
- * empty one is not caught.
+ * empty one is not caught, a null one not even without client.
  */
-ORLINDEX_API talix_status_code TALIX_CALL talix_set_product_config(Server server, talix_product_config config);
+ORLINDEX_API talix_status_code TALIX_CALL talix_set_product_config(Server server, talix_product_config handle);
 
 /**
  * Chooses how logins are carried out (slot 36). IdNotInitialized; IdApiUnavailable without client, or where the plugin
@@ -303,7 +311,7 @@ ORLINDEX_API talix_status_code TALIX_CALL talix_get_user_info(talix_user_info* i
  * its meaning. IdFailed for a null uri or record, a null buffer or a size of 0; IdNotInitialized; IdFailed without
  * client; the plugin's result, mapped, with the buffer untouched unless it is IdSuccess; IdBufferTooSmall.
  */
-ORLINDEX_API talix_status_code TALIX_CALL talix_get_session_uri(const char* uri, uint16_t flag, talix_buffer* session);
+ORLINDEX_API talix_status_code TALIX_CALL talix_get_session_uri(const char* uri, uint16_t flag, talix_buffer* out);
 
 /**
  * Names the host's top-level window (an HWND), which the plugin's dialogs belong to (slot 30). IdInvalidHostWindow for

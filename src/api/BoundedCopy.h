@@ -15,7 +15,8 @@ inline void BoundedCopy(char* target, std::size_t capacity, const char* text)
     strcpy_s(target, capacity, text);
 }
 
-/// A caller's size, a signed number of bytes, as the capacity that the copy is told. A negative one is very large.
+/// A caller's size, a signed number of bytes, as the capacity that the copy is told. A negative one is not refused: by
+/// contract it is widened with its sign and compares as very large.
 inline std::size_t CallerCapacity(std::int32_t size)
 {
     return static_cast<std::size_t>(static_cast<std::int64_t>(size));

@@ -23,7 +23,8 @@ Result Guarded(Result failure, Step&& step) noexcept
     }
 }
 
-/// Values below 1000 are no verdicts; hosts see them as a failure.
+/// Values below 1000 are no verdicts; hosts see them as a failure. Which functions map, and which pass the plugin's
+/// value on as it is, differs between functions that look alike and is part of the contract.
 inline talix_status_code Mapped(talix_status_code result)
 {
     return result < IdSuccess ? IdFailed : result;

@@ -7,6 +7,7 @@ using namespace Kestrany::IdentityServices;
 
 namespace {
 
+/// A negative size counts as very large, by contract.
 bool IsWanted(const char* buffer, int32_t size)
 {
     return buffer && size != 0;
@@ -23,6 +24,7 @@ bool WantsAnything(const talix_user_info& info)
 
 talix_status_code TALIX_CALL talix_set_login_mode(talix_login_mode mode)
 {
+    // A missing client is a missing feature here, where other functions return IdClientUnavailable.
     return WithClient(IdApiUnavailable, [&](ISSOClient& client) {
         return client.IsApiAvailable(ApiFeatureLoginMode) ? client.SetLoginMode(mode) : IdApiUnavailable;
     });
@@ -73,6 +75,7 @@ talix_status_code TALIX_CALL talix_get_user_info(talix_user_info* info)
 {
     if (!info || !WantsAnything(*info))
         return IdFailed;
+    // Here, and for the session address, a missing client is IdFailed; elsewhere it is IdClientUnavailable.
     return WithClient(IdFailed, [&](ISSOClient& client) { return Mapped(client.GetUserInfo(info)); });
 }
 
@@ -80,6 +83,7 @@ talix_status_code TALIX_CALL talix_get_profile_info(talix_buffer* profile)
 {
     if (!profile)
         return IdInvalidProfileRecord;
+    // This function alone needs the instance, too: it is missing while another thread's first start is under way.
     if (!IdServicesMgr::GetInstance())
         return IdNotInitialized;
     return WithClient(IdClientUnavailable,
@@ -90,13 +94,14 @@ talix_status_code TALIX_CALL talix_set_host(void* window)
 {
     if (!window)
         return IdInvalidHostWindow;
+    // Succeeds without client, too, by contract: the window is only offered.
     return WithClient(IdSuccess, [&](ISSOClient& client) {
         client.SetHostApplicationWindow(reinterpret_cast<std::uintptr_t>(window));
         return IdSuccess;
     });
 }
 
-talix_status_code TALIX_CALL talix_set_process_id(int)
+talix_status_code TALIX_CALL talix_set_process_id(int) // By contract not supported, in any state of the library.
 {
     return IdNotSupported;
 }

@@ -11,12 +11,13 @@ talix_product_config_slot productConfigSlot = {nullptr};
 
 namespace {
 
+/// Does not ask whether the library is initialized: every handle is empty then.
 template <auto Setter>
-void SetProductText(talix_product_config config, const char* text)
+void SetProductText(talix_product_config handle, const char* text)
 {
     Guarded(false, [&] {
-        if (config && config->config)
-            (config->config->*Setter)(text);
+        if (handle && handle->config)
+            (handle->config->*Setter)(text);
         return true;
     });
 }
@@ -31,29 +32,36 @@ talix_product_config TALIX_CALL talix_create_product_config(const char* client_i
         if (!IsStarted() || !manager)
             return nullptr;
         productConfigSlot.config = manager->GetProductConfigObj();
-        productConfigSlot.config->SetOAuth2ClientID(client_id);
+        productConfigSlot.config->SetOAuth2ClientID(client_id); // A null text is refused there and is no failure here.
         productConfigSlot.config->SetOAuth2TokenScope(scope);
         return &productConfigSlot;
     });
 }
 
-void TALIX_CALL talix_set_product_line_name(talix_product_config config, const char* text)
+void TALIX_CALL talix_set_product_line_name(talix_product_config handle, const char* text)
 {
-    SetProductText<&ProductConfig::SetProductLineName>(config, text);
+    SetProductText<&ProductConfig::SetProductLineName>(handle, text);
 }
 
-void TALIX_CALL talix_set_product_release_id(talix_product_config config, const char* text)
+void TALIX_CALL talix_set_product_release_id(talix_product_config handle, const char* text)
 {
-    SetProductText<&ProductConfig::SetProductReleaseId>(config, text);
+    SetProductText<&ProductConfig::SetProductReleaseId>(handle, text);
 }
 
-void TALIX_CALL talix_set_product_build_id(talix_product_config config, const char* text)
+void TALIX_CALL talix_set_product_build_id(talix_product_config handle, const char* text)
 {
-    SetProductText<&ProductConfig::SetProductBuildId>(config, text);
+    SetProductText<&ProductConfig::SetProductBuildId>(handle, text);
 }
 
-talix_status_code TALIX_CALL talix_set_product_config(Server server, talix_product_config config)
+talix_status_code TALIX_CALL talix_set_product_config(Server server, talix_product_config handle)
 {
-    return WithClient(IdClientUnavailable,
-                      [&](ISSOClient& client) { return client.SetProductConfig(server, *config->config); });
+    return Guarded(IdFailed, [&] {
+        if (!IsStarted())
+            return IdNotInitialized;
+        // Read before the client is asked for, without a check: by contract a null or empty handle is the caller's
+        // fault.
+        const ProductConfig* const config = handle->config;
+        ISSOClient* client = ObtainInterface<ISSOClient>();
+        return client ? client->SetProductConfig(server, *config) : IdClientUnavailable;
+    });
 }

@@ -18,12 +18,13 @@ talix_status_code TALIX_CALL talix_init(void)
 
 talix_status_code TALIX_CALL talix_deinit(void)
 {
-    // What follows must happen even if the plugin throws: the manager's configuration is gone by then.
-    const talix_status_code result = Guarded(IdFailed, [] { return Mapped(IdServicesMgr::Uninitialize()); });
+    // The plugin's result decides, not what the host is told. A plugin that throws is stopped all the same: IdFailed
+    // stands for its result, and is at least IdSuccess.
+    const talix_status_code result = Guarded(IdFailed, [] { return IdServicesMgr::Uninitialize(); });
     if (result >= IdSuccess)
         ForgetEventCallbacks();
     productConfigSlot.config = nullptr;
-    return result;
+    return Mapped(result);
 }
 
 talix_bool TALIX_CALL talix_get_boolean(int32_t key)
@@ -35,7 +36,7 @@ talix_bool TALIX_CALL talix_get_boolean(int32_t key)
             return IsStarted();
         const IdServicesMgr* manager = IdServicesMgr::GetInstance();
         if (!manager)
-            return false;
+            return false; // By contract for the expired token, too, where a missing client returns true.
         switch (key)
         {
         case TALIX_KEY_LOGGED_IN:

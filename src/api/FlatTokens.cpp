@@ -11,7 +11,7 @@ using TokenText = PluginText<4096>;
 using AddressText = PluginText<2048>;
 
 /// Has the plugin write a token, and copies it out whatever the result: a caller that overlooks a failure, a throwing
-/// plugin's too, sees an empty text.
+/// plugin's too, sees an empty text. By contract a buffer that is too small replaces the plugin's failure code.
 template <class Write>
 talix_status_code CopyTokenOut(talix_buffer& token, Write&& write)
 {
@@ -63,14 +63,15 @@ talix_status_code TALIX_CALL talix_refresh_token(void)
     return WithClient(IdClientUnavailable, [](ISSOClient& client) { return client.RefreshOAuth2Token(false); });
 }
 
-talix_status_code TALIX_CALL talix_get_session_uri(const char* uri, uint16_t flag, talix_buffer* session)
+talix_status_code TALIX_CALL talix_get_session_uri(const char* uri, uint16_t flag, talix_buffer* out)
 {
-    if (!uri || !session || !session->buffer || session->size == 0)
+    if (!uri || !out || !out->buffer || out->size == 0)
         return IdFailed;
+    // Unlike a token, the address is copied out only on success, and a missing client is IdFailed.
     return WithClient(IdFailed, [&](ISSOClient& client) {
         AddressText text;
         const IdErrorCode result =
             Mapped(client.GetSessionUri(Widen(uri).c_str(), flag, text.Data(), AddressText::Capacity));
-        return result == IdSuccess ? CopyTextOut(text, *session, IdSuccess) : result;
+        return result == IdSuccess ? CopyTextOut(text, *out, IdSuccess) : result;
     });
 }

@@ -10,7 +10,7 @@ using namespace Kestrany::IdentityServices;
 talix_status_code TALIX_CALL talix_get_versions(talix_versions* versions)
 {
     return Guarded(IdFailed, [&] {
-        if (!versions)
+        if (!versions) // By contract no failure: there is nothing to write.
             return IdSuccess;
         const bool server = versions->server_version && versions->server_version_size != 0;
         const bool sdk = versions->sdk_version && versions->sdk_version_size != 0;
@@ -20,7 +20,8 @@ talix_status_code TALIX_CALL talix_get_versions(talix_versions* versions)
         std::string serverVersion;
         std::string location;
         GetLatestRegistryLocation(ServerApplicationKey, serverVersion, location);
-        // Both, also when only one is usable: the runtime's copy rejects the other.
+        // By contract both are copied without a look at their sizes, also when only one is usable: the runtime's copy
+        // rejects a target that is null or too small. Where both share one buffer, the second text stays.
         BoundedCopy(versions->server_version, CallerCapacity(versions->server_version_size), serverVersion.c_str());
         BoundedCopy(versions->sdk_version, CallerCapacity(versions->sdk_version_size), ProductVersion);
         return IdSuccess;

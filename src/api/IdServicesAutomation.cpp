@@ -36,7 +36,7 @@ IdErrorCode IdServicesAutomation::SetOverridingConfig(BaseConfig& config, Overri
                       : IdClientUnavailable;
     }
     }
-    return IdClientUnavailable;
+    return IdClientUnavailable; // By contract the same for an unknown type.
 }
 
 } // namespace Kestrany::IdentityServices

@@ -17,6 +17,7 @@ IdServicesMgr::~IdServicesMgr()
 // The pointer alone is copied, on purpose: see the header.
 IdServicesMgr& IdServicesMgr::operator=(const IdServicesMgr& other) = default;
 
+/// Without client the empty configuration is assigned, which by ProductConfig's rule leaves the caller's texts alone.
 IdErrorCode IdServicesMgr::GetProductConfig(Server server, ProductConfig& config) const
 {
     ISSOClient* client = ObtainInterface<ISSOClient>();
@@ -46,9 +47,9 @@ bool IdServicesMgr::IsOAuth2TokenAvailable() const
     return Forward<&ISSOClient::IsOAuth2TokenAvailable>(false);
 }
 
-IdErrorCode IdServicesMgr::GetOAuth2AccessToken(wchar_t* buffer, int capacity, bool wait)
+IdErrorCode IdServicesMgr::GetOAuth2AccessToken(wchar_t* buffer, int capacity, bool flag)
 {
-    return Forward<&ISSOClient::GetOAuth2AccessToken>(IdClientUnavailable, buffer, capacity, wait);
+    return Forward<&ISSOClient::GetOAuth2AccessToken>(IdClientUnavailable, buffer, capacity, flag);
 }
 
 bool IdServicesMgr::IsLoggedIn() const
@@ -61,7 +62,7 @@ std::uint32_t IdServicesMgr::GetOAuth2AccessTokenExpiryDate() const
     return Forward<&ISSOClient::GetOAuth2AccessTokenExpiryDate>(std::uint32_t{0});
 }
 
-/// On purpose true without client, while IsLoginExpired is false: a token that nothing is known of counts as expired.
+/// A token that nothing is known of counts as expired, a login that nothing is known of does not (IsLoginExpired).
 bool IdServicesMgr::IsOAuth2TokenExpired() const
 {
     return Forward<&ISSOClient::IsOAuth2TokenExpired>(true);
@@ -102,7 +103,7 @@ IdErrorCode IdServicesMgr::Logout(int& result, talix_logout_flags flags)
     return Forward<&ISSOClient::Logout>(IdClientUnavailable, result, flags);
 }
 
-/// The plugin's result is dropped, here and in RemoveObserver, on purpose: a host has nothing to do about it.
+/// By contract the plugin's result is discarded, here and in RemoveObserver, where the other members return it.
 IdErrorCode IdServicesMgr::AddObserver(IObserver* observer)
 {
     ISSOClient* client = ObtainInterface<ISSOClient>();
@@ -161,7 +162,7 @@ bool IdServicesMgr::HasEvent() const
     return Forward<&ISSOClient::HasEvent>(false);
 }
 
-/// Does nothing, on purpose: only the form with a result signs in.
+/// By contract it does not sign in: Login(int&) does.
 IdErrorCode IdServicesMgr::Login()
 {
     return IdSuccess;

@@ -9,10 +9,10 @@ namespace Kestrany::IdentityServices {
 
 struct IdServicesMgrPrivate
 {
-    ProductConfig fallbackConfig;    ///< Stays empty; what GetProductConfig copies out without client.
+    ProductConfig fallbackConfig;    ///< Stays empty; what GetProductConfig assigns without client.
     ProductConfig productConfig;     ///< Filled by the flat interface.
-    bool flags[6] = {};              ///< Kept for the layout.
-    std::list<IObserver*> observers; ///< Kept for the layout: observers are the plugin's.
+    bool flags[6] = {};              ///< Not read by any member; part of the layout.
+    std::list<IObserver*> observers; ///< Stays empty: observers are handed to the plugin. Part of the layout.
 };
 
 } // namespace Kestrany::IdentityServices

@@ -21,7 +21,8 @@ void Store(TextEntry& entry, const char* text)
     if (!text)
         return;
     const std::size_t length = strnlen(text, longestText);
-    // Compared with the length of the text before, not with the size of its buffer.
+    // By contract compared with the length of the text before, not with the size of its buffer: after a short text a
+    // longer one gets a new buffer, even where the old one has room.
     if (!entry.text || length > static_cast<std::size_t>(entry.length))
     {
         char* const buffer = new char[length + 1];
@@ -32,6 +33,8 @@ void Store(TextEntry& entry, const char* text)
     entry.length = static_cast<std::int32_t>(length);
 }
 
+/// By contract the size is not compared with the length: a text that does not fit is the copy's fault, and if the
+/// host's handler returns, the stored length is returned all the same.
 int Read(const TextEntry& entry, char* buffer, int size)
 {
     if (!buffer || size == 0 || !entry.text)
@@ -62,6 +65,7 @@ ProductConfig& ProductConfig::operator=(const ProductConfig& other)
 {
     if (this != &other)
     {
+        // The setters ignore null texts, so an entry that was never set leaves the target's as it is, by contract.
         SetOAuth2ClientID(other.d->clientId.text);
         SetOAuth2TokenScope(other.d->tokenScope.text);
         SetProductLineName(other.d->productLineName.text);

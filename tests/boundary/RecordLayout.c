@@ -1,12 +1,32 @@
 /*
  * The records and values of the flat interface, in C and in C++: each line fails to compile when a place, a size or a
- * value is another. Hosts and plugins of other builds share them.
+ * value is another. Hosts and plugins of other builds share them, whatever packing of records they have set.
  */
 #include <stddef.h>
+
+/* HOST_PACKING: the packing that a host has set when it includes the header. */
+#if HOST_PACKING == 1
+#pragma pack(push, 1)
+#elif HOST_PACKING == 2
+#pragma pack(push, 2)
+#elif HOST_PACKING == 4
+#pragma pack(push, 4)
+#endif
 
 #include "orlindex/talix.h"
 
 #define CHECK(name, condition) typedef char check_##name[(condition) ? 1 : -1]
+
+#ifdef HOST_PACKING
+typedef struct host_record
+{
+    char first;
+    int64_t second;
+} host_record;
+CHECK(host_packing_is_as_before, offsetof(host_record, second) == HOST_PACKING);
+#pragma pack(pop)
+#endif
+
 /* A value of 64-bit hosts and one of 32-bit hosts. */
 #define BITS(wide, narrow) (sizeof(void*) == 8 ? (wide) : (narrow))
 #define CHECK_PLACE(record, field, wide, narrow) CHECK(record##_##field, offsetof(record, field) == BITS(wide, narrow))

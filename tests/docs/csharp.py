@@ -44,7 +44,7 @@ def arguments_of(text):
         argument = ' '.join(argument.split())
         if argument and argument != 'void':
             kind, name = argument.rsplit(' ', 1)
-            found.append((kind, name))
+            found.append((kind, name.lstrip('@')))  # C# marks a name that is a keyword.
     return found
 
 

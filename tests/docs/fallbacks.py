@@ -71,6 +71,15 @@ def flat_fallbacks_of_sources():
     return found
 
 
+def flat_parameters_of_header():
+    """{function: (names of its parameters)}"""
+    header = (ROOT / 'include/orlindex/talix.h').read_text(encoding='utf-8')
+    found = {}
+    for name, parameters in re.findall(r'ORLINDEX_API \w+ TALIX_CALL (talix_\w+)\(([^)]*)\);', header):
+        found[name] = tuple(re.findall(r'(\w+)(?:,|$)', '' if parameters == 'void' else parameters))
+    return found
+
+
 def main():
     fallbacks = page('docs/fallbacks.md')
     errors = []
@@ -78,11 +87,13 @@ def main():
     slots = set()
     answers = {}
     flat = {}
+    parameters = {}
     for line, cells in fallbacks.rows(without={'Texts'}):
         place = f'{fallbacks.name}:{line}'
         name = plain_name(codes(cells[0])[0])
         described[name] += 1
         if name.startswith('talix_'):
+            parameters[name] = tuple(re.findall(r'(\w+)[,)]', codes(cells[0])[0]))
             flat[name] = (place, tuple(re.split(r'[;:, ]', cell)[0] for cell in cells[2:4]))
         rows_slots = re.findall(r'(\w+ \d+) `(\w+)`', cells[-1])
         slots.update(f'{where} {operation}' for where, operation in rows_slots)
@@ -100,6 +111,10 @@ def main():
     needed = {slot for slot in contract if slot.startswith(FORWARDED) and 'Reserved' not in slot}
     for slot in sorted(needed - CALLED_BY_THE_LOADER - slots):
         errors.append(f'nothing forwards to slot {slot}')
+
+    for name, wanted in sorted(flat_parameters_of_header().items()):
+        if parameters.get(name) != wanted:
+            errors.append(f'{name}: the parameters are {wanted} in the header and {parameters.get(name)} in the page')
 
     values = fallbacks_of_sources()
     for key, value in sorted(values.items()):

@@ -155,6 +155,45 @@ TEST_F(AllocationsOfFunctions, ALongTokenIsCopiedOutWithoutAllocation)
     EXPECT_EQ(std::string(text).size(), length);
 }
 
+TEST_F(AllocationsOfFunctions, AnEventIsDeliveredWithoutAllocation)
+{
+    IObserver* observer = nullptr;
+    Plugin().OnCall(Client, 17, [&](const CallArguments& call) { observer = call.Pointer<IObserver>(0); });
+    Plugin().OnCall(Client, 25, [&](const CallArguments&) {
+        observer->OnLoggedIn(IdSuccess);
+        observer->OnLoginRestored();
+    });
+    const auto count = [](std::int32_t, std::int32_t, void* calls) { ++*static_cast<int*>(calls); };
+    int calls = 0;
+    ASSERT_EQ(talix_add_event_callback(count, &calls), IdSuccess);
+    ASSERT_EQ(talix_add_event_callback([](std::int32_t, std::int32_t, void*) {}, nullptr), IdSuccess);
+    EXPECT_EQ(AllocationsOf([] { EXPECT_EQ(talix_dispatch_events(), IdSuccess); }), 0);
+    EXPECT_EQ(calls, 2);
+}
+
+TEST_F(AllocationsOfFunctions, ACallbackRemovesItselfWithoutMemory)
+{
+    IObserver* observer = nullptr;
+    Plugin().OnCall(Client, 17, [&](const CallArguments& call) { observer = call.Pointer<IObserver>(0); });
+    Plugin().OnCall(Client, 25, [&](const CallArguments&) {
+        observer->OnLoggedIn(IdSuccess);
+        observer->OnLoggedOut(IdSuccess);
+    });
+    static int calls = 0;
+    static talix_event_callback removing = nullptr;
+    calls = 0;
+    removing = [](std::int32_t, std::int32_t, void*) {
+        ++calls;
+        EXPECT_EQ(talix_remove_event_callback(removing), IdSuccess);
+    };
+    ASSERT_EQ(talix_add_event_callback(removing, nullptr), IdSuccess);
+    {
+        const NoMemory noMemory;
+        EXPECT_EQ(talix_dispatch_events(), IdSuccess);
+    }
+    EXPECT_EQ(calls, 1);
+}
+
 TEST_F(AllocationsOfFunctions, ASessionAddressAllocatesAtMostTwice)
 {
     EXPECT_LE(AllocationsOf(

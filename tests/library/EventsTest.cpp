@@ -1,6 +1,8 @@
 // Event callbacks: how they are registered, and what reaches them when the plugin calls the library's observer.
 
+#include <functional>
 #include <future>
+#include <map>
 #include <ostream>
 #include <tuple>
 
@@ -40,14 +42,20 @@ void PrintTo(const Event& event, std::ostream* stream)
 
 std::vector<Event> events;
 
+/// What a callback does besides.
+std::map<char, std::function<void()>> actions;
+
 template <char Name>
 void TALIX_CALL Record(std::int32_t code, std::int32_t status, void* value)
 {
     events.push_back({Name, code, status, value, GetCurrentThreadId()});
+    if (const auto action = actions.find(Name); action != actions.end())
+        std::function<void()>(action->second)(); // A copy: it may replace itself.
 }
 
 const talix_event_callback a = &Record<'a'>;
 const talix_event_callback b = &Record<'b'>;
+const talix_event_callback c = &Record<'c'>;
 
 Event Received(char callback, std::int32_t code, std::int32_t status, void* value)
 {
@@ -67,7 +75,11 @@ bool CallSlot(void* observer, int slot, const void* argument)
 class Events : public FlatTest
 {
 protected:
-    Events() { events.clear(); }
+    Events()
+    {
+        events.clear();
+        actions.clear();
+    }
 
     void SetUp() override
     {
@@ -90,6 +102,26 @@ protected:
     }
 
     void Raise(int slot, std::int32_t status) { Dispatch(slot, &status); }
+
+    /// Has the plugin deliver several events, by the slots that report them, while the host dispatches once.
+    void RaiseInOneDispatch(std::vector<int> slots)
+    {
+        static const std::int32_t success = IdSuccess;
+        Plugin().OnCall(Client, 25, [this, slots](const CallArguments&) {
+            for (const int slot : slots)
+                CallSlot(observer, slot, &success);
+        });
+        EXPECT_EQ(talix_dispatch_events(), IdSuccess);
+    }
+
+    /// Callbacks and codes of the events that arrived, in order.
+    static std::string Arrived()
+    {
+        std::string arrived;
+        for (const Event& event : events)
+            arrived += (arrived.empty() ? "" : " ") + (event.callback + std::to_string(event.code));
+        return arrived;
+    }
 
     /// Calls of AddObserver and RemoveObserver.
     std::vector<std::string> ObserverCalls()
@@ -165,6 +197,15 @@ TEST_F(Events, TheOrderOfTheObserversOperationsIsThatOfItsClass)
     for (const Event& event : events)
         codes.push_back(event.code);
     EXPECT_THAT(codes, ElementsAre(0, 1, 2, 3, 4, 5));
+}
+
+TEST_F(Events, Slot6ReturnsTrueWithoutCallbacksToo)
+{
+    talix_add_event_callback(nullptr, nullptr);
+    EXPECT_TRUE(Dispatch(6, nullptr));
+    talix_add_event_callback(a, &first);
+    talix_remove_event_callback(a);
+    EXPECT_TRUE(Dispatch(6, nullptr)) << "the plugin may still be asking while the observer is removed";
 }
 
 TEST_F(Events, EveryCallbackIsCalledOnceWithItsOwnValue)
@@ -298,6 +339,144 @@ TEST_F(Events, APluginThatThrowsWhileTheAdapterIsAddedIsAskedAgain)
     EXPECT_EQ(talix_add_event_callback(a, &first), IdSuccess);
     Raise(0, 1000);
     EXPECT_THAT(events, SizeIs(1));
+}
+
+// Changes by a callback that is called.
+
+TEST_F(Events, ACallbackThatRemovesItselfIsNotCalledAnyMore)
+{
+    talix_add_event_callback(a, nullptr);
+    talix_add_event_callback(b, nullptr);
+    talix_add_event_callback(c, nullptr);
+    actions['b'] = [] { EXPECT_EQ(talix_remove_event_callback(b), IdSuccess); };
+    RaiseInOneDispatch({0, 1});
+    EXPECT_EQ(Arrived(), "a0 b0 c0 a1 c1");
+}
+
+TEST_F(Events, TheOnlyCallbackMayRemoveItself)
+{
+    talix_add_event_callback(a, nullptr);
+    actions['a'] = [] { EXPECT_EQ(talix_remove_event_callback(a), IdSuccess); };
+    RaiseInOneDispatch({0, 1});
+    EXPECT_EQ(Arrived(), "a0");
+    EXPECT_THAT(ObserverCalls(), ElementsAre(Added(), Removed()));
+}
+
+TEST_F(Events, WhatACallbackAddsIsCalledFromTheNextEventOn)
+{
+    talix_add_event_callback(a, nullptr);
+    actions['a'] = [] {
+        EXPECT_EQ(talix_add_event_callback(b, nullptr), IdSuccess);
+        EXPECT_EQ(talix_add_event_callback(c, nullptr), IdSuccess);
+    };
+    RaiseInOneDispatch({0, 1});
+    EXPECT_EQ(Arrived(), "a0 a1 b1 c1");
+}
+
+TEST_F(Events, ACallbackThatRemovesAllAndAddsItselfAgainIsCalledFromTheNextEventOn)
+{
+    talix_add_event_callback(a, nullptr);
+    talix_add_event_callback(b, nullptr);
+    actions['a'] = [] {
+        talix_remove_event_callback(a);
+        talix_remove_event_callback(b);
+        EXPECT_EQ(talix_add_event_callback(a, nullptr), IdSuccess);
+    };
+    RaiseInOneDispatch({0, 1});
+    EXPECT_EQ(Arrived(), "a0 a1");
+    EXPECT_THAT(ObserverCalls(), ElementsAre(Added(), Removed(), Added(), Removed(), Added()));
+}
+
+TEST_F(Events, ADeinitByACallbackEndsTheDelivery)
+{
+    talix_add_event_callback(a, nullptr);
+    talix_add_event_callback(b, nullptr);
+    actions['a'] = [] { EXPECT_EQ(talix_deinit(), IdSuccess); };
+    RaiseInOneDispatch({0, 1});
+    EXPECT_EQ(Arrived(), "a0");
+    EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 0);
+    EXPECT_EQ(talix_dispatch_events(), IdNotInitialized);
+    EXPECT_THAT(Plugin().Calls(Module), ElementsAre(Call(Module, 3)));
+}
+
+TEST_F(Events, ADeinitByACallbackThatOnlyCountsEndsTheDeliveryToo)
+{
+    ASSERT_EQ(talix_init(), IdSuccess);
+    talix_add_event_callback(a, nullptr);
+    talix_add_event_callback(b, nullptr);
+    actions['a'] = [] { EXPECT_EQ(talix_deinit(), IdSuccess); };
+    RaiseInOneDispatch({0, 1});
+    EXPECT_EQ(Arrived(), "a0");
+    EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 1);
+}
+
+TEST_F(Events, ACallbackMayStopStartAndAddCallbacksAgain)
+{
+    talix_add_event_callback(a, nullptr);
+    talix_add_event_callback(b, nullptr);
+    actions['a'] = [this] {
+        actions.clear();
+        EXPECT_EQ(talix_deinit(), IdSuccess);
+        EXPECT_EQ(talix_init(), IdSuccess);
+        EXPECT_EQ(talix_add_event_callback(b, &second), IdSuccess);
+        EXPECT_EQ(talix_add_event_callback(c, nullptr), IdSuccess);
+        EXPECT_EQ(talix_add_event_callback(a, nullptr), IdSuccess);
+    };
+    RaiseInOneDispatch({0, 1});
+    EXPECT_EQ(Arrived(), "a0 b1 c1 a1");
+    EXPECT_EQ(events.at(1).value, &second);
+    EXPECT_EQ(talix_deinit(), IdSuccess);
+}
+
+TEST_F(Events, ACallbackMayDispatchFurtherEvents)
+{
+    talix_add_event_callback(a, nullptr);
+    talix_add_event_callback(b, nullptr);
+    actions['a'] = [this] {
+        actions.clear();
+        talix_remove_event_callback(b);
+        talix_add_event_callback(c, nullptr);
+        RaiseInOneDispatch({1});
+        EXPECT_EQ(Arrived(), "a0 a1 c1");
+    };
+    RaiseInOneDispatch({0});
+    EXPECT_EQ(Arrived(), "a0 a1 c1") << "what was removed is not called, and what was added not for the event before";
+    RaiseInOneDispatch({2});
+    EXPECT_EQ(Arrived(), "a0 a1 c1 a2 c2");
+}
+
+TEST_F(Events, ADeinitByACallbackThatADispatchInsideAnotherCallsEndsBoth)
+{
+    talix_add_event_callback(a, nullptr);
+    talix_add_event_callback(b, nullptr);
+    actions['a'] = [this] {
+        actions['a'] = [] { EXPECT_EQ(talix_deinit(), IdSuccess); };
+        RaiseInOneDispatch({1});
+    };
+    RaiseInOneDispatch({0, 2});
+    EXPECT_EQ(Arrived(), "a0 a1");
+}
+
+TEST_F(Events, ADeinitByACallbackThatThePluginCallsWhileItStopsFailsAndDoesNotHang)
+{
+    talix_add_event_callback(a, nullptr);
+    talix_add_event_callback(b, nullptr);
+    const std::int32_t status = 1000;
+    Plugin().OnCall(Module, 3, [&](const CallArguments&) {
+        CallSlot(observer, 1, &status);
+        CallSlot(observer, 1, &status);
+    });
+    actions['a'] = [] {
+        EXPECT_EQ(talix_deinit(), IdFailed) << "the stop is under way";
+        EXPECT_EQ(talix_init(), IdFailed);
+    };
+    EXPECT_EQ(talix_deinit(), IdSuccess);
+    EXPECT_EQ(Arrived(), "a1");
+    EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 0);
+    Plugin().OnCall(Module, 3, [](const CallArguments&) {});
+    EXPECT_EQ(talix_init(), IdSuccess) << "neither count nor lock was left behind";
+    EXPECT_EQ(talix_deinit(), IdSuccess);
+    EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 0);
 }
 
 // Without client, and around init and deinit.

@@ -25,6 +25,17 @@ std::vector<std::string> Texts(const ProductConfig& config)
     return texts;
 }
 
+struct EnterCriticalSectionImport
+{
+    static constexpr char Name[] = "EnterCriticalSection";
+    using Type = decltype(EnterCriticalSection);
+};
+
+bool EndedByAnAccessViolation(int code)
+{
+    return static_cast<DWORD>(code) == STATUS_ACCESS_VIOLATION;
+}
+
 } // namespace
 
 class FlatProduct : public FlatTest
@@ -94,6 +105,27 @@ TEST_F(FlatProduct, ANullHandleChangesNothing)
     EXPECT_THAT(Stored(), ElementsAre("client", "scope", "", "", ""));
 }
 
+TEST_F(FlatProduct, TheConfigurationIsReadThroughTheHandleBeforeTheClientIsAskedFor)
+{
+    const talix_product_config config = talix_create_product_config("client", "scope");
+    const ProductConfig* const held = Held(config);
+    const void* seen = nullptr;
+    Plugin().OnCall(Client, 2, [&seen](const CallArguments& call) { seen = call.Pointer<const ProductConfig>(1); });
+    int asked = 0;
+    {
+        // Asking for the client takes the process lock.
+        using Double = ImportDouble<EnterCriticalSectionImport>;
+        const Double asking([&](LPCRITICAL_SECTION section) {
+            ++asked;
+            *reinterpret_cast<const ProductConfig**>(config) = nullptr;
+            Double::Original(section);
+        });
+        EXPECT_EQ(talix_set_product_config(TALIX_SERVER_STAGING, config), IdSuccess);
+    }
+    EXPECT_GT(asked, 0);
+    EXPECT_EQ(seen, held);
+}
+
 TEST_F(FlatProduct, EveryInitEmptiesTheHandle)
 {
     const talix_product_config config = talix_create_product_config("client", "scope");
@@ -159,6 +191,23 @@ TEST_F(FlatProduct, ADeinitInWhichThePluginThrowsEmptiesTheHandleToo)
     Plugin().OnCall(Module, 3, [](const CallArguments&) { throw 1; });
     EXPECT_EQ(talix_deinit(), IdFailed);
     EXPECT_EQ(held, nullptr);
+}
+
+class FlatProductDeathTest : public HostTest
+{
+};
+
+TEST_F(FlatProductDeathTest, ANullHandleIsTheCallersFaultWithoutClientToo)
+{
+    EXPECT_EXIT(
+        {
+            InstallPlugin();
+            Plugin().Answer(Factory, 3, 0);
+            talix_init();
+            talix_set_product_config(TALIX_SERVER_STAGING, nullptr);
+            std::_Exit(0);
+        },
+        EndedByAnAccessViolation, "");
 }
 
 } // namespace OrlindexTest

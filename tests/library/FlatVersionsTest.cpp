@@ -69,6 +69,13 @@ TEST_F(FlatVersions, NegativeSizesCountAsVeryLarge)
     EXPECT_EQ(counter.Faults(), 0);
 }
 
+TEST_F(FlatVersions, InOneBufferForBothTheLibrarysOwnVersionStays)
+{
+    char both[16] = "before";
+    EXPECT_EQ(GetVersions(both, sizeof both, both, sizeof both), IdSuccess);
+    EXPECT_STREQ(both, "1.11.13.3");
+}
+
 TEST_F(FlatVersions, WithOneUsableBufferTheOtherReachesTheHostsHandler)
 {
     char text[16] = "before";
@@ -173,6 +180,14 @@ TEST_F(MachineKeyFlatVersions, AVersionWithoutALocationDoesNotCount)
     key.AddVersion(L"1.9.0", L"C:\\older");
     key.AddVersion(L"1.10.0");
     EXPECT_EQ(ServerVersion(), "1.9.0");
+}
+
+TEST_F(MachineKeyFlatVersions, InOneBufferForBothTheLibrarysOwnVersionStays)
+{
+    key.AddVersion(L"1.10.0.12345", L"C:\\newer");
+    char both[16] = "before";
+    EXPECT_EQ(GetVersions(both, sizeof both, both, sizeof both), IdSuccess);
+    EXPECT_STREQ(both, "1.11.13.3");
 }
 
 TEST_F(MachineKeyFlatVersions, WithoutVersionsTheServerVersionIsEmpty)

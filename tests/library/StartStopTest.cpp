@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <chrono>
 #include <future>
+#include <stdexcept>
+#include <system_error>
 #include <thread>
 
 #include "TrustDoubles.h"
@@ -19,6 +21,22 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 using testing::StartsWith;
+
+namespace {
+
+struct SetEventImport
+{
+    static constexpr char Name[] = "SetEvent";
+    using Type = decltype(SetEvent);
+};
+
+struct WaitForSingleObjectImport
+{
+    static constexpr char Name[] = "WaitForSingleObject";
+    using Type = decltype(WaitForSingleObject);
+};
+
+} // namespace
 
 class StartStop : public HostTest
 {
@@ -222,6 +240,28 @@ TEST_F(StartStop, AFactoryReturningNullForTheClientDoesNotFailTheStart)
     EXPECT_THAT(plugin.Log(), ElementsAre(reason, reason));
 }
 
+TEST_F(StartStop, APluginThatThrowsWhenItIsAskedForItsClientLeavesNoInstanceAndTheNextStartBeginsItsModuleAgain)
+{
+    PluginControl& plugin = InstallPlugin();
+    const std::int64_t client = plugin.Answer(Factory, 3);
+    plugin.Answer(Factory, 3, 0);
+    plugin.OnCall(Module, 1, [&](const CallArguments&) {
+        plugin.OnCall(Factory, 3, [](const CallArguments&) { throw std::runtime_error("no client"); });
+    });
+    EXPECT_THROW(IdServicesMgr::Initialize(), std::runtime_error);
+    EXPECT_FALSE(IdServicesMgr::IsInitialized());
+    EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
+
+    plugin.OnCall(Module, 1, [](const CallArguments&) {});
+    plugin.OnCall(Factory, 3, [](const CallArguments&) {});
+    plugin.Answer(Factory, 3, client);
+    plugin.Answer(Client, 7, 1);
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false"), Call(Module, 1, "false")));
+    ASSERT_NE(IdServicesMgr::GetInstance(), nullptr);
+    EXPECT_TRUE(IdServicesMgr::GetInstance()->IsLoggedIn());
+}
+
 TEST_F(StartStop, TheInstanceIsNewAfterANewStart)
 {
     site.Install();
@@ -283,6 +323,83 @@ TEST_F(StartStop, UninitializeWaitsForAnInitializeThatIsStillStarting)
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
     EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false"), Call(Module, 3)));
+}
+
+TEST_F(StartStop, AStartThatFailsTakesItsCountBackBeforeAStopThatWaitsForItRuns)
+{
+    PluginControl& plugin = InstallPlugin();
+    std::promise<void> starting;
+    std::promise<void> proceed;
+    plugin.OnCall(Module, 1, [&](const CallArguments&) {
+        starting.set_value();
+        proceed.get_future().wait();
+        throw std::runtime_error("the start fails");
+    });
+    DWORD starter = 0;
+    auto start = std::async(std::launch::async, [&starter]() {
+        starter = GetCurrentThreadId();
+        return IdServicesMgr::Initialize();
+    });
+    starting.get_future().wait();
+
+    // The mutex of the library's runtime: who waits for it waits for an event, and who leaves it to a waiter sets that.
+    std::promise<void> waiting;
+    std::promise<void> stopped;
+    bool noted = false;
+    bool left = false;
+    const ImportDouble<WaitForSingleObjectImport> wait([&](HANDLE object, DWORD time) {
+        if (GetCurrentThreadId() != starter && !std::exchange(noted, true))
+            waiting.set_value();
+        return ImportDouble<WaitForSingleObjectImport>::Original(object, time);
+    });
+    const ImportDouble<SetEventImport> leave([&](HANDLE object) {
+        const BOOL set = ImportDouble<SetEventImport>::Original(object);
+        if (GetCurrentThreadId() == starter && !std::exchange(left, true))
+            stopped.get_future().wait(); // The start goes on only after the stop is through.
+        return set;
+    });
+    auto stop = std::async(std::launch::async, [&stopped]() {
+        const IdErrorCode result = IdServicesMgr::Uninitialize();
+        stopped.set_value();
+        return result;
+    });
+    waiting.get_future().wait();
+    proceed.set_value();
+    EXPECT_EQ(stop.get(), IdSuccess);
+    EXPECT_THROW(start.get(), std::runtime_error);
+    EXPECT_TRUE(left) << "the stop waited for the mutex";
+    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false"))) << "there was nothing to stop";
+
+    plugin.OnCall(Module, 1, [](const CallArguments&) {});
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_TRUE(IdServicesMgr::IsInitialized()) << "the count did not fall below zero";
+    EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_FALSE(IdServicesMgr::IsInitialized());
+}
+
+TEST_F(StartStop, AStopInsideAStartOrAStopRaisesTheErrorOfTheMutex)
+{
+    PluginControl& plugin = InstallPlugin();
+    int raised = 0;
+    const auto stop = [&raised](const CallArguments&) {
+        try
+        {
+            IdServicesMgr::Uninitialize();
+        }
+        catch (const std::system_error& error)
+        {
+            // By number: the category is that of the library's own runtime.
+            raised += error.code().value() == static_cast<int>(std::errc::resource_deadlock_would_occur);
+        }
+    };
+    plugin.OnCall(Module, 1, stop);
+    plugin.OnCall(Module, 3, stop);
+    EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
+    EXPECT_EQ(raised, 1);
+    EXPECT_TRUE(IdServicesMgr::IsInitialized());
+    EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
+    EXPECT_EQ(raised, 2);
+    EXPECT_FALSE(IdServicesMgr::IsInitialized());
 }
 
 TEST_F(StartStop, AStopThatFindsNoModuleForgetsNothing)

@@ -2,8 +2,10 @@
 #
 #     cmake -DCOMPILER=<clang> -DTRIPLE=<triple> -DSOURCE_ROOT=<folder> -P CheckSlots.cmake
 #
-# A virtual destructor is one entry under Microsoft's rules and two under the others', so classes that begin with one have
-# the reviewed slots only there; interfaces that plugins implement have the same slots everywhere.
+# A virtual destructor is one entry under Microsoft's rules and two under the Itanium ones: the complete destructor at the
+# reviewed slot, the deleting one after it. So classes that begin with one have the reviewed slots only under Microsoft's
+# rules. IObserver ends with its destructor, and no interface that plugins implement has one: their slots are the same
+# everywhere.
 
 set(here "${CMAKE_CURRENT_LIST_DIR}")
 execute_process(
@@ -17,11 +19,17 @@ if(TRIPLE MATCHES "msvc")
     set(firstSlot 1) # The entry before it is the type's description.
 else()
     set(firstSlot 2)
-    list(FILTER reviewed EXCLUDE REGEX "^BaseConfig | ~")
+    list(FILTER reviewed EXCLUDE REGEX "^(BaseConfig|ProductConfig) ")
+    foreach(line IN LISTS reviewed)
+        if(line MATCHES "^([A-Za-z]+) ([0-9]+) (~.*)$")
+            math(EXPR slot "${CMAKE_MATCH_2} + 1")
+            list(APPEND reviewed "${CMAKE_MATCH_1} ${slot} ${CMAKE_MATCH_3}")
+        endif()
+    endforeach()
 endif()
 
 # "   6 | bool Kestrany::IdentityServices::ISSOClient::IsLoggedIn() [pure]", and destructors, which are not pure.
-string(REGEX MATCHALL "[0-9]+ \\| [^\n]*(\\[pure\\]|\\[scalar deleting\\])" entries "${dump}")
+string(REGEX MATCHALL "[0-9]+ \\| [^\n]*\\[(pure|scalar deleting|complete|deleting)\\]" entries "${dump}")
 set(found "")
 foreach(entry IN LISTS entries)
     if(entry MATCHES "^([0-9]+) \\| [^(]*Kestrany::IdentityServices::([A-Za-z]+)::(~?[A-Za-z0-9_]+)\\(")

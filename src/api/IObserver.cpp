@@ -1,0 +1,7 @@
+#include "orlindex/IObserver.h"
+
+namespace Kestrany::IdentityServices {
+
+IObserver::~IObserver() = default;
+
+} // namespace Kestrany::IdentityServices
