@@ -130,7 +130,9 @@ IdErrorCode IdServicesMgr::Initialize()
 IdErrorCode IdServicesMgr::Uninitialize()
 {
     const LibraryGuard guard(libraryMutex);
-    if (startCount <= 0 || --startCount > 0)
+    if (startCount <= 0)
+        return IdSuccess;
+    if (--startCount > 0)
         return IdSuccess;
     // The count is 0 now and stays so until another start counts; storing 0 at the end would lose that one.
     delete instance.exchange(nullptr);

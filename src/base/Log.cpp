@@ -2,6 +2,7 @@
 
 #include <iostream>
 #include <set>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -27,8 +28,8 @@ struct PendingLog
     struct ByText
     {
         using is_transparent = void;
-        static const std::wstring& Text(const std::wstring& text) { return text; }
-        static const std::wstring& Text(const SharedText& text) { return *text; }
+        static std::wstring_view Text(std::wstring_view text) { return text; }
+        static std::wstring_view Text(const SharedText& text) { return *text; }
 
         template <class Left, class Right>
         bool operator()(const Left& left, const Right& right) const
@@ -77,7 +78,7 @@ void Keep(std::vector<PendingLogRecord>& records, const SharedText& message, Log
 
 /// A message must never cost its writer the step that it reports: whatever fails, the message alone is lost.
 template <class Message>
-void Write(const Message& message, LogLevel level) noexcept
+void Write(const Message& message, const std::wstring& text, LogLevel level) noexcept
 {
     try
     {
@@ -85,13 +86,12 @@ void Write(const Message& message, LogLevel level) noexcept
         LogState& state = State();
         if (state.pluginLogger)
         {
-            state.pluginLogger(PendingLog::ByText::Text(message), level);
+            state.pluginLogger(text, level);
             return;
         }
-        const SharedText text = TextFor(state.pending, message);
-        Keep(state.pending.records, text, level);
+        Keep(state.pending.records, TextFor(state.pending, message), level);
         if (level == TALIXLog::Error)
-            EchoLine(std::wcout, *text);
+            EchoLine(std::wcout, text);
     }
     catch (...)
     {
@@ -118,12 +118,12 @@ void Deliver(const std::wstring& message, LogLevel level)
 
 void DefaultLogFunction(const std::wstring& message, LogLevel level)
 {
-    Write(message, level);
+    Write(message, message, level);
 }
 
 void LogSharedMessage(const std::shared_ptr<const std::wstring>& message, LogLevel level)
 {
-    Write(message, level);
+    Write(message, *message, level);
 }
 
 void SetPluginLogger(PluginLogger target)

@@ -62,11 +62,14 @@ std::optional<InstalledVersion> ReadInstalledVersion(const RegistryKey& key, DWO
 /// Of equal versions, such as "1.0" and "1.0.", the first read names the version and the last read gives the location.
 void KeepLatest(std::optional<InstalledVersion>& latest, InstalledVersion installed)
 {
-    const int order = latest ? CompareVersions(installed.version, latest->version) : 1;
-    if (order < 0)
-        return;
-    if (order == 0)
-        installed.version = std::move(latest->version);
+    if (latest)
+    {
+        const int order = CompareVersions(installed.version, latest->version);
+        if (order < 0)
+            return;
+        if (order == 0)
+            installed.version = std::move(latest->version);
+    }
     latest = std::move(installed);
 }
 
