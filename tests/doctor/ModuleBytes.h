@@ -104,6 +104,9 @@ public:
         Put32(At(address) + 4, size);
     }
 
+    /// Bytes behind the last section, as a signature is.
+    void Append(const std::string& bytes) { bytes_ += bytes; }
+
     const std::string& Bytes() const { return bytes_; }
     std::optional<Orlindex::Doctor::PeFile> Read() const { return Orlindex::Doctor::PeFile::Read(bytes_); }
 

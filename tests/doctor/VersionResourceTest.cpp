@@ -216,6 +216,18 @@ TEST(VersionResourceInModule, ASizeBeyondTheSectionIsNone)
     }
 }
 
+TEST(VersionResourceInModule, BytesBehindTheSectionAreNotOfIt)
+{
+    ModuleBytes module;
+    module.Append(std::string(0x10000, '\0'));
+    EXPECT_TRUE(HasVersion(module));
+    const std::uint32_t left = ModuleBytes::SectionAddress + ModuleBytes::SectionSize - ModuleBytes::Version;
+    module.PutEntry(ModuleBytes::VersionEntry, ModuleBytes::Version, left);
+    EXPECT_TRUE(HasVersion(module));
+    module.PutEntry(ModuleBytes::VersionEntry, ModuleBytes::Version, left + 1);
+    EXPECT_FALSE(HasVersion(module));
+}
+
 TEST(VersionResourceInModule, AnAddressOutsideOfTheSectionsIsNone)
 {
     for (const std::uint32_t address : {0U, 0xFFFFF000U, 0x80000000U, ModuleBytes::SectionAddress - 1,
