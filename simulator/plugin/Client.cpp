@@ -77,7 +77,7 @@ IdErrorCode Client::GetSessionUri(const wchar_t* uri, std::uint16_t flag, wchar_
     return Guarded(IdFailed, [&] {
         std::string target;
         std::string address;
-        IdErrorCode code = TakeWide(uri, target);
+        IdErrorCode code = TakeAddress(uri, target);
         if (code == IdSuccess)
             code = session_.OpenAddress(target, flag, address);
         return code == IdSuccess ? CopyWide(address, buffer, capacity) : code;

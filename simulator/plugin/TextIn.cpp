@@ -1,6 +1,7 @@
 #include "plugin/TextIn.h"
 
 #include <cstring>
+#include <cwchar>
 #include <utility>
 
 #include "platform/Text.h"
@@ -28,6 +29,14 @@ IdErrorCode TakeWide(const wchar_t* text, std::string& taken)
         return IdInvalidText;
     taken = *std::move(narrow);
     return IdSuccess;
+}
+
+IdErrorCode TakeAddress(const wchar_t* text, std::string& taken)
+{
+    constexpr wchar_t replacement = 0xFFFD;
+    if (text != nullptr && std::wcschr(text, replacement) != nullptr)
+        return IdInvalidText;
+    return TakeWide(text, taken);
 }
 
 IdErrorCode TakeNarrow(const char* text, std::string& taken)

@@ -143,7 +143,8 @@ const std::map<std::string, Operation>& OperationTable()
 
 } // namespace
 
-ServiceHost::ServiceHost(SignInService& service, Send send) : service_(service), send_(std::move(send))
+ServiceHost::ServiceHost(SignInService& service, Send send)
+    : service_(service), send_(std::move(send)), attachUntil_(service.Parts().ticks() + AttachLimit)
 {
     service_.Add(*this);
 }
@@ -155,6 +156,8 @@ ServiceHost::~ServiceHost()
 
 bool ServiceHost::Receive(const std::string& message)
 {
+    if (givenUp_)
+        return false;
     std::string problem;
     const std::optional<Request> request = ReadRequest(message, problem);
     if (!request)
@@ -185,8 +188,18 @@ void ServiceHost::Deliver(const std::string& identity, const LoginEvent& event) 
         send_(WriteEvent(event));
 }
 
+bool ServiceHost::IsOverdue() const
+{
+    return !IsAttached() && !givenUp_ && service_.Parts().ticks() >= attachUntil_;
+}
+
 void ServiceHost::Review()
 {
+    if (IsOverdue())
+    {
+        service_.Parts().warn("A host was sent away: it did not attach in time");
+        GiveUp();
+    }
     waiting_.erase(std::remove_if(waiting_.begin(), waiting_.end(),
                                   [this](const Waiting& waiting) { return EndsWaiting(waiting); }),
                    waiting_.end());
@@ -196,8 +209,10 @@ void ServiceHost::Review()
 std::optional<std::int64_t> ServiceHost::NextReview() const
 {
     std::optional<std::int64_t> next;
+    if (!IsAttached() && !givenUp_)
+        next = attachUntil_;
     if (!delayed_.empty())
-        next = delayed_.front().due;
+        next = delayed_.front().due; // A host that has not attached has none.
     for (const Waiting& waiting : waiting_)
         next = next ? std::min(*next, waiting.until) : waiting.until;
     return next;
@@ -306,6 +321,7 @@ void ServiceHost::Answer(std::uint32_t id, IdErrorCode code, Json::Value result)
     if (latency == 0 || !IsAttached())
         return send_(std::move(message));
     send_(WriteExtension({id, static_cast<std::uint32_t>(latency + Margin)}));
+    heldBack_ += message.size();
     delayed_.push_back({service_.Parts().ticks() + latency, std::move(message)});
 }
 
@@ -340,6 +356,7 @@ void ServiceHost::SendDue()
     const std::int64_t now = service_.Parts().ticks();
     while (!delayed_.empty() && delayed_.front().due <= now)
     {
+        heldBack_ -= delayed_.front().message.size();
         send_(std::move(delayed_.front().message));
         delayed_.pop_front();
     }

@@ -1,6 +1,7 @@
 #ifndef SIMULATOR_PROTOCOL_SERVICEHOST_H
 #define SIMULATOR_PROTOCOL_SERVICEHOST_H
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -20,6 +21,9 @@ public:
     /// Sends a message to the host. Must not call back.
     using Send = std::function<void(std::string message)>;
 
+    /// Milliseconds that a host has to attach, of the service's ticks. No host waits longer for its connection.
+    static constexpr std::int64_t AttachLimit = 20'000;
+
     ServiceHost(SignInService& service, Send send);
     ~ServiceHost();
     ServiceHost(const ServiceHost&) = delete;
@@ -29,6 +33,11 @@ public:
     bool Receive(const std::string& message);
     void Deliver(const std::string& identity, const LoginEvent& event) const;
     bool IsAttached() const { return logins_ != nullptr; }
+    /// Ends the connection: nothing more is taken from the host.
+    void GiveUp() { givenUp_ = true; }
+    bool IsGivenUp() const { return givenUp_; }
+    /// Bytes of the answers that the scenario's latency holds back.
+    std::size_t HeldBack() const { return heldBack_; }
     void SayQuits() const { send_(WriteQuits()); }
 
     /// See SignInService.
@@ -51,6 +60,7 @@ private:
         std::string message;
     };
 
+    bool IsOverdue() const;
     bool Attach(const Request& request);
     bool Handle(const Request& request);
     void Perform(const Request& request);
@@ -64,10 +74,13 @@ private:
 
     SignInService& service_;
     const Send send_;
+    const std::int64_t attachUntil_;
+    bool givenUp_ = false;
     std::string identity_;
     Logins* logins_ = nullptr; ///< Null until the host has attached.
     std::vector<Waiting> waiting_;
     std::deque<Delayed> delayed_;
+    std::size_t heldBack_ = 0;
 };
 
 } // namespace Kestrany::Simulator

@@ -49,6 +49,33 @@ void SignInService::Remove(ServiceHost& host)
     hosts_.erase(std::remove(hosts_.begin(), hosts_.end(), &host), hosts_.end());
 }
 
+bool SignInService::MakeRoom()
+{
+    std::size_t connections = 0;
+    std::size_t unattached = 0;
+    ServiceHost* oldest = nullptr; // Of the unattached; hosts stand in the order in which they came.
+    for (ServiceHost* host : hosts_)
+    {
+        if (host->IsGivenUp())
+            continue;
+        ++connections;
+        if (host->IsAttached())
+            continue;
+        ++unattached;
+        oldest = oldest == nullptr ? host : oldest;
+    }
+    if (connections < MaxConnections && unattached < MaxUnattached)
+        return true;
+    if (oldest == nullptr)
+    {
+        parts_.warn("A host was sent away: there are too many");
+        return false;
+    }
+    parts_.warn("A host was sent away: it has not attached, and others come");
+    oldest->GiveUp();
+    return true;
+}
+
 void SignInService::Review()
 {
     for (ServiceHost* host : hosts_)

@@ -37,6 +37,9 @@ class SignInService
 {
 public:
     static constexpr std::size_t MaxIdentities = 64;
+    static constexpr std::size_t MaxConnections = 256;
+    /// Connections among them whose host has not attached.
+    static constexpr std::size_t MaxUnattached = 64;
 
     /// Without a scenario nobody can sign in.
     SignInService(std::optional<Scenario> scenario, ServiceParts parts);
@@ -51,6 +54,9 @@ public:
 
     void Add(ServiceHost& host) { hosts_.push_back(&host); }
     void Remove(ServiceHost& host);
+    /// To be asked before a further connection is taken. Where there are too many, gives up the oldest one that has not
+    /// attached: who says nothing keeps no host out. False where all have attached: the further one is not to be taken.
+    bool MakeRoom();
     /// Answers what waited and can be answered by now.
     void Review();
     /// When Review has something to do without anybody's asking, in ticks.

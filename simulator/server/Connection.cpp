@@ -7,7 +7,8 @@ namespace Kestrany::Simulator {
 
 namespace {
 
-/// Bytes that may wait for a host that does not read, before it is given up.
+/// Bytes that may wait for a host, because it does not read or because the scenario holds them back, before it is given
+/// up.
 constexpr std::size_t MaxWaiting = 4 * 1024 * 1024;
 
 } // namespace
@@ -88,9 +89,18 @@ void Connection::Take(std::size_t size)
             leaving_ = true;
             return;
         }
+        if (HasTooMuchWaiting())
+            over_ = true;
+        if (over_)
+            return;
     }
     if (frames_.IsBroken())
         leaving_ = true;
+}
+
+bool Connection::HasTooMuchWaiting() const
+{
+    return waitingSize_ + host_.HeldBack() > MaxWaiting;
 }
 
 void Connection::Send(std::string message)
@@ -100,7 +110,7 @@ void Connection::Send(std::string message)
     std::string frame = WriteFrame(message);
     waitingSize_ += frame.size();
     waiting_.push_back(std::move(frame));
-    if (waitingSize_ > MaxWaiting)
+    if (HasTooMuchWaiting())
         over_ = true;
     StartWriting();
 }

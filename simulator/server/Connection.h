@@ -23,7 +23,7 @@ public:
     Connection& operator=(const Connection&) = delete;
 
     /// The host has left, or was sent away, and nothing is left to be written.
-    bool IsOver() const { return over_ || (leaving_ && !writing_); }
+    bool IsOver() const { return over_ || host_.IsGivenUp() || (leaving_ && !writing_); }
     /// Somebody who came, and has not said that it is a host, does not keep the server running.
     bool IsHost() const { return host_.IsAttached(); }
     void SayQuits() { host_.SayQuits(); }
@@ -39,6 +39,7 @@ private:
     void StartWriting();
     void Take(std::size_t size);
     void Send(std::string message);
+    bool HasTooMuchWaiting() const;
 
     const Handle pipe_;
     OVERLAPPED read_{};

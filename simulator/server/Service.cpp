@@ -16,8 +16,6 @@ namespace {
 /// Milliseconds that hosts have to leave by themselves once they were told that the server quits.
 constexpr std::int64_t LeaveLimit = 500;
 
-constexpr std::size_t MaxHosts = 256;
-
 Handle MakeEvent(const std::wstring& name)
 {
     Handle event(CreateEventW(nullptr, TRUE, FALSE, name.c_str()));
@@ -92,7 +90,8 @@ void Service::RemoveHosts()
 void Service::TakeHost()
 {
     Handle pipe = listener_.Take();
-    if (pipe && hosts_.size() < MaxHosts)
+    SleepEx(0, TRUE); // What hosts wrote by now is taken first: one that has attached is not given up.
+    if (pipe && signIn_.MakeRoom())
         hosts_.emplace_back(signIn_, std::move(pipe));
     lastUse_ = Ticks();
 }

@@ -13,9 +13,12 @@ namespace OrlindexTest {
 
 using namespace Orlindex::Doctor;
 using Kestrany::IdentityServices::BinaryTrustResult;
+using Kestrany::IdentityServices::DirectoryOrigin;
+using Kestrany::IdentityServices::DirectoryState;
 using Kestrany::IdentityServices::LoadState;
 using Kestrany::IdentityServices::LoadStep;
 using Kestrany::IdentityServices::ModulePathDefect;
+using Kestrany::IdentityServices::SearchedDirectory;
 using Kestrany::IdentityServices::SettingState;
 using Kestrany::IdentityServices::SignerEvidence;
 using Kestrany::IdentityServices::StartFile;
@@ -179,7 +182,7 @@ TEST(DoctorDiagnosis, ALibraryThatCannotBeLoadedIsTheCauseBeforeAnyPlugin)
 
 TEST(DoctorDiagnosis, APluginIsNotToBlameForTheEndOfTheLibrarysLoad)
 {
-    for (const LoadOutcome::End end : {LoadOutcome::End::Ended, LoadOutcome::End::Hung})
+    for (const LoadOutcome::End end : {LoadOutcome::End::Ended, LoadOutcome::End::Hung, LoadOutcome::End::CutOff})
     {
         StartFacts facts = SoundFacts();
         facts.load = LoadOutcome();
@@ -235,6 +238,38 @@ TEST(DoctorRecorder, AClientConfigFileFromTheCurrentDirectoryIsNamedByItsWholePa
     EXPECT_EQ(findings[0].source, "current directory");
     EXPECT_EQ(findings[1].source, Utf8(full));
     EXPECT_EQ(findings[2].source, Utf8(full) + ", key bundleId");
+}
+
+TEST(DoctorRecorder, OfManyDirectoriesTheFirstHundredAreKept)
+{
+    Report report(nullptr);
+    StartFacts facts;
+    StartRecorder recorder(report, facts);
+    recorder.OnSearch(
+        {StartFile::ServerApplication, L"Pellwick.exe",
+         std::vector<SearchedDirectory>(1'000'000, {L"", DirectoryOrigin::ClientConfig, DirectoryState::Empty}), L""});
+    const std::vector<Finding>& findings = report.Steps().back().findings;
+    ASSERT_EQ(findings.size(), 102U);
+    EXPECT_EQ(findings[100].result, "not-shown");
+    EXPECT_EQ(findings[100].value, "999900");
+    EXPECT_EQ(findings[100].total, 1'000'000U);
+    EXPECT_EQ(findings[101].result, "not-found");
+}
+
+TEST(DoctorReport, ATextIsCutBetweenCharacters)
+{
+    for (std::size_t ahead = 0; ahead < 4; ++ahead)
+    {
+        std::string text(ahead, 'a');
+        while (text.size() < 20'000)
+            text += "\xF0\x9F\x98\x80";
+        const std::string shown = Presentable(text);
+        EXPECT_EQ(shown.find("\xEF\xBF\xBD"), std::string::npos) << ahead;
+        EXPECT_EQ(text.compare(0, 16'000, shown, 0, 16'000), 0);
+        EXPECT_LT(shown.size(), 16'500U);
+        EXPECT_THAT(shown, testing::EndsWith(" more bytes"));
+    }
+    EXPECT_EQ(Presentable(std::string(16'384, 'a')), std::string(16'384, 'a'));
 }
 
 TEST(DoctorDiagnosis, AModuleForAnotherMachineOrNoDllIsNamedWithoutLoadingIt)

@@ -61,7 +61,7 @@ protected:
     DoctorReport Report(std::vector<std::wstring> arguments = {}) const;
 
     /// Whether the library starts in a real host in the same folder.
-    bool RealHostStarts(unsigned seconds = 50) const;
+    bool RealHostStarts(unsigned seconds = 300) const;
 
     /// Expects that the tool, with --load, names this failure, in both forms of its report, and that a real host does
     /// not start either. Answers the report.

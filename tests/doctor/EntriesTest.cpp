@@ -54,6 +54,7 @@ TEST_F(DoctorEntries, OfManyThatAreIgnoredTheFirstAreShown)
     EXPECT_LT(report.Run().output.size(), Bound);
     EXPECT_THAT(report.Results("compatibility-entries"), SizeIs(101));
     EXPECT_EQ(report.Find("compatibility-entries", "further entries")["value"], std::to_string(Many + 1 - 100));
+    EXPECT_EQ(report.Find("compatibility-entries", "further entries")["total"].asUInt64(), Many + 1);
     EXPECT_EQ(report.MarkOf("compatibility-entries"), "warning");
     EXPECT_THAT(report.Cause(), HasSubstr("ssoClientPlugin[0]"));
     EXPECT_LT(RunTool().output.size(), Bound);

@@ -1,12 +1,15 @@
 // What the "faulty" build of the test plugin does when its factory function is called: the variable
 // ORLINDEX_TEST_FAULT says it.
 
+#include <cstdint>
 #include <cstdlib>
 #include <map>
 #include <stdexcept>
 #include <string>
 
 #include <windows.h>
+
+#include <shellapi.h>
 
 #include "plugin/Recorder.h"
 #include "plugin/TestPluginControl.h"
@@ -38,6 +41,36 @@ void Hang()
     WaitForSingleObject(never, INFINITE);
 }
 
+/// The pipe that the tool listens to; null in a real host. The tool names it to the process that it starts.
+HANDLE ToolPipe()
+{
+    int count = 0;
+    wchar_t** const arguments = CommandLineToArgvW(GetCommandLineW(), &count);
+    const bool named = count > 2 && std::wstring(arguments[1]) == L"load-in-this-process";
+    const auto number = named ? static_cast<std::uintptr_t>(std::wcstoull(arguments[2], nullptr, 10)) : 0;
+    LocalFree(arguments);
+    return reinterpret_cast<HANDLE>(number);
+}
+
+/// Gives the pipe's write end to the process that ORLINDEX_TEST_PROCESS names.
+void GivePipeAway()
+{
+    const char* const id = std::getenv("ORLINDEX_TEST_PROCESS");
+    const HANDLE process = OpenProcess(PROCESS_DUP_HANDLE, FALSE, static_cast<DWORD>(std::stoul(id ? id : "0")));
+    HANDLE given = nullptr;
+    if (!DuplicateHandle(GetCurrentProcess(), ToolPipe(), process, &given, 0, FALSE, DUPLICATE_SAME_ACCESS))
+        throw std::runtime_error("the pipe cannot be given away");
+    CloseHandle(process);
+}
+
+/// Writes for as long as somebody reads.
+void Flood(const std::string& bytes)
+{
+    DWORD written = 0;
+    while (WriteFile(ToolPipe(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr))
+        ;
+}
+
 void Misbehave(void* /*context*/, const std::uint64_t* /*arguments*/, int /*count*/)
 {
     const char* const value = std::getenv("ORLINDEX_TEST_FAULT");
@@ -48,7 +81,15 @@ void Misbehave(void* /*context*/, const std::uint64_t* /*arguments*/, int /*coun
         RaiseException(EXCEPTION_ACCESS_VIOLATION, EXCEPTION_NONCONTINUABLE, 0, nullptr);
     if (fault == "exit")
         ExitProcess(0);
-    if (fault == "hang")
+    if (fault.rfind("give-pipe-away", 0) == 0)
+        GivePipeAway();
+    if (fault == "give-pipe-away-and-exit")
+        ExitProcess(0);
+    if (fault == "flood-messages")
+        Flood("1 9 1 0 \n");
+    if (fault == "flood-bytes")
+        Flood(std::string(4096, 'x'));
+    if (fault == "hang" || fault == "give-pipe-away-and-hang")
         Hang();
     const auto answer = NullAnswers().find(fault);
     if (answer != NullAnswers().end())

@@ -1,5 +1,6 @@
 // The library beside the host, where it cannot be loaded: no host starts then, whatever else is in place.
 
+#include "DamagedModule.h"
 #include "DoctorTest.h"
 
 #include <cstring>
@@ -205,6 +206,28 @@ TEST_F(DoctorLibrary, OneThatDoesNotSayWhomItTrustsIsAWarning)
     EXPECT_EQ(report.Find("library", "pinned root")["result"], "not-said");
     EXPECT_EQ(report.Find("library", "pinned root")["mark"], "warning");
     EXPECT_THAT(report.Cause(), HasSubstr("provided that its library trusts the root and the signers of this tool"));
+}
+
+TEST_F(DoctorLibrary, OneWhoseVersionResourceIsDamagedHasNoVersionRecord)
+{
+    const std::string sound = ReadFile(site.HostFolder() / "Orlindex.dll");
+    for (const ResourceDamage damage : {ResourceDamage::Size, ResourceDamage::Address})
+    {
+        WriteFile(Library(), WithDamage(sound, damage));
+        const DoctorReport report = ReportOf({});
+        EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
+        EXPECT_EQ(report.Find("library", "Orlindex.dll")["result"], "no-record");
+        EXPECT_EQ(report.MarkOf("library"), "warning");
+    }
+}
+
+TEST_F(DoctorLibrary, OneWhoseResourcesClaimToFillTheAddressSpaceIsRead)
+{
+    WriteFile(Library(), WithDamage(ReadFile(site.HostFolder() / "Orlindex.dll"), ResourceDamage::SectionSize));
+    const DoctorReport report = ReportOf({});
+    EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
+    EXPECT_EQ(report.Find("library", "Orlindex.dll")["value"], "1.11.13.3");
+    EXPECT_EQ(report.Find("library", "pinned root")["result"], "same");
 }
 
 TEST_F(DoctorLibrary, OneFor32BitHostsIsOfAnotherKit)

@@ -2,12 +2,52 @@
 
 #include "DoctorTest.h"
 
+#include <stdexcept>
+
 #include <windows.h>
+
+#include "support/Handle.h"
 
 namespace OrlindexTest {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
+
+namespace {
+
+/// A process that does nothing and stays, for plugins to give handles to.
+class StayingProcess
+{
+public:
+    StayingProcess()
+    {
+        STARTUPINFOW startup = {};
+        startup.cb = sizeof startup;
+        PROCESS_INFORMATION started = {};
+        std::wstring command = GetCommandLineW();
+        wchar_t program[MAX_PATH] = {};
+        GetModuleFileNameW(nullptr, program, MAX_PATH);
+        if (!CreateProcessW(program, command.data(), nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr, nullptr,
+                            &startup, &started))
+            throw std::runtime_error("cannot start a process");
+        process_.reset(started.hProcess);
+        thread_.reset(started.hThread); // It is never resumed.
+        SetEnvironmentVariableW(L"ORLINDEX_TEST_PROCESS", std::to_wstring(started.dwProcessId).c_str());
+    }
+    StayingProcess(const StayingProcess&) = delete;
+    StayingProcess& operator=(const StayingProcess&) = delete;
+    ~StayingProcess()
+    {
+        TerminateProcess(process_.get(), 0);
+        WaitForSingleObject(process_.get(), INFINITE);
+    }
+
+private:
+    Handle process_;
+    Handle thread_;
+};
+
+} // namespace
 
 class DoctorLoad : public DoctorTest
 {
@@ -16,6 +56,18 @@ protected:
     {
         site.Install("faulty");
         SetEnvironmentVariableW(L"ORLINDEX_TEST_FAULT", fault);
+    }
+
+    void ExpectCutOff() const
+    {
+        const DoctorReport report = Report({L"--load", L"--timeout", L"600"});
+        EXPECT_TRUE(report.Run().inTime);
+        EXPECT_EQ(report.Run().exitCode, 57U) << report.Cause();
+        EXPECT_LT(report.Run().output.size(), std::size_t{1} << 20);
+        EXPECT_EQ(report.FailedStep(), "load");
+        EXPECT_THAT(report.Cause(), HasSubstr("than a load has while its factory function is called."));
+        EXPECT_EQ(report.Find("load", "call-factory")["result"], "cut-off");
+        EXPECT_THAT(report.Find("load", "call-factory")["note"].asString(), HasSubstr("more than 1000 messages or"));
     }
 
     /// A null that the library goes on with.
@@ -98,7 +150,49 @@ TEST_F(DoctorLoad, AFactoryThatEndsTheProcessIsNamed)
 TEST_F(DoctorLoad, AHangingFactoryIsNamed)
 {
     InstallFault(L"hang");
-    ExpectFailure(ExitCode::PluginHung, "load", "did not answer within 5 seconds while its factory function is called");
+    ExpectFailure(ExitCode::PluginHung, "load",
+                  "did not answer within 10 seconds while its factory function is called");
+}
+
+TEST_F(DoctorLoad, APluginThatGivesThePipeAwayAndGoesOnIsNotWaitedFor)
+{
+    const StayingProcess other;
+    InstallFault(L"give-pipe-away");
+    const DoctorReport report = Report({L"--load"});
+    EXPECT_TRUE(report.Run().inTime);
+    EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
+    EXPECT_EQ(report.Find("interfaces", "ISSOClientModule")["result"], "present") << "nothing is lost";
+}
+
+TEST_F(DoctorLoad, APluginThatGivesThePipeAwayAndEndsIsNotWaitedFor)
+{
+    const StayingProcess other;
+    InstallFault(L"give-pipe-away-and-exit");
+    const DoctorReport report = Report({L"--load"});
+    EXPECT_TRUE(report.Run().inTime);
+    EXPECT_EQ(report.Run().exitCode, 54U) << report.Run().output;
+}
+
+TEST_F(DoctorLoad, APluginThatGivesThePipeAwayAndHangsIsNotWaitedForLonger)
+{
+    const StayingProcess other;
+    InstallFault(L"give-pipe-away-and-hang");
+    const DoctorReport report = Report({L"--load", L"--timeout", L"10"});
+    EXPECT_TRUE(report.Run().inTime);
+    EXPECT_EQ(report.Run().exitCode, 55U) << report.Run().output;
+    EXPECT_THAT(report.Cause(), HasSubstr("within 10 seconds while its factory function is called"));
+}
+
+TEST_F(DoctorLoad, APluginThatFloodsTheToolWithMessagesIsEnded)
+{
+    InstallFault(L"flood-messages");
+    ExpectCutOff();
+}
+
+TEST_F(DoctorLoad, APluginThatFloodsTheToolWithBytesIsEnded)
+{
+    InstallFault(L"flood-bytes");
+    ExpectCutOff();
 }
 
 TEST_F(DoctorLoad, WithoutModuleInterfaceAHostDoesNotStart)

@@ -1,5 +1,6 @@
 // Failures of the plugin module's file: where it lies, its signature, who else has it open.
 
+#include "DamagedModule.h"
 #include "DoctorTest.h"
 
 #include <windows.h>
@@ -95,6 +96,24 @@ TEST_F(DoctorModule, AModuleThatWasChangedIsNamed)
     site.Install();
     Tamper(site.PluginFile());
     ExpectFailure(ExitCode::FileChanged, "signature", "was changed after it was signed");
+}
+
+TEST_F(DoctorModule, OneWhoseVersionResourceIsDamagedIsReadAllTheSame)
+{
+    site.Install();
+    const std::string sound = ReadFile(site.HostFolder() / "Orlindex.dll"); // It has such a resource, and no signature.
+    for (const ResourceDamage damage : {ResourceDamage::Size, ResourceDamage::Address, ResourceDamage::SectionSize})
+    {
+        WriteFile(site.PluginFile(), WithDamage(sound, damage));
+        for (const std::vector<std::wstring>& arguments :
+             {std::vector<std::wstring>{}, {L"check", site.PluginFile().native()}})
+        {
+            const DoctorReport report = Report(arguments);
+            EXPECT_EQ(report.Run().exitCode, 40U) << report.Run().output;
+            EXPECT_EQ(report.Find("module-file", "version record")["result"],
+                      damage == ResourceDamage::SectionSize ? "read" : "missing");
+        }
+    }
 }
 
 TEST_F(DoctorModule, AStrangersSignatureIsNamedWithItsSigner)

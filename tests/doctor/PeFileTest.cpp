@@ -6,84 +6,19 @@
 #include <string>
 #include <string_view>
 
+#include "ModuleBytes.h"
 #include "doctor/PeFile.h"
+#include "doctor/VersionResource.h"
 
 using Orlindex::Doctor::PeFile;
+using Orlindex::Doctor::VersionResource;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
 namespace {
 
-// Where things lie in the module below.
-constexpr std::size_t PeOffset = 0x80;
-constexpr std::size_t Coff = PeOffset + 4;
-constexpr std::size_t Optional = Coff + 20;
-constexpr std::size_t Directories = Optional + 112;
-constexpr std::size_t SectionTable = Directories + 16 * 8;
-constexpr std::size_t SectionOffset = 0x400;
-constexpr std::uint32_t SectionAddress = 0x1000;
-constexpr std::size_t SectionSize = 0x400;
-constexpr std::uint32_t Exports = SectionAddress;
-constexpr std::uint32_t Names = SectionAddress + 0x40;
-constexpr std::uint32_t FirstName = SectionAddress + 0x60;
-constexpr std::uint32_t SecondName = SectionAddress + 0x70;
-constexpr std::uint32_t Imports = SectionAddress + 0x100;
-constexpr std::uint32_t LibraryName = SectionAddress + 0x180;
-
-/// A 64-bit DLL that exports two names and imports one library, and which a test may change.
-class Module
-{
-public:
-    Module() : bytes_(SectionOffset + SectionSize, '\0')
-    {
-        Put(0, "MZ");
-        Put32(0x3C, PeOffset);
-        Put(PeOffset, std::string_view("PE\0\0", 4));
-        Put16(Coff, PeFile::MachineX64);
-        Put16(Coff + 2, 1);              // sections
-        Put16(Coff + 16, 112 + 16 * 8);  // size of the optional header
-        Put16(Coff + 18, 0x2000 | 0x22); // a DLL
-        Put16(Optional, 0x20B);          // 64-bit
-        Put32(Optional + 108, 16);       // directories
-        Put32(Directories, Exports);
-        Put32(Directories + 4, 0x80);
-        Put32(Directories + 8, Imports);
-        Put32(Directories + 12, 40);
-        Put32(SectionTable + 8, SectionSize);
-        Put32(SectionTable + 12, SectionAddress);
-        Put32(SectionTable + 16, SectionSize);
-        Put32(SectionTable + 20, SectionOffset);
-        Put32(At(Exports + 24), 2); // names
-        Put32(At(Exports + 32), Names);
-        Put32(At(Names), FirstName);
-        Put32(At(Names + 4), SecondName);
-        Put(At(FirstName), "First");
-        Put(At(SecondName), "Second");
-        Put32(At(Imports + 12), LibraryName);
-        Put(At(LibraryName), "library.dll");
-    }
-
-    static std::size_t At(std::uint32_t address) { return SectionOffset + (address - SectionAddress); }
-
-    void Put(std::size_t offset, std::string_view text) { bytes_.replace(offset, text.size(), text); }
-    void Put16(std::size_t offset, std::uint16_t number)
-    {
-        bytes_.at(offset) = static_cast<char>(number & 0xFF);
-        bytes_.at(offset + 1) = static_cast<char>(number >> 8);
-    }
-    void Put32(std::size_t offset, std::uint32_t number)
-    {
-        Put16(offset, static_cast<std::uint16_t>(number & 0xFFFF));
-        Put16(offset + 2, static_cast<std::uint16_t>(number >> 16));
-    }
-
-    const std::string& Bytes() const { return bytes_; }
-    std::optional<PeFile> Read() const { return PeFile::Read(bytes_); }
-
-private:
-    std::string bytes_;
-};
+using Module = OrlindexTest::ModuleBytes;
 
 /// Everything that the reader can be asked for.
 void AskEverything(std::string_view bytes)
@@ -95,6 +30,15 @@ void AskEverything(std::string_view bytes)
         file->Exports("Second");
         EXPECT_LE(file->ExportedNames(10).size(), 10U);
         EXPECT_LE(file->ImportedLibraries(10).size(), 10U);
+        if (const auto version = file->VersionResourceBytes())
+        {
+            EXPECT_LE(version->size(), exact.size());
+            if (const auto resource = VersionResource::Read(*version))
+            {
+                resource->FileVersion();
+                resource->Text("FileDescription");
+            }
+        }
     }
 }
 
@@ -126,7 +70,7 @@ TEST(PeFile, AnExportedNameIsFoundWholeAndInItsLetterCase)
 TEST(PeFile, AProgramIsNoDll)
 {
     Module module;
-    module.Put16(Coff + 18, 0x22);
+    module.Put16(Module::Coff + 18, 0x22);
     ASSERT_TRUE(module.Read());
     EXPECT_FALSE(module.Read()->IsDll());
 }
@@ -134,7 +78,7 @@ TEST(PeFile, AProgramIsNoDll)
 TEST(PeFile, AModuleForAnotherMachineSaysSo)
 {
     Module module;
-    module.Put16(Coff, PeFile::MachineX86);
+    module.Put16(Module::Coff, PeFile::MachineX86);
     ASSERT_TRUE(module.Read());
     EXPECT_EQ(module.Read()->Machine(), PeFile::MachineX86);
 }
@@ -146,13 +90,14 @@ TEST(PeFile, WhatIsNoModuleIsRefused)
     EXPECT_FALSE(PeFile::Read(std::string(4096, '\0')));
     EXPECT_FALSE(PeFile::Read(std::string(4096, '\xFF')));
     Module module;
-    module.Put(PeOffset, "NE");
+    module.Put(Module::PeOffset, "NE");
     EXPECT_FALSE(module.Read());
 }
 
 TEST(PeFile, AHeaderOffsetOutsideOfTheFileIsRefused)
 {
-    for (const std::uint32_t offset : {0xFFFFFFFFU, 0xFFFFFFFCU, 0x80000000U, 0x7FFU, 0x800U, 0x801U})
+    const auto size = static_cast<std::uint32_t>(Module().Bytes().size());
+    for (const std::uint32_t offset : {0xFFFFFFFFU, 0xFFFFFFFCU, 0x80000000U, size - 1, size, size + 1})
     {
         Module module;
         module.Put32(0x3C, offset);
@@ -163,17 +108,17 @@ TEST(PeFile, AHeaderOffsetOutsideOfTheFileIsRefused)
 TEST(PeFile, MoreSectionsThanTheSystemTakesAreRefused)
 {
     Module module;
-    module.Put16(Coff + 2, 0xFFFF);
+    module.Put16(Module::Coff + 2, 0xFFFF);
     EXPECT_FALSE(module.Read());
 }
 
 TEST(PeFile, ADirectoryThatTheHeaderHasNoRoomForIsNoDirectory)
 {
     Module module;
-    module.Put32(Optional + 108, 0xFFFFFFFF);
+    module.Put32(Module::Optional + 108, 0xFFFFFFFF);
     ASSERT_TRUE(module.Read());
     EXPECT_THAT(module.Read()->ExportedNames(10), SizeIs(2));
-    module.Put32(Optional + 108, 0);
+    module.Put32(Module::Optional + 108, 0);
     ASSERT_TRUE(module.Read());
     EXPECT_THAT(module.Read()->ExportedNames(10), IsEmpty());
     EXPECT_THAT(module.Read()->ImportedLibraries(10), IsEmpty());
@@ -182,9 +127,9 @@ TEST(PeFile, ADirectoryThatTheHeaderHasNoRoomForIsNoDirectory)
 TEST(PeFile, ACountOfNamesThatNoFileHoldsEndsAtTheEndOfTheFile)
 {
     Module module;
-    module.Put32(Module::At(Exports + 24), 0xFFFFFFFF);
-    module.Put32(Module::At(Exports + 32), SectionAddress + SectionSize - 4); // room for one
-    module.Put32(Module::At(SectionAddress + SectionSize - 4), FirstName);
+    module.Put32(Module::At(Module::Exports + 24), 0xFFFFFFFF);
+    module.Put32(Module::At(Module::Exports + 32), Module::SectionAddress + Module::SectionSize - 4); // room for one
+    module.Put32(Module::At(Module::SectionAddress + Module::SectionSize - 4), Module::FirstName);
     ASSERT_TRUE(module.Read());
     EXPECT_THAT(module.Read()->ExportedNames(1000), ElementsAre("First"));
 }
@@ -192,8 +137,8 @@ TEST(PeFile, ACountOfNamesThatNoFileHoldsEndsAtTheEndOfTheFile)
 TEST(PeFile, ANameThatDoesNotEndIsNoName)
 {
     Module module;
-    const std::uint32_t last = SectionAddress + SectionSize - 4;
-    module.Put32(Module::At(Names), last);
+    const std::uint32_t last = Module::SectionAddress + Module::SectionSize - 4;
+    module.Put32(Module::At(Module::Names), last);
     module.Put(Module::At(last), "abcd");
     ASSERT_TRUE(module.Read());
     EXPECT_THAT(module.Read()->ExportedNames(10), ElementsAre("Second"));
@@ -202,8 +147,8 @@ TEST(PeFile, ANameThatDoesNotEndIsNoName)
 TEST(PeFile, ImportsThatNeverEndEnd)
 {
     Module module;
-    for (std::uint32_t record = Imports; record < LibraryName - 20; record += 20)
-        module.Put32(Module::At(record + 12), LibraryName);
+    for (std::uint32_t record = Module::Imports; record < Module::LibraryName - 20; record += 20)
+        module.Put32(Module::At(record + 12), Module::LibraryName);
     ASSERT_TRUE(module.Read());
     EXPECT_THAT(module.Read()->ImportedLibraries(3), SizeIs(3));
 }
@@ -211,10 +156,10 @@ TEST(PeFile, ImportsThatNeverEndEnd)
 TEST(PeFile, AddressesAtTheEndOfTheRangeDoNotWrapAround)
 {
     Module module;
-    module.Put32(Directories, 0xFFFFFFFF);
-    module.Put32(Directories + 8, 0xFFFFFFF0);
-    module.Put32(SectionTable + 12, 0xFFFFF000);
-    module.Put32(SectionTable + 20, 0xFFFFF000);
+    module.Put32(Module::Directories, 0xFFFFFFFF);
+    module.Put32(Module::Directories + 8, 0xFFFFFFF0);
+    module.Put32(Module::SectionTable + 12, 0xFFFFF000);
+    module.Put32(Module::SectionTable + 20, 0xFFFFF000);
     AskEverything(module.Bytes());
 }
 
@@ -244,7 +189,7 @@ TEST(PeFile, AnyByteMayBeAnyOther)
 TEST(PeFile, AnyNumberOfTheHeadersMayBeHuge)
 {
     const Module module;
-    for (std::size_t offset = 0x3C; offset < SectionTable + 40; ++offset)
+    for (std::size_t offset = 0x3C; offset < Module::SectionTable + 40; ++offset)
     {
         Module changed = module;
         changed.Put32(offset, 0xFFFFFFFF);

@@ -1,77 +1,173 @@
-// The thread that listens to the process that loads a plugin.
+// What the tool hears of the process that loads a plugin, whatever that process does with the pipe.
 
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "doctor/PipeReader.h"
-#include "support/Handle.h"
 
 namespace OrlindexTest {
 
+using Orlindex::Doctor::Handle;
+using Orlindex::Doctor::MakePipe;
+using Orlindex::Doctor::Pipe;
 using Orlindex::Doctor::PipeReader;
+using End = PipeReader::End;
+using testing::Each;
 using testing::ElementsAre;
 using testing::SizeIs;
 
+namespace {
+
+constexpr std::uint64_t Minutes = 10 * 60'000; ///< Milliseconds, for what comes to an end by itself.
+
+} // namespace
+
+/// An event stands in for the process: it ends when the event is set.
 class DoctorPipeReader : public testing::Test
 {
 protected:
-    DoctorPipeReader()
-    {
-        HANDLE readEnd = nullptr;
-        HANDLE writeEnd = nullptr;
-        if (!CreatePipe(&readEnd, &writeEnd, nullptr, 4096))
-            throw std::runtime_error("cannot make a pipe");
-        readEnd_.reset(readEnd);
-        writeEnd_.reset(writeEnd);
-    }
-
-    void Write(const std::string& bytes) const
+    /// False if nobody reads any more.
+    bool Write(const std::string& bytes) const
     {
         DWORD written = 0;
-        EXPECT_TRUE(WriteFile(writeEnd_.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr));
-        EXPECT_EQ(written, bytes.size());
+        return WriteFile(pipe_.writeEnd.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
+               written == bytes.size();
     }
 
-    Handle readEnd_;
-    Handle writeEnd_;
+    void EndProcess() const { SetEvent(process_.get()); }
+    End Read(std::uint64_t milliseconds = Minutes) { return reader_.ReadUntilEnd(process_.get(), milliseconds); }
+
+    /// Reads while `write` runs in a thread of its own.
+    template <class Action>
+    End ReadWhile(const Action& write)
+    {
+        std::thread writer(write);
+        const End end = Read();
+        pipe_.readEnd.reset(); // A writer that waits is woken.
+        writer.join();
+        return end;
+    }
+
+    std::vector<std::string> lines_;
+    Pipe pipe_ = MakePipe();
+    Handle process_{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    PipeReader reader_{pipe_.readEnd.get(), [this](const std::string& line) { lines_.push_back(line); }};
 };
 
 TEST_F(DoctorPipeReader, LinesAreTakenAsTheyWereWritten)
 {
-    std::vector<std::string> lines;
-    PipeReader reader(readEnd_.get(), [&lines](const std::string& line) { lines.push_back(line); });
-    Write("first\nsec");
-    Write("ond\n\nno end");
-    writeEnd_.reset();
-    reader.Finish();
-    EXPECT_THAT(lines, ElementsAre("first", "second", ""));
+    EXPECT_TRUE(Write("first\nsec"));
+    EXPECT_TRUE(Write("ond\n\nno end"));
+    pipe_.writeEnd.reset();
+    EndProcess();
+    EXPECT_EQ(Read(), End::ProcessEnded);
+    EXPECT_THAT(lines_, ElementsAre("first", "second", ""));
+}
+
+TEST_F(DoctorPipeReader, AWriteEndThatSomebodyElseHasDoesNotKeepIt)
+{
+    EXPECT_TRUE(Write("first\nsecond\n"));
+    EndProcess();
+    EXPECT_EQ(Read(), End::ProcessEnded);
+    EXPECT_THAT(lines_, ElementsAre("first", "second"));
+}
+
+TEST_F(DoctorPipeReader, TheTimeIsKeptWhileNothingComes)
+{
+    EXPECT_EQ(Read(1), End::TimedOut);
+    EXPECT_TRUE(Write("first\n"));
+    EXPECT_EQ(Read(1), End::TimedOut) << "and while something does";
+}
+
+TEST_F(DoctorPipeReader, AProcessThatClosesItsEndIsStillWaitedFor)
+{
+    EXPECT_TRUE(Write("first\n"));
+    pipe_.writeEnd.reset();
+    EXPECT_EQ(Read(1), End::TimedOut);
+    EndProcess();
+    EXPECT_EQ(Read(), End::ProcessEnded);
+    EXPECT_THAT(lines_, ElementsAre("first"));
+}
+
+TEST_F(DoctorPipeReader, SomebodyElseWhoWritesForEverDoesNotKeepIt)
+{
+    EndProcess();
+    ReadWhile([this] {
+        while (Write("more\n"))
+            ;
+    });
+    EXPECT_LE(lines_.size(), PipeReader::MostLines);
 }
 
 TEST_F(DoctorPipeReader, ALineWithoutEndIsCut)
 {
-    std::vector<std::string> lines;
-    PipeReader reader(readEnd_.get(), [&lines](const std::string& line) { lines.push_back(line); });
-    Write(std::string(100000, 'x') + '\n');
-    writeEnd_.reset();
-    reader.Finish();
-    EXPECT_THAT(lines, ElementsAre(SizeIs(64 * 1024)));
+    const End end = ReadWhile([this] {
+        EXPECT_TRUE(Write(std::string(100000, 'x') + '\n'));
+        EndProcess();
+    });
+    EXPECT_EQ(end, End::ProcessEnded);
+    EXPECT_THAT(lines_, ElementsAre(SizeIs(PipeReader::LongestLine)));
 }
 
-TEST_F(DoctorPipeReader, AnExceptionReachesTheOneThatWaitsAndTheWriterDoesNotWait)
+TEST_F(DoctorPipeReader, OfLinesWithoutNumberTheFirstAreTaken)
 {
+    const End end = ReadWhile([this] {
+        while (Write("1\n"))
+            ;
+    });
+    EXPECT_EQ(end, End::TooMuch);
+    EXPECT_THAT(lines_, SizeIs(PipeReader::MostLines));
+    EXPECT_THAT(lines_, Each("1"));
+}
+
+TEST_F(DoctorPipeReader, AsManyLinesAsAreTakenAreNotTooMany)
+{
+    std::string bytes;
+    for (std::size_t line = 0; line < PipeReader::MostLines; ++line)
+        bytes += "1\n";
+    EXPECT_TRUE(Write(bytes));
+    EndProcess();
+    EXPECT_EQ(Read(), End::ProcessEnded);
+    EXPECT_THAT(lines_, SizeIs(PipeReader::MostLines));
+}
+
+TEST_F(DoctorPipeReader, OfBytesWithoutNumberTheFirstAreTaken)
+{
+    const End end = ReadWhile([this] {
+        while (Write(std::string(16000, 'x') + '\n'))
+            ;
+    });
+    EXPECT_EQ(end, End::TooMuch);
+    EXPECT_THAT(lines_, SizeIs(PipeReader::MostBytes / 16001));
+}
+
+TEST_F(DoctorPipeReader, ALineThatNeverEndsIsTooMuch)
+{
+    const End end = ReadWhile([this] {
+        while (Write(std::string(16000, 'x')))
+            ;
+    });
+    EXPECT_EQ(end, End::TooMuch);
+    EXPECT_THAT(lines_, SizeIs(0));
+}
+
+TEST(DoctorPipe, AnExceptionReachesTheOneThatReads)
+{
+    const Pipe pipe = MakePipe();
+    const Handle process(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     int taken = 0;
-    PipeReader reader(readEnd_.get(), [&taken](const std::string&) {
+    PipeReader reader(pipe.readEnd.get(), [&taken](const std::string&) {
         ++taken;
         throw std::runtime_error("from the taker");
     });
-    Write("first\nsecond\n");
-    Write(std::string(100000, 'x')); // Far more than the pipe holds.
-    writeEnd_.reset();
-    EXPECT_THROW(reader.Finish(), std::runtime_error);
+    DWORD written = 0;
+    EXPECT_TRUE(WriteFile(pipe.writeEnd.get(), "first\nsecond\n", 13, &written, nullptr));
+    EXPECT_THROW(reader.ReadUntilEnd(process.get(), Minutes), std::runtime_error);
     EXPECT_EQ(taken, 1);
 }
 

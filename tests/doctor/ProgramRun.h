@@ -19,7 +19,7 @@ struct ProgramRun
 /// Runs a program to its end, or ends it after `seconds`. Arguments must hold no quotation marks and not end with a
 /// backslash.
 ProgramRun RunProgram(const std::filesystem::path& program, const std::vector<std::wstring>& arguments,
-                      unsigned seconds = 50);
+                      unsigned seconds = 300);
 
 } // namespace OrlindexTest
 

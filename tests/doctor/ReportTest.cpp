@@ -23,6 +23,11 @@ TEST_F(DoctorReports, OfEachKindAreWritten)
     site.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\PellwickClient.dll"},
                                  CompatibilityEntry{"x", "9", R"({"minVersion": "2"})"}, CompatibilityEntry{"", "1"}});
     Write("signature", Report());
+    std::string paths;
+    for (int index = 0; index < 200; ++index)
+        paths += "x;";
+    site.WriteClientConfig(R"({"ssoServer": {"searchPaths": ")" + paths + R"("}})");
+    Write("directories", Report());
 }
 
 } // namespace OrlindexTest

@@ -11,6 +11,8 @@
 #include "load/contract/ISSOClientModule.h"
 #include "session/ResultCodes.h"
 
+#include <windows.h>
+
 namespace Kestrany::Simulator {
 
 namespace {
@@ -95,6 +97,8 @@ TEST_F(PluginClientTest, TextsThatAreNotWellFormedAreRefused)
     wchar_t wide[256] = L"untouched";
     EXPECT_EQ(client.GetSessionUri(NotUtf16, 0, wide, 256), IdInvalidText);
     EXPECT_STREQ(wide, L"untouched");
+    EXPECT_EQ(client.GetSessionUri(L"https://a.example/\uFFFD", 0, wide, 256), IdInvalidText);
+    EXPECT_STREQ(wide, L"untouched");
     EXPECT_EQ(client.AutomatedLogin(NotUtf16, L"simulator", false, nullptr), IdInvalidText);
     EXPECT_EQ(client.HasProxyInfo(NotUtf8, 80), IdInvalidText);
     EXPECT_EQ(client.OverrideCallConfig(1, 1, 0, 0, NotUtf8), IdInvalidText);
@@ -102,6 +106,20 @@ TEST_F(PluginClientTest, TextsThatAreNotWellFormedAreRefused)
     product.SetOAuth2ClientID("tests");
     product.SetProductBuildId(NotUtf8);
     EXPECT_EQ(client.SetProductConfig(TALIX_SERVER_PRODUCTION, product), IdInvalidText);
+}
+
+TEST_F(PluginClientTest, AnAddressThatWasNoUtf8BeforeTheLibraryConvertedItIsRefused)
+{
+    LogIn();
+    wchar_t wide[256] = L"untouched";
+    for (const char* const illFormed : {"https://a.example/\xED\xA0\x80", "https://a.example/\xC3(", "https://a\xFF"})
+    {
+        wchar_t address[64] = L""; // As the library converts it: without flags.
+        ASSERT_GT(MultiByteToWideChar(CP_UTF8, 0, illFormed, -1, address, 64), 0);
+        EXPECT_EQ(client.GetSessionUri(address, 0, wide, 256), IdInvalidText) << illFormed;
+        EXPECT_STREQ(wide, L"untouched");
+    }
+    EXPECT_EQ(client.GetSessionUri(L"https://a.example/\u0416", 0, wide, 256), IdSuccess);
 }
 
 TEST_F(PluginClientTest, ProductConfigurationComesBackAsItWasSet)

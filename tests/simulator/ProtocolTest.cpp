@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <list>
 #include <random>
 
 #include "TestSession.h"
@@ -271,6 +273,110 @@ TEST_F(ProtocolTest, LatencyHoldsAnswersBackInTheirOrder)
     ticks += 300;
     service.Review();
     EXPECT_EQ(host.TakeResponse()->id, 22u);
+}
+
+TEST_F(ProtocolTest, AnswersThatAreHeldBackAreCounted)
+{
+    scenario.latency = std::chrono::milliseconds(300);
+    SignInService service(scenario, Parts());
+    Host host(service);
+    host.Attach();
+    EXPECT_EQ(host.end.HeldBack(), 0u);
+    Request request;
+    request.id = 21;
+    request.operation = Operations::GetStatus;
+    request.caller = caller;
+    ASSERT_TRUE(host.end.Receive(WriteRequest(request)));
+    const std::size_t one = host.end.HeldBack();
+    EXPECT_GT(one, 0u);
+    ticks += 100;
+    ASSERT_TRUE(host.end.Receive(WriteRequest(request)));
+    EXPECT_EQ(host.end.HeldBack(), 2 * one);
+    ticks += 200;
+    service.Review();
+    EXPECT_EQ(host.end.HeldBack(), one);
+    ticks += 100;
+    service.Review();
+    EXPECT_EQ(host.end.HeldBack(), 0u);
+}
+
+TEST_F(ProtocolTest, WhoDoesNotAttachInTimeIsSentAway)
+{
+    SignInService service(scenario, Parts());
+    Host first(service);
+    ticks += 5;
+    Host second(service);
+    Host host(service);
+    host.Attach();
+    EXPECT_EQ(service.NextReview(), ticks - 5 + ServiceHost::AttachLimit);
+    ticks += ServiceHost::AttachLimit - 6;
+    service.Review();
+    EXPECT_FALSE(first.end.IsGivenUp());
+    ticks += 1;
+    service.Review();
+    EXPECT_TRUE(first.end.IsGivenUp());
+    EXPECT_FALSE(second.end.IsGivenUp());
+    EXPECT_EQ(service.NextReview(), ticks + 5);
+    ticks += 5;
+    service.Review();
+    EXPECT_TRUE(second.end.IsGivenUp());
+    EXPECT_FALSE(host.end.IsGivenUp()) << "a host may be silent";
+    EXPECT_FALSE(service.NextReview());
+    EXPECT_EQ(warnings.size(), 2u);
+}
+
+TEST_F(ProtocolTest, WhoWasSentAwayCannotAttachAnyMore)
+{
+    SignInService service(scenario, Parts());
+    Host host(service);
+    ticks += ServiceHost::AttachLimit;
+    service.Review();
+    Request request;
+    request.operation = Operations::Attach;
+    request.caller = caller;
+    request.arguments["protocol"] = ProtocolVersion;
+    request.arguments["identity"] = "Tests";
+    EXPECT_FALSE(host.end.Receive(WriteRequest(request)));
+    EXPECT_FALSE(host.end.IsAttached());
+}
+
+TEST_F(ProtocolTest, ConnectionsThatDoNotAttachMakeRoomForOthersTheOldestFirst)
+{
+    SignInService service(scenario, Parts());
+    std::list<Host> silent;
+    for (std::size_t count = 0; count < SignInService::MaxUnattached; ++count)
+    {
+        ASSERT_TRUE(service.MakeRoom());
+        silent.emplace_back(service);
+    }
+    EXPECT_TRUE(warnings.empty());
+    ASSERT_TRUE(service.MakeRoom());
+    EXPECT_TRUE(silent.front().end.IsGivenUp());
+    EXPECT_FALSE(std::next(silent.begin())->end.IsGivenUp());
+    Host host(service);
+    EXPECT_EQ(host.Attach().code, IdSuccess);
+    ASSERT_TRUE(service.MakeRoom());
+    EXPECT_FALSE(std::next(silent.begin())->end.IsGivenUp()) << "the host takes none of their places";
+    EXPECT_FALSE(host.end.IsGivenUp());
+}
+
+TEST_F(ProtocolTest, HostsTakeThePlacesOfThoseThatDoNotAttach)
+{
+    SignInService service(scenario, Parts());
+    std::list<Host> hosts;
+    Host silent(service);
+    while (hosts.size() < SignInService::MaxConnections - 1)
+    {
+        ASSERT_TRUE(service.MakeRoom());
+        EXPECT_EQ(hosts.emplace_back(service).Attach().code, IdSuccess);
+    }
+    EXPECT_FALSE(silent.end.IsGivenUp());
+    ASSERT_TRUE(service.MakeRoom());
+    EXPECT_TRUE(silent.end.IsGivenUp());
+    EXPECT_EQ(hosts.emplace_back(service).Attach().code, IdSuccess);
+    EXPECT_FALSE(service.MakeRoom()) << "all of them are hosts";
+    hosts.pop_front();
+    EXPECT_TRUE(service.MakeRoom());
 }
 
 TEST_F(ProtocolTest, AHostThatIsRefusedHearsItAtOnce)

@@ -34,6 +34,17 @@ namespace {
 using namespace IdentityServices;
 
 constexpr std::int64_t Limit = 20'000;
+constexpr std::int64_t Patience = 300'000; ///< For what comes as soon as the machine gets to it.
+
+/// Waits until the server has ended a connection on which it sends nothing.
+bool Ends(HANDLE pipe)
+{
+    char byte = 0;
+    PendingOperation reading;
+    if (!ReadFile(pipe, &byte, 1, nullptr, reading.Get()) && GetLastError() != ERROR_IO_PENDING)
+        return true;
+    return !reading.Finish(pipe, Deadline(Patience)) && GetLastError() == ERROR_BROKEN_PIPE;
+}
 
 class SharedLoginTest : public testing::Test
 {
@@ -317,6 +328,23 @@ TEST_F(SharedLoginTest, AServerWhosePipeHasAnotherOwnerEndsWithoutServing)
     std::int64_t processId = 0;
     const bool noticed = !CreatePrivatePipe(HostPipeName(DefaultIdentity), PipeKind::Bytes, true, 2, 4096);
     EXPECT_EQ(servers.StartSSOServerProcess(Limit, processId), !noticed);
+}
+
+TEST_F(SharedLoginTest, ConnectionsThatNeverAttachKeepNoHostOut)
+{
+    module.Uninitialize();
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    std::int64_t processId = 0;
+    ASSERT_TRUE(servers.StartSSOServerProcess(Limit, processId));
+    std::vector<Handle> silent;
+    for (int count = 0; count < 300; ++count)
+    {
+        silent.push_back(OpenPrivatePipe(HostPipeName(DefaultIdentity), Deadline(Patience)));
+        ASSERT_TRUE(silent.back()) << count;
+    }
+    EXPECT_EQ(LogIn(), IdSuccess);
+    EXPECT_TRUE(client.IsLoginValid());
+    EXPECT_TRUE(Ends(silent.front().get())) << "the oldest is sent away";
 }
 
 TEST_F(SharedLoginTest, WhatIsNoMessageDoesNotStopTheServer)

@@ -11,9 +11,13 @@ work=$(mktemp -d)
 folder="$work/a folder"
 export PELLWICK_SIMULATOR_DATA="Z:${work//\//\\}\\data"
 
+# Into a file, not a pipe: a server that the program starts goes on after it, with its output open.
 run_windows()
 {
-    bash -c 'exec "$@"' run "$source/scripts/wine-run" "$@" </dev/null 2>&1 | tr -d '\r'
+    local status=0
+    bash -c 'exec "$@"' run "$source/scripts/wine-run" "$@" </dev/null >"$work/output" 2>&1 || status=$?
+    tr -d '\r' <"$work/output"
+    return $status
 }
 finish()
 {
@@ -41,6 +45,13 @@ expect "$(lay_out)" 'written     Pellwick/Pellwick.scenario.json'
 expect "$(lay_out)" 'as it was   Pellwick/PellwickClient.dll'
 cp "$build/examples/cpp_host.exe" "$folder/host/"
 expect "$(run_host)" 'All steps succeeded.'
+
+# The library converts an address that is no UTF-8 as the platform does; the simulator refuses what comes of it.
+cp "$build/tests/simulator/simulator_address_host.exe" "$folder/host/"
+answers=$(run_windows "$folder/host/simulator_address_host.exe")
+expect "$answers" 'well-formed: 1000'
+expect "$answers" 'surrogate: 4010'
+expect "$answers" 'cut off: 4010'
 
 # What the developer changed stays, and is what the next server plays.
 scenario="$folder/Pellwick/Pellwick.scenario.json"

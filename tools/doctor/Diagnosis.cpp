@@ -229,6 +229,10 @@ Verdict OfFailedLoad(const StartFacts& facts)
     if (load.exception)
         return {ExitCode::PluginThrew, StepId::Load,
                 file + " threw an exception" + when + ": " + Narrow(*load.exception) + '.', maker};
+    if (load.end == LoadOutcome::End::CutOff)
+        return {ExitCode::TooManyMessages, StepId::Load,
+                "More messages came from the process that loads " + file + " than a load has" + when + '.',
+                "Ask the plugin's maker: the module writes to a handle that is not its own."};
     if (load.end == LoadOutcome::End::Ended)
         return {ExitCode::PluginCrashed, StepId::Load,
                 file + " ended its process" + when + ", with " + ErrorWords(load.processExitCode) + '.', maker};

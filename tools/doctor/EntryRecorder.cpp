@@ -73,18 +73,18 @@ void EntryRecorder::Add(const EntryFinding& finding)
 
 void EntryRecorder::Finish()
 {
-    AddHidden(hiddenDefective_, Mark::Warning, "more are ignored, for such defects");
-    AddHidden(hiddenSound_, Mark::Info, "more are not chosen");
+    AddHidden(hiddenDefective_, facts_.entries.defective, Mark::Warning, "more are ignored, for such defects");
+    AddHidden(hiddenSound_, facts_.entries.sound, Mark::Info, "more are not chosen");
     hiddenDefective_ = hiddenSound_ = 0;
 }
 
-void EntryRecorder::AddHidden(std::size_t count, Mark mark, const char* note)
+void EntryRecorder::AddHidden(std::size_t count, std::size_t total, Mark mark, const char* note)
 {
     if (count == 0)
         return;
     report_.Begin(StepId::CompatibilityEntries);
-    report_.Add(
-        {mark, "entry", "further entries", std::to_string(count), "not-shown", Narrow(facts_.compatibilityFile), note});
+    report_.Add({mark, "entry", "further entries", std::to_string(count), "not-shown", Narrow(facts_.compatibilityFile),
+                 note, total});
 }
 
 } // namespace Orlindex::Doctor

@@ -20,7 +20,7 @@ public:
     void Finish();
 
 private:
-    void AddHidden(std::size_t count, Mark mark, const char* note);
+    void AddHidden(std::size_t count, std::size_t total, Mark mark, const char* note);
 
     Report& report_;
     StartFacts& facts_;

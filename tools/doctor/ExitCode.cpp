@@ -53,6 +53,8 @@ const ExitCodeRow rows[] = {
     {ExitCode::PluginCrashed, "plugin-crashed", "the plugin ended its process"},
     {ExitCode::PluginHung, "plugin-hung", "the plugin did not answer in time"},
     {ExitCode::ModuleInterfaceNull, "module-interface-null", "the plugin's factory has no ISSOClientModule"},
+    {ExitCode::TooManyMessages, "too-many-messages",
+     "the process that loads the plugin wrote more messages than a load has"},
 };
 
 } // namespace

@@ -47,7 +47,8 @@ enum class ExitCode
     PluginThrew = 53,
     PluginCrashed = 54,
     PluginHung = 55,
-    ModuleInterfaceNull = 56
+    ModuleInterfaceNull = 56,
+    TooManyMessages = 57
 };
 
 struct ExitCodeRow

@@ -86,7 +86,8 @@ Finding VersionLine(const std::optional<VersionRecord>& record, const std::wstri
     {
         line.mark = Mark::Warning;
         line.result = record ? "other" : "no-record";
-        line.note = (record ? "another version than this tool's, " : "has no version record; this tool's version is ") +
+        line.note = (record ? "another version than this tool's, "
+                            : "has no version record that can be read; this tool's version is ") +
                     std::string(ProductVersion) + ": what follows is what this tool's version would do";
     }
     return line;

@@ -28,6 +28,8 @@ Json::Value FindingValue(const Finding& finding)
     SetUnlessEmpty(value, "result", finding.result);
     SetUnlessEmpty(value, "source", finding.source);
     SetUnlessEmpty(value, "note", finding.note);
+    if (finding.total)
+        value["total"] = static_cast<Json::UInt64>(*finding.total);
     return value;
 }
 

@@ -38,6 +38,8 @@ std::string WhyLibraryEnded(const LoadOutcome& load)
 {
     if (load.end == LoadOutcome::End::Hung)
         return "it did not answer within " + std::to_string(load.timeoutSeconds) + " seconds";
+    if (load.end == LoadOutcome::End::CutOff)
+        return "it wrote more messages than a load has";
     return "it ended its process, with " + ErrorWords(load.processExitCode);
 }
 

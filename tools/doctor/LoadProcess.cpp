@@ -1,10 +1,11 @@
 #include "LoadProcess.h"
 
+#include <cstdint>
 #include <cstdlib>
-#include <memory>
 #include <stdexcept>
 #include <windows.h>
 
+#include "Handle.h"
 #include "LoadChild.h"
 #include "LoadMessages.h"
 #include "ModuleFile.h"
@@ -21,39 +22,11 @@ using namespace Ids;
 
 namespace {
 
-struct HandleCloser
-{
-    using pointer = HANDLE;
-    void operator()(HANDLE handle) const
-    {
-        if (handle != INVALID_HANDLE_VALUE)
-            CloseHandle(handle);
-    }
-};
-
-using Handle = std::unique_ptr<void, HandleCloser>;
+constexpr std::uint64_t millisecondsPerSecond = 1000;
 
 [[noreturn]] void ThrowLastError(const char* what)
 {
     throw std::runtime_error(std::string(what) + ": " + ErrorWords(GetLastError()));
-}
-
-struct Pipe
-{
-    Handle readEnd;
-    Handle writeEnd;
-};
-
-Pipe MakePipe()
-{
-    SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
-    HANDLE readEnd = nullptr;
-    HANDLE writeEnd = nullptr;
-    if (!CreatePipe(&readEnd, &writeEnd, &inheritable, 0))
-        ThrowLastError("cannot make a pipe");
-    Pipe pipe = {Handle(readEnd), Handle(writeEnd)};
-    SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
-    return pipe;
 }
 
 /// Ends all its processes with its owner: also those that a plugin started.
@@ -266,6 +239,38 @@ private:
     bool ended_ = false;
 };
 
+std::string Limits()
+{
+    return std::to_string(PipeReader::MostLines) + " messages or " + std::to_string(PipeReader::MostBytes) + " bytes";
+}
+
+/// What a load came to that did not say so itself.
+void AddEnd(PipeReader::End end, Report& report, LoadOutcome& outcome)
+{
+    Finding line = {Mark::Failed, "load", outcome.begun ? LoadStepName(*outcome.begun) : "load", "", "", "", ""};
+    if (outcome.libraryBegun)
+        line.name = "host's library";
+    switch (end)
+    {
+    case PipeReader::End::ProcessEnded:
+        outcome.end = LoadOutcome::End::Ended;
+        line.result = "ended";
+        line.note = "the process ended: " + ErrorWords(outcome.processExitCode);
+        break;
+    case PipeReader::End::TimedOut:
+        outcome.end = LoadOutcome::End::Hung;
+        line.result = "hung";
+        line.note = "no answer within " + std::to_string(outcome.timeoutSeconds) + " seconds";
+        break;
+    case PipeReader::End::TooMuch:
+        outcome.end = LoadOutcome::End::CutOff;
+        line.result = "cut-off";
+        line.note = "the process was ended: it wrote more than " + Limits() + ", of which the rest was not read";
+        break;
+    }
+    report.Add(std::move(line));
+}
+
 LoadOutcome LoadInOwnProcess(const LoadRequest& request, Report& report)
 {
     LoadOutcome outcome;
@@ -273,25 +278,20 @@ LoadOutcome LoadInOwnProcess(const LoadRequest& request, Report& report)
     Pipe pipe = MakePipe();
     const Handle job = MakeJob();
     const Handle process = StartProcess(request, pipe, job.get());
-    pipe.writeEnd.reset(); // Or the pipe would never end.
+    pipe.writeEnd.reset(); // Or the pipe would never end by itself.
 
-    // This thread only waits until the reader has ended, so the report has one writer at a time.
     LoadListener listener(request, report, outcome);
     PipeReader reader(pipe.readEnd.get(), [&listener](const std::string& line) { listener.Take(line); });
-    const bool inTime = WaitForSingleObject(process.get(), request.timeoutSeconds * 1000) == WAIT_OBJECT_0;
+    const PipeReader::End end =
+        reader.ReadUntilEnd(process.get(), std::uint64_t{request.timeoutSeconds} * millisecondsPerSecond);
     TerminateJobObject(job.get(), 1); // Also what the plugin started.
-    reader.Finish();
 
     if (listener.Ended())
         return outcome;
     DWORD exitCode = 0;
     GetExitCodeProcess(process.get(), &exitCode);
     outcome.processExitCode = exitCode;
-    outcome.end = inTime ? LoadOutcome::End::Ended : LoadOutcome::End::Hung;
-    const char* const last = outcome.begun ? LoadStepName(*outcome.begun) : "load";
-    report.Add({Mark::Failed, "load", outcome.libraryBegun ? "host's library" : last, "", inTime ? "ended" : "hung", "",
-                inTime ? "the process ended: " + ErrorWords(exitCode)
-                       : "no answer within " + std::to_string(request.timeoutSeconds) + " seconds"});
+    AddEnd(end, report, outcome);
     return outcome;
 }
 

@@ -102,7 +102,7 @@ ExitCode RunReport(Options options, Console& console)
         text.WriteTitle(Version(), Question(subject));
     Report report(options.json ? nullptr : &text);
     const Verdict verdict =
-        WellFormed(check ? RunCheck(options, host, module, report) : RunStart(options, host, report));
+        Presentable(check ? RunCheck(options, host, module, report) : RunStart(options, host, report));
     if (options.json)
         console.Write(JsonReport(subject, report, verdict));
     else

@@ -6,10 +6,10 @@
 #include <string_view>
 #include <windows.h>
 
+#include "MappedFile.h"
 #include "PeFile.h"
 #include "VersionRecord.h"
 #include "Words.h"
-#include "base/FileHandle.h"
 #include "base/Paths.h"
 #include "base/TextConversion.h"
 #include "load/PluginModule.h"
@@ -22,53 +22,6 @@ using namespace Ids;
 namespace {
 
 constexpr std::size_t mostLibraries = 1000;
-
-/// A file's bytes, mapped as data. It cannot be written meanwhile: bytes that are gone would end this process.
-class MappedFile
-{
-public:
-    explicit MappedFile(const std::wstring& path) : file_(path, FILE_SHARE_READ), error_(file_.Error())
-    {
-        LARGE_INTEGER size = {};
-        if (!file_.IsOpen())
-            return;
-        if (!GetFileSizeEx(file_.Get(), &size))
-        {
-            error_ = GetLastError();
-            return;
-        }
-        if (size.QuadPart == 0)
-            return; // Readable, and cannot be mapped.
-        const HANDLE mapping = CreateFileMappingW(file_.Get(), nullptr, PAGE_READONLY, 0, 0, nullptr);
-        if (mapping)
-        {
-            view_ = MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0);
-            error_ = view_ ? ERROR_SUCCESS : GetLastError();
-            CloseHandle(mapping); // The view keeps it.
-        }
-        else
-        {
-            error_ = GetLastError();
-        }
-        size_ = view_ ? static_cast<std::size_t>(size.QuadPart) : 0;
-    }
-    MappedFile(const MappedFile&) = delete;
-    MappedFile& operator=(const MappedFile&) = delete;
-    ~MappedFile()
-    {
-        if (view_)
-            UnmapViewOfFile(view_);
-    }
-
-    DWORD Error() const { return error_; }
-    std::string_view Bytes() const { return {static_cast<const char*>(view_), size_}; }
-
-private:
-    FileHandle file_;
-    DWORD error_;
-    const void* view_ = nullptr;
-    std::size_t size_ = 0;
-};
 
 std::string MachineWords(const PeFile& module)
 {
@@ -120,12 +73,12 @@ void AddFactorySymbol(const PeFile& module, Report& report, ModuleFacts& facts)
                 names.empty() ? "not exported; the module exports no name" : "not exported; exported are " + names});
 }
 
-void AddVersionRecord(const std::wstring& path, Report& report)
+void AddVersionRecord(const PeFile& module, Report& report)
 {
-    const std::optional<VersionRecord> record = ReadVersionRecord(path);
+    const std::optional<VersionRecord> record = ReadVersionRecord(module);
     if (!record)
     {
-        report.Add({Mark::Info, "version", "version record", "", "missing", "", "the file has none"});
+        report.Add({Mark::Info, "version", "version record", "", "missing", "", "the file has none that can be read"});
         return;
     }
     std::string note = record->description;
@@ -214,7 +167,7 @@ void InspectModuleFile(const std::wstring& path, Report& report, ModuleFacts& fa
     if (!module)
         return;
     AddFactorySymbol(*module, report, facts);
-    AddVersionRecord(path, report);
+    AddVersionRecord(*module, report);
 }
 
 void InspectLibraryFile(const std::wstring& path, Report& report, ModuleFacts& facts)

@@ -15,10 +15,18 @@ constexpr std::uint16_t magic32 = 0x10B;
 constexpr std::uint16_t magic64 = 0x20B;
 constexpr std::size_t exportDirectory = 0;
 constexpr std::size_t importDirectory = 1;
+constexpr std::size_t resourceDirectory = 2;
+constexpr std::uint32_t versionType = 16;
+constexpr std::uint32_t versionName = 1;
+constexpr std::uint32_t neutralLanguage = 0;
+constexpr std::uint32_t usEnglish = 0x409;
+constexpr std::uint32_t leadsToTable = 0x80000000;
 
 constexpr std::size_t mostSections = 96;   ///< That the system's loader accepts.
 constexpr std::uint32_t mostNames = 65536; ///< A module numbers its exports with 16 bits.
 constexpr std::size_t longestText = 4096;
+constexpr std::uint16_t mostResources =
+    4096; ///< Of one table. The types that the system defines are few and come first.
 
 } // namespace
 
@@ -107,10 +115,30 @@ std::optional<std::size_t> PeFile::OffsetOf(std::uint64_t address) const
     return std::nullopt;
 }
 
+std::optional<std::uint16_t> PeFile::U16At(std::uint64_t address) const
+{
+    const auto offset = OffsetOf(address);
+    return offset ? U16(*offset) : std::nullopt;
+}
+
 std::optional<std::uint32_t> PeFile::U32At(std::uint64_t address) const
 {
     const auto offset = OffsetOf(address);
     return offset ? U32(*offset) : std::nullopt;
+}
+
+std::optional<std::string_view> PeFile::BytesAt(std::uint64_t address, std::uint32_t size) const
+{
+    for (const Section& section : sections_)
+    {
+        if (address < section.address || address - section.address >= section.fileSize)
+            continue;
+        const std::uint64_t within = address - section.address;
+        const std::uint64_t offset = section.fileOffset + within;
+        if (size <= section.fileSize - within && offset <= bytes_.size() && size <= bytes_.size() - offset)
+            return bytes_.substr(static_cast<std::size_t>(offset), size);
+    }
+    return std::nullopt;
 }
 
 std::optional<std::string_view> PeFile::TextAt(std::uint64_t address) const
@@ -192,6 +220,62 @@ std::vector<std::string> PeFile::ImportedLibraries(std::size_t limit) const
             break;
     }
     return libraries;
+}
+
+template <class Visit>
+void PeFile::VisitResources(std::uint64_t table, const Visit& visit) const
+{
+    const auto named = U16At(table + 12);
+    const auto numbered = U16At(table + 14);
+    if (!named || !numbered)
+        return;
+    const std::uint64_t first = table + 16 + std::uint64_t{*named} * 8; // Entries with names stand in front.
+    for (std::uint64_t index = 0; index < std::min(*numbered, mostResources); ++index)
+    {
+        const auto identifier = U32At(first + index * 8);
+        const auto offset = U32At(first + index * 8 + 4);
+        if (!identifier || !offset || !visit(*identifier, *offset))
+            return;
+    }
+}
+
+std::optional<std::uint32_t> PeFile::FindResource(std::uint64_t table, std::initializer_list<std::uint32_t> identifiers,
+                                                  bool any) const
+{
+    std::optional<std::uint32_t> found;
+    std::size_t rank = identifiers.size() + (any ? 1 : 0); // Of the one found; lower ones are better.
+    VisitResources(table, [&](std::uint32_t identifier, std::uint32_t offset) {
+        const auto own = static_cast<std::size_t>(std::find(identifiers.begin(), identifiers.end(), identifier) -
+                                                  identifiers.begin());
+        if (own < rank)
+        {
+            rank = own;
+            found = offset;
+        }
+        return rank > 0;
+    });
+    return found;
+}
+
+std::optional<std::string_view> PeFile::VersionResourceBytes() const
+{
+    const Directory directory = DirectoryAt(resourceDirectory);
+    if (directory.size == 0)
+        return std::nullopt;
+    // Three levels, and no more, whatever the file says: type, name, language. Offsets count from the first table.
+    const std::uint64_t root = directory.address;
+    const auto type = FindResource(root, {versionType}, false);
+    if (!type || (*type & leadsToTable) == 0)
+        return std::nullopt;
+    const auto name = FindResource(root + (*type & ~leadsToTable), {versionName}, false);
+    if (!name || (*name & leadsToTable) == 0)
+        return std::nullopt;
+    const auto entry = FindResource(root + (*name & ~leadsToTable), {neutralLanguage, usEnglish}, true);
+    if (!entry || (*entry & leadsToTable) != 0)
+        return std::nullopt;
+    const auto address = U32At(root + *entry);
+    const auto size = U32At(root + *entry + 4);
+    return address && size ? BytesAt(*address, *size) : std::nullopt;
 }
 
 } // namespace Orlindex::Doctor

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,6 +33,9 @@ public:
     std::vector<std::string> ExportedNames(std::size_t limit) const;
     /// Libraries that the system loads with the module, at most `limit`, in the module's order.
     std::vector<std::string> ImportedLibraries(std::size_t limit) const;
+    /// The version resource: the neutral one, else the one in U.S. English, else the first. nullopt if there is none,
+    /// or if it does not lie in the file with all of its bytes.
+    std::optional<std::string_view> VersionResourceBytes() const;
 
 private:
     struct Section
@@ -56,13 +60,22 @@ private:
     std::optional<std::uint32_t> U32(std::size_t offset) const;
     /// Where an address of the loaded module lies in the file.
     std::optional<std::size_t> OffsetOf(std::uint64_t address) const;
+    std::optional<std::uint16_t> U16At(std::uint64_t address) const;
     std::optional<std::uint32_t> U32At(std::uint64_t address) const;
+    /// That many bytes at an address, which must lie in the file in one section.
+    std::optional<std::string_view> BytesAt(std::uint64_t address, std::uint32_t size) const;
     /// The text at an address, which must end within the file and within 4096 bytes.
     std::optional<std::string_view> TextAt(std::uint64_t address) const;
     Directory DirectoryAt(std::size_t index) const;
     /// Calls `visit(name)` for each exported name until it answers false.
     template <class Visit>
     void VisitExports(const Visit& visit) const;
+    /// Calls `visit(identifier, offset)` for each numbered entry of a resource table until it answers false.
+    template <class Visit>
+    void VisitResources(std::uint64_t table, const Visit& visit) const;
+    /// Where the entry leads that stands first in `identifiers`; with `any`, else the table's first one.
+    std::optional<std::uint32_t> FindResource(std::uint64_t table, std::initializer_list<std::uint32_t> identifiers,
+                                              bool any) const;
 
     std::string_view bytes_;
     std::uint16_t machine_ = 0;

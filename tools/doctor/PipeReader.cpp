@@ -1,58 +1,168 @@
 #include "PipeReader.h"
 
+#include <algorithm>
+#include <stdexcept>
 #include <utility>
 
-namespace Orlindex::Doctor {
+#include "Words.h"
 
-PipeReader::PipeReader(HANDLE pipe, Taker take) : take_(std::move(take)), thread_([this, pipe] { Read(pipe); }) {}
+namespace Orlindex::Doctor {
+namespace {
+
+constexpr DWORD bufferSize = 64 * 1024;
+
+/// Milliseconds that the system may take to cancel a read. It does so at once; nothing here waits without a limit.
+constexpr DWORD cancelLimit = 10'000;
+
+std::wstring PipeName()
+{
+    LARGE_INTEGER counter = {};
+    QueryPerformanceCounter(&counter);
+    return L"\\\\.\\pipe\\orlindex-doctor." + std::to_wstring(GetCurrentProcessId()) + L'.' +
+           std::to_wstring(counter.QuadPart);
+}
+
+[[noreturn]] void ThrowNoPipe()
+{
+    throw std::runtime_error("cannot make a pipe: " + ErrorWords(GetLastError()));
+}
+
+DWORD MillisecondsLeft(std::uint64_t start, std::uint64_t limit)
+{
+    const std::uint64_t passed = GetTickCount64() - start;
+    const std::uint64_t left = passed < limit ? limit - passed : 0;
+    return static_cast<DWORD>(std::min<std::uint64_t>(left, INFINITE - 1));
+}
+
+} // namespace
+
+/// The system writes here until the read has ended.
+struct PipeReader::Operation
+{
+    Operation() : ended(CreateEventW(nullptr, TRUE, FALSE, nullptr))
+    {
+        if (!ended)
+            ThrowNoPipe();
+    }
+
+    bool HasEnded(DWORD milliseconds) const { return WaitForSingleObject(ended.get(), milliseconds) == WAIT_OBJECT_0; }
+
+    Handle ended;
+    OVERLAPPED overlapped = {};
+    char buffer[4096] = {};
+};
+
+/// The pipes of CreatePipe cannot be read with a limit of time: a read there ends with the last write handle alone.
+Pipe MakePipe()
+{
+    const std::wstring name = PipeName();
+    Handle readEnd(CreateNamedPipeW(name.c_str(),
+                                    PIPE_ACCESS_INBOUND | FILE_FLAG_OVERLAPPED | FILE_FLAG_FIRST_PIPE_INSTANCE,
+                                    PIPE_TYPE_BYTE | PIPE_REJECT_REMOTE_CLIENTS, 1, 0, bufferSize, 0, nullptr));
+    if (readEnd.get() == INVALID_HANDLE_VALUE)
+        ThrowNoPipe();
+    SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
+    // From here on nobody else can: the pipe has one instance.
+    Handle writeEnd(CreateFileW(name.c_str(), GENERIC_WRITE, 0, &inheritable, OPEN_EXISTING, 0, nullptr));
+    if (writeEnd.get() == INVALID_HANDLE_VALUE)
+        ThrowNoPipe();
+    return {std::move(readEnd), std::move(writeEnd)};
+}
+
+PipeReader::PipeReader(HANDLE readEnd, Taker take)
+    : readEnd_(readEnd), take_(std::move(take)), operation_(std::make_unique<Operation>())
+{
+    StartReading();
+}
 
 PipeReader::~PipeReader()
 {
-    if (thread_.joinable())
-        thread_.join();
+    if (!operation_ || operation_->HasEnded(0))
+        return;
+    CancelIoEx(readEnd_, &operation_->overlapped);
+    if (!operation_->HasEnded(cancelLimit))
+        static_cast<void>(operation_.release()); // The system may still write to it.
 }
 
-void PipeReader::Finish()
+PipeReader::End PipeReader::ReadUntilEnd(HANDLE process, std::uint64_t milliseconds)
 {
-    thread_.join();
-    if (exception_)
-        std::rethrow_exception(exception_);
-}
-
-/// After an exception the rest is still read, or the writer would wait for ever.
-void PipeReader::Read(HANDLE pipe)
-{
-    char buffer[4096];
-    DWORD read = 0;
-    while (ReadFile(pipe, buffer, sizeof buffer, &read, nullptr) && read > 0)
+    const std::uint64_t start = GetTickCount64();
+    for (;;)
     {
-        if (exception_)
-            continue;
-        try
+        const HANDLE objects[] = {process, operation_ ? operation_->ended.get() : nullptr};
+        const DWORD count = operation_ ? 2 : 1;
+        switch (WaitForMultipleObjects(count, objects, FALSE, MillisecondsLeft(start, milliseconds)))
         {
-            Add(buffer, read);
-        }
-        catch (...)
-        {
-            exception_ = std::current_exception();
+        case WAIT_OBJECT_0:
+            return TakeRest() ? End::ProcessEnded : End::TooMuch;
+        case WAIT_OBJECT_0 + 1:
+            if (!TakeRead())
+                return End::TooMuch;
+            break;
+        default:
+            return End::TimedOut;
         }
     }
 }
 
-void PipeReader::Add(const char* bytes, std::size_t count)
+void PipeReader::StartReading()
 {
-    constexpr std::size_t longestLine = 64 * 1024;
+    operation_->overlapped = {};
+    operation_->overlapped.hEvent = operation_->ended.get();
+    ResetEvent(operation_->ended.get());
+    if (!ReadFile(readEnd_, operation_->buffer, sizeof operation_->buffer, nullptr, &operation_->overlapped) &&
+        GetLastError() != ERROR_IO_PENDING)
+        operation_.reset(); // Nobody writes any more.
+}
+
+bool PipeReader::TakeRead()
+{
+    DWORD size = 0;
+    if (!GetOverlappedResult(readEnd_, &operation_->overlapped, &size, FALSE) || size == 0)
+    {
+        operation_.reset();
+        return true;
+    }
+    if (!Take(operation_->buffer, size))
+        return false;
+    StartReading();
+    return true;
+}
+
+/// What lies in the pipe ends a read at once. One that has to be cancelled finds it empty, and nothing more is read.
+bool PipeReader::TakeRest()
+{
+    while (operation_)
+    {
+        CancelIoEx(readEnd_, &operation_->overlapped);
+        if (!operation_->HasEnded(cancelLimit))
+            return true;
+        if (!TakeRead())
+            return false;
+    }
+    return true;
+}
+
+bool PipeReader::Take(const char* bytes, std::size_t count)
+{
     for (std::size_t index = 0; index < count; ++index)
     {
+        if (bytes_ == MostBytes)
+            return false;
+        ++bytes_;
         if (bytes[index] != '\n')
         {
-            if (line_.size() < longestLine)
+            if (line_.size() < LongestLine)
                 line_ += bytes[index];
             continue;
         }
+        if (lines_ == MostLines)
+            return false;
+        ++lines_;
         take_(line_);
         line_.clear();
     }
+    return true;
 }
 
 } // namespace Orlindex::Doctor

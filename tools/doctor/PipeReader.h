@@ -1,38 +1,72 @@
 #ifndef ORLINDEX_DOCTOR_PIPEREADER_H
 #define ORLINDEX_DOCTOR_PIPEREADER_H
 
-#include <exception>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
-#include <thread>
 #include <windows.h>
+
+#include "Handle.h"
 
 namespace Orlindex::Doctor {
 
-/// Reads lines from a pipe, in a thread of its own, until nobody writes any more. A line without end is cut: a plugin
-/// may write what it likes.
+struct Pipe
+{
+    Handle readEnd;  ///< For PipeReader.
+    Handle writeEnd; ///< Inheritable, for a child process.
+};
+
+/// Throws std::runtime_error if the system refuses it.
+Pipe MakePipe();
+
+/// Reads the lines that a process writes to a pipe. Whatever that process does, no wait is without a limit and nothing
+/// is kept but one line: a plugin may write what it likes, and it may give the pipe's write end to a process that
+/// stays, so that the pipe never ends.
 class PipeReader
 {
 public:
-    using Taker = std::function<void(const std::string&)>;
+    using Taker = std::function<void(const std::string& line)>;
 
-    /// Calls `take` for each line, in that thread. The pipe must outlive the reader.
-    PipeReader(HANDLE pipe, Taker take);
+    /// What is taken at most. A longer line is cut; after so many lines or bytes nothing is read any more.
+    static constexpr std::size_t LongestLine = 64 * 1024;
+    static constexpr std::size_t MostLines = 1000;
+    static constexpr std::size_t MostBytes = 1024 * 1024;
+
+    enum class End
+    {
+        ProcessEnded, ///< All that it had written before was taken.
+        TimedOut,
+        TooMuch ///< More lines or bytes came than are taken.
+    };
+
+    /// `take` is called for each line, by ReadUntilEnd. The pipe's read end must outlive the reader.
+    PipeReader(HANDLE readEnd, Taker take);
     PipeReader(const PipeReader&) = delete;
     PipeReader& operator=(const PipeReader&) = delete;
     ~PipeReader();
 
-    /// Waits for the end of the pipe, and throws what `take` threw. After an exception nothing more was taken.
-    void Finish();
+    /// Reads until the process has ended, though others may still have the pipe's write end, or the time is over.
+    /// Throws what `take` throws.
+    End ReadUntilEnd(HANDLE process, std::uint64_t milliseconds);
 
 private:
-    void Read(HANDLE pipe);
-    void Add(const char* bytes, std::size_t count);
+    struct Operation;
 
-    Taker take_;
+    void StartReading();
+    /// Takes what was read. False if the limits are reached.
+    bool TakeRead();
+    /// Takes what the pipe holds by now. False if the limits are reached.
+    bool TakeRest();
+    bool Take(const char* bytes, std::size_t count);
+
+    const HANDLE readEnd_;
+    const Taker take_;
+    std::unique_ptr<Operation> operation_; ///< The read on its way. Null once the pipe has ended.
     std::string line_;
-    std::exception_ptr exception_;
-    std::thread thread_;
+    std::size_t lines_ = 0;
+    std::size_t bytes_ = 0;
 };
 
 } // namespace Orlindex::Doctor

@@ -6,6 +6,22 @@
 #include "base/TextConversion.h"
 
 namespace Orlindex::Doctor {
+namespace {
+
+constexpr std::size_t longestText = 16 * 1024; ///< Bytes of one text that are shown: a file may hold one of millions.
+
+std::string Shortened(const std::string& text)
+{
+    if (text.size() <= longestText)
+        return text;
+    std::size_t end = longestText;
+    const auto continues = [&] { return (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80; };
+    for (int back = 0; back < 3 && continues(); ++back) // A character has at most three bytes behind its first.
+        --end;
+    return text.substr(0, end) + "... and " + std::to_string(text.size() - end) + " more bytes";
+}
+
+} // namespace
 
 Mark Step::Outcome() const
 {
@@ -100,20 +116,20 @@ void Report::Begin(StepId id)
         listener_->OnStep(id);
 }
 
-std::string WellFormed(const std::string& text)
+std::string Presentable(const std::string& text)
 {
-    return Kestrany::IdentityServices::Narrow(Kestrany::IdentityServices::Widen(text));
+    return Kestrany::IdentityServices::Narrow(Kestrany::IdentityServices::Widen(Shortened(text)));
 }
 
-Verdict WellFormed(const Verdict& verdict)
+Verdict Presentable(const Verdict& verdict)
 {
-    return {verdict.code, verdict.step, WellFormed(verdict.cause), WellFormed(verdict.remedy)};
+    return {verdict.code, verdict.step, Presentable(verdict.cause), Presentable(verdict.remedy)};
 }
 
 void Report::Add(Finding finding)
 {
     for (std::string* const text : {&finding.name, &finding.value, &finding.source, &finding.note})
-        *text = WellFormed(*text);
+        *text = Presentable(*text);
     if (listener_)
         listener_->OnFinding(finding);
     steps_.back().findings.push_back(std::move(finding));

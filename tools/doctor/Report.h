@@ -1,6 +1,7 @@
 #ifndef ORLINDEX_DOCTOR_REPORT_H
 #define ORLINDEX_DOCTOR_REPORT_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -45,6 +46,8 @@ struct Finding
     std::string result; ///< A word of a fixed set, depending on the kind.
     std::string source; ///< Where the value comes from: file and key, registry key and view, default, ...
     std::string note;   ///< In words.
+    /// Where a finding stands for many that are not shown: how many there are, those that are shown included.
+    std::optional<std::size_t> total = {};
 };
 
 struct Step
@@ -68,9 +71,10 @@ const char* StepName(StepId id);  ///< As in the JSON report.
 const char* StepTitle(StepId id); ///< For people.
 const char* MarkName(Mark mark);
 
-/// The texts of files are not what they should be at times: what is no UTF-8 in one becomes U+FFFD.
-std::string WellFormed(const std::string& text);
-Verdict WellFormed(const Verdict& verdict);
+/// The texts of files are not what they should be at times: what is no UTF-8 in one becomes U+FFFD, and one that is
+/// longer than 16 KiB is cut.
+std::string Presentable(const std::string& text);
+Verdict Presentable(const Verdict& verdict);
 
 /// Is told of each step and finding as it comes.
 class ReportListener
@@ -91,7 +95,7 @@ public:
 
     /// Findings belong to this step from now on.
     void Begin(StepId id);
-    /// Its texts become well-formed.
+    /// Its texts become presentable.
     void Add(Finding finding);
 
     const std::vector<Step>& Steps() const { return steps_; }

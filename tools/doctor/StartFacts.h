@@ -20,7 +20,8 @@ struct LoadOutcome
     {
         Regular,
         Ended, ///< The process ended before the load did.
-        Hung
+        Hung,
+        CutOff ///< It wrote more messages than are read, and was ended.
     };
 
     End end = End::Regular;

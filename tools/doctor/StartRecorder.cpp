@@ -17,6 +17,9 @@ namespace {
 /// This tool sees what its hosts see. Of a 32-bit one under 64-bit Windows the library looks into both.
 constexpr const char* registryView = ToolMachine == Machine::X64 ? "64-bit view" : "32-bit view, else the 64-bit one";
 
+/// Of one search, as lines: a hostile file can name millions.
+constexpr std::size_t mostDirectories = 100;
+
 Mark MarkOf(DirectoryState state)
 {
     return state == DirectoryState::Holds ? Mark::Ok : Mark::Info;
@@ -55,8 +58,21 @@ std::string RegistryProblem(const RegistryFinding& finding)
 void StartRecorder::AddDirectories(const SearchFinding& finding, Mark notFound)
 {
     const std::string fileName = Narrow(finding.fileName);
+    std::size_t shown = 0;
+    std::size_t hidden = 0;
     for (const SearchedDirectory& directory : finding.directories)
+    {
+        if (shown >= mostDirectories && directory.state != DirectoryState::Holds)
+        {
+            ++hidden;
+            continue;
+        }
+        ++shown;
         report_.Add(DirectoryFinding(directory, fileName));
+    }
+    if (hidden > 0)
+        report_.Add({Mark::Info, "directory", "further directories", std::to_string(hidden), "not-shown", "",
+                     "more, of " + std::to_string(finding.directories.size()) + " in all", finding.directories.size()});
     if (finding.found.empty())
         report_.Add({notFound, "file", FileWords(finding.file), "", "not-found", "",
                      finding.directories.empty() ? "no directory to search" : "no directory holds " + fileName});

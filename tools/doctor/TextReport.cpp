@@ -46,13 +46,19 @@ const char* ColorOf(Mark mark)
     return "";
 }
 
-/// What is shown may come from a hostile file: no character of it may steer the console.
+/// What is shown may come from a hostile file: no character of it may steer the console. A zero, at which a path ends
+/// for the system, is shown as JSON has it.
 std::string Shown(const std::string& text)
 {
     std::string shown;
     for (const char character : text)
     {
         const auto byte = static_cast<unsigned char>(character);
+        if (byte == 0)
+        {
+            shown += "\\u0000";
+            continue;
+        }
         const bool upper = byte >= 0x80 && byte < 0xA0 && !shown.empty() && shown.back() == '\xC2'; // U+0080 to U+009F
         if (upper)
             shown.pop_back();

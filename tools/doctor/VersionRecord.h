@@ -1,9 +1,10 @@
 #ifndef ORLINDEX_DOCTOR_VERSIONRECORD_H
 #define ORLINDEX_DOCTOR_VERSIONRECORD_H
 
-#include <cstddef>
 #include <optional>
 #include <string>
+
+#include "PeFile.h"
 
 namespace Orlindex::Doctor {
 
@@ -18,11 +19,12 @@ struct VersionRecord
     std::string signers;    ///< Of a library: the names that it accepts, separated by semicolons.
 };
 
-/// Nothing where the file cannot be read or has no version record. The file is read as data.
-std::optional<VersionRecord> ReadVersionRecord(const std::wstring& path);
+/// nullopt if the module has no version record that can be read. The platform's own functions are not asked: they
+/// believe the sizes and addresses of a damaged file.
+std::optional<VersionRecord> ReadVersionRecord(const PeFile& module);
 
-/// The same of a record's bytes, which may be hostile: nothing outside of them is read.
-std::optional<VersionRecord> ParseVersionRecord(const void* record, std::size_t size);
+/// The same of a file, which is read as data; nullopt also if it cannot be read or is no Windows module.
+std::optional<VersionRecord> ReadVersionRecord(const std::wstring& path);
 
 } // namespace Orlindex::Doctor
 
