@@ -78,8 +78,7 @@ double TimeOf(int calls, const Call& call)
 template <class FloorCall, class LibraryCall>
 void Compare(benchmark::State& state, int calls, const FloorCall& floor, const LibraryCall& library)
 {
-    CompareTimes(
-        state, calls, [&] { return TimeOf(calls, floor); }, [&] { return TimeOf(calls, library); });
+    CompareTimes(state, calls, [&] { return TimeOf(calls, floor); }, [&] { return TimeOf(calls, library); });
 }
 
 } // namespace OrlindexBench

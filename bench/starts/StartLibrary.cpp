@@ -24,7 +24,7 @@ using namespace OrlindexBench;
 StartFigures figures;
 
 /// One import, for as long as the object lives. `step` is what its time counts as.
-template <class Import, double StartFigures::*step>
+template <class Import, double StartFigures::* step>
 class TimedImport
 {
 public:

@@ -19,7 +19,7 @@ using Getter = int (ProductConfig::*)(char*, int) const;
 /// One text of the host's object, and what it is here.
 struct Entry
 {
-    std::string ProductSettings::*text;
+    std::string ProductSettings::* text;
     Getter get;
     void (*set)(ProductConfig& config, const char* text);
 };

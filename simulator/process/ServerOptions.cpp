@@ -71,7 +71,7 @@ constexpr ValueOption ValueOptions[] = {{"--identity", TakeIdentity},
 struct FlagOption
 {
     const char* name;
-    bool ServerOptions::*flag;
+    bool ServerOptions::* flag;
 };
 
 constexpr FlagOption FlagOptions[] = {

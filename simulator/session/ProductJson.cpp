@@ -15,7 +15,7 @@ constexpr char ServerKey[] = "server";
 struct TextMember
 {
     const char* key;
-    std::string ProductSettings::*text;
+    std::string ProductSettings::* text;
 };
 
 constexpr TextMember TextMembers[] = {

@@ -224,7 +224,7 @@ private:
         struct Member
         {
             const char* key;
-            std::string Account::*text;
+            std::string Account::* text;
         };
         static constexpr Member members[] = {
             {"userId", &Account::userId},     {"userName", &Account::userName}, {"firstName", &Account::firstName},

@@ -12,8 +12,8 @@
 // for a file's index without its volume. What they take is in no header of user mode, or not in each.
 extern "C" __declspec(dllimport) LONG NTAPI NtQueryVirtualMemory(HANDLE process, const void* address, int information,
                                                                  void* buffer, SIZE_T size, SIZE_T* needed);
-extern "C" __declspec(dllimport) LONG NTAPI
-    NtQueryInformationFile(HANDLE file, void* status, void* buffer, ULONG size, int information);
+extern "C" __declspec(dllimport) LONG NTAPI NtQueryInformationFile(HANDLE file, void* status, void* buffer, ULONG size,
+                                                                   int information);
 
 namespace Kestrany::IdentityServices {
 namespace {

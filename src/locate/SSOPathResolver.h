@@ -107,7 +107,7 @@ private:
     /// One shape for the four interfaces: load on first use; a plugin that is loaded but does not offer the interface
     /// is worth a message at every request.
     template <class Interface>
-    Interface* Obtain(Interface* PluginInterfaces::*which)
+    Interface* Obtain(Interface* PluginInterfaces::* which)
     {
         const ProcessLockGuard guard(processLock);
         if (!pluginFactory_ && !EnsureClientLoaded())

@@ -36,7 +36,7 @@ CHECK(host_packing_is_as_before, offsetof(host_record, second) == HOST_PACKING);
     CHECK_PLACE(record, field##_size, (wide) + 8, (narrow) + 4)
 #define CHECK_ENUMERATION(type)            \
     CHECK(type##_size, sizeof(type) == 4); \
-    CHECK(type##_is_signed, (type)-1 < (type)0)
+    CHECK(type##_is_signed, (type) - 1 < (type)0)
 #define CHECK_VALUE(name, value) CHECK(name, (name) == (value))
 
 CHECK_ENUMERATION(talix_status_code);

@@ -11,7 +11,7 @@ using namespace Kestrany::IdentityServices;
 static_assert(std::is_same_v<IdErrorCode, talix_status_code>, "one numeric space for both interfaces");
 
 template <class Record>
-constexpr bool IsPlain = std::is_standard_layout_v<Record>&& std::is_trivial_v<Record>;
+constexpr bool IsPlain = std::is_standard_layout_v<Record> && std::is_trivial_v<Record>;
 static_assert(IsPlain<talix_user_info> && IsPlain<talix_proxy_info> && IsPlain<talix_buffer> &&
               IsPlain<talix_versions>);
 

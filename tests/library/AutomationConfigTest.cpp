@@ -91,7 +91,7 @@ void ExpectBadCast(BaseConfig& config, IdServicesAutomation::OverridingType type
 
 /// Where a field lies in its object. These classes have virtual tables, which offsetof is not made for.
 template <class Config, class Field>
-std::size_t PlaceOf(Field Config::*field)
+std::size_t PlaceOf(Field Config::* field)
 {
     const Config config;
     return static_cast<std::size_t>(reinterpret_cast<const char*>(&(config.*field)) -

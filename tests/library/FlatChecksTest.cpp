@@ -221,8 +221,8 @@ TEST_F(FlatUser, OneAttributeWithABufferAndASizeIsEnough)
     char text[8];
     const struct
     {
-        char* talix_user_info::*buffer;
-        std::int32_t talix_user_info::*size;
+        char* talix_user_info::* buffer;
+        std::int32_t talix_user_info::* size;
     } attributes[] = {
         {&talix_user_info::user_id, &talix_user_info::user_id_size},
         {&talix_user_info::user_name, &talix_user_info::user_name_size},

@@ -19,7 +19,7 @@ using testing::StartsWith;
 namespace {
 
 /// Calls every function and compares its result; nothing may be written to its arguments.
-void ExpectEach(std::int64_t FlatFunction::*result, FlatArguments& arguments)
+void ExpectEach(std::int64_t FlatFunction::* result, FlatArguments& arguments)
 {
     for (const FlatFunction& function : FlatFunctions())
     {

@@ -104,10 +104,8 @@ std::vector<PrivateMember> OfPrivateInterface()
          Calling([](Arguments&) { return SSOClientPrivate::ServerNameToServer({}); }), Exactly("\"\""), servers, "-1"},
         {"Encrypt", Private, 3, Calling([](Arguments&) { return SSOClientPrivate::Encrypt(wide); }),
          Exactly('"' + std::string(utf8) + '"'), wideTexts, ""},
-        {"Encrypt up to the first zero", Private, 3, Calling([](Arguments&) {
-             return SSOClientPrivate::Encrypt({L"a\0b", 3});
-         }),
-         Exactly("\"a\""), wideTexts, ""},
+        {"Encrypt up to the first zero", Private, 3,
+         Calling([](Arguments&) { return SSOClientPrivate::Encrypt({L"a\0b", 3}); }), Exactly("\"a\""), wideTexts, ""},
         {"GetSettingsPath", Private, 4, Calling([](Arguments&) { return SSOClientPrivate::GetSettingsPath(); }), None,
          wideTexts, ""},
         {"GetActiveOAuth2TokenRefreshRetrySchedule", Private, 6,
@@ -237,10 +235,9 @@ std::vector<PrivateMember> OfModuleInterface()
          ""},
         {"SetProductName", Module, 5, Calling([](Arguments&) { return SSOClientPrivate::SetProductName(wide); }),
          Exactly('"' + std::string(utf8) + '"'), nothing, ""},
-        {"SetProductName up to the first zero", Module, 5, Calling([](Arguments&) {
-             return SSOClientPrivate::SetProductName({L"a\0b", 3});
-         }),
-         Exactly("\"a\""), nothing, ""},
+        {"SetProductName up to the first zero", Module, 5,
+         Calling([](Arguments&) { return SSOClientPrivate::SetProductName({L"a\0b", 3}); }), Exactly("\"a\""), nothing,
+         ""},
     };
 }
 

@@ -12,9 +12,8 @@ using Kestrany::IdentityServices::SetPluginLogger;
 
 LogCapture::LogCapture()
 {
-    SetPluginLogger([this](const std::wstring& message, TALIXLog::LogLevel level) {
-        lines_.push_back({level, ToUtf8(message)});
-    });
+    SetPluginLogger(
+        [this](const std::wstring& message, TALIXLog::LogLevel level) { lines_.push_back({level, ToUtf8(message)}); });
 }
 
 LogCapture::~LogCapture()

@@ -222,7 +222,8 @@ extern "C" __declspec(dllexport) const OrlindexTest::TestPluginControl* GetTestP
 #if defined(_MSC_VER)
 __declspec(dllexport)
 #endif
-    Kestrany::IdentityServices::ISSOClientFactory* GetSSOClientFactory()
+Kestrany::IdentityServices::ISSOClientFactory*
+GetSSOClientFactory()
 {
     return OrlindexTest::Record<Kestrany::IdentityServices::ISSOClientFactory*>(OrlindexTest::FactoryFunction, 0);
 }

@@ -90,9 +90,9 @@ constexpr const char* Infallible[] = {
     "CoTaskMemFree", "EnterCriticalSection", "FreeSid", "GetCurrentProcess", "GetCurrentProcessId",
     "GetCurrentThreadId", "GetLastError", "LeaveCriticalSection", "LocalFree", "SetLastError", "Sleep",
     // Runtime: memory that is there, texts, classes of characters, the runtime's own locks and data.
-    "___lc_codepage_func", "___mb_cur_max_func", "__iob_func", "_errno", "_lock", "_strtoi64", "_unlock", "clearerr", "ferror",
-    "free", "islower", "isspace", "isupper", "iswctype", "localeconv", "memchr", "memcmp", "memcpy", "memmove",
-    "memset", "strchr", "strcmp", "strlen", "strncmp", "towlower", "towupper", "wcslen",
+    "___lc_codepage_func", "___mb_cur_max_func", "__iob_func", "_errno", "_lock", "_strtoi64", "_unlock", "clearerr",
+    "ferror", "free", "islower", "isspace", "isupper", "iswctype", "localeconv", "memchr", "memcmp", "memcpy",
+    "memmove", "memset", "strchr", "strcmp", "strlen", "strncmp", "towlower", "towupper", "wcslen",
     // These have a sweep of their own.
     "calloc", "malloc", "realloc"};
 

@@ -27,7 +27,8 @@ class Soak : public HostTest
 {
 protected:
     static constexpr int WarmUp = 100;
-    /// The platform opens a few handles of its own now and then, once a process: sixteen places in the table of handles.
+    /// The platform opens a few handles of its own now and then, once a process: sixteen places in the table of
+    /// handles.
     static constexpr std::intptr_t MostPlatformHandles = 16 * 4;
 
     void Rounds(int count)

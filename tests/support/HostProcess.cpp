@@ -22,7 +22,7 @@ constexpr wchar_t RootVariable[] = L"ORLINDEX_TEST_ROOT";
 constexpr wchar_t PluginsVariable[] = L"ORLINDEX_TEST_PLUGINS";
 constexpr wchar_t SigningVariable[] = L"ORLINDEX_TEST_SIGNING";
 constexpr wchar_t LongFormVariable[] = L"ORLINDEX_LONG";
-constexpr char EndReport[] = "ended";    // A file in the test's folder.
+constexpr char EndReport[] = "ended";                 // A file in the test's folder.
 constexpr DWORD TimeLimit = 4 * PatienceMilliseconds; // A test takes well under one second, but for some stress tests.
 constexpr DWORD LongTimeLimit = 7200000;              // Milliseconds; of the long form of the stress tests.
 
