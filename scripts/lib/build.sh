@@ -41,14 +41,17 @@ make_what_builds()
     return "$status"
 }
 
-# The programs and modules that a build would still have to link.
+# The programs and modules that a build would still have to link. Read from a copy of its plan: for the plan itself the
+# build system would first ask whether CMake has to run.
 remove_outdated()
 {
     local folder=$1 file
-    ninja -C "$folder" -n -k 0 2>/dev/null |
+    cp "$folder/build.ninja" "$folder/plan.ninja" || return
+    ninja -C "$folder" -f plan.ninja -n -k 0 2>/dev/null |
         sed -nE 's/^\[[0-9]+\/[0-9]+\] Linking C(XX)? (executable|shared library|shared module) //p' |
         while IFS= read -r file; do
             rm -f "$folder/$file"
             printf '%s\n' "${file##*/}"
         done >"$folder/not-built.txt"
+    rm -f "$folder/plan.ninja"
 }

@@ -11,6 +11,7 @@
 #include "Environment.h"
 #include "OtherHost.h"
 #include "process/ServerInstance.h"
+#include "support/Patience.h"
 
 namespace Kestrany::Simulator {
 
@@ -20,7 +21,7 @@ constexpr std::size_t Hosts = 4;
 constexpr int Rounds = 50;
 
 /// A round that takes longer hangs.
-constexpr DWORD RoundLimit = 40'000;
+constexpr DWORD RoundLimit = OrlindexTest::PatienceMilliseconds;
 
 /// Milliseconds within which the kill falls.
 constexpr unsigned int Spread = 25;

@@ -8,6 +8,7 @@
 #include "load/contract/ISSOServerManager.h"
 #include "platform/Folders.h"
 #include "process/ServerProcesses.h"
+#include "support/Patience.h"
 
 namespace Kestrany::Simulator {
 
@@ -92,7 +93,7 @@ void CleanUp()
 {
     const ServerProcesses processes([](TALIXLog::LogLevel, const std::string&) {});
     const std::wstring file = ServerFile();
-    constexpr std::int64_t limit = 5000;
+    constexpr std::int64_t limit = OrlindexTest::PatienceMilliseconds;
     processes.QuitAll(file.substr(file.rfind(L'\\') + 1), limit);
     std::error_code ignored; // The prefix is thrown away with the rest.
     std::filesystem::remove_all(SettingsFolder(), ignored);

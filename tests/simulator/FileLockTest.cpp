@@ -8,6 +8,7 @@
 #include "platform/FileLock.h"
 #include "platform/Folders.h"
 #include "process/LoginFile.h"
+#include "support/Patience.h"
 
 namespace Kestrany::Simulator {
 
@@ -75,7 +76,7 @@ TEST_F(LoginStateLockTest, AnotherProcessWaitsUntilTheLockIsGivenBack)
     const std::future<void> locked = LockOnAnotherThread();
     EXPECT_EQ(locked.wait_for(milliseconds(100)), std::future_status::timeout);
     other.Leave();
-    EXPECT_EQ(locked.wait_for(seconds(20)), std::future_status::ready);
+    EXPECT_EQ(locked.wait_for(OrlindexTest::Patience), std::future_status::ready);
     EXPECT_EQ(other.ExitCode(), 0u);
 }
 
@@ -86,14 +87,14 @@ TEST_F(LoginStateLockTest, TheLockOfAProcessThatDiedIsFree)
     const std::future<void> locked = LockOnAnotherThread();
     EXPECT_EQ(locked.wait_for(milliseconds(100)), std::future_status::timeout);
     other.Kill();
-    EXPECT_EQ(locked.wait_for(seconds(20)), std::future_status::ready);
+    EXPECT_EQ(locked.wait_for(OrlindexTest::Patience), std::future_status::ready);
 }
 
 TEST_F(LoginStateLockTest, EachServerHasALockOfItsOwn)
 {
     const OtherHost other("lock", {OwnIdentity("OtherServer")});
     ASSERT_TRUE(other.HasArrived());
-    EXPECT_EQ(LockOnAnotherThread().wait_for(seconds(20)), std::future_status::ready);
+    EXPECT_EQ(LockOnAnotherThread().wait_for(OrlindexTest::Patience), std::future_status::ready);
     other.Leave();
     EXPECT_EQ(other.ExitCode(), 0u);
 }

@@ -40,9 +40,10 @@ TEST_F(FrozenServersTest, AServerThatIsFoundFrozenAgainKeepsItsTime)
 
 TEST_F(FrozenServersTest, AServerThatAnswersAgainGoesOn)
 {
-    ASSERT_TRUE(frozen.SetKillSeconds(1));
+    FrozenServers patient{log, Limit}; // A busy machine may be long about an answer.
+    ASSERT_TRUE(patient.SetKillSeconds(1));
     ASSERT_TRUE(FreezeServer(processId, Limit));
-    frozen.Add(processId);
+    patient.Add(processId);
     ASSERT_TRUE(ThawServer(processId, Limit)); // Nobody tells the watch.
     EXPECT_FALSE(HasEnded(1500));
 }

@@ -14,6 +14,7 @@
 #include "platform/Handle.h"
 #include "platform/Text.h"
 #include "platform/WholeFile.h"
+#include "support/Patience.h"
 
 namespace Kestrany::Simulator {
 
@@ -21,7 +22,7 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-constexpr DWORD MeetingLimit = 30'000;
+constexpr DWORD MeetingLimit = OrlindexTest::PatienceMilliseconds;
 
 /// Tells the test that the host is where it should be, and waits until it may go on.
 bool Meet(const std::string& meeting)
@@ -39,13 +40,13 @@ IdentityServices::ISSOClientPrivate& Private()
 /// server IDENTITY: starts the server or finds it, and stays until it is told to leave.
 bool UseServer(const std::string& meeting, const Arguments& arguments)
 {
-    static const char* const quitAfterAMinute[] = {"--quit-after", "60"};
+    static const char* const quitAfterAnHour[] = {"--quit-after", "3600"};
     IdentityServices::ISSOServerManager& servers = *PluginFactory().GetSSOServerManager();
     ConfigureServer(arguments.at(0));
     std::int64_t started = 0;
     std::int64_t running = 0;
     std::map<std::string, std::string> answers;
-    return servers.StartSSOServerProcessWithArguments(quitAfterAMinute, 2, 20'000, started) &&
+    return servers.StartSSOServerProcessWithArguments(quitAfterAnHour, 2, MeetingLimit, started) &&
            servers.IsSSOServerProcessRunning(running) && running == started && Private().Ping(answers) &&
            answers["processId"] == std::to_string(started) && Meet(meeting);
 }

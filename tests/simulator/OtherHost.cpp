@@ -7,12 +7,13 @@
 #include "Worker.h"
 #include "platform/Text.h"
 #include "process/CommandLine.h"
+#include "support/Patience.h"
 
 namespace Kestrany::Simulator {
 
 namespace {
 
-constexpr DWORD Limit = 30'000;
+constexpr DWORD Limit = OrlindexTest::PatienceMilliseconds;
 
 std::string NewMeeting()
 {

@@ -5,13 +5,14 @@
 #include "Environment.h"
 #include "load/contract/ISSOServerManager.h"
 #include "process/ServerInstance.h"
+#include "support/Patience.h"
 
 namespace Kestrany::Simulator {
 
 namespace {
 
-constexpr std::int64_t Limit = 10'000;
-constexpr const char* quitAfterAMinute[] = {"--quit-after", "60"};
+constexpr std::int64_t Limit = OrlindexTest::PatienceMilliseconds;
+constexpr const char* quitAfterAnHour[] = {"--quit-after", "3600"};
 
 class PluginServerManagerTest : public testing::Test
 {
@@ -20,7 +21,7 @@ protected:
     {
         ConfigureServer(OwnIdentity("Manager"));
         // What a test that fails leaves behind ends by itself.
-        manager.SetSSOServerProcessArguments(quitAfterAMinute, 2);
+        manager.SetSSOServerProcessArguments(quitAfterAnHour, 2);
     }
     ~PluginServerManagerTest() override
     {
@@ -54,7 +55,7 @@ TEST_F(PluginServerManagerTest, StoredArgumentsReachTheServer)
     manager.SetSSOServerProcessArguments(arguments, 1);
     std::int64_t processId = -1;
     EXPECT_FALSE(manager.StartSSOServerProcess(Limit, processId)) << "the server takes no such argument";
-    EXPECT_TRUE(manager.StartSSOServerProcessWithArguments(quitAfterAMinute, 2, Limit, processId));
+    EXPECT_TRUE(manager.StartSSOServerProcessWithArguments(quitAfterAnHour, 2, Limit, processId));
 }
 
 TEST_F(PluginServerManagerTest, ArgumentsAreAnsweredWhenThereIsRoomForAll)
@@ -70,7 +71,7 @@ TEST_F(PluginServerManagerTest, ArgumentsAreAnsweredWhenThereIsRoomForAll)
     EXPECT_FALSE(manager.GetSSOServerProcessArguments(read, -1));
     ASSERT_TRUE(manager.GetSSOServerProcessArguments(read, 3));
     EXPECT_STREQ(read[0], "--quit-after");
-    EXPECT_STREQ(read[1], "60");
+    EXPECT_STREQ(read[1], "3600");
     EXPECT_STREQ(read[2], "");
 
     const std::string tooLong(ArgumentCapacity, 'x');

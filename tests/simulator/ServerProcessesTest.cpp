@@ -13,12 +13,13 @@
 #include "process/ServerExitCode.h"
 #include "process/ServerInstance.h"
 #include "process/ServerProcesses.h"
+#include "support/Patience.h"
 
 namespace Kestrany::Simulator {
 
 namespace {
 
-constexpr std::int64_t Limit = 10'000;
+constexpr std::int64_t Limit = OrlindexTest::PatienceMilliseconds;
 
 class ServerProcessesTest : public testing::Test
 {
@@ -26,7 +27,7 @@ protected:
     ~ServerProcessesTest() override { processes.Quit(identity, Limit); }
 
     /// What a test that fails leaves behind ends by itself.
-    bool Start(std::int64_t& processId, const std::vector<std::wstring>& arguments = {L"--quit-after", L"60"})
+    bool Start(std::int64_t& processId, const std::vector<std::wstring>& arguments = {L"--quit-after", L"3600"})
     {
         return processes.Start(ServerFile(), identity, arguments, Limit, processId);
     }
@@ -100,7 +101,7 @@ TEST_F(ServerProcessesTest, StartersAtTheSameTimeGetTheSameServer)
     bool firstStarted = false;
     std::thread other([&] {
         const ServerProcesses own([](TALIXLog::LogLevel, const std::string&) {});
-        firstStarted = own.Start(ServerFile(), identity, {L"--quit-after", L"60"}, Limit, first);
+        firstStarted = own.Start(ServerFile(), identity, {L"--quit-after", L"3600"}, Limit, first);
     });
     const bool secondStarted = Start(second);
     other.join();
@@ -171,7 +172,7 @@ TEST_F(ServerProcessesTest, AllServersOfAFileNameQuitAtOnce)
     ASSERT_TRUE(CopyFileW(file.c_str(), copy.c_str(), FALSE));
     std::int64_t processId = 0;
     for (const char* purpose : {"All1", "All2"})
-        EXPECT_TRUE(processes.Start(copy, OwnIdentity(purpose), {L"--quit-after", L"60"}, Limit, processId))
+        EXPECT_TRUE(processes.Start(copy, OwnIdentity(purpose), {L"--quit-after", L"3600"}, Limit, processId))
             << lastMessage;
     ASSERT_TRUE(Start(processId)) << lastMessage;
     EXPECT_TRUE(processes.QuitAll(name, Limit));

