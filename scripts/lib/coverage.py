@@ -4,7 +4,7 @@ coverage.py ROOT COVERAGE-JSON LIST
 
 The list names lines and branches by their text, which says more than a number and stays right when lines move:
 
-    src/load/PluginModule.cpp
+    src/load/PluginLoader.cpp
         line: return nullptr;
         branch: if (!module)
         why: The reason, of which everything above it is a part.

@@ -2,8 +2,8 @@
 
 #include "api/BoundedCopy.h"
 #include "api/FlatGuard.h"
-#include "base/ProductIdentity.h"
-#include "locate/RegistryLocation.h"
+#include "base/Product.h"
+#include "locate/Registry.h"
 
 using namespace Kestrany::IdentityServices;
 
@@ -17,9 +17,7 @@ talix_status_code TALIX_CALL talix_get_versions(talix_versions* versions)
         if (!server && !sdk)
             return IdInvalidVersionRecord;
 
-        std::string serverVersion;
-        std::string location;
-        GetLatestRegistryLocation(ServerApplicationKey, serverVersion, location);
+        const std::string serverVersion = GetLatestRegistryLocation(ServerApplicationKey).version;
         // By contract both are copied without a look at their sizes, also when only one is usable: the runtime's copy
         // rejects a target that is null or too small. Where both share one buffer, the second text stays.
         BoundedCopy(versions->server_version, CallerCapacity(versions->server_version_size), serverVersion.c_str());

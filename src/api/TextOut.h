@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "api/BoundedCopy.h"
-#include "base/TextConversion.h"
+#include "base/Text.h"
 #include "orlindex/talix.h"
 
 namespace Kestrany::IdentityServices {
@@ -33,7 +33,7 @@ struct PluginText
 template <std::size_t Units>
 talix_status_code CopyTextOut(const PluginText<Units>& text, const talix_buffer& out, talix_status_code result)
 {
-    char utf8[Units * Utf8BytesAUnit + 1];
+    char utf8[Units * Utf8BytesPerUnit + 1];
     const std::size_t size = NarrowInto(utf8, text.Text());
     utf8[size] = '\0';
     const std::size_t capacity = CallerCapacity(out.size);

@@ -6,8 +6,8 @@
 #include "StartRecorder.h"
 #include "api/LocalSystemAccount.h"
 #include "base/Paths.h"
-#include "base/ProductIdentity.h"
-#include "base/TextConversion.h"
+#include "base/Product.h"
+#include "base/Text.h"
 #include "locate/SSOPathResolver.h"
 
 namespace Orlindex::Doctor {
