@@ -20,6 +20,22 @@ std::wstring ModuleFileName(HMODULE module)
     return NormalizePath(std::wstring(buffer, length));
 }
 
+struct SidDeleter
+{
+    void operator()(void* sid) const { FreeSid(sid); }
+};
+
+using Sid = std::unique_ptr<void, SidDeleter>;
+
+Sid LocalSystemSid()
+{
+    SID_IDENTIFIER_AUTHORITY authority = SECURITY_NT_AUTHORITY;
+    PSID sid = nullptr;
+    if (!AllocateAndInitializeSid(&authority, 1, SECURITY_LOCAL_SYSTEM_RID, 0, 0, 0, 0, 0, 0, 0, &sid))
+        return nullptr;
+    return Sid(sid);
+}
+
 } // namespace
 
 std::wstring GetKnownFolderPath(const KNOWNFOLDERID& folderId)
@@ -63,6 +79,13 @@ std::wstring GetSystemErrorText(unsigned long code)
         return allocated;
     // The one error whose text is fixed, for systems that have none.
     return code == ERROR_MOD_NOT_FOUND ? L"The specified module could not be found." : L"";
+}
+
+bool RunsAsLocalSystem()
+{
+    const Sid localSystem = LocalSystemSid();
+    BOOL member = FALSE;
+    return localSystem && CheckTokenMembership(nullptr, localSystem.get(), &member) && member;
 }
 
 } // namespace Kestrany::IdentityServices

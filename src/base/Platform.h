@@ -22,6 +22,10 @@ std::wstring GetModuleDirPath(const std::wstring& moduleName);
 /// Whether this process is a 32-bit one on 64-bit Windows. A query that fails counts as no.
 bool IsWow64();
 
+/// Whether the caller runs under the local system account, which no user can sign in to. A query that fails counts as
+/// no.
+bool RunsAsLocalSystem();
+
 /// The platform's text for an error code, line end included: log messages show it as it is.
 std::wstring GetSystemErrorText(unsigned long code);
 

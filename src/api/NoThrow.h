@@ -1,7 +1,7 @@
-#ifndef ORLINDEX_API_FLATGUARD_H
-#define ORLINDEX_API_FLATGUARD_H
+#ifndef ORLINDEX_API_NOTHROW_H
+#define ORLINDEX_API_NOTHROW_H
 
-#include "api/StartCount.h"
+#include "api/IdServicesMgrPrivate.h"
 #include "load/contract/ISSOClient.h"
 #include "locate/Forwarding.h"
 #include "orlindex/talix.h"
@@ -11,7 +11,7 @@ namespace Kestrany::IdentityServices {
 /// Runs a flat function. No exception may reach a host that is written in C: not the plugin's, and not one for want of
 /// memory.
 template <class Result, class Step>
-Result Guarded(Result failure, Step&& step) noexcept
+Result NoThrow(Result failure, Step&& step) noexcept
 {
     try
     {
@@ -25,7 +25,7 @@ Result Guarded(Result failure, Step&& step) noexcept
 
 /// Values below 1000 are no verdicts; hosts see them as a failure. Which functions map, and which pass the plugin's
 /// value on as it is, differs between functions that look alike and is part of the contract.
-inline talix_status_code Mapped(talix_status_code result)
+inline talix_status_code NormalizeStatus(talix_status_code result)
 {
     return result < IdSuccess ? IdFailed : result;
 }
@@ -34,7 +34,7 @@ inline talix_status_code Mapped(talix_status_code result)
 template <class Call>
 talix_status_code WithClient(talix_status_code withoutClient, Call&& call) noexcept
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         if (!IsStarted())
             return IdNotInitialized;
         ISSOClient* client = ObtainInterface<ISSOClient>();
