@@ -9,7 +9,8 @@
 #                   where the library would refuse its module, which is signed below the build tree's own root
 #     examples/     sources, which find the library by find_package(Orlindex)
 #     docs/         guides, schemas and the reference
-#     licenses/     texts of what is linked in
+#     licenses/     licence texts of what is linked in
+#     LICENSE       licence of Orlindex
 #     README.md     what is where
 
 include(CMakePackageConfigHelpers)
@@ -69,7 +70,7 @@ endif()
 
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION . PATTERN ".*" EXCLUDE)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION . PATTERN ".*" EXCLUDE PATTERN Doxyfile EXCLUDE)
-install(FILES "${PROJECT_SOURCE_DIR}/cmake/package/README.md" DESTINATION .)
+install(FILES "${PROJECT_SOURCE_DIR}/cmake/package/README.md" "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION .)
 orlindex_collect_licenses("${PROJECT_BINARY_DIR}/package/licenses")
 if(ORLINDEX_MISSING_LICENSES)
     # An archive without them must not leave the house: the installation fails, the build goes on.
