@@ -129,11 +129,11 @@ for ((run = 1; run <= runs; run++)); do
     began=$(now)
     measure_all $run
     status=0
-    verdict=$(python3 "$root/scripts/lib/bench.py" $quick "$results") || status=$?
-    say "measurement $run of at most $runs: $(seconds_since "$began"). $(tail -n 1 <<<"$verdict")"
+    summary=$(python3 "$root/scripts/lib/bench.py" $quick "$results") || status=$?
+    say "measurement $run of at most $runs: $(seconds_since "$began"). $(tail -n 1 <<<"$summary")"
     [ "$status" -eq 1 ] || break # 1: a bound was missed
 done
 say
-sed '$d' <<<"$verdict" # The last line was printed above.
+sed '$d' <<<"$summary" # The last line was printed above.
 say "The same figures for programs: build/bench/results.json"
 exit "$status"

@@ -75,8 +75,8 @@ def shown(value):
 def row(benchmarks, what, library, floor, ratio, reach, good):
     """`benchmarks` are measured again if the bound is missed; times are in nanoseconds; `good` is None if there is no
     bound."""
-    return {"benchmarks": benchmarks, "measured": what, "library": library, "floor": floor, "ratio": ratio, "reach": reach,
-            "verdict": "" if good is None else "reached" if good else "MISSED"}
+    return {"benchmarks": benchmarks, "measured": what, "library": library, "floor": floor, "ratio": ratio, "bound": reach,
+            "result": "" if good is None else "met" if good else "MISSED"}
 
 
 def ratio_rows(measured, quick):
@@ -130,7 +130,7 @@ def growth_rows(measured, quick):
 
 
 def print_table(rows):
-    columns = ("measured", "library", "floor", "ratio", "reach", "verdict")
+    columns = ("measured", "library", "floor", "ratio", "bound", "result")
     lines = [columns]
     for one in rows:
         ratio = "" if one["ratio"] is None else f"{one['ratio']:.2f}"
@@ -162,10 +162,10 @@ def main():
         return 2
     with open(os.path.join(folder, "results.json"), "w", encoding="utf-8") as stream:
         json.dump({"quick": quick, "rows": rows, "firstStartNanoseconds": profile}, stream, indent=2)
-    missed = [one for one in rows if one["verdict"] == "MISSED"]
+    missed = [one for one in rows if one["result"] == "MISSED"]
     with open(os.path.join(folder, "missed.txt"), "w", encoding="utf-8") as stream:
         stream.writelines(sorted({name + "\n" for one in missed for name in one["benchmarks"]}))
-    print("\nMissed: " + "; ".join(one["measured"] for one in missed) if missed else "\nEvery bound was reached.")
+    print("\nMissed: " + "; ".join(one["measured"] for one in missed) if missed else "\nEvery bound was met.")
     return 1 if missed else 0
 
 
