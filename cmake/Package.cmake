@@ -76,7 +76,7 @@ if(ORLINDEX_MISSING_LICENSES)
     # Nobody must ship an archive without them: the installation fails, the build does not.
     list(JOIN ORLINDEX_MISSING_LICENSES ", " missing)
     install(CODE "message(FATAL_ERROR \"The licence texts of ${missing} were not found (cmake/Licenses.cmake says where it \
-searches them). Run scripts/setup.sh, then configure again.\")")
+looks). Run scripts/setup.sh, then configure again.\")")
 endif()
 install(DIRECTORY "${PROJECT_BINARY_DIR}/package/licenses" DESTINATION .)
 # The last step, because it looks at the installed files.

@@ -2,7 +2,7 @@
 # of the default build. SECOND adds a second signature beside the first.
 #
 # Signers are the certificates that cmake/signing/Certificates.cmake makes for this build tree. The digest of the file is
-# SHA-256. The top-level CMakeLists.txt searches the tool, ORLINDEX_OSSLSIGNCODE, because its options depend on it.
+# SHA-256. The top-level CMakeLists.txt looks for the tool, ORLINDEX_OSSLSIGNCODE, because its options depend on it.
 
 function(orlindex_sign target)
     cmake_parse_arguments(PARSE_ARGV 1 SIGN "" "OUTPUT;SIGNER;SECOND" "")

@@ -120,7 +120,7 @@ link_tools()
 }
 
 # Installs the public tools that tests compare with; tests/node pins their versions. npm runs inside the folder: with --prefix
-# it would search the machine's settings, such as its certificates, below that prefix.
+# it would look for the machine's settings, such as its certificates, below that prefix.
 install_node_packages()
 {
     rm -rf "$deps/node"

@@ -19,7 +19,7 @@ build_preset()
 {
     local preset=$1
     shift
-    # CMake searches presets in the current directory.
+    # CMake looks for presets in the current directory.
     (cd "$root" && cmake --build --preset "$preset" -j "$jobs" ${1:+--target "$@"})
 }
 

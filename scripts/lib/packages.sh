@@ -92,7 +92,7 @@ find_versions()
     [ -n "$llvm" ] && [ -n "$boost" ]
 }
 
-# If packages are still unavailable after an update of the lists: prints which names were searched.
+# If packages are still unavailable after an update of the lists: prints the names that it looked for.
 explain_unavailable()
 {
     local lacking=()
