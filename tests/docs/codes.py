@@ -1,4 +1,4 @@
-"""docs/diagnostics.md names every status code with its number, as talix.h does, and docs/simulator.md every code that the
+"""docs/diagnostics.md names every status code with its number, as talix.h does, and docs/agent.md every code that the
 simulator adds, as its ResultCodes.h does; neither names another."""
 
 import re
@@ -27,7 +27,7 @@ def status_codes(errors):
 def simulator_codes(errors):
     header = (ROOT / 'simulator/session/ResultCodes.h').read_text(encoding='utf-8')
     values = re.findall(r'static_cast<IdErrorCode>\((\d+)\)', header)
-    simulator = page('docs/simulator.md')
+    simulator = page('docs/agent.md')
     described = []
     for line, cells in simulator.rows():
         if len(cells) == 2 and cells[0].isdigit():
