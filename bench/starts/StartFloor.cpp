@@ -1,5 +1,5 @@
-// What a start cannot do without, written by hand: read the two files, read the registered location, verify the plugin
-// module once, load it once, start it.
+// What a start-up cannot do without, written by hand: refuse the local system account, read the two files, read the
+// registered location, verify the plugin module once, load it once, start it.
 
 #include <cstdio>
 #include <filesystem>
@@ -24,6 +24,17 @@ void Require(bool condition, const char* what)
 {
     if (!condition)
         throw std::runtime_error(what);
+}
+
+void RequireUser()
+{
+    SID_IDENTIFIER_AUTHORITY authority = SECURITY_NT_AUTHORITY;
+    PSID localSystem = nullptr;
+    BOOL member = TRUE;
+    Require(AllocateAndInitializeSid(&authority, 1, SECURITY_LOCAL_SYSTEM_RID, 0, 0, 0, 0, 0, 0, 0, &localSystem) &&
+                CheckTokenMembership(nullptr, localSystem, &member) && !member,
+            "the account may not sign in");
+    FreeSid(localSystem);
 }
 
 std::wstring ReadLocation()
@@ -110,6 +121,7 @@ int main()
     {
         StartFigures figures;
         Timed(figures.total, [&] {
+            RequireUser();
             ReadWhole(HostFolder() + L"\\Orlindex.config");
             const std::wstring server = ReadLocation();
             ReadWhole(server + L"\\TALIXVersionCompatibility.config");

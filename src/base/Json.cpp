@@ -32,23 +32,32 @@ JsonError FirstError(std::string_view report)
             std::string(report.substr(cause, report.find('\n', cause) - cause))};
 }
 
-Json::CharReaderBuilder SettingsFor(JsonSyntax syntax)
+Json::CharReaderBuilder* MakeBuilder(JsonSyntax syntax)
 {
-    Json::CharReaderBuilder settings;
+    auto builder = std::make_unique<Json::CharReaderBuilder>();
+    Json::CharReaderBuilder& settings = *builder;
     if (syntax == JsonSyntax::Strict)
     {
         Json::CharReaderBuilder::strictMode(&settings.settings_);
-        return settings;
+        return builder.release();
     }
     settings["collectComments"] = false;
     settings["skipBom"] = true;
     settings["allowTrailingCommas"] = false;
-    return settings;
+    return builder.release();
+}
+
+/// Made once, and never destroyed: other threads may parse while the process ends.
+const Json::CharReaderBuilder& BuilderFor(JsonSyntax syntax)
+{
+    static const Json::CharReaderBuilder* const configuration = MakeBuilder(JsonSyntax::Configuration);
+    static const Json::CharReaderBuilder* const strict = MakeBuilder(JsonSyntax::Strict);
+    return syntax == JsonSyntax::Strict ? *strict : *configuration;
 }
 
 JsonDocument Parse(const std::string& text, JsonSyntax syntax)
 {
-    const std::unique_ptr<Json::CharReader> parser(SettingsFor(syntax).newCharReader());
+    const std::unique_ptr<Json::CharReader> parser(BuilderFor(syntax).newCharReader());
     JsonDocument document;
     Json::Value root;
     std::string report;

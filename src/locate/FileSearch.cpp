@@ -25,8 +25,16 @@ DirectoryState Examine(const std::wstring& directory, const std::wstring& fileNa
 SearchResult FindFileInPaths(const std::wstring& fileName, SearchList directories)
 {
     SearchResult result = {fileName, std::move(directories), {}, {}};
+    const std::wstring* last = nullptr;
     for (const SearchDirectory& directory : result.directories)
     {
+        // As a rule the library's and the host's directory are the same: a system call less.
+        if (last && *last == directory.path)
+        {
+            result.states.push_back(result.states.back());
+            continue;
+        }
+        last = &directory.path;
         std::wstring candidate;
         result.states.push_back(Examine(directory.path, fileName, candidate));
         if (result.states.back() == DirectoryState::Holds)

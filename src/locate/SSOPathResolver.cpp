@@ -309,15 +309,16 @@ bool SSOPathResolver::LoadClientConfig()
     clientConfigLoadState_ = LoadAttempted;
     if (clientConfigFilePath_.empty())
         FindClientConfigFile();
-    if (PathExists(clientConfigFilePath_))
-        ReadClientConfigFile();
+    ReadClientConfigFile();
     return true;
 }
 
 void SSOPathResolver::ReadClientConfigFile()
 {
-    Log(Message(L"Loading client config file %1%", clientConfigFilePath_), TALIXLog::Info);
     const FileContents contents = ReadFileContents(clientConfigFilePath_);
+    if (!contents.IsRead() && !PathExists(clientConfigFilePath_))
+        return; // Without a message: the search reported it.
+    Log(Message(L"Loading client config file %1%", clientConfigFilePath_), TALIXLog::Info);
     const ParsedClientConfig config = contents.IsRead() ? ParseClientConfig(contents.bytes) : ParsedClientConfig();
     observer_.OnDocument({StartUpFile::ClientConfig, clientConfigFilePath_, contents.error,
                           contents.IsRead() && !config.values ? std::optional(config.error) : std::nullopt});

@@ -242,12 +242,13 @@ void SSOPathResolver::SetVersionCompatibilityFileOverride(std::wstring path)
 std::optional<VersionCompatibilityEntry> SSOPathResolver::ChooseClientPlugin()
 {
     const std::wstring& file = versionCompatibilityFilePath_;
-    if (!VersionCompatibilityFileExists())
+    const FileContents contents =
+        versionCompatibilityFileNotFound_ ? FileContents{ERROR_FILE_NOT_FOUND, {}} : ReadFileContents(file);
+    if (!contents.IsRead() && !VersionCompatibilityFileExists())
     {
         Log(Message(L"Version compatibility file %1% not found", file), TALIXLog::Error);
         return std::nullopt;
     }
-    const FileContents contents = ReadFileContents(file);
     const JsonDocument document = contents.IsRead() ? ParseJson(contents.bytes) : JsonDocument();
     observer_.OnDocument({StartUpFile::VersionCompatibility, file, contents.error,
                           contents.IsRead() && !document.root ? std::optional(document.error) : std::nullopt});
