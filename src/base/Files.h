@@ -26,7 +26,7 @@ private:
 };
 
 /// Largest configuration file that is read, in bytes. Such files have a few hundred bytes. Parsed JSON takes up to a
-/// hundred times the memory of its text, and the host pays for that.
+/// hundred times the memory of its text, all of it in the host's process.
 inline constexpr unsigned long long LargestConfigFile = 8ull * 1024 * 1024;
 
 /// The result of reading a file.
