@@ -3,13 +3,13 @@
 
 namespace OrlindexBench {
 
-// Each registers its comparisons. `turns` is how many measurements each side of a comparison gets.
+// Each function registers its comparisons. `turns` is the number of measurements for each side of a comparison.
 
 void RegisterForwarding(int turns);
 void RegisterTokens(int turns);
 void RegisterEvents(int turns);
 void RegisterThreads(int turns);
-/// For a process in which no plugin could be loaded.
+/// For a process without a plugin.
 void RegisterFallback(int turns);
 
 } // namespace OrlindexBench

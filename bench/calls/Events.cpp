@@ -15,7 +15,7 @@ constexpr std::size_t mostCallbacks = 1000;
 
 volatile std::int32_t received = 0;
 
-/// A function of its own for each number: the library knows a callback by its address.
+/// A separate function for each number, because the library identifies a callback by its address.
 template <std::size_t Number>
 void TALIX_CALL Receive(std::int32_t, std::int32_t status, void*)
 {

@@ -1,4 +1,4 @@
-// Calls that forward, and what they cost where there is nothing to forward to.
+// Calls that forward, and calls that return the fallback.
 
 #include "calls/Benchmarks.h"
 #include "calls/Plugin.h"
@@ -16,14 +16,14 @@ using IdentityServices::SSOClientPrivate;
 
 namespace {
 
-constexpr int callsATurn = 2000;
+constexpr int callsPerTurn = 2000;
 
 void ClassMember(benchmark::State& state)
 {
     const IdServicesMgr& manager = *IdServicesMgr::GetInstance();
     Floor::SetClient(&LoadedClient());
     Compare(
-        state, callsATurn, [] { benchmark::DoNotOptimize(Floor::IsLoggedIn()); },
+        state, callsPerTurn, [] { benchmark::DoNotOptimize(Floor::IsLoggedIn()); },
         [&] { benchmark::DoNotOptimize(manager.IsLoggedIn()); });
 }
 
@@ -31,16 +31,16 @@ void FlatFunction(benchmark::State& state)
 {
     Floor::SetClient(&LoadedClient());
     Compare(
-        state, callsATurn, [] { benchmark::DoNotOptimize(Floor::RefreshToken()); },
+        state, callsPerTurn, [] { benchmark::DoNotOptimize(Floor::RefreshToken()); },
         [] { benchmark::DoNotOptimize(talix_refresh_token()); });
 }
 
-/// What keeping exceptions in costs, besides: the floor of a member lets them out.
+/// Includes the cost of catching exceptions: the floor of a member does not catch them.
 void FlatFunctionOverMember(benchmark::State& state)
 {
     Floor::SetClient(&LoadedClient());
     Compare(
-        state, callsATurn, [] { benchmark::DoNotOptimize(Floor::IsLoggedIn()); },
+        state, callsPerTurn, [] { benchmark::DoNotOptimize(Floor::IsLoggedIn()); },
         [] { benchmark::DoNotOptimize(talix_refresh_token()); });
 }
 
@@ -48,7 +48,7 @@ void Fallback(benchmark::State& state)
 {
     Floor::SetClient(nullptr);
     Compare(
-        state, callsATurn, [] { benchmark::DoNotOptimize(Floor::IsLoggedIn()); },
+        state, callsPerTurn, [] { benchmark::DoNotOptimize(Floor::IsLoggedIn()); },
         [] { benchmark::DoNotOptimize(SSOClientPrivate::LoadLoginFromCache(false)); });
 }
 

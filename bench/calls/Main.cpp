@@ -1,7 +1,7 @@
 // Measures calls of the installed library: bench_calls [--quick] [--without-plugin] [options of Google Benchmark]
 //
-// Runs from a host's folder, beside Orlindex.dll, with a server application beside that folder; scripts/bench.sh lays
-// them out.
+// Runs in a host's folder, beside Orlindex.dll, with a server application in a sibling folder; scripts/bench.sh creates
+// these folders.
 
 #include <cstdio>
 #include <cstring>

@@ -7,7 +7,7 @@ class ISSOClient;
 
 namespace OrlindexBench {
 
-/// The client of the plugin module that the library has loaded: what the floor calls directly.
+/// The client of the loaded plugin module, which the floor calls directly.
 Kestrany::IdentityServices::ISSOClient& LoadedClient();
 
 } // namespace OrlindexBench

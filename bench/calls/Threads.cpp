@@ -1,4 +1,4 @@
-// Several threads that forward at once.
+// Several threads that forward calls at the same time.
 
 #include <algorithm>
 #include <condition_variable>
@@ -20,37 +20,38 @@ using namespace Kestrany;
 
 namespace {
 
-constexpr int callsAThread = 10000;
+constexpr int callsPerThread = 10000;
 
-/// Threads that stay, so that a measurement starts none.
-class Crew
+/// A pool of threads, so that a measurement starts none.
+class ThreadPool
 {
 public:
-    explicit Crew(int size)
+    explicit ThreadPool(int size)
     {
         for (int i = 0; i < size; ++i)
             threads_.emplace_back([this] { Work(); });
     }
-    Crew(const Crew&) = delete;
-    Crew& operator=(const Crew&) = delete;
-    ~Crew()
+    ThreadPool(const ThreadPool&) = delete;
+    ThreadPool& operator=(const ThreadPool&) = delete;
+    ~ThreadPool()
     {
-        Give({});
+        Assign({});
         for (std::thread& thread : threads_)
             thread.join();
     }
 
-    /// Has every thread do the job at once; answers the nanoseconds from the first one's begin to the last one's end.
-    double Do(const std::function<void()>& job)
+    /// Runs the job on every thread at the same time. Returns the nanoseconds from the start of the first to the end of
+    /// the last.
+    double Run(const std::function<void()>& job)
     {
-        Give(job);
+        Assign(job);
         std::unique_lock<std::mutex> guard(mutex_);
         done_.wait(guard, [this] { return busy_ == 0; });
         return ended_ - began_;
     }
 
 private:
-    void Give(const std::function<void()>& job)
+    void Assign(const std::function<void()>& job)
     {
         const std::lock_guard<std::mutex> guard(mutex_);
         job_ = job;
@@ -60,7 +61,7 @@ private:
         begin_.notify_all();
     }
 
-    /// An empty job is the last one.
+    /// An empty job ends the thread.
     void Work()
     {
         std::function<void()> job;
@@ -99,7 +100,7 @@ template <class Call>
 std::function<void()> Repeated(Call call)
 {
     return [call] {
-        for (int i = 0; i < callsAThread; ++i)
+        for (int i = 0; i < callsPerThread; ++i)
             benchmark::DoNotOptimize(call());
     };
 }
@@ -107,12 +108,12 @@ std::function<void()> Repeated(Call call)
 void Forward(benchmark::State& state, int threads)
 {
     Floor::SetClient(&LoadedClient());
-    Crew crew(threads);
+    ThreadPool pool(threads);
     const std::function<void()> floor = Repeated([] { return Floor::RefreshToken(); });
     const std::function<void()> library = Repeated([] { return talix_refresh_token(); });
     CompareTimes(
-        state, static_cast<double>(callsAThread) * threads, [&] { return crew.Do(floor); },
-        [&] { return crew.Do(library); });
+        state, static_cast<double>(callsPerThread) * threads, [&] { return pool.Run(floor); },
+        [&] { return pool.Run(library); });
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// The call that brings a text to the caller.
+// A call that returns a text.
 
 #include "calls/Benchmarks.h"
 #include "calls/Plugin.h"
@@ -12,9 +12,9 @@ using namespace Kestrany;
 
 namespace {
 
-constexpr int callsATurn = 100;
+constexpr int callsPerTurn = 100;
 
-/// `units` is the token's length: 60 for an opaque one, 1200 for one that carries claims.
+/// `units` is the token's length: 60 for an opaque token, 1200 for a token with claims.
 void GetToken(benchmark::State& state, std::uint64_t units)
 {
     IdentityServices::ISSOClient& client = LoadedClient();
@@ -25,7 +25,7 @@ void GetToken(benchmark::State& state, std::uint64_t units)
     buffer.buffer = text;
     buffer.size = sizeof text;
     Compare(
-        state, callsATurn, [&] { benchmark::DoNotOptimize(Floor::GetToken(&buffer)); },
+        state, callsPerTurn, [&] { benchmark::DoNotOptimize(Floor::GetToken(&buffer)); },
         [&] { benchmark::DoNotOptimize(talix_get_token(&buffer)); });
 }
 

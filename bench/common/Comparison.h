@@ -18,8 +18,8 @@ inline double Median(std::vector<double> values)
     return *middle;
 }
 
-/// Times of the floor and of the library, taken in turn. Whatever else the machine does meets both sides alike, and a
-/// median does not see the few measurements that were interrupted.
+/// Times of the floor and of the library, measured alternately. Other load on the machine affects both sides alike, and
+/// the median ignores the few measurements that were interrupted.
 class Comparison
 {
 public:
@@ -30,7 +30,7 @@ public:
         ratio_.push_back(library / floor);
     }
 
-    /// `calls` is how many calls each time covers.
+    /// `calls` is the number of calls that each time covers.
     void Report(benchmark::State& state, double calls = 1) const
     {
         state.counters["floor_ns"] = Median(floor_) / calls;
@@ -44,8 +44,8 @@ private:
     std::vector<double> ratio_;
 };
 
-/// Takes the time of each side once a turn, by functions that answer it in nanoseconds for `calls` calls; which side is
-/// first changes from turn to turn.
+/// Measures each side once per turn, with functions that return the nanoseconds for `calls` calls. The sides alternate
+/// in going first.
 template <class FloorTime, class LibraryTime>
 void CompareTimes(benchmark::State& state, double calls, const FloorTime& floor, const LibraryTime& library)
 {
@@ -74,7 +74,7 @@ double TimeOf(int calls, const Call& call)
     return watch.Nanoseconds();
 }
 
-/// Compares two calls, each made `calls` times a turn.
+/// Compares two calls, each made `calls` times per turn.
 template <class FloorCall, class LibraryCall>
 void Compare(benchmark::State& state, int calls, const FloorCall& floor, const LibraryCall& library)
 {

@@ -6,7 +6,7 @@
 
 namespace OrlindexBench {
 
-/// Whether an option is among the arguments; takes it out, as Google Benchmark accepts its own only.
+/// Whether an option is among the arguments. Removes it, because Google Benchmark accepts only its own options.
 inline bool TakeOption(int& argc, char** argv, std::string_view option)
 {
     char** const end = argv + argc;

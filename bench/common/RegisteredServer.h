@@ -17,13 +17,13 @@ inline std::filesystem::path OwnFolder()
     return std::filesystem::path(path).parent_path();
 }
 
-/// The server application in the folder "server" beside this program's, registered as an installer does.
+/// Registers the server application in the sibling folder "server", as an installer does.
 class RegisteredServer
 {
 public:
     RegisteredServer() { key_.AddVersion(L"1.10.0", (OwnFolder().parent_path() / "server").native()); }
 
-    /// Registers `count` more, older versions, which are nowhere.
+    /// Registers `count` older versions, whose directories do not exist.
     void AddOlderVersions(int count) const
     {
         for (int i = 0; i < count; ++i)

@@ -5,7 +5,7 @@
 
 namespace OrlindexBench {
 
-/// Nanoseconds since some moment before the process.
+/// Nanoseconds since a fixed time before the process started.
 inline double Now()
 {
     LARGE_INTEGER now;
@@ -15,7 +15,7 @@ inline double Now()
     return static_cast<double>(now.QuadPart) * (1e9 / static_cast<double>(frequency.QuadPart));
 }
 
-/// Nanoseconds since its creation.
+/// Measures the nanoseconds since its creation.
 class Stopwatch
 {
 public:

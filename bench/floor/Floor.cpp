@@ -9,7 +9,7 @@ namespace {
 
 using namespace IdentityServices;
 
-/// The platform's cheapest recursive lock.
+/// The platform's fastest recursive lock.
 class Lock
 {
 public:
@@ -59,7 +59,7 @@ talix_status_code GetToken(talix_buffer* token)
     const talix_status_code result = theClient->GetOAuth2AccessToken(text, units, false);
     char utf8[3 * units];
     const int size = WideCharToMultiByte(CP_UTF8, 0, text, -1, utf8, static_cast<int>(sizeof utf8), nullptr,
-                                         nullptr); // With the zero.
+                                         nullptr); // Including the terminating zero.
     if (size > token->size)
         return IdBufferTooSmall;
     std::memcpy(token->buffer, utf8, static_cast<std::size_t>(size));

@@ -1,4 +1,4 @@
-// A client plugin module whose operations do next to nothing, so that what is measured is the way to them.
+// A client plugin module whose operations do almost nothing, so that the benchmarks measure the path to them.
 
 #include <algorithm>
 #include <cstddef>
@@ -65,7 +65,7 @@ public:
     IdErrorCode AutomatedLogin(const wchar_t*, const wchar_t*, bool, const wchar_t*) override { return IdSuccess; }
     IdErrorCode Login(int&) override { return IdSuccess; }
     void Reserved29() override {}
-    /// The window's number is the length of the tokens from now on.
+    /// Uses the window handle as the length of the tokens from now on.
     void SetHostApplicationWindow(std::uint64_t window) override
     {
         token_.assign(static_cast<std::size_t>(window), L'a');
@@ -94,7 +94,7 @@ public:
     void SetProductName(const wchar_t*) override {}
 };
 
-/// Takes the messages, so that none is kept or printed, and drops them.
+/// Discards the messages, so that the library neither stores nor prints them.
 class Logger final : public IPluginLogger
 {
 public:
@@ -137,7 +137,7 @@ private:
     Client client_;
 };
 
-/// Made while the module is loaded: what a plugin does for itself is no part of the way to it.
+/// Created while the module is loaded: the plugin's own work does not count as part of a call.
 Factory theFactory;
 
 } // namespace

@@ -5,9 +5,9 @@
 
 namespace OrlindexBench {
 
-/// The library's start against the floor's, and the library's steps.
+/// Compares the library's start with the floor's, and reports the library's steps.
 void RegisterColdStarts(int turns);
-/// The library's start with more and more to read, search and enumerate.
+/// The library's start with increasing numbers of entries, registry keys and directories.
 void RegisterGrowth(int turns);
 
 } // namespace OrlindexBench

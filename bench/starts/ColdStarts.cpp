@@ -1,4 +1,4 @@
-// First starts, step by step.
+// First starts, with the time of each step.
 
 #include <algorithm>
 #include <utility>
@@ -29,8 +29,8 @@ double OwnMedian(const std::vector<StartFigures>& starts)
     return Median(std::move(own));
 }
 
-/// The least of each: what a step costs is measured best when nothing comes between. Of the library's own part also
-/// what a start like any other takes.
+/// Reports the minimum of each step, because interruptions only add time. Also reports the median of the library's own
+/// part, which is the time of a typical start.
 void ReportSteps(benchmark::State& state, const std::vector<StartFigures>& starts)
 {
     state.counters["trust_ns"] = LeastOf(starts, [](const StartFigures& start) { return start.trust; });
@@ -46,7 +46,7 @@ void ReportSteps(benchmark::State& state, const std::vector<StartFigures>& start
 void ColdStart(benchmark::State& state)
 {
     const RegisteredServer server;
-    StartFloor(); // Brings the files into the system's cache.
+    StartFloor(); // Loads the files into the system's cache.
     StartLibrary();
     Comparison comparison;
     std::vector<StartFigures> floors;

@@ -1,4 +1,4 @@
-// Starts with more and more to read, search and enumerate.
+// Starts with increasing numbers of entries, registry keys and directories.
 
 #include <algorithm>
 #include <limits>
@@ -13,7 +13,7 @@
 namespace OrlindexBench {
 namespace {
 
-/// A file with other contents, for as long as the object lives.
+/// Replaces a file's contents for the lifetime of the object.
 class ChangedFile
 {
 public:
@@ -31,7 +31,8 @@ private:
     std::string before_;
 };
 
-/// The library's own part of a start, as what it verifies and loads does not grow; the least, as for every step.
+/// Measures the library's own part of a start, because the time to verify and load the module does not grow; the
+/// minimum, as for every step.
 void MeasureStarts(benchmark::State& state)
 {
     double own = std::numeric_limits<double>::max();
@@ -50,29 +51,29 @@ std::string Entry(const std::string& modulePath)
            R"(", "version": "1.11.13.3", "compatibleSsoServicesVersion": {"minVersion": "1.10", "maxVersion": "1.11"}})";
 }
 
-std::string CompatibilityDocument(int count, const std::string& element)
+std::string CompatibilityJson(int count, const std::string& element)
 {
-    std::string document = R"({"ssoClientPlugin": [)" + Entry("%SSOServerAppPath%/PellwickClient.dll");
+    std::string json = R"({"ssoClientPlugin": [)" + Entry("%SSOServerAppPath%/PellwickClient.dll");
     for (int i = 1; i < count; ++i)
-        document += ",\n" + element;
-    return document + "]}";
+        json += ",\n" + element;
+    return json + "]}";
 }
 
 void CompatibilityFile(benchmark::State& state, int count, const std::string& element)
 {
     const ChangedFile file(OwnFolder().parent_path() / "server" / "TALIXVersionCompatibility.config",
-                           CompatibilityDocument(count, element));
+                           CompatibilityJson(count, element));
     const RegisteredServer server;
     MeasureStarts(state);
 }
 
-/// All serve; the first is chosen.
+/// All entries serve this version; the first one is chosen.
 void Entries(benchmark::State& state, int count)
 {
     CompatibilityFile(state, count, Entry("C:/elsewhere/PellwickClient.dll"));
 }
 
-/// All but the first are ignored, each with a message.
+/// All entries but the first are ignored, each with a message.
 void DefectiveEntries(benchmark::State& state, int count)
 {
     CompatibilityFile(state, count, R"({"module": "PellwickClient.dll"})");
@@ -85,7 +86,7 @@ void Subkeys(benchmark::State& state, int count)
     MeasureStarts(state);
 }
 
-/// Searched before the registered one, and empty.
+/// These directories are searched before the registered one, and do not exist.
 void Directories(benchmark::State& state, int count)
 {
     std::string directories;

@@ -1,6 +1,6 @@
-// Measures first starts, each in a process of its own: bench_starts [--quick] [options of Google Benchmark]
+// Measures first starts, each in its own process: bench_starts [--quick] [options of Google Benchmark]
 //
-// Runs from a host's folder as bench_calls does.
+// Runs in a host's folder, as bench_calls does.
 
 #include <cstdio>
 #include <exception>

@@ -5,7 +5,7 @@
 
 namespace OrlindexBench {
 
-/// Where the time of one start went, in nanoseconds.
+/// The times of one start and its steps, in nanoseconds.
 struct StartFigures
 {
     double total = 0;
@@ -13,17 +13,17 @@ struct StartFigures
     double load = 0;  ///< Loading the plugin module.
     double registry = 0;
     double files = 0;
-    double account = 0; ///< Asking whose account the process runs under.
+    double account = 0; ///< Checking for the local system account.
 
-    /// What is the library's, or the program's, to save.
+    /// The library's (or the program's) own part, which it could reduce.
     double Own() const { return total - trust - load; }
-    /// Neither of the steps: text, JSON, choosing, messages.
+    /// Everything else: text, JSON, choosing the plugin, messages.
     double Rest() const { return Own() - registry - files - account; }
 };
 
-/// How a process that starts hands its figures to the one that started it: in a file in the current directory.
+/// Writes the figures to a file in the current directory, for the process that started this one.
 void WriteStartFigures(const StartFigures& figures);
-/// Takes the file away; throws where there is none.
+/// Reads and deletes that file; throws if it does not exist.
 StartFigures TakeStartFigures(const std::filesystem::path& directory);
 
 } // namespace OrlindexBench

@@ -1,5 +1,5 @@
-// What a start-up cannot do without, written by hand: refuse the local system account, read the two files, read the
-// registered location, verify the plugin module once, load it once, start it.
+// The minimum work of a start-up, written by hand: refuse the local system account, read the two files, read the
+// registered location, verify the plugin module once, load it once, initialize it.
 
 #include <cstdio>
 #include <filesystem>
@@ -76,11 +76,11 @@ void Verify(const std::wstring& path)
     data.dwProvFlags = WTD_REVOCATION_CHECK_NONE;
     data.dwStateAction = WTD_STATEACTION_VERIFY;
     GUID action = WINTRUST_ACTION_GENERIC_VERIFY_V2;
-    const auto answer = static_cast<DWORD>(WinVerifyTrust(nullptr, &action, &data));
+    const auto result = static_cast<DWORD>(WinVerifyTrust(nullptr, &action, &data));
     data.dwStateAction = WTD_STATEACTION_CLOSE;
     WinVerifyTrust(nullptr, &action, &data);
-    // The root is the build tree's own, which the platform does not know.
-    Require(answer == static_cast<DWORD>(CERT_E_UNTRUSTEDROOT), "the signature does not verify");
+    // The root belongs to the build tree, so the platform does not trust it.
+    Require(result == static_cast<DWORD>(CERT_E_UNTRUSTEDROOT), "the signature does not verify");
 }
 
 ISSOClientFactory& Load(const std::wstring& path)

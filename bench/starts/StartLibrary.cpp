@@ -1,5 +1,5 @@
-// Starts the library once, in a process that never started it, and says where the time went. The steps are told apart
-// by the platform functions that the library calls: each import of Orlindex.dll is replaced by one that takes the time.
+// Starts the library once, in a new process, and reports the time of each step. The platform functions that the library
+// calls identify the steps: each import of Orlindex.dll is replaced by one that measures the time.
 
 #include <cstdio>
 #include <windows.h>
@@ -13,7 +13,7 @@
 #include "starts/StartFigures.h"
 #include "support/ImportPatch.h"
 
-// In no header of user mode, or not in each; only their types count here.
+// Not every user-mode header declares these functions; only their types are needed here.
 extern "C" LONG NTAPI NtQueryInformationFile(HANDLE, void*, void*, ULONG, int);
 extern "C" LONG NTAPI NtQueryVirtualMemory(HANDLE, const void*, int, void*, SIZE_T, SIZE_T*);
 
@@ -23,7 +23,7 @@ using namespace OrlindexBench;
 
 StartFigures figures;
 
-/// One import, for as long as the object lives. `step` is what its time counts as.
+/// Replaces one import for the lifetime of the object. `step` receives its time.
 template <class Import, double StartFigures::* step>
 class TimedImport
 {

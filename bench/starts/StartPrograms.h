@@ -5,7 +5,7 @@
 
 namespace OrlindexBench {
 
-/// Each runs its program in a new process and answers the program's figures; throws where it fails.
+/// Each runs its program in a new process and returns the program's figures; throws if it fails.
 StartFigures StartLibrary();
 StartFigures StartFloor();
 

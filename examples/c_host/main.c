@@ -31,7 +31,7 @@ static const char local_system_text[] =
     "This process runs under the local system account, where no user can sign in. Start it in the\n"
     "session of the user who is to be signed in; a service does so with the user's own token.\n";
 
-/* A signed-in user's texts. Far more than any of them needs; IdBufferTooSmall would tell. */
+/* Buffer sizes, far larger than any text needs. A text that does not fit gives IdBufferTooSmall. */
 #define TEXT_SIZE 256
 #define TOKEN_SIZE 16384
 
@@ -112,7 +112,7 @@ static int print_versions(void)
     char sdk[TEXT_SIZE] = "";
     talix_versions versions;
 
-    /* Both buffers: one that is missing or too small ends the process. */
+    /* Set both buffers: one that is null or too small ends the process. */
     versions.server_version = server;
     versions.server_version_size = sizeof server;
     versions.sdk_version = sdk;
@@ -159,7 +159,7 @@ static int print_server(void)
            environment != TALIX_ENVIRONMENT_NONE;
 }
 
-/* Whoever has the whole token can act as the user: never print or log one whole. */
+/* Anyone who has the whole token can act as the user: never print or log a whole token. */
 static int print_token(const char* step, talix_status_code(TALIX_CALL* get)(talix_buffer*))
 {
     char text[TOKEN_SIZE] = "";
@@ -179,7 +179,7 @@ static int print_user(void)
     char email[TEXT_SIZE] = "";
     talix_user_info info;
 
-    memset(&info, 0, sizeof info); /* The attributes that stay null are not wanted. */
+    memset(&info, 0, sizeof info); /* Attributes that stay null are not filled. */
     info.display_name = name;
     info.display_name_size = sizeof name;
     info.email = email;
@@ -212,7 +212,7 @@ static int print_session_address(void)
     session.size = sizeof text;
     if (!check("get_session_uri", talix_get_session_uri("https://shop.example/account", 0, &session)))
         return 0;
-    printf("%-18s %.48s...\n", "  address", text); /* It signs the user in, too. */
+    printf("%-18s %.48s...\n", "  address", text); /* The address signs the user in: do not print it whole. */
     return 1;
 }
 

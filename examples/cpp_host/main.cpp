@@ -70,7 +70,7 @@ bool Check(const char* step, IdErrorCode code)
     return code == IdSuccess;
 }
 
-/// Hears of identity events. The library calls it on the thread that dispatches, so nothing needs a lock.
+/// Receives identity events. The plugin calls it on the thread that dispatches events, so it needs no lock.
 class PrintingObserver final : public IObserver
 {
 public:
@@ -101,7 +101,7 @@ public:
     }
 };
 
-/// A host with a message loop does this now and then, on its own thread.
+/// A host with a message loop calls this regularly, on its own thread.
 bool DispatchEvents(IdServicesMgr& manager)
 {
     while (manager.HasEvent())
@@ -143,7 +143,7 @@ bool PrintToken(IdServicesMgr& manager)
     wchar_t buffer[4096] = L"";
     if (!Check("GetOAuth2AccessToken", manager.GetOAuth2AccessToken(buffer, 4096, true)))
         return false;
-    // Whoever has the whole token can act as the user: never print or log one whole.
+    // Anyone who has the whole token can act as the user: never print or log a whole token.
     const std::string token = ToUtf8(buffer);
     Print("  token", token.substr(0, 24) + "... (" + std::to_string(token.size()) + " characters)");
     return true;
@@ -191,7 +191,7 @@ bool UseLibrary(IdServicesMgr& manager)
         return false;
     const bool done = LogIn(manager) && PrintUser(manager) && PrintToken(manager) && PrintExpiry(manager) &&
                       PrintSessionAddress(manager) && LogOut(manager);
-    // The plugin holds the observer's address until it is taken back.
+    // The plugin uses the observer until it is removed.
     return Check("RemoveObserver", manager.RemoveObserver(&observer)) && done;
 }
 

@@ -1,5 +1,4 @@
-// A host for tools and automation: shows where things lie on the machine, and starts, watches and quits a server
-// process.
+// A host for tools and automation: shows the library's file locations, and starts, monitors and quits a server process.
 
 #include <chrono>
 #include <cstdio>
@@ -58,7 +57,7 @@ bool Check(const char* step, IdErrorCode code)
     return code == IdSuccess;
 }
 
-/// Prints a text, and answers whether there is one.
+/// Prints a text. Returns whether it is not empty.
 bool Show(const char* what, const std::string& value)
 {
     Print(what, value.empty() ? "(none)" : value);
@@ -77,7 +76,7 @@ bool ShowLocations()
 
 bool StartServer()
 {
-    // Should this host die, the server does not stay for ever.
+    // If this host crashes, the server process still quits after 300 seconds.
     const char* const arguments[] = {"--quit-after", "300"};
     std::int64_t started = 0;
     std::int64_t running = 0;
@@ -99,7 +98,7 @@ bool PingServer()
     return !answers.empty();
 }
 
-/// A frozen server does not answer. The plugin calls this meanwhile; a tool would look at the server now.
+/// The plugin calls this while the server is frozen and does not reply. A tool would examine the server here.
 int LookAndThaw(const char* request, int, char* answer, int capacity, void*)
 {
     static constexpr char thaw[] = "thaw";
@@ -189,7 +188,7 @@ bool QuitServers()
 bool UseServer()
 {
     const bool used = StartServer() && PingServer() && FreezeServer();
-    // Whatever failed, nothing is left behind.
+    // Quits the servers even if a step failed.
     return QuitServers() && used;
 }
 

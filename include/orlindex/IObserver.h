@@ -9,17 +9,17 @@
 
 namespace Kestrany::IdentityServices {
 
-/// Receives identity events. A host implements it and hands its object to IdServicesMgr::AddObserver.
+/// Receives identity events. A host implements it and passes its object to IdServicesMgr::AddObserver.
 ///
-/// The client plugin module queues events and calls these operations on the thread that calls
-/// IdServicesMgr::DispatchEvent (or talix_dispatch_events), never on another one. OnAboutToLogout alone is a question
-/// and does not wait: it is called inside IdServicesMgr::Logout (or talix_logout), on that caller's thread. The
-/// observer belongs to the host and must live until it has been removed, or until the last IdServicesMgr::Uninitialize
-/// has returned.
+/// The client plugin module queues events and calls these operations only on the thread that calls
+/// IdServicesMgr::DispatchEvent (or talix_dispatch_events). OnAboutToLogout is the one exception: it is a question, so
+/// the plugin does not queue it, but calls it inside IdServicesMgr::Logout (or talix_logout), on that caller's thread.
+/// The host owns the observer. It must live until it is removed, or until the last IdServicesMgr::Uninitialize has
+/// returned.
 ///
 /// The order of the operations is part of the contract with the plugin. The destructor is last (slot 9) because it
-/// takes one slot of the virtual table under Microsoft's rules and two under the Itanium ones: the operations before it
-/// have the same place under every compiler.
+/// takes one slot of the virtual table in Microsoft's ABI and two in the Itanium ABI: so every compiler gives the
+/// operations before it the same slot.
 class ORLINDEX_API IObserver
 {
 public:
@@ -33,16 +33,16 @@ public:
     virtual void OnTokenRefreshed(const std::int32_t& status) = 0;
     /// An OAuth2 access token became available. `status`: an IdErrorCode.
     virtual void OnTokenAvailable(const std::int32_t& status) = 0;
-    /// The client talks to another identity server from now on.
+    /// The client now uses another identity server.
     virtual void OnServerChanged(const Server& server) = 0;
-    /// The user is about to be signed out. False refuses; a forced logout does not ask.
+    /// The user is about to be signed out. Return false to refuse. A forced logout does not call it.
     virtual bool OnAboutToLogout() = 0;
-    /// A login of an earlier run was restored.
+    /// A login from an earlier run was restored.
     virtual void OnLoginRestored() = 0;
     /// Any other identity event.
     virtual void OnOtherEvent(const IdServicesConsts::IdServicesEvent& event) = 0;
 
-    /// Last of the operations, and defined in the library: a host that derives links against it.
+    /// Last of the operations. The library defines it: a host that derives from this class must link the library.
     virtual ~IObserver();
 };
 

@@ -5,9 +5,9 @@
 
 namespace Kestrany::IdentityServices {
 
-/// Result of a class member. The class and the flat interface share one numeric space and one set of names, so
-/// that a code means the same wherever a host meets it. Values of 1000 and above that have no name here come from
-/// the client plugin module and pass through unchanged.
+/// Result of a class member. The classes and the flat interface share the same codes and names, so that a code means
+/// the same in both. Values of 1000 and above that have no name here come from the client plugin module and pass
+/// through unchanged.
 using IdErrorCode = ::talix_status_code;
 
 using ::IdApiUnavailable;

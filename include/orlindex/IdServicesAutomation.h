@@ -8,7 +8,7 @@
 
 namespace Kestrany::IdentityServices {
 
-/// Operations for hosts that run without a person in front of them: tests and automation.
+/// Operations for hosts that run unattended: tests and automation.
 class ORLINDEX_API IdServicesAutomation
 {
 public:
@@ -19,18 +19,19 @@ public:
         Backoff = 1 ///< A BackoffConfig.
     };
 
-    /// Signs a user in without asking anyone. The client plugin module's automated login (ISSOClient slot 27) gives the
-    /// texts, which are UTF-16 with a terminating zero, and the flag their meaning; they are passed on unchanged.
+    /// Signs a user in without user interaction (ISSOClient slot 27). The texts are UTF-16 with a terminating zero. The
+    /// plugin defines the meaning of all arguments; they are passed on unchanged.
     ///
-    /// Answers the plugin's result; IdClientUnavailable before IdServicesMgr::Initialize, after the last
+    /// Returns the plugin's result; IdClientUnavailable before IdServicesMgr::Initialize, after the last
     /// IdServicesMgr::Uninitialize, or without a client interface. The plugin runs on the caller's thread.
     static IdErrorCode Login(const wchar_t* user, const wchar_t* secret, bool flag, const wchar_t* context);
 
-    /// Overrides how the plugin calls its identity service (`Call`, ISSOClient slot 32) or backs off after failures
-    /// (`Backoff`, slot 33). The values are unpacked and passed on unchanged; the library keeps none.
+    /// Overrides how the plugin calls its identity service (`Call`, ISSOClient slot 32) or how it backs off after
+    /// failures (`Backoff`, slot 33). The plugin receives the fields of `config` unchanged; the library does not store
+    /// them.
     ///
-    /// Answers the plugin's result; IdClientUnavailable before IdServicesMgr::Initialize, after the last
-    /// IdServicesMgr::Uninitialize, without a client interface, and for any other type. Raises std::bad_cast where
+    /// Returns the plugin's result; IdClientUnavailable before IdServicesMgr::Initialize, after the last
+    /// IdServicesMgr::Uninitialize, without a client interface, and for any other type. Throws std::bad_cast if
     /// `config` is not of the class that `type` names. The plugin runs on the caller's thread.
     static IdErrorCode SetOverridingConfig(BaseConfig& config, OverridingType type);
 };

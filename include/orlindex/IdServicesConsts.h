@@ -5,21 +5,21 @@
 
 namespace Kestrany::IdentityServices::IdServicesConsts {
 
-/// Identity events. The client plugin module decides what raises each, and which operation of IObserver reports it;
-/// named here is the operation that is declared for it, with its slot. The event codes of flat callbacks
-/// (::talix_event_code) are numbers of their own.
+/// Identity events. The client plugin module decides when to raise each. Each is listed with the IObserver operation
+/// that is declared for it, and the slot of that operation. The event codes of flat callbacks (::talix_event_code) are
+/// other numbers.
 enum IdServicesEvent : std::int32_t
 {
-    LoggedIn = 0,       ///< The user signed in. IObserver::OnLoggedIn, slot 0.
-    LoggedOut = 1,      ///< The user signed out. IObserver::OnLoggedOut, slot 1.
-    LoggingOut = 2,     ///< A logout has begun. IObserver::OnOtherEvent, slot 8.
-    AboutToLogout = 3,  ///< The user is about to be signed out. IObserver::OnAboutToLogout, slot 6, which a logout asks
-                        ///< at once instead of queueing the event.
+    LoggedIn = 0,      ///< The user signed in. IObserver::OnLoggedIn, slot 0.
+    LoggedOut = 1,     ///< The user signed out. IObserver::OnLoggedOut, slot 1.
+    LoggingOut = 2,    ///< A logout has begun. IObserver::OnOtherEvent, slot 8.
+    AboutToLogout = 3, ///< The user is about to be signed out. IObserver::OnAboutToLogout, slot 6: a logout calls it at
+                       ///< once instead of queueing the event.
     AccountCreated = 4, ///< An account was created during a login. IObserver::OnAccountCreated, slot 2.
     TokenRefreshed = 5, ///< The OAuth2 access token was refreshed. IObserver::OnTokenRefreshed, slot 3.
     TokenAvailable = 6, ///< An OAuth2 access token became available. IObserver::OnTokenAvailable, slot 4.
-    ServerChanged = 7,  ///< The client talks to another identity server. IObserver::OnServerChanged, slot 5.
-    LoginRestored = 8,  ///< A login of an earlier run was restored. IObserver::OnLoginRestored, slot 7.
+    ServerChanged = 7,  ///< The client uses another identity server. IObserver::OnServerChanged, slot 5.
+    LoginRestored = 8,  ///< A login from an earlier run was restored. IObserver::OnLoginRestored, slot 7.
     LoginDialogTimeoutInIdIPCServer = 9 ///< A login waited too long in the server process. IObserver::OnOtherEvent,
                                         ///< slot 8.
 };

@@ -4,7 +4,7 @@
 
 namespace Kestrany::IdentityServices {
 
-/// Keeps every registration at its place, for the loops that count on it.
+/// Keeps the index of every registration for the lifetime of the object, because loops in Deliver depend on it.
 class EventCallbacks::Delivery
 {
 public:
@@ -29,7 +29,7 @@ void EventCallbacks::Add(talix_event_callback callback, void* userValue)
         registrations_[place->second].userValue = userValue;
         return;
     }
-    registrations_.push_back({nullptr, userValue}); // As if it were removed, until there was memory for its place, too.
+    registrations_.push_back({nullptr, userValue}); // Counts as removed until places_ has its index: that may throw.
     places_.emplace(callback, registrations_.size() - 1);
     registrations_.back().callback = callback;
 }
@@ -51,7 +51,8 @@ void EventCallbacks::Clear()
         Remove(places_.begin()->first);
 }
 
-/// Only where they are the greater part, so that removing many one by one takes no longer for each.
+/// Erases removed registrations only if they are the majority, so that removing many one by one takes constant time on
+/// average.
 void EventCallbacks::DropRemoved()
 {
     if (registrations_.size() <= 2 * places_.size())
@@ -68,10 +69,10 @@ void EventCallbacks::Deliver(talix_event_code event, std::int32_t status)
     if (registrations_.empty())
         return;
     const Delivery delivery(*this);
-    const std::size_t count = registrations_.size(); // What a callback adds is not for this event.
+    const std::size_t count = registrations_.size(); // A callback that is added during this event is not called for it.
     for (std::size_t place = 0; place < count; ++place)
     {
-        const Registration registration = registrations_[place]; // A callback that adds another may move them.
+        const Registration registration = registrations_[place]; // A copy: adding a callback may reallocate the list.
         if (registration.callback)
             registration.callback(event, status, registration.userValue);
     }

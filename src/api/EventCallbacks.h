@@ -11,10 +11,10 @@
 
 namespace Kestrany::IdentityServices {
 
-/// The callbacks that flat hosts register, each with its user value. Not protected against changes by several threads.
+/// The callbacks that flat hosts register, each with its user value. Not synchronized: the caller serializes changes.
 ///
-/// A callback may change the registry while it is called, and may cause a further delivery: what it removed is not
-/// called any more, what it added is called from the next event on. Neither a delivery nor a removal allocates.
+/// A callback may change the registry while it is called, and may cause a nested delivery: a removed callback is no
+/// longer called, an added one is called from the next event on. Neither a delivery nor a removal allocates.
 class EventCallbacks
 {
 public:
@@ -24,13 +24,13 @@ public:
     void Clear();
     bool IsEmpty() const { return places_.empty(); }
 
-    /// Calls every callback. The status by value: it is read once, before the first of them.
+    /// Calls every callback. The status is passed by value, so that all callbacks receive the same one.
     void Deliver(talix_event_code event, std::int32_t status);
 
 private:
     struct Registration
     {
-        talix_event_callback callback; ///< Null once it is removed.
+        talix_event_callback callback; ///< Null after its removal.
         void* userValue;
     };
 
@@ -38,10 +38,10 @@ private:
 
     void DropRemoved();
 
-    /// In the order in which they were added and are called. No place changes while a delivery is under way.
+    /// In the order in which they were added and are called. No index changes during a delivery.
     std::vector<Registration> registrations_;
-    std::unordered_map<talix_event_callback, std::size_t> places_; ///< Of those that are not removed.
-    std::atomic<int> deliveries_ = 0;                              ///< Under way, one inside the other.
+    std::unordered_map<talix_event_callback, std::size_t> places_; ///< Index of each callback that is not removed.
+    std::atomic<int> deliveries_ = 0;                              ///< Number of nested deliveries in progress.
 };
 
 } // namespace Kestrany::IdentityServices

@@ -11,7 +11,7 @@ talix_product_config_slot productConfigSlot = {nullptr};
 
 namespace {
 
-/// Does not ask whether the library is initialized: every handle is empty then.
+/// Does not check whether the library is initialized: if it is not, every handle is empty.
 template <auto Setter>
 void SetProductText(talix_product_config handle, const char* text)
 {
@@ -27,8 +27,8 @@ bool IsPort(int32_t port)
     return port >= 1 && port <= 65535;
 }
 
-/// Without a host any proxy is meant, and the port does not count.
-bool NamesBadPort(const char* host, int32_t port)
+/// Without a host the call means any proxy, and the port is ignored.
+bool HasInvalidPort(const char* host, int32_t port)
 {
     return host && *host && !IsPort(port);
 }
@@ -43,7 +43,8 @@ talix_product_config TALIX_CALL talix_create_product_config(const char* client_i
         if (!IsStarted() || !manager)
             return nullptr;
         productConfigSlot.config = manager->GetProductConfigObj();
-        productConfigSlot.config->SetOAuth2ClientID(client_id); // A null text is refused there and is no failure here.
+        // By contract the result is ignored: a null client ID is not a failure here.
+        productConfigSlot.config->SetOAuth2ClientID(client_id);
         productConfigSlot.config->SetOAuth2TokenScope(scope);
         return &productConfigSlot;
     });
@@ -69,22 +70,22 @@ talix_status_code TALIX_CALL talix_set_product_config(Server server, talix_produ
     return NoThrow(IdFailed, [&] {
         if (!IsStarted())
             return IdNotInitialized;
-        // Read before the client is asked for, without a check: by contract a null or empty handle is the caller's
-        // fault.
+        // Read before the client is obtained, and not checked: by contract a null or empty handle is the caller's
+        // error.
         const ProductConfig* const config = handle->config;
         ISSOClient* client = ObtainInterface<ISSOClient>();
         return client ? client->SetProductConfig(server, *config) : IdClientUnavailable;
     });
 }
 
-// Where the port is checked before the state of the library, and where after, differs from function to function and is
-// part of the contract.
+// Some of these functions check the port before the state of the library, and some after. The order is part of the
+// contract.
 
 talix_status_code TALIX_CALL talix_has_proxy_info(const char* host, int32_t port)
 {
     if (!IsStarted())
         return IdNotInitialized;
-    if (NamesBadPort(host, port))
+    if (HasInvalidPort(host, port))
         return IdInvalidProxyPort;
     return WithClient(IdClientUnavailable, [&](ISSOClient& client) {
         return NormalizeStatus(client.HasProxyInfo(host, static_cast<unsigned int>(port)));
@@ -95,7 +96,7 @@ talix_status_code TALIX_CALL talix_get_proxy_info(talix_proxy_info* info, const 
 {
     if (!info)
         return IdInvalidProxyRecord;
-    if (NamesBadPort(host, port))
+    if (HasInvalidPort(host, port))
         return IdInvalidProxyPort;
     return WithClient(IdClientUnavailable, [&](ISSOClient& client) {
         return NormalizeStatus(client.GetProxyInfo(host, static_cast<unsigned int>(port), info));

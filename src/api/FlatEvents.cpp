@@ -10,8 +10,8 @@ using namespace Kestrany::IdentityServices;
 namespace Kestrany::IdentityServices {
 namespace {
 
-/// Turns the plugin's observer calls into calls of the callbacks that flat hosts register. Known here alone: the class
-/// that it derives from is exported, and with it would be what describes this one.
+/// Turns the plugin's observer calls into calls of the callbacks that flat hosts register. Defined in this file only:
+/// its base class is exported, so in a header its type information would be exported too.
 class IdServicesObserver final : public IObserver
 {
 public:
@@ -29,7 +29,7 @@ public:
     {
         callbacks.Deliver(TALIX_EVENT_TOKEN_AVAILABLE, status);
     }
-    void OnServerChanged(const Server&) override {}  // By contract flat hosts see neither this nor OnOtherEvent.
+    void OnServerChanged(const Server&) override {}  // By contract flat hosts receive neither this nor OnOtherEvent.
     bool OnAboutToLogout() override { return true; } // By contract flat hosts always consent.
     void OnLoginRestored() override { callbacks.Deliver(TALIX_EVENT_LOGIN_RESTORED, IdSuccess); }
     void OnOtherEvent(const IdServicesConsts::IdServicesEvent&) override {}
@@ -37,16 +37,16 @@ public:
     EventCallbacks callbacks;
 };
 
-/// There from the library's load on, and never destroyed: the plugin may hold it while the process ends.
+/// Created when the library is loaded, and never destroyed: the plugin may use it while the process ends.
 IdServicesObserver& observer = *new IdServicesObserver;
 
-/// Whether the observer is added to the plugin.
+/// Whether the observer is registered with the plugin.
 bool observerRegistered = false;
 
 } // namespace
 
-// By contract the plugin is not told, also not after a stop that only counts: it keeps the observer, and is given it
-// once more with the next callback.
+// By contract the plugin is not notified, not even after a call that only decrements the start count: it keeps the
+// observer, and gets it again with the next callback.
 void ForgetEventCallbacks()
 {
     observerRegistered = false;
@@ -60,14 +60,14 @@ talix_status_code TALIX_CALL talix_add_event_callback(talix_event_callback callb
     return NoThrow(IdFailed, [&] {
         if (!observerRegistered)
         {
-            // Asked here only: while the observer is added, a callback is stored in every state of the library.
+            // Checked here only: while the observer is registered, a callback is stored in every state of the library.
             if (!IsStarted())
                 return IdNotInitialized;
             if (ISSOClient* client = ObtainInterface<ISSOClient>())
-                client->AddObserver(&observer); // By contract its result is discarded.
-            observerRegistered = true;          // Also without client.
+                client->AddObserver(&observer); // By contract its result is ignored.
+            observerRegistered = true;          // Even without client.
         }
-        if (callback) // A null callback has the plugin report events, and is not stored.
+        if (callback) // A null callback only makes the plugin report events.
             observer.callbacks.Add(callback, user_value);
         return IdSuccess;
     });
@@ -82,8 +82,8 @@ talix_status_code TALIX_CALL talix_remove_event_callback(talix_event_callback ca
         if (observer.callbacks.IsEmpty() && observerRegistered)
         {
             if (ISSOClient* client = ObtainInterface<ISSOClient>())
-                client->RemoveObserver(&observer); // By contract its result is discarded.
-            observerRegistered = false;            // Also without client.
+                client->RemoveObserver(&observer); // By contract its result is ignored.
+            observerRegistered = false;            // Even without client.
         }
         return IdSuccess;
     });

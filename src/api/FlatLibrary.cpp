@@ -13,7 +13,7 @@ talix_status_code TALIX_CALL talix_init(void)
 {
     if (RunsAsLocalSystem())
         return IdRunningAsLocalSystem;
-    // The handle may be left from a start that the class interface stopped: it goes even if the plugin throws.
+    // The handle may be left from a start that IdServicesMgr::Uninitialize stopped: empty it even if the plugin throws.
     const talix_status_code result = NoThrow(IdFailed, [] { return NormalizeStatus(IdServicesMgr::Initialize()); });
     productConfigSlot.config = nullptr;
     return result;
@@ -21,8 +21,8 @@ talix_status_code TALIX_CALL talix_init(void)
 
 talix_status_code TALIX_CALL talix_deinit(void)
 {
-    // The plugin's result decides, not what the host is told. A plugin that throws is stopped all the same: IdFailed
-    // stands for its result, and is at least IdSuccess.
+    // Checks the result before it is normalized. If the plugin throws, the library has stopped nevertheless: the result
+    // is then IdFailed, which is not below IdSuccess.
     const talix_status_code result = NoThrow(IdFailed, [] { return IdServicesMgr::Uninitialize(); });
     if (result >= IdSuccess)
         ForgetEventCallbacks();
@@ -32,14 +32,14 @@ talix_status_code TALIX_CALL talix_deinit(void)
 
 talix_bool TALIX_CALL talix_get_boolean(int32_t key)
 {
-    // A token that nothing is known of counts as expired, as without client.
+    // An unknown token counts as expired, as it does without client.
     const talix_bool failure = key == TALIX_KEY_TOKEN_EXPIRED;
     return NoThrow(failure, [key]() -> talix_bool {
         if (key == TALIX_KEY_INITIALIZED)
             return IsStarted();
         const IdServicesMgr* manager = IdServicesMgr::GetInstance();
         if (!manager)
-            return false; // By contract for the expired token, too, where a missing client returns true.
+            return false; // By contract also for the expired token, although a missing client returns true.
         switch (key)
         {
         case TALIX_KEY_LOGGED_IN:
@@ -57,7 +57,7 @@ talix_bool TALIX_CALL talix_get_boolean(int32_t key)
 talix_status_code TALIX_CALL talix_get_versions(talix_versions* versions)
 {
     return NoThrow(IdFailed, [&] {
-        if (!versions) // By contract no failure: there is nothing to write.
+        if (!versions) // By contract not a failure: there is nothing to write.
             return IdSuccess;
         const bool server = versions->server_version && versions->server_version_size != 0;
         const bool sdk = versions->sdk_version && versions->sdk_version_size != 0;
@@ -65,8 +65,8 @@ talix_status_code TALIX_CALL talix_get_versions(talix_versions* versions)
             return IdInvalidVersionRecord;
 
         const std::string serverVersion = GetLatestRegistryLocation(ServerApplicationKey).version;
-        // By contract both are copied without a look at their sizes, also when only one is usable: the runtime's copy
-        // rejects a target that is null or too small. Where both share one buffer, the second text stays.
+        // By contract both are copied without a check of their sizes, even if only one is usable: the runtime's copy
+        // rejects a target that is null or too small. If both use the same buffer, it keeps the second text.
         BoundedCopy(versions->server_version, CallerCapacity(versions->server_version_size), serverVersion.c_str());
         BoundedCopy(versions->sdk_version, CallerCapacity(versions->sdk_version_size), ProductVersion);
         return IdSuccess;

@@ -1,4 +1,4 @@
-// Flat interface: login, server, user and events at the plugin.
+// Flat interface: login, server, user, events and server processes.
 
 #include "api/NoThrow.h"
 #include "load/contract/ISSOServerManager.h"
@@ -24,7 +24,7 @@ bool WantsAnything(const talix_user_info& info)
 
 talix_status_code TALIX_CALL talix_set_login_mode(talix_login_mode mode)
 {
-    // A missing client is a missing feature here, where other functions return IdClientUnavailable.
+    // By contract a missing client counts as a missing feature here; other functions return IdClientUnavailable.
     return WithClient(IdApiUnavailable, [&](ISSOClient& client) {
         return client.IsApiAvailable(ApiFeatureLoginMode) ? client.SetLoginMode(mode) : IdApiUnavailable;
     });
@@ -76,7 +76,8 @@ talix_status_code TALIX_CALL talix_get_user_info(talix_user_info* info)
 {
     if (!info || !WantsAnything(*info))
         return IdFailed;
-    // Here, and for the session address, a missing client is IdFailed; elsewhere it is IdClientUnavailable.
+    // By contract a missing client is IdFailed here and in talix_get_session_uri; other functions return
+    // IdClientUnavailable.
     return WithClient(IdFailed, [&](ISSOClient& client) { return NormalizeStatus(client.GetUserInfo(info)); });
 }
 
@@ -84,7 +85,8 @@ talix_status_code TALIX_CALL talix_get_profile_info(talix_buffer* profile)
 {
     if (!profile)
         return IdInvalidProfileRecord;
-    // This function alone needs the instance, too: it is missing while another thread's first start is under way.
+    // Unlike the other functions that need the client, this one also needs the instance, which does not exist while
+    // another thread's first start is in progress.
     if (!IdServicesMgr::GetInstance())
         return IdNotInitialized;
     return WithClient(IdClientUnavailable,
@@ -95,7 +97,7 @@ talix_status_code TALIX_CALL talix_set_host(void* window)
 {
     if (!window)
         return IdInvalidHostWindow;
-    // Succeeds without client, too, by contract: the window is only offered.
+    // By contract succeeds without client, too.
     return WithClient(IdSuccess, [&](ISSOClient& client) {
         client.SetHostApplicationWindow(reinterpret_cast<std::uintptr_t>(window));
         return IdSuccess;

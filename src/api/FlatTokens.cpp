@@ -10,8 +10,8 @@ namespace {
 using TokenText = PluginText<4096>;
 using AddressText = PluginText<2048>;
 
-/// Has the plugin write a token, and copies it out whatever the result: a caller that overlooks a failure, a throwing
-/// plugin's too, sees an empty text. By contract a buffer that is too small replaces the plugin's failure code.
+/// Lets the plugin write a token, and copies it to the caller whatever the result, even if the plugin throws: a caller
+/// that ignores a failure sees an empty text. By contract IdBufferTooSmall replaces the plugin's failure code.
 template <class Write>
 talix_status_code CopyTokenOut(talix_buffer& token, Write&& write)
 {
@@ -68,7 +68,7 @@ talix_status_code TALIX_CALL talix_get_session_uri(const char* uri, uint16_t fla
 {
     if (!uri || !out || !out->buffer || out->size == 0)
         return IdFailed;
-    // Unlike a token, the address is copied out only on success, and a missing client is IdFailed.
+    // Unlike a token, the address is copied only on success, and a missing client is IdFailed.
     return WithClient(IdFailed, [&](ISSOClient& client) {
         AddressText text;
         const IdErrorCode result =

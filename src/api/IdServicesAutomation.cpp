@@ -19,7 +19,7 @@ IdErrorCode IdServicesAutomation::SetOverridingConfig(BaseConfig& config, Overri
     const IdServicesMgr* const manager = IdServicesMgr::GetInstance();
     if (!manager || !manager->d)
         return IdClientUnavailable;
-    // Asked for before the configuration is looked at: a missing client shows in the log whatever the host gave.
+    // Obtained before the configuration is checked, so that the log always shows a missing client.
     ISSOClient* const client = ObtainInterface<ISSOClient>();
     switch (type)
     {

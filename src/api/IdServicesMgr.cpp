@@ -16,10 +16,11 @@ IdServicesMgr::~IdServicesMgr()
     delete d;
 }
 
-// The pointer alone is copied, on purpose: see the header.
+// Only the pointer is copied, on purpose: see the header.
 IdServicesMgr& IdServicesMgr::operator=(const IdServicesMgr& other) = default;
 
-/// Without client the empty configuration is assigned, which by ProductConfig's rule leaves the caller's texts alone.
+/// Without client the empty configuration is assigned, which leaves the caller's texts unchanged: see
+/// ProductConfig::operator=.
 IdErrorCode IdServicesMgr::GetProductConfig(Server server, ProductConfig& config) const
 {
     ISSOClient* client = ObtainInterface<ISSOClient>();
@@ -64,7 +65,7 @@ std::uint32_t IdServicesMgr::GetOAuth2AccessTokenExpiryDate() const
     return Forward<&ISSOClient::GetOAuth2AccessTokenExpiryDate>(std::uint32_t{0});
 }
 
-/// A token that nothing is known of counts as expired, a login that nothing is known of does not (IsLoginExpired).
+/// Without client a token counts as expired, but a login does not (IsLoginExpired).
 bool IdServicesMgr::IsOAuth2TokenExpired() const
 {
     return Forward<&ISSOClient::IsOAuth2TokenExpired>(true);
@@ -105,7 +106,7 @@ IdErrorCode IdServicesMgr::Logout(int& result, talix_logout_flags flags)
     return Forward<&ISSOClient::Logout>(IdClientUnavailable, result, flags);
 }
 
-/// By contract the plugin's result is discarded, here and in RemoveObserver, where the other members return it.
+/// By contract AddObserver and RemoveObserver ignore the plugin's result, which the other members return.
 IdErrorCode IdServicesMgr::AddObserver(IObserver* observer)
 {
     ISSOClient* client = ObtainInterface<ISSOClient>();
@@ -164,7 +165,7 @@ bool IdServicesMgr::HasEvent() const
     return Forward<&ISSOClient::HasEvent>(false);
 }
 
-/// By contract it does not sign in: Login(int&) does.
+/// By contract this overload does not sign in: Login(int&) does.
 IdErrorCode IdServicesMgr::Login()
 {
     return IdSuccess;

@@ -10,16 +10,16 @@ namespace Kestrany::IdentityServices {
 
 struct IdServicesMgrPrivate
 {
-    ProductConfig fallbackConfig;    ///< Stays empty; what GetProductConfig assigns without client.
+    ProductConfig fallbackConfig;    ///< Always empty; GetProductConfig assigns it without client.
     ProductConfig productConfig;     ///< Filled by the flat interface.
-    bool flags[6] = {};              ///< Not read by any member; part of the layout.
-    std::list<IObserver*> observers; ///< Stays empty: observers are handed to the plugin. Part of the layout.
+    bool flags[6] = {};              ///< Not used; part of the layout.
+    std::list<IObserver*> observers; ///< Always empty, because the plugin stores the observers; part of the layout.
 };
 
-/// Starts that no stop has met yet.
+/// The start count: how many starts are not yet matched by a stop.
 extern std::atomic<int> startCount;
 
-/// IdServicesMgr::IsInitialized, which every flat function asks, without a call.
+/// Inline form of IdServicesMgr::IsInitialized, for the flat functions.
 inline bool IsStarted()
 {
     return startCount > 0;

@@ -8,8 +8,8 @@
 
 namespace Kestrany::IdentityServices {
 
-/// Runs a flat function. No exception may reach a host that is written in C: not the plugin's, and not one for want of
-/// memory.
+/// Runs `step`, and returns `failure` if it throws. No exception may reach a host that is written in C, neither the
+/// plugin's nor one for an allocation failure.
 template <class Result, class Step>
 Result NoThrow(Result failure, Step&& step) noexcept
 {
@@ -23,14 +23,14 @@ Result NoThrow(Result failure, Step&& step) noexcept
     }
 }
 
-/// Values below 1000 are no verdicts; hosts see them as a failure. Which functions map, and which pass the plugin's
-/// value on as it is, differs between functions that look alike and is part of the contract.
+/// Maps a value below 1000 to IdFailed. The flat functions differ on purpose: the contract says which ones normalize
+/// the plugin's result and which return it unchanged.
 inline talix_status_code NormalizeStatus(talix_status_code result)
 {
     return result < IdSuccess ? IdFailed : result;
 }
 
-/// The shape of most flat functions: the library must be initialized and the client there.
+/// The common form of the flat functions: checks that the library is initialized, obtains the client and calls it.
 template <class Call>
 talix_status_code WithClient(talix_status_code withoutClient, Call&& call) noexcept
 {

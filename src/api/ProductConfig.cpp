@@ -12,7 +12,7 @@ constexpr std::size_t longestText = 2147483647;
 
 struct TextEntry
 {
-    char* text = nullptr; ///< Null while never set.
+    char* text = nullptr; ///< Null until it is set.
     std::int32_t length = 0;
 };
 
@@ -21,8 +21,8 @@ void Store(TextEntry& entry, const char* text)
     if (!text)
         return;
     const std::size_t length = strnlen(text, longestText);
-    // By contract compared with the length of the text before, not with the size of its buffer: after a short text a
-    // longer one gets a new buffer, even where the old one has room.
+    // By contract compared with the length of the previous text, not with the size of its buffer: a longer text gets a
+    // new buffer, even if the old buffer has room.
     if (!entry.text || length > static_cast<std::size_t>(entry.length))
     {
         char* const buffer = new char[length + 1];
@@ -33,8 +33,8 @@ void Store(TextEntry& entry, const char* text)
     entry.length = static_cast<std::int32_t>(length);
 }
 
-/// By contract the size is not compared with the length: a text that does not fit is the copy's fault, and if the
-/// host's handler returns, the stored length is returned all the same.
+/// By contract the size is not compared with the length: the runtime's copy handles a text that does not fit. If the
+/// host's invalid-parameter handler returns, this still returns the stored length.
 int Read(const TextEntry& entry, char* buffer, int size)
 {
     if (!buffer || size == 0 || !entry.text)
@@ -65,7 +65,7 @@ ProductConfig& ProductConfig::operator=(const ProductConfig& other)
 {
     if (this != &other)
     {
-        // The setters ignore null texts, so an entry that was never set leaves the target's as it is, by contract.
+        // The setters ignore null texts, so that an entry that was never set does not change the target, by contract.
         SetOAuth2ClientID(other.d->clientId.text);
         SetOAuth2TokenScope(other.d->tokenScope.text);
         SetProductLineName(other.d->productLineName.text);
@@ -75,11 +75,11 @@ ProductConfig& ProductConfig::operator=(const ProductConfig& other)
     return *this;
 }
 
-/// Releases the block and, on purpose, not the texts: by contract their lifetime is not the object's.
+/// Releases the private state but not the texts, on purpose: by contract the texts may outlive the object.
 ProductConfig::~ProductConfig()
 {
     delete d;
-    // Volatile, or the compiler drops the store: the object ends here.
+    // Volatile, because the compiler would drop the store to an object that ends here.
     *const_cast<ProductConfigPrivate* volatile*>(&d) = nullptr;
 }
 

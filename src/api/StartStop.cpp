@@ -1,4 +1,4 @@
-// Start and stop of the library: how the users of the one manager object are counted.
+// Start and stop of the library: the start count and the IdServicesMgr object.
 
 #include <atomic>
 #include <memory>
@@ -19,8 +19,8 @@ namespace {
 
 std::atomic<IdServicesMgr*> instance = nullptr;
 
-/// Not recursive. The thread that holds it may ask again, from a callback that the plugin calls while it starts or
-/// stops: that raises the system error of a mutex for it. Some runtimes' own mutex would wait for ever.
+/// Not recursive. A thread that holds it may lock it again, in a callback that the plugin makes while it starts or
+/// stops: that throws the standard library's deadlock error, because std::mutex of some runtimes would wait forever.
 class LibraryMutex
 {
 public:
@@ -45,26 +45,26 @@ private:
 
 using LibraryGuard = std::unique_lock<LibraryMutex>;
 
-/// Some runtimes allocate what a mutex needs at its first lock.
-LibraryMutex& MakeLockedOnce()
+/// Locks the mutex once, because some runtimes allocate its memory at the first lock.
+LibraryMutex& CreateLockedOnce()
 {
     auto* mutex = new LibraryMutex;
     const LibraryGuard guard(*mutex);
     return *mutex;
 }
 
-/// Serialises the work of starting and stopping. Complete from the library's load on, so that no start lacks the memory
-/// for it, and never destroyed: a thread may still stop the library while the process ends.
-LibraryMutex& libraryMutex = MakeLockedOnce();
+/// Serializes starts and stops. It is complete when the library is loaded, so that no start fails for an allocation
+/// failure in it. Never destroyed: a thread may still stop the library while the process ends.
+LibraryMutex& libraryMutex = CreateLockedOnce();
 
-/// Takes back the count of a start that does not come to its end.
-class CountOfStart
+/// Decrements the start count again unless the start completes.
+class StartCountGuard
 {
 public:
-    CountOfStart() = default;
-    CountOfStart(const CountOfStart&) = delete;
-    CountOfStart& operator=(const CountOfStart&) = delete;
-    ~CountOfStart()
+    StartCountGuard() = default;
+    StartCountGuard(const StartCountGuard&) = delete;
+    StartCountGuard& operator=(const StartCountGuard&) = delete;
+    ~StartCountGuard()
     {
         if (!complete_)
             --startCount;
@@ -80,33 +80,33 @@ private:
     bool complete_ = false;
 };
 
-/// Ends the plugin's work and forgets where everything was found, even if the plugin throws: a later start begins anew.
-/// By contract it asks for the module as a call does, which may load a plugin that was never loaded, and forgets
-/// nothing where there is none.
+/// Stops the plugin and discards all stored locations, even if the plugin throws: a later start begins anew. By
+/// contract it obtains the module interface as any call does, which may load a plugin that was never loaded, and
+/// discards nothing if there is none.
 void ReleasePlugin()
 {
-    struct Forgetting
+    struct ForgetOnExit
     {
-        ~Forgetting() { SSOPathResolver::Forget(); }
+        ~ForgetOnExit() { SSOPathResolver::Forget(); }
     };
 
     ISSOClientModule* clientModule = SSOPathResolver::GetInstance()->GetSSOClientModule();
     if (!clientModule)
         return;
-    const Forgetting afterwards;
+    const ForgetOnExit forget;
     clientModule->Uninitialize();
 }
 
 } // namespace
 
-/// Counts before it takes the mutex: a second caller must not wait for the first one's load. By contract it succeeds
-/// without a look at the instance, which the first one may not have made yet.
+/// Increments the count before it locks the mutex: a second caller must not wait for the first one's load. By contract
+/// the second caller succeeds even if the first one has not created the instance yet.
 IdErrorCode IdServicesMgr::Initialize()
 {
     if (++startCount > 1)
         return IdSuccess;
     LibraryGuard guard(libraryMutex, std::defer_lock);
-    CountOfStart start; // Taken back before the mutex is released, or a stop that waits for it would count below 0.
+    StartCountGuard start; // Decrements before the mutex is released, or a waiting stop would decrement below 0.
     guard.lock();
     if (instance)
         return start.Complete();
@@ -119,10 +119,11 @@ IdErrorCode IdServicesMgr::Initialize()
     {
         void operator()(IdServicesMgr* created) const { delete created; }
     };
-    // Made before the plugin begins its work: a start that fails for want of memory must not leave it begun.
+    // Created before the plugin starts: a start that fails because the system is out of memory must not leave the
+    // plugin started.
     std::unique_ptr<IdServicesMgr, Destroyer> created(new IdServicesMgr);
     clientModule->Initialize(false);
-    manager->EnsureClientAfterInitialize(); // By contract a null client fails no start: members return their fallbacks.
+    manager->EnsureClientAfterInitialize(); // By contract a null client is no failure: members return their fallbacks.
     instance = created.release();
     return start.Complete();
 }
@@ -134,7 +135,7 @@ IdErrorCode IdServicesMgr::Uninitialize()
         return IdSuccess;
     if (--startCount > 0)
         return IdSuccess;
-    // The count is 0 now and stays so until another start counts; storing 0 at the end would lose that one.
+    // Do not store 0 here: another thread may increment the count at any time, and its start would be lost.
     delete instance.exchange(nullptr);
     ReleasePlugin();
     return IdSuccess;

@@ -13,24 +13,24 @@
 
 namespace Kestrany::IdentityServices {
 
-// Texts that go out into a caller's buffer.
+// Copies texts into a caller's buffer.
 
-/// Copies a text with its terminating zero into a buffer of `capacity` bytes by the runtime's bounded copy. A buffer
-/// that is null or too small is emptied where it can be, and the runtime's invalid-parameter handler is called: the
-/// host's own where it installed one, else the process ends.
+/// Copies a text with its terminating zero into a buffer of `capacity` bytes by the runtime's bounded copy. If the
+/// buffer is null or too small, the runtime empties it if it can, and calls its invalid-parameter handler: the host's
+/// own if it installed one, otherwise the process ends.
 inline void BoundedCopy(char* target, std::size_t capacity, const char* text)
 {
     strcpy_s(target, capacity, text);
 }
 
-/// A caller's size, a signed number of bytes, as the capacity that the copy is told. A negative one is not refused: by
-/// contract it is widened with its sign and compares as very large.
+/// Converts a caller's size in bytes to the capacity for the copy. A negative size is not rejected: by contract it is
+/// sign-extended and compares as very large.
 inline std::size_t CallerCapacity(std::int32_t size)
 {
     return static_cast<std::size_t>(static_cast<std::int64_t>(size));
 }
 
-/// A zero-filled buffer that the plugin writes a text into.
+/// A zero-filled buffer for a text that the plugin writes.
 template <std::size_t Units>
 struct PluginText
 {
@@ -38,7 +38,7 @@ struct PluginText
 
     static constexpr int Capacity = static_cast<int>(Units);
     wchar_t* Data() { return buffer.data(); }
-    /// Up to its first zero; a plugin that forgets the zero does not lead beyond the buffer.
+    /// The text up to its first zero; the whole buffer if the plugin wrote no zero.
     std::wstring_view Text() const
     {
         const auto end = std::find(buffer.begin(), buffer.end(), L'\0');
@@ -46,7 +46,7 @@ struct PluginText
     }
 };
 
-/// Copies a text as UTF-8 into the caller's buffer. Answers `result`, or IdBufferTooSmall with the buffer untouched.
+/// Copies a text as UTF-8 into the caller's buffer. Returns `result`, or IdBufferTooSmall with the buffer unchanged.
 template <std::size_t Units>
 talix_status_code CopyTextOut(const PluginText<Units>& text, const talix_buffer& out, talix_status_code result)
 {
@@ -57,7 +57,7 @@ talix_status_code CopyTextOut(const PluginText<Units>& text, const talix_buffer&
     if (capacity <= size)
         return IdBufferTooSmall;
     if (out.buffer)
-        std::memcpy(out.buffer, utf8, size + 1); // It fits; the bounded copy goes byte by byte.
+        std::memcpy(out.buffer, utf8, size + 1); // It fits, and the bounded copy is slow: it copies byte by byte.
     else
         BoundedCopy(out.buffer, capacity, utf8);
     return result;

@@ -38,7 +38,7 @@ std::size_t PutCharacter(std::wstreambuf& buffer, const std::wstring& line, std:
     const wchar_t first = line[position];
     if (IsHighSurrogate(first) && position + 1 < line.size() && IsLowSurrogate(line[position + 1]))
     {
-        // Both halves or their code point: a stream that takes the first half alone would swallow the second.
+        // Writes both halves or the code point: a stream that accepts only the first half would consume the second.
         const wchar_t second = line[position + 1];
         if (!Put(buffer, first) || !Put(buffer, second))
             PutCodePoint(buffer, 0x10000 + ((static_cast<std::uint32_t>(first) - 0xD800) << 10) +
@@ -54,7 +54,8 @@ std::size_t PutCharacter(std::wstreambuf& buffer, const std::wstring& line, std:
 
 void WriteConsoleLine(std::wostream& stream, const std::wstring& line)
 {
-    // The buffer, not the stream: a failed insertion would leave the stream refusing what the host writes next.
+    // Uses the buffer, not the stream: a failed insertion would set the stream's error state and block what the host
+    // writes next.
     std::wstreambuf* buffer = stream.rdbuf();
     if (!buffer)
         return;
@@ -64,7 +65,7 @@ void WriteConsoleLine(std::wostream& stream, const std::wstring& line)
     Put(*buffer, L'\n');
     buffer->pubsync();
     if (!failedBefore)
-        std::clearerr(stdout); // Characters that could not be encoded leave the error flag of the C stream behind.
+        std::clearerr(stdout); // Characters that cannot be encoded set the error flag of the C stream.
 }
 
 } // namespace Kestrany::IdentityServices

@@ -6,8 +6,8 @@
 
 namespace Kestrany::IdentityServices {
 
-/// Writes a line and leaves the stream's state as it was: the stream is the host's too. A character that the stream
-/// cannot encode appears as its code point, <U+4E2D>.
+/// Writes a line and does not change the stream's state, because the host uses the stream too. A character that the
+/// stream cannot encode is written as its code point, such as <U+4E2D>.
 void WriteConsoleLine(std::wostream& stream, const std::wstring& line);
 
 } // namespace Kestrany::IdentityServices

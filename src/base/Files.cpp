@@ -10,7 +10,7 @@ DWORD ReadAll(const File& file, unsigned long long limit, std::string& bytes)
     if (!file.IsOpen())
         return file.Error();
     if (GetFileType(file.Get()) != FILE_TYPE_DISK)
-        return ERROR_BAD_FILE_TYPE; // A pipe or a console may never come to an end.
+        return ERROR_BAD_FILE_TYPE; // Reading a pipe or a console may never end.
     if (!GetFileSizeEx(file.Get(), &size))
         return GetLastError();
     if (static_cast<unsigned long long>(size.QuadPart) > limit)

@@ -12,7 +12,7 @@ namespace Kestrany::IdentityServices {
 class File
 {
 public:
-    /// `sharing` (FILE_SHARE_...) is what others may do with the file meanwhile.
+    /// `sharing` (FILE_SHARE_...): what others may do with the file while it is open.
     File(const std::wstring& path, DWORD sharing);
 
     bool IsOpen() const { return handle_ != nullptr; }
@@ -25,21 +25,21 @@ private:
     DWORD error_;
 };
 
-/// Largest configuration file that is read, in bytes. Such files have a few hundred; a parsed document takes up to a
-/// hundred times its text, and that memory is the host's.
+/// Largest configuration file that is read, in bytes. Such files have a few hundred bytes. Parsed JSON takes up to a
+/// hundred times the memory of its text, all of it in the host's process.
 inline constexpr unsigned long long LargestConfigFile = 8ull * 1024 * 1024;
 
-/// What reading a file came to.
+/// The result of reading a file.
 struct FileContents
 {
-    DWORD error = ERROR_SUCCESS; ///< The platform's; ERROR_FILE_TOO_LARGE for a file above the limit.
+    DWORD error = ERROR_SUCCESS; ///< The platform's error; ERROR_FILE_TOO_LARGE for a file above the limit.
     std::string bytes;           ///< Empty if there is an error.
 
     bool IsRead() const { return error == ERROR_SUCCESS; }
 };
 
-/// Reads a whole file of at most `limit` bytes, whatever other processes do with it. What is no file on a disk (a
-/// directory, a pipe, a console) is an error.
+/// Reads a whole file of at most `limit` bytes, even if other processes have it open for writing or deletion. Fails for
+/// anything that is not a file on a disk, such as a directory, a pipe or a console.
 FileContents ReadFileContents(const std::wstring& path, unsigned long long limit = LargestConfigFile);
 
 } // namespace Kestrany::IdentityServices

@@ -9,7 +9,7 @@
 
 namespace Kestrany::IdentityServices {
 
-// One owner for each kind of thing that the platform hands out and wants back.
+// One owning type for each kind of resource that the platform allocates.
 
 struct HandleCloser
 {
@@ -21,7 +21,7 @@ struct HandleCloser
     }
 };
 
-/// A kernel object. Null if there is none; functions that return INVALID_HANDLE_VALUE for none need OwnFile.
+/// A kernel object; null if there is none. For a function that returns INVALID_HANDLE_VALUE on failure, use OwnFile.
 using Handle = std::unique_ptr<void, HandleCloser>;
 
 /// Owns the result of a function that returns INVALID_HANDLE_VALUE on failure.

@@ -55,22 +55,22 @@ const Json::CharReaderBuilder& BuilderFor(JsonSyntax syntax)
     return syntax == JsonSyntax::Strict ? *strict : *configuration;
 }
 
-JsonDocument Parse(const std::string& text, JsonSyntax syntax)
+ParsedJson Parse(const std::string& text, JsonSyntax syntax)
 {
     const std::unique_ptr<Json::CharReader> parser(BuilderFor(syntax).newCharReader());
-    JsonDocument document;
+    ParsedJson parsed;
     Json::Value root;
     std::string report;
     if (parser->parse(text.data(), text.data() + text.size(), &root, &report))
-        document.root = std::move(root);
+        parsed.root = std::move(root);
     else
-        document.error = FirstError(report);
-    return document;
+        parsed.error = FirstError(report);
+    return parsed;
 }
 
 } // namespace
 
-JsonDocument ParseJson(const std::string& bytes, JsonSyntax syntax)
+ParsedJson ParseJson(const std::string& bytes, JsonSyntax syntax)
 {
     try
     {
@@ -79,8 +79,8 @@ JsonDocument ParseJson(const std::string& bytes, JsonSyntax syntax)
     }
     catch (const std::exception& exception)
     {
-        // The parser throws if a document nests deeper than its limit, and if it runs out of memory: then it throws
-        // errors of its own kind, which no host expects.
+        // The parser throws its own exceptions if the text nests deeper than its limit, or if the system is out of
+        // memory. No host expects those.
         return {std::nullopt, {0, 0, exception.what()}};
     }
 }

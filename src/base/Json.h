@@ -8,31 +8,31 @@
 
 namespace Kestrany::IdentityServices {
 
-/// Why a text is not JSON, and where.
+/// Why a text is not JSON, and the position of the error.
 struct JsonError
 {
-    int line = 0; ///< From 1; 0 if the parser does not say.
+    int line = 0; ///< Counted from 1; 0 if the parser gives no position.
     int column = 0;
     std::string text;
 };
 
-/// What parsing a text came to.
-struct JsonDocument
+/// The result of parsing a text.
+struct ParsedJson
 {
-    std::optional<Json::Value> root; ///< nullopt for a text that is not JSON or nests too deep.
-    JsonError error;                 ///< Meaningful if there is no root.
+    std::optional<Json::Value> root; ///< nullopt if the text is not JSON or nests too deep.
+    JsonError error;                 ///< Valid only if there is no root.
 };
 
 enum class JsonSyntax
 {
-    /// For files that people edit: a UTF-8 byte order mark and comments are accepted. A number out of range costs its
-    /// place alone: see IsNumberOutOfRange.
+    /// For files that people edit: accepts a UTF-8 byte order mark and comments. A number out of range does not make
+    /// the file invalid: see IsNumberOutOfRange.
     Configuration,
-    /// For messages between programs: an object or an array, nothing beside the standard, no member twice.
+    /// For messages between programs: an object or an array, no extensions of the standard, no duplicate members.
     Strict
 };
 
-JsonDocument ParseJson(const std::string& bytes, JsonSyntax syntax = JsonSyntax::Configuration);
+ParsedJson ParseJson(const std::string& bytes, JsonSyntax syntax = JsonSyntax::Configuration);
 
 /// The member `key` of `value`; null if there is none, or if `value` is not an object.
 const Json::Value& MemberOf(const Json::Value& value, std::string_view key);

@@ -9,21 +9,21 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
-/// Longer than a number that means something. The reader's conversion takes time by the square of the length.
+/// Longer than any useful number. The parser's conversion takes quadratic time.
 constexpr std::size_t longestNumber = 1000;
 
-/// A double holds every number whose first digit stands for a power of ten up to this one, or down to its negative.
+/// A double can represent every number whose first digit has a power of ten from -306 to 306.
 constexpr int greatestPower = 306;
 constexpr double firstBeyond = 1e307;
 
-/// What numbers out of range are read as. Not longer than any of them, so that the rest can stay where it is.
+/// Replaces numbers out of range. Not longer than any of them, so that all other bytes keep their positions.
 constexpr std::string_view numberBeyond = "1e308";
-/// Stands for what the reader takes for a number and then refuses.
+/// Replaces what the parser reads as a number and then rejects.
 constexpr std::string_view noNumber = "1e";
 
 constexpr char digits[] = "0123456789";
 
-/// A number cut as the reader cuts it: any part may be missing.
+/// A number token, split as the parser does: any part may be missing.
 struct NumberToken
 {
     bool hasSign = false;
@@ -58,7 +58,7 @@ public:
     }
 
 private:
-    /// Zero where the next character is none of them.
+    /// Zero if the next character is none of them.
     char TakeOneOf(std::string_view characters)
     {
         const bool isNext = position_ < text_.size() && characters.find(text_[position_]) != std::string_view::npos;
@@ -88,8 +88,8 @@ int ExponentOf(const NumberToken& number)
     return number.isExponentNegative ? -exponent : exponent;
 }
 
-/// The power of ten that the first digit of a number stands for; 0 for zero.
-int PowerOf(const NumberToken& number)
+/// The power of ten of the first non-zero digit; 0 for zero.
+int PowerOfTen(const NumberToken& number)
 {
     const std::size_t whole = number.whole.find_first_not_of('0');
     if (whole != std::string_view::npos)
@@ -98,22 +98,22 @@ int PowerOf(const NumberToken& number)
     return fraction == std::string_view::npos ? 0 : -static_cast<int>(fraction) - 1 + ExponentOf(number);
 }
 
-/// Whether the reader would convert it, were it of any length and its numbers of any range.
+/// Whether the parser would accept it, apart from its length and range.
 bool IsNumber(const NumberToken& number)
 {
     const bool hasDigits = !number.whole.empty() || !number.fraction.empty();
     return hasDigits && (!number.hasExponent || !number.exponent.empty());
 }
 
-/// What is to stand in the place of a number; empty where it may stay.
+/// The replacement of a number; empty if the number stays.
 std::string_view ReplacementOf(const NumberToken& number)
 {
     if (number.length > longestNumber)
         return IsNumber(number) ? numberBeyond : noNumber;
-    return IsNumber(number) && std::abs(PowerOf(number)) > greatestPower ? numberBeyond : std::string_view();
+    return IsNumber(number) && std::abs(PowerOfTen(number)) > greatestPower ? numberBeyond : std::string_view();
 }
 
-/// The sign stays: without it the number might become one with what stands before.
+/// The sign stays: without it, the number could join with the token before it.
 void Overwrite(char* target, const NumberToken& number, std::string_view replacement)
 {
     const std::size_t sign = number.hasSign ? 1 : 0;
@@ -121,19 +121,20 @@ void Overwrite(char* target, const NumberToken& number, std::string_view replace
     replacement.copy(target + sign, replacement.size());
 }
 
-/// The position after the text that was opened before `position`; beyond the end where nothing closes it.
-std::size_t AfterText(const std::string& bytes, std::size_t position)
+/// The position after the string that was opened before `position`; beyond the end if the string is not closed.
+std::size_t AfterString(const std::string& bytes, std::size_t position)
 {
     while (position < bytes.size() && bytes[position] != '"')
         position += bytes[position] == '\\' ? 2 : 1;
     return position + 1;
 }
 
-/// The position after the text or the comment that begins at `position`, or after the one character where none does.
-std::size_t AfterTextOrComment(const std::string& bytes, std::size_t position)
+/// The position after the string or comment that begins at `position`, or after the one character if neither begins
+/// there.
+std::size_t AfterStringOrComment(const std::string& bytes, std::size_t position)
 {
     if (bytes[position] == '"')
-        return AfterText(bytes, position + 1);
+        return AfterString(bytes, position + 1);
     if (bytes.compare(position, 2, "//") == 0)
         return bytes.find_first_of("\r\n", position);
     if (bytes.compare(position, 2, "/*") == 0)
@@ -154,7 +155,7 @@ std::optional<std::string> WithNumbersInRange(const std::string& bytes)
     {
         if (bytes[position] == '"' || bytes[position] == '/')
         {
-            position = AfterTextOrComment(bytes, position);
+            position = AfterStringOrComment(bytes, position);
             continue;
         }
         const NumberToken number = TokenReader(std::string_view(bytes).substr(position)).TakeNumber();

@@ -7,12 +7,12 @@
 
 namespace Kestrany::IdentityServices {
 
-/// The JSON reader refuses a whole document for one number beyond a double's range, and takes seconds for a number of a
-/// million digits. Answers a copy in which each such number is a short one that IsNumberOutOfRange knows, and all other
-/// bytes stand where they stood; nothing for a text that may be read as it is.
+/// The JSON parser rejects the whole text if one number is beyond a double's range, and takes seconds for a number of a
+/// million digits. Returns a copy in which each such number is replaced by a short one that IsNumberOutOfRange
+/// recognizes; all other bytes keep their positions. nullopt if the text needs no replacement.
 std::optional<std::string> WithNumbersInRange(const std::string& bytes);
 
-/// Whether the value is what a number beyond a double's range, or of more than a thousand characters, was read as.
+/// Whether the value replaces a number that is beyond a double's range, or longer than a thousand characters.
 bool IsNumberOutOfRange(const Json::Value& value);
 
 } // namespace Kestrany::IdentityServices

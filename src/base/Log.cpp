@@ -21,8 +21,8 @@ struct PendingLogRecord
     std::size_t times;
 };
 
-/// What waits for a logger. A text is held once, however often it was written: a hostile file can have the same few
-/// written by the million.
+/// Messages that wait for a logger. A text is stored once, however often it was logged: a hostile file can cause the
+/// same few messages a million times.
 struct PendingLog
 {
     struct ByText
@@ -69,14 +69,14 @@ SharedText TextFor(PendingLog&, const SharedText& message)
 
 void Keep(std::vector<PendingLogRecord>& records, const SharedText& message, LogLevel level)
 {
-    // One object is one text, so that no texts need to be compared.
+    // Compares pointers, not texts: it is faster, and equal pointers mean equal texts.
     if (!records.empty() && records.back().message == message && records.back().level == level)
         ++records.back().times;
     else
         records.push_back({message, level, 1});
 }
 
-/// A message must never cost its writer the step that it reports: whatever fails, the message alone is lost.
+/// A failure to log must never fail the step that logs: only the message is lost.
 template <class Message>
 void Write(const Message& message, const std::wstring& text, LogLevel level) noexcept
 {
@@ -95,7 +95,7 @@ void Write(const Message& message, const std::wstring& text, LogLevel level) noe
     }
     catch (...)
     {
-        // The message alone is lost.
+        // Only the message is lost.
     }
 }
 
@@ -110,7 +110,7 @@ void Deliver(const std::wstring& message, LogLevel level)
     }
     catch (...)
     {
-        // The next message may still get through.
+        // The next message may still succeed.
     }
 }
 
@@ -135,7 +135,7 @@ void SetPluginLogger(PluginLogger target)
 void FlushPendingLog()
 {
     const ProcessLockGuard guard(processLock);
-    // Taken out first: a logger that logs from inside its own operation must not meet the same records again.
+    // Moved out first: a logger that logs from inside its own operation must not find the same records again.
     const PendingLog pending = std::exchange(State().pending, {});
     for (const PendingLogRecord& record : pending.records)
     {

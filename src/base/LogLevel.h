@@ -8,8 +8,8 @@ namespace Kestrany::TALIXLog {
 /// Severity of a log message, as the plugin's logger receives it.
 enum LogLevel : std::int32_t
 {
-    Error = 2,   ///< A failure; echoed to the wide standard output while the plugin has no logger.
-    Warning = 4, ///< A search that fell back to a bare file name.
+    Error = 2,   ///< A failure; also written to the wide standard output while the plugin has no logger.
+    Warning = 4, ///< A search that falls back to a bare file name.
     Info = 8     ///< Progress.
 };
 

@@ -11,7 +11,7 @@ namespace Kestrany::IdentityServices {
 template <class... Arguments>
 std::wstring Message(const wchar_t* text, const Arguments&... arguments)
 {
-    boost::wformat format(text, std::locale::classic()); // A code is not grouped as the host groups its numbers.
+    boost::wformat format(text, std::locale::classic()); // No digit grouping from the host's locale.
     (void)(format % ... % arguments);
     return format.str();
 }

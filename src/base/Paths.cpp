@@ -10,16 +10,17 @@ using boost::filesystem::path;
 
 namespace {
 
-/// Without opening the file. Nothing where that does not tell: a link is there only where what it leads to is, and
-/// attributes can be withheld. Any other failure is final: a share that does not answer costs its time-out once.
-std::optional<bool> ExistsAtAGlance(const std::wstring& text)
+/// Whether a path exists, without opening the file. nullopt if the attributes do not decide: a link exists only if its
+/// target does, and access to the attributes can be denied. Any other failure means no: a share that does not respond
+/// causes only one time-out.
+std::optional<bool> ExistsByAttributes(const std::wstring& text)
 {
     const DWORD attributes = GetFileAttributesW(text.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)
     {
         const DWORD error = GetLastError();
-        const bool withheld = error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;
-        return withheld ? std::nullopt : std::optional(false);
+        const bool denied = error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;
+        return denied ? std::nullopt : std::optional(false);
     }
     return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 ? std::optional(true) : std::nullopt;
 }
@@ -58,7 +59,7 @@ bool PathExists(const std::wstring& text)
 {
     if (text.empty())
         return false;
-    if (const std::optional<bool> exists = ExistsAtAGlance(text))
+    if (const std::optional<bool> exists = ExistsByAttributes(text))
         return *exists;
     boost::system::error_code error;
     return boost::filesystem::exists(boost::filesystem::status(path(text), error));

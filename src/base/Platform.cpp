@@ -10,7 +10,7 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
-/// A name cut off at the end of the buffer is a failure: its directory part may be another directory.
+/// A truncated name counts as a failure: its directory part may name another directory.
 std::wstring ModuleFileName(HMODULE module)
 {
     wchar_t buffer[MAX_PATH] = {};
@@ -77,7 +77,7 @@ std::wstring GetSystemErrorText(unsigned long code)
     const LocalMemory<wchar_t> owner(allocated);
     if (allocated && *allocated)
         return allocated;
-    // The one error whose text is fixed, for systems that have none.
+    // This one text is fixed, for systems that have none.
     return code == ERROR_MOD_NOT_FOUND ? L"The specified module could not be found." : L"";
 }
 

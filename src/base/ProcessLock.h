@@ -6,10 +6,9 @@
 
 namespace Kestrany::IdentityServices {
 
-/// The one process-wide recursive lock. It guards the client module manager, the loaded plugin's interfaces and the
-/// log.
+/// The process-wide recursive lock. It guards the client module manager, the loaded plugin's interfaces and the log.
 ///
-/// Every forwarded call takes it once, so it is the platform's cheapest recursive lock. It is never destroyed: other
+/// Every forwarded call takes it once, so it is the platform's fastest recursive lock. It is never destroyed: other
 /// threads may still use it while the process ends.
 class ProcessLock
 {

@@ -3,13 +3,13 @@
 
 namespace Kestrany::IdentityServices {
 
-/// The library's own version, which it reports, and compares with what plugins say they serve.
+/// The library's own version. The library reports it, and compares it with the versions that a plugin serves.
 inline constexpr char ProductVersion[] = ORLINDEX_VERSION;
 
-/// The library's file name, by which it finds itself among the modules of the process.
+/// The library's file name, by which it finds its own module in the process.
 inline constexpr wchar_t ProductModuleName[] = L"Orlindex.dll";
 
-/// Architecture and configuration, as the log names them.
+/// Architecture and build configuration, as the log shows them.
 inline constexpr const wchar_t* SDKBuildConfiguration = sizeof(void*) == 8 ? L"x64-Release" : L"x86-Release";
 
 } // namespace Kestrany::IdentityServices

@@ -1,6 +1,5 @@
-// Only in builds with mingw-w64: takes the place of the handler that its runtime would link, which prints the type of
-// an uncaught exception and brings a demangler of 45 KB for that. A library that a host loads has no business printing
-// on the host's standard error, and the process ends either way.
+// Only in mingw-w64 builds: replaces the runtime's handler, which prints the type of an uncaught exception and needs a
+// demangler of 45 KB for that. A library must not print to its host's standard error, and the process ends either way.
 
 #include <cstdlib>
 

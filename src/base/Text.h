@@ -16,17 +16,17 @@ std::wstring Widen(std::string_view utf8);
 /// empty.
 std::string Narrow(std::wstring_view utf16);
 
-/// UTF-8 to UTF-16; nullopt if the text is not well formed.
+/// UTF-8 to UTF-16; nullopt if the text is ill-formed.
 std::optional<std::wstring> WidenStrictly(std::string_view utf8);
 
-/// UTF-16 to UTF-8; nullopt if a surrogate stands alone.
+/// UTF-16 to UTF-8; nullopt if the text has a lone surrogate.
 std::optional<std::string> NarrowStrictly(std::wstring_view utf16);
 
-/// The most bytes of UTF-8 that one unit of UTF-16 becomes: a pair of surrogates becomes four, a lone one three.
+/// The most UTF-8 bytes per UTF-16 unit: a surrogate pair becomes four bytes, any other unit at most three.
 inline constexpr std::size_t Utf8BytesPerUnit = 3;
 
-/// Narrow into memory that is large enough for any text of that length, without a terminating zero. Returns the number
-/// of bytes.
+/// Narrow into `target`, which must have room for Utf8BytesPerUnit bytes per unit of `utf16`. Writes no terminating
+/// zero. Returns the number of bytes.
 std::size_t NarrowInto(char* target, std::wstring_view utf16);
 
 } // namespace Kestrany::IdentityServices

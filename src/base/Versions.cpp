@@ -22,7 +22,7 @@ std::optional<std::int64_t> LeadingNumber(const std::string& part)
     return number;
 }
 
-/// Parts that are no numbers, or too large for one, do not differ here: the text decides over them.
+/// Returns 0 if a part is not a number, or is out of range: the text comparison decides then.
 int CompareAsNumbers(const std::string& a, const std::string& b)
 {
     const auto left = LeadingNumber(a);
@@ -79,7 +79,7 @@ int CompareVersions(const VersionParts& a, const VersionParts& b, int limit)
         const std::string& right = i < b.size() ? b[i] : missing;
         if (const int order = CompareAsNumbers(left, right))
             return order;
-        // Required also where the numbers are equal: 01 comes before 1, 1 before 1a, and a missing part before 0.
+        // Required even if the numbers are equal: 01 is before 1, 1 before 1a, and a missing part before 0.
         if (const int order = CompareAsText(left, right))
             return order;
     }

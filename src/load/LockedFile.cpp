@@ -7,8 +7,8 @@
 #include <string_view>
 #include <utility>
 
-// Native functions: the one behind GetMappedFileNameW, which has room for a short path only, and the one that gives a
-// file's index without its volume. Their parameters are declared in no header of user mode, or not in each.
+// Native functions: GetMappedFileNameW only returns short paths, so the function behind it is called; the other one
+// returns a file's index without its volume. Not every user-mode header declares them or their parameters.
 extern "C" __declspec(dllimport) LONG NTAPI NtQueryVirtualMemory(HANDLE process, const void* address, int information,
                                                                  void* buffer, SIZE_T size, SIZE_T* needed);
 extern "C" __declspec(dllimport) LONG NTAPI NtQueryInformationFile(HANDLE file, void* status, void* buffer, ULONG size,
@@ -17,9 +17,9 @@ extern "C" __declspec(dllimport) LONG NTAPI NtQueryInformationFile(HANDLE file, 
 namespace Kestrany::IdentityServices {
 namespace {
 
-constexpr DWORD longestPath = 32768; ///< UTF-16 units, with the zero.
+constexpr DWORD longestPath = 32768; ///< UTF-16 units, including the terminating zero.
 
-/// The path of an open file in one of the platform's forms; empty, with the platform's last error, if there is none.
+/// The path of an open file in the given form; empty, with the platform's last error, if there is none.
 std::wstring FinalPathInForm(const File& file, DWORD form)
 {
     std::wstring path(MAX_PATH, L'\0');
@@ -40,15 +40,15 @@ std::wstring FinalPathInForm(const File& file, DWORD form)
 
 struct FinalPath
 {
-    std::wstring path; ///< With the prefix of literal paths.
+    std::wstring path; ///< With the literal-path prefix.
     DWORD error = ERROR_SUCCESS;
 };
 
 FinalPath FinalPathOf(const File& file)
 {
     FinalPath result;
-    // Not every server of a share lets names be normalized; the opened name is free of links, too. And not every volume
-    // has a letter.
+    // Some file servers do not support normalized names; the opened name is free of links, too. Some volumes have no
+    // drive letter.
     for (const DWORD form : {FILE_NAME_NORMALIZED | VOLUME_NAME_DOS, FILE_NAME_OPENED | VOLUME_NAME_DOS,
                              FILE_NAME_NORMALIZED | VOLUME_NAME_GUID})
     {
@@ -65,16 +65,16 @@ bool StartsWith(std::wstring_view text, std::wstring_view start)
     return text.substr(0, start.size()) == start;
 }
 
-/// Whether the platform takes a path as it stands: it strips points, and knows names of devices.
-bool MeansItself(const std::wstring& path)
+/// Whether the platform uses a path unchanged: it strips trailing dots, and maps device names.
+bool IsUsedUnchanged(const std::wstring& path)
 {
     std::wstring full(path.size() + 1, L'\0');
     const DWORD length = GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
     return length == path.size() && StartsWith(full, path);
 }
 
-/// Without the prefix of literal paths, if the path means the same without it: loaders and trust providers expect plain
-/// paths. A plain path beyond MAX_PATH is used only if the process gave the file that path itself.
+/// Removes the literal-path prefix if the path means the same file without it: loaders and trust providers expect plain
+/// paths. A plain path of MAX_PATH or more is used only if the caller gave that same path.
 std::wstring PlainPath(const std::wstring& path, const std::wstring& given)
 {
     constexpr std::wstring_view literal = L"\\\\?\\";
@@ -83,7 +83,7 @@ std::wstring PlainPath(const std::wstring& path, const std::wstring& given)
         return path;
     const std::wstring plain =
         StartsWith(path, literalShare) ? L"\\\\" + path.substr(literalShare.size()) : path.substr(literal.size());
-    return (plain.size() < MAX_PATH || plain == given) && MeansItself(plain) ? plain : path;
+    return (plain.size() < MAX_PATH || plain == given) && IsUsedUnchanged(plain) ? plain : path;
 }
 
 // Information classes of the two native functions.
@@ -105,8 +105,8 @@ struct SystemStatus
     ULONG_PTR information;
 };
 
-/// A name of the object manager, such as \Device\HarddiskVolume2\folder\file or \??\C:\folder\file, as a path that a
-/// file can be opened by.
+/// Converts a name of the object manager, such as \Device\HarddiskVolume2\folder\file or \??\C:\folder\file, to a path
+/// that can be opened.
 std::wstring PathOfObjectName(const std::wstring& name)
 {
     constexpr wchar_t drives[] = L"\\??\\";
@@ -119,7 +119,7 @@ std::wstring MappedFilePath(HMODULE module)
     struct MappedName
     {
         SystemString name = {};
-        wchar_t text[longestPath]; // Left as it is: the system fills what it needs.
+        wchar_t text[longestPath]; // Not initialized: the system fills what it needs.
     };
     const std::unique_ptr<MappedName> mapped(new MappedName);
     if (NtQueryVirtualMemory(GetCurrentProcess(), module, mappedFileName, mapped.get(), sizeof *mapped, nullptr) < 0)
@@ -168,7 +168,8 @@ bool LockedFile::IsSourceOf(HMODULE module) const
     return index && index == IndexOf(mapped) && IsOnVolumeOf(mapped);
 }
 
-/// A final path begins with its volume, and takes a small part of the time of the volume's number.
+/// Compares the final paths first: they begin with the volume, and take far less time than reading the volume's serial
+/// number.
 bool LockedFile::IsOnVolumeOf(const File& mapped) const
 {
     if (FinalPathOf(mapped).path == finalPath_)

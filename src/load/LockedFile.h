@@ -8,8 +8,8 @@
 
 namespace Kestrany::IdentityServices {
 
-/// A file that nobody can write, replace or rename while the object lives. It is verified and loaded by its final path:
-/// a link in the configured path may lead to another file at any time.
+/// A file that nobody can write, replace or rename while the object exists. It is verified and loaded by its final
+/// path, because a link in the configured path may lead to another file at any time.
 class LockedFile
 {
 public:
@@ -18,12 +18,13 @@ public:
     bool IsLocked() const { return error_ == ERROR_SUCCESS; }
     /// The platform's error code if the file is not locked.
     DWORD Error() const { return error_; }
-    /// The final path, which is a full path without links; without the prefix of literal paths if it means the same
+    /// The final path: a full path without links. The literal-path prefix is removed if the path means the same file
     /// without it. The given path if the file is not locked.
     const std::wstring& Path() const { return path_; }
 
     /// Whether a loaded module was mapped from this file: the same file index on the same volume. False if the platform
-    /// does not say. The mapping is asked, not the path that the module was loaded by, which may lead elsewhere by now.
+    /// cannot report them. Compares the mapping, not the path that the module was loaded by, which may lead to another
+    /// file by now.
     bool IsSourceOf(HMODULE module) const;
 
 private:
@@ -32,7 +33,7 @@ private:
     File file_;
     DWORD error_;
     std::wstring path_;
-    std::wstring finalPath_; ///< As the platform gives it.
+    std::wstring finalPath_; ///< As the platform returns it.
 };
 
 } // namespace Kestrany::IdentityServices

@@ -8,7 +8,7 @@ class ISSOClientModule;
 class ISSOClientPrivate;
 class ISSOServerManager;
 
-/// What the loaded plugin offers. The objects belong to the plugin; null until obtained.
+/// The interfaces of the loaded plugin. The objects belong to the plugin; null until obtained.
 struct PluginInterfaces
 {
     ISSOClientModule* ssoClientModule = nullptr;
@@ -17,7 +17,7 @@ struct PluginInterfaces
     ISSOClientPrivate* ssoClientPrivate = nullptr;
 };
 
-/// One set in a process, guarded by the process lock.
+/// One set per process, guarded by the process lock.
 inline PluginInterfaces pluginInterfaces;
 
 } // namespace Kestrany::IdentityServices

@@ -19,11 +19,11 @@ constexpr wchar_t loggerName[] = L"Orlindex";
 constexpr char factorySymbol[] = "?GetSSOClientFactory@@YAPEAVISSOClientFactory@IdentityServices@Kestrany@@XZ";
 constexpr char factorySymbolWow64[] = "?GetSSOClientFactory@@YAPAVISSOClientFactory@IdentityServices@Kestrany@@XZ";
 
-/// Empty if none is set, or one that cannot be saved: the platform is told its own path limit on purpose, whatever was
-/// allocated, so a directory of 260 characters or more is given up.
+/// The DLL search directory; empty if none is set. Always passes MAX_PATH as the buffer size, on purpose, whatever was
+/// allocated: a directory of 260 characters or more is not saved.
 std::wstring CurrentDllDirectory()
 {
-    const DWORD needed = GetDllDirectoryW(0, nullptr); // With the zero.
+    const DWORD needed = GetDllDirectoryW(0, nullptr); // Including the terminating zero.
     if (needed == 0)
         return {};
     std::wstring directory(std::max<std::size_t>(needed + std::size_t{1}, MAX_PATH), L'\0');
@@ -32,7 +32,7 @@ std::wstring CurrentDllDirectory()
     return directory;
 }
 
-/// The library search directory, replaced for the length of a scope.
+/// Replaces the DLL search directory for the lifetime of the object.
 class DllDirectoryScope
 {
 public:
@@ -42,16 +42,16 @@ public:
     }
     DllDirectoryScope(const DllDirectoryScope&) = delete;
     DllDirectoryScope& operator=(const DllDirectoryScope&) = delete;
-    /// If none was set before, an empty text, on purpose not null: null would restore the default order, in which the
-    /// current directory is searched, and that may be anyone's choice.
+    /// If none was set before, sets an empty text, on purpose not null: null would restore the default order, which
+    /// searches the current directory, and anyone may choose that.
     ~DllDirectoryScope() { SetDllDirectoryW(saved_.c_str()); }
 
 private:
     std::wstring saved_;
 };
 
-/// The modules that were verified and loaded in this process. They are never released, so that a handle stands for its
-/// module as long as the process lives. Never destroyed: another thread may load while the process ends.
+/// The modules that were verified and loaded in this process. They are never released, so each handle stays valid until
+/// the process ends. The list is never destroyed: another thread may load a module while the process ends.
 std::vector<HMODULE>& VerifiedModules()
 {
     static std::vector<HMODULE>& modules = *new std::vector<HMODULE>;
@@ -70,14 +70,15 @@ void RememberVerifiedModule(HMODULE module)
         VerifiedModules().push_back(module);
 }
 
-/// The plain load looks for dependencies in the host's directory before the library search directory, and would take
-/// one that was planted there. The first load begins with the module's own directory; the plain one then finds the
-/// module and its dependencies loaded. What lies beside the host alone is not found by the first (126): then the plain
-/// load decides. Any other error is final: a module that fails in its DllMain is not made to run it twice.
+/// LoadLibrary searches the host's directory for dependencies before the DLL search directory, and would load a file
+/// planted there. So the first load, with LOAD_WITH_ALTERED_SEARCH_PATH, begins with the module's own directory; the
+/// second one then finds the module and its dependencies already loaded. The first load does not find a dependency that
+/// is only beside the host (error 126): then the second load decides. Any other error is final: a module whose DllMain
+/// failed must not run it twice.
 ModuleLoad LoadWithOwnDependencies(const std::wstring& path)
 {
-    const ModuleReference ownFirst(LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
-    if (!ownFirst)
+    const ModuleReference ownDirectoryFirst(LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+    if (!ownDirectoryFirst)
     {
         if (const DWORD error = GetLastError(); error != ERROR_MOD_NOT_FOUND)
             return {nullptr, error};
@@ -88,7 +89,7 @@ ModuleLoad LoadWithOwnDependencies(const std::wstring& path)
 
 bool IsAmbiguous(const std::wstring& configuredPath, const LockedFile& verified)
 {
-    // A link may have another kind of name than the file that it leads to.
+    // A link's name may have a defect that its target's name lacks, and the reverse.
     return FindModulePathDefect(configuredPath) || FindModulePathDefect(verified.Path());
 }
 
@@ -103,7 +104,7 @@ ModuleLoad LoadVerifiedModule(const std::wstring& configuredPath, const LockedFi
 {
     ModuleLoad load;
     {
-        // Set and restored even if nothing is loaded: the steps are taken in their order up to the load itself.
+        // Set and restored even if nothing is loaded: all steps up to the load itself run in their fixed order.
         const DllDirectoryScope scope(ParentPath(verified.Path()));
         load.ambiguousPath = IsAmbiguous(configuredPath, verified);
         load.error = ReasonNotToLoad(configuredPath, verified);
@@ -112,17 +113,17 @@ ModuleLoad LoadVerifiedModule(const std::wstring& configuredPath, const LockedFi
     }
     if (!load.module)
         return load;
-    // A module in memory that was verified when it was loaded serves on, even if its file was replaced since. Otherwise
-    // what counts is which file was mapped: not every file system keeps the folders above an open file in place.
+    // A module in memory that was verified when it was loaded stays accepted, even if its file was replaced since. For
+    // any other module, the mapped file decides: some file systems let the folders above an open file change.
     if (!IsVerifiedModule(load.module) && !verified.IsSourceOf(load.module))
     {
         FreeLibrary(load.module);
         load = {};
-        load.error = ERROR_FILE_INVALID; // The platform gives no error of its own.
+        load.error = ERROR_FILE_INVALID; // The platform reports no error.
         load.fromAnotherFile = true;
         return load;
     }
-    RememberVerifiedModule(load.module); // Never released: the plugin's code may run as long as the process does.
+    RememberVerifiedModule(load.module); // Never released: the plugin's code may run until the process ends.
     return load;
 }
 
@@ -134,7 +135,7 @@ const char* PluginFactoryName()
 PluginFactorySymbol FindPluginFactory(HMODULE module)
 {
     const FARPROC symbol = GetProcAddress(module, PluginFactoryName());
-    // By way of void*: a direct cast between function types draws a warning about their different arguments.
+    // Cast through void*: a direct cast between function types causes a warning about their different parameters.
     return {reinterpret_cast<PluginFactoryFunction>(reinterpret_cast<void*>(symbol)),
             symbol ? ERROR_SUCCESS : GetLastError()};
 }

@@ -9,7 +9,8 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
-/// Empty for a missing key; nullopt for a value that is not a scalar, or that no text can represent.
+/// The text of a scalar value, empty for a missing key; nullopt if the value is not a scalar, or is a number out of
+/// range.
 std::optional<std::string> ScalarText(const Json::Value& value)
 {
     if (value.isArray() || value.isObject() || IsNumberOutOfRange(value))
@@ -17,7 +18,7 @@ std::optional<std::string> ScalarText(const Json::Value& value)
     return value.asString();
 }
 
-/// Blank for everything that cannot be a name.
+/// Blank for every value that has no text.
 std::string TextAt(const Json::Value& element, const char* key)
 {
     return ScalarText(MemberOf(element, key)).value_or(std::string());
@@ -61,7 +62,7 @@ std::optional<EntryDefect> FillEntry(const Json::Value& element, bool wow64, con
     entry.module = widen(TextAt(element, "module"));
     if (entry.module.empty())
         return EntryDefect::ModuleBlank;
-    // Neither key stands in for the other: a module for the other kind of process could not be loaded.
+    // Neither key replaces the other: a process cannot load a module for the other architecture.
     entry.modulePath = widen(TextAt(element, wow64 ? "modulePathWoW64" : "modulePath"));
     if (entry.modulePath.empty())
         return EntryDefect::ModulePathBlank;
@@ -78,7 +79,7 @@ std::optional<EntryDefect> FillEntry(const Json::Value& element, bool wow64, con
     return std::nullopt;
 }
 
-/// Compares over the parts that `bound` has, so that a bound works as a prefix.
+/// Compares only as many parts as `bound` has, so that a bound works as a prefix.
 int CompareWithBound(const VersionParts& version, const VersionParts& bound)
 {
     return CompareVersions(version, bound, static_cast<int>(bound.size()));
@@ -100,8 +101,8 @@ bool Matches(RangeMatch match)
     return match == RangeMatch::NoVersion || match == RangeMatch::WithinBounds || match == RangeMatch::Listed;
 }
 
-/// How the first matching range matches, else the first that does not. Empty ranges do not count; nullopt if all are
-/// empty.
+/// The match of the first range that matches. If none matches, the mismatch of the first range. Empty ranges are
+/// ignored; nullopt if all are empty.
 std::optional<RangeMatch> MatchRanges(const std::vector<VersionRange>& ranges, const VersionParts& version)
 {
     std::optional<RangeMatch> result;
@@ -176,7 +177,7 @@ bool RangesMatch(const VersionCompatibilityEntry& entry, const VersionParts& ver
 const VersionCompatibilityEntry* ChooseEntry(const std::vector<VersionCompatibilityEntry>& entries,
                                              const VersionParts& version)
 {
-    // One pass that keeps the highest: the comparison is not transitive for odd versions, so nothing is sorted by it.
+    // One pass that keeps the highest, no sorting: the comparison is not transitive for unusual versions.
     const VersionCompatibilityEntry* chosen = nullptr;
     for (const VersionCompatibilityEntry& entry : entries)
     {

@@ -7,7 +7,7 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
-/// Takes the values of one object, and notes each key that it looks for.
+/// Reads the values of an object, and records each key that it looks for.
 class KeyReader
 {
 public:
@@ -46,12 +46,12 @@ private:
 ParsedClientConfig ParseClientConfig(const std::string& bytes)
 {
     ParsedClientConfig config;
-    const JsonDocument document = ParseJson(bytes);
-    config.error = document.error;
-    if (!document.root)
+    const ParsedJson json = ParseJson(bytes);
+    config.error = json.error;
+    if (!json.root)
         return config;
     KeyReader keys(config.keys);
-    const Json::Value& server = keys.Object(*document.root, "ssoServer");
+    const Json::Value& server = keys.Object(*json.root, "ssoServer");
     ClientConfigValues values;
     values.bundleId = keys.Text(server, "bundleId");
     values.versionCompatibilityConfigFilePath = keys.Text(server, "VersionCompatibilityConfigfilePath");
@@ -66,7 +66,7 @@ std::vector<std::wstring> SplitSearchPaths(const std::wstring& text)
     std::vector<std::wstring> entries;
     boost::algorithm::split(
         entries, text, [](wchar_t character) { return character == L';'; }, boost::algorithm::token_compress_on);
-    // Runs of separators were one; a separator at an end leaves an empty entry.
+    // split already merges runs of separators, but a separator at either end leaves an empty entry.
     entries.erase(std::remove(entries.begin(), entries.end(), std::wstring()), entries.end());
     return entries;
 }

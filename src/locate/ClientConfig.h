@@ -13,7 +13,7 @@ namespace Kestrany::IdentityServices {
 
 inline constexpr wchar_t ClientConfigFileName[] = L"Orlindex.config";
 
-/// What the object "ssoServer" of the file says. Texts are UTF-8, and empty if the file has none.
+/// The values of the object "ssoServer" in the file. Texts are UTF-8, and empty if the file has none.
 struct ClientConfigValues
 {
     std::string bundleId;
@@ -30,26 +30,26 @@ struct ClientConfigKey
     bool rightType;
 };
 
-/// What parsing the file came to.
+/// The result of parsing the file.
 struct ParsedClientConfig
 {
-    std::optional<ClientConfigValues> values; ///< nullopt for a text that is not JSON.
-    JsonError error;                          ///< Meaningful if there are no values.
-    std::vector<ClientConfigKey> keys;        ///< "ssoServer", then those below it.
+    std::optional<ClientConfigValues> values; ///< nullopt if the text is not JSON.
+    JsonError error;                          ///< Valid only if there are no values.
+    std::vector<ClientConfigKey> keys;        ///< "ssoServer", then the keys below it.
 };
 
-/// A key whose value has another type counts as missing.
+/// A key whose value has the wrong type counts as missing.
 ParsedClientConfig ParseClientConfig(const std::string& bytes);
 
-/// The directories of "searchPaths". Empty ones are dropped: they are never searched, and a file may hold millions.
+/// The directories of "searchPaths". Empty ones are dropped: they are never searched, and a file may have millions.
 std::vector<std::wstring> SplitSearchPaths(const std::wstring& text);
 
-/// How the server application is found and addressed: values of the client config file, and fixed names that hold once
-/// the file has been read or found missing.
+/// How the server application is found and addressed: values of the client config file, and fixed names that are set
+/// once the file has been read or found missing.
 struct ServerSettings
 {
     std::wstring searchName;     ///< File name that is searched for.
-    std::wstring executableName; ///< File name that is joined with the directory found.
+    std::wstring executableName; ///< File name that is joined with the directory that was found.
     std::vector<std::wstring> searchPaths;
     std::string defaultProcessName;
     std::string defaultServerName;
@@ -58,8 +58,8 @@ struct ServerSettings
     bool supportBothLocalAndAdmin = false;
 };
 
-/// Its destructor sets the settings that no file changes, however reading the file ended. They are allocated in the
-/// constructor, so that setting them needs no memory.
+/// The destructor sets the fixed settings, even if reading the file threw an exception. The constructor allocates them,
+/// so that the destructor needs no memory.
 class FixedSettings
 {
 public:

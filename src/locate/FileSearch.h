@@ -6,15 +6,15 @@
 
 namespace Kestrany::IdentityServices {
 
-/// Why a directory is searched.
+/// Where a search directory comes from.
 enum class DirectoryOrigin
 {
-    Library,          ///< The library's own.
-    Host,             ///< The host executable's.
+    Library,          ///< The library's directory.
+    Host,             ///< The directory of the host's executable.
     Added,            ///< Added by the host.
     ClientConfig,     ///< Named in the client config file.
     Registry,         ///< Registered by the server application's installer.
-    ServerApplication ///< The server application's.
+    ServerApplication ///< The server application's directory.
 };
 
 struct SearchDirectory
@@ -29,18 +29,18 @@ enum class DirectoryState
 {
     Holds,
     DoesNotHold,
-    Empty,        ///< An empty text: not searched.
-    EmbeddedZero, ///< Contains a zero character, at which the platform would end the path: not searched.
+    Empty,        ///< The text is empty: not searched.
+    EmbeddedZero, ///< Contains a zero character, where the platform would end the path: not searched.
     NoValue,      ///< Begins with a path variable that has no value: not searched.
-    NotSearched   ///< An earlier one holds the file.
+    NotSearched   ///< An earlier directory holds the file.
 };
 
-/// What a search found.
+/// The result of a search.
 struct SearchResult
 {
     std::wstring fileName;
     SearchList directories; ///< In the order of the search.
-    /// Of the directories, in their order, up to the one that holds the file.
+    /// States of the directories, in their order, up to the one that holds the file.
     std::vector<DirectoryState> states;
     std::wstring found; ///< Full name of the file; empty if no directory holds it.
 
@@ -50,13 +50,13 @@ struct SearchResult
     }
 };
 
-/// Finds the first directory, in list order, that holds an entry of that name. Three kinds of directory are not
-/// searched. An empty one, and one that begins with a path variable without value, would be looked up in the current
-/// directory, which anyone may choose. One with an embedded zero would be looked up without the file's name: the
-/// platform ends the path at the zero.
+/// Finds the first directory, in list order, that contains `fileName`. Three kinds of directory are not searched. An
+/// empty directory, and one that begins with a path variable without value, would be resolved against the current
+/// directory, which anyone may choose. For a directory with an embedded zero, the platform would end the path at the
+/// zero and ignore the file name.
 SearchResult FindFileInPaths(const std::wstring& fileName, SearchList directories);
 
-/// The directories one a line, as messages show them.
+/// The directories, one per line, for log messages.
 std::wstring DirectoryLines(const SearchList& directories);
 
 } // namespace Kestrany::IdentityServices

@@ -8,8 +8,8 @@
 
 namespace Kestrany::IdentityServices {
 
-// The one shape of a forwarding member: get the interface, call the operation or answer the fallback. The operation is
-// a template argument, so that the call is one virtual call, and says which interface is meant.
+// The common form of all forwarding members: obtain the interface, then call the operation or return the fallback. The
+// operation is a template argument: it determines the interface, and the call compiles to one virtual call.
 
 template <class Operation>
 struct InterfaceOf;
@@ -41,7 +41,7 @@ Result Forward(Result fallback, Arguments&&... arguments)
     return target ? static_cast<Result>((target->*Operation)(std::forward<Arguments>(arguments)...)) : fallback;
 }
 
-/// For operations without an answer.
+/// For operations without a result.
 template <auto Operation, class... Arguments>
 void ForwardOnly(Arguments&&... arguments)
 {

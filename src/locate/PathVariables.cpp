@@ -3,7 +3,8 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
-/// The search for the end of a reference stops at a percent sign, or at a line terminator, which no reference spans.
+/// The characters that end the search for a reference's closing percent sign: the sign itself, and line terminators,
+/// which a reference must not contain.
 constexpr wchar_t referenceStops[] = L"%\n\r\u2028\u2029";
 
 struct Reference
@@ -12,8 +13,8 @@ struct Reference
     std::size_t end; ///< After the closing percent sign.
 };
 
-/// The first match of the pattern "%.*?%" at or after `from`, by one pass over the text: a regular expression engine
-/// would recurse once a character and overflow the stack on a long text.
+/// The first match of the pattern "%.*?%" at or after `from`, in one pass over the text: a regular expression engine
+/// would recurse once per character and overflow the stack on a long text.
 bool FindReference(const std::wstring& text, std::size_t from, Reference& reference)
 {
     std::size_t begin = text.find(L'%', from);

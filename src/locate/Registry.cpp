@@ -12,7 +12,7 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
-// In bytes; a longer location counts as missing. The two limits differ on purpose: both are fixed.
+// In bytes; a longer location counts as missing. The two limits differ on purpose: both are part of the contract.
 constexpr DWORD versionedLocationLimit = 4090;
 constexpr DWORD unversionedLocationLimit = 1024;
 
@@ -56,7 +56,8 @@ RegistryKeyFinding ReadLocation(std::wstring name, const RegistryKey& key, DWORD
     return finding;
 }
 
-/// Of equal versions, such as "1.0" and "1.0.", the first read names the version and the last read gives the location.
+/// If versions are equal, such as "1.0" and "1.0.", the first one read gives the version and the last one read gives
+/// the location.
 void KeepLatest(std::optional<InstalledVersion>& latest, InstalledVersion installed)
 {
     if (latest)
@@ -127,7 +128,7 @@ LatestRegistryLocation GetLatestRegistryLocation(const std::wstring& keyText)
     if (!key.IsOpen())
         return result;
 
-    // One pass that keeps the greatest: the comparison is not transitive for odd names, so nothing is sorted by it.
+    // One pass that keeps the highest, no sorting: the comparison is not transitive for unusual names.
     std::optional<InstalledVersion> latest;
     const DWORD count = key.SubkeyCount();
     for (DWORD index = 0; index < count; ++index)

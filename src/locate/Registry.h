@@ -8,20 +8,20 @@
 
 namespace Kestrany::IdentityServices {
 
-// Where the server application's installers registered its directory.
+// Reads the server application's directory, which its installers write to the registry.
 
 /// An open registry key.
 class RegistryKey
 {
 public:
-    /// Opens `path` below `root`. A 32-bit process on 64-bit Windows that fails tries the 64-bit view once more.
+    /// Opens `path` below `root`. If that fails, a 32-bit process on 64-bit Windows tries the 64-bit view once.
     RegistryKey(HKEY root, const std::wstring& path, REGSAM access);
     RegistryKey(const RegistryKey&) = delete;
     RegistryKey& operator=(const RegistryKey&) = delete;
     ~RegistryKey();
 
     bool IsOpen() const { return status_ == ERROR_SUCCESS; }
-    /// Result of the last attempt to open.
+    /// Result of the last attempt to open the key.
     LSTATUS Status() const { return status_; }
     HKEY Get() const { return key_; }
 
@@ -35,7 +35,7 @@ public:
         std::optional<std::wstring> text;
     };
     /// Reads a string value up to its first zero. There is no text if the value is missing, is not a string, or has
-    /// more than `byteLimit` bytes. What lies in the registry need not be terminated, nor have an even number of bytes.
+    /// more than `byteLimit` bytes. A registry value may lack its terminating zero or have an odd number of bytes.
     TextValue ReadText(const wchar_t* valueName, DWORD byteLimit) const;
 
 private:
@@ -49,27 +49,27 @@ inline constexpr const wchar_t* ServerApplicationKey = L"HKEY_LOCAL_MACHINE\\SOF
 /// The value of a key that holds a directory.
 inline constexpr const wchar_t* LocationValueName = L"Location";
 
-/// A key that was asked for a location.
+/// A key whose location was read.
 struct RegistryKeyFinding
 {
-    std::wstring key;            ///< The full name, or a subkey's own name.
+    std::wstring key;            ///< Full name of the key, or only the name of a subkey.
     LSTATUS opened;              ///< Result of opening the key.
     std::optional<LSTATUS> read; ///< Result of reading the value; nullopt if the key is not open.
     std::optional<std::wstring> location;
 };
 
-/// The registered location of the greatest version.
+/// The registered location of the highest version.
 struct LatestRegistryLocation
 {
     bool found = false;
     std::string version;
-    std::string location;                 ///< UTF-8, so that a directory named in any script survives.
-    std::wstring key;                     ///< Full name of the key that has it.
-    std::vector<RegistryKeyFinding> keys; ///< Every subkey that was looked at.
+    std::string location;                 ///< UTF-8, which supports every script.
+    std::wstring key;                     ///< Full name of the key that has the location.
+    std::vector<RegistryKeyFinding> keys; ///< Every subkey that was read.
 };
 
-/// Looks among the subkeys of `keyText` ("HKEY_LOCAL_MACHINE\..."), which are named by versions, for the greatest one
-/// that has a location.
+/// Finds the highest version among the subkeys of `keyText` ("HKEY_LOCAL_MACHINE\...") that have a location. The
+/// subkeys are named by versions.
 LatestRegistryLocation GetLatestRegistryLocation(const std::wstring& keyText);
 
 /// Reads the location from ServerApplicationKey itself, without a version.

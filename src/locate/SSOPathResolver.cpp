@@ -1,5 +1,5 @@
-// The manager: the one instance, the way to the plugin's interfaces, and where host, client config file and server
-// application are. StartUp.cpp has the load of the plugin.
+// The manager: the instance, the plugin's interfaces, path variables, the client config file and the server
+// application. StartUp.cpp has the load of the plugin.
 
 #include "locate/SSOPathResolver.h"
 
@@ -34,7 +34,7 @@ SharedText ModuleLoadedMessage()
                           Widen(ProductVersion), SDKBuildConfiguration, GetModuleFilePath(ProductModuleName)));
 }
 
-/// What is logged at every request for an interface that a loaded plugin lacks.
+/// The messages for requests of an interface that a loaded plugin lacks.
 struct MissingInterface
 {
     SharedText client;
@@ -43,8 +43,8 @@ struct MissingInterface
     SharedText serverManager;
 };
 
-/// Built before the first load, so that no request needs memory for them. Never destroyed: other threads may ask while
-/// the process ends.
+/// Built before the first load, so that no request needs memory for them. Never destroyed: other threads may request an
+/// interface while the process ends.
 const MissingInterface& MissingInterfaceMessages()
 {
     static const MissingInterface& messages = *new MissingInterface{
@@ -55,18 +55,18 @@ const MissingInterface& MissingInterfaceMessages()
     return messages;
 }
 
-/// Observes nothing. A host has this one, so that no step asks whether there is an observer.
+/// Ignores all notifications. Used in a host, so that no step needs a null check.
 class NullObserver final : public StartUpObserver
 {
 };
 
 StartUpObserver& ObserverOf(const StartUpOverrides& overrides)
 {
-    static NullObserver nobody;
-    return overrides.observer ? *overrides.observer : nobody;
+    static NullObserver nullObserver;
+    return overrides.observer ? *overrides.observer : nullObserver;
 }
 
-/// Sets a flag for the length of a scope.
+/// Sets a flag for the lifetime of the object.
 class FlagScope
 {
 public:
@@ -105,7 +105,8 @@ struct PathVariable
     std::wstring (*value)(SSOPathResolver& manager);
 };
 
-/// The first row whose name matches wins. The first four are the manager's and worked out on first use.
+/// Uses the first row whose name matches. The values of the first four rows come from the manager, which resolves them
+/// on first use.
 const PathVariable pathVariables[] = {
     {L"SSOServerAppPath", [](SSOPathResolver& manager) { return manager.GetSSOServerAppPath(); }},
     {L"SSOServerAppExeDirPath", [](SSOPathResolver& manager) { return manager.GetSSOServerAppExeDirPath(); }},
@@ -154,7 +155,7 @@ void SSOPathResolver::Forget()
     const ProcessLockGuard guard(processLock);
     if (SSOPathResolver* manager = instance_.load(std::memory_order_relaxed))
     {
-        manager->pluginModule_ = nullptr; // Not released: the plugin stays in the process.
+        manager->pluginModule_ = nullptr; // Not released: the plugin stays loaded in the process.
         manager->pluginFactory_ = nullptr;
         manager->loadState_ = PluginNotAttempted;
     }
@@ -205,7 +206,7 @@ bool SSOPathResolver::EnsureClientLoaded()
     }
     catch (...)
     {
-        return false; // Only the memory for a message can be missing here: the load has a barrier of its own.
+        return false; // Only an allocation failure for a message ends here: the load has its own exception barrier.
     }
 }
 
@@ -278,7 +279,7 @@ bool SSOPathResolver::FindClientConfigFile()
             Log(Message(L"Found client config file override at %1%", clientConfigFilePath_), TALIXLog::Info);
         else
             Log(Message(L"Failed to find client config file override %1%", clientConfigFilePath_), TALIXLog::Error);
-        return true; // On purpose also if it is missing: an override ends the search.
+        return true; // On purpose even if the file is missing: an override ends the search.
     }
 
     SearchList directories = {{L"%ExePath%", DirectoryOrigin::Host},
@@ -295,7 +296,7 @@ bool SSOPathResolver::FindClientConfigFile()
         Log(Message(L"Found client config file at %1%", clientConfigFilePath_), TALIXLog::Info);
         return true;
     }
-    clientConfigFilePath_ = ClientConfigFileName; // Read from the current directory if it lies there, on purpose.
+    clientConfigFilePath_ = ClientConfigFileName; // On purpose: such a file in the current directory is then read.
     Log(Message(L"Failed to find client config file %1% in the following paths:\n%2%", ClientConfigFileName, lines),
         TALIXLog::Warning);
     return false;
@@ -304,7 +305,7 @@ bool SSOPathResolver::FindClientConfigFile()
 bool SSOPathResolver::LoadClientConfig()
 {
     if (clientConfigLoadState_ != NotLoaded)
-        return clientConfigLoadState_ == Loaded; // Never: see ClientConfigLoadState.
+        return clientConfigLoadState_ == Loaded; // Always false: see ClientConfigLoadState.
     const FixedSettings fixedSettings(serverSettings_);
     clientConfigLoadState_ = LoadAttempted;
     if (clientConfigFilePath_.empty())
@@ -369,7 +370,7 @@ bool SSOPathResolver::FindSSOServerApp()
     if (!ssoServerAppPath_.empty())
         return true;
     if (findingServerApp_)
-        return false; // A search directory that refers to the server application's own directory has no value yet.
+        return false; // A search directory refers to the server application's own directory, which has no value yet.
     const FlagScope finding(findingServerApp_);
 
     if (clientConfigLoadState_ == NotLoaded)
@@ -392,8 +393,8 @@ bool SSOPathResolver::FindSSOServerApp()
     return true;
 }
 
-/// The order is the priority: the library's own directory, the host's, the client config file's; the registry's comes
-/// last, or first if local and admin installations may both serve.
+/// The order is the priority: the library's directory, the host's, those of the client config file. The registry's
+/// directory comes last, or first if local and admin installations are both supported.
 SearchList SSOPathResolver::ServerAppSearchList()
 {
     SearchList directories = {{L"%SSOServicesModulePath%", DirectoryOrigin::Library},
@@ -434,7 +435,7 @@ void SSOPathResolver::AddUnversionedRegistryLocation(SearchList& searchList)
     if (!key.location)
         return;
     observer_.OnRegistryChoice(key.key, *key.location);
-    // Last even if local and admin installations may both serve: only a versioned location comes first.
+    // Last even if local and admin installations are both supported: only a versioned location comes first.
     searchList.push_back({*key.location, DirectoryOrigin::Registry});
     Log(Message(L"Getting Pellwick path from registry: %1%", *key.location), TALIXLog::Info);
 }
@@ -448,7 +449,7 @@ std::wstring SSOPathResolver::GetSSOServerAppPath()
 
 std::wstring SSOPathResolver::GetSSOServerAppExeDirPath()
 {
-    // On purpose the same value under two names, as the path variables have.
+    // On purpose the same value, like the two path variables of these names.
     return GetSSOServerAppPath();
 }
 

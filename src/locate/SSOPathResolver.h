@@ -25,7 +25,7 @@ class LockedFile;
 enum ClientConfigLoadState : std::uint32_t
 {
     NotLoaded = 0,
-    Loaded = 1, ///< Never assigned, on purpose: an attempt counts once, whatever came of it.
+    Loaded = 1, ///< Never assigned, on purpose: every attempt, successful or not, ends as LoadAttempted.
     LoadAttempted = 2
 };
 
@@ -33,64 +33,64 @@ enum PluginLoadState : std::uint32_t
 {
     PluginNotAttempted = 0,
     PluginLoaded = 1,
-    PluginAttempted = 2 ///< An attempt has started; it failed if this stays, and is never made again.
+    PluginAttempted = 2 ///< An attempt was started, and failed if this value stays. It is never repeated.
 };
 
-/// Given values of a start-up, if it is retraced for another host than this process or for one module. Empty texts are
-/// worked out, as they always are for a host.
+/// Values that the diagnostic tool overrides when it retraces a start-up for another host or for one module. Empty
+/// texts are resolved as they are for a host.
 struct StartUpOverrides
 {
     std::wstring exeDirectory;
     std::wstring libraryDirectory;
     std::wstring serverAppDirectory;
     std::wstring clientPluginModule;
-    StartUpObserver* observer = nullptr; ///< Null: nobody observes.
+    StartUpObserver* observer = nullptr; ///< Null if there is none.
 };
 
-/// The one object that knows where everything is, and the way to the loaded plugin. It decides when something is worked
-/// out, logs what was found and notifies the observer; the stages in this folder and in load/ know how.
+/// The one object that holds all resolved paths and the loaded plugin. It decides when a value is resolved, logs the
+/// result and notifies the observer; the stages in this folder and in load/ do the work.
 ///
-/// Nothing is worked out before it is asked for: each resolver returns its stored result, or first asks the resolvers
-/// that it depends on, calls its stage and stores the result. The first request for a plugin interface therefore runs
-/// the whole start-up. The resolvers take no lock of their own; they run under the process lock during a start-up.
+/// Nothing is resolved before it is requested: each resolver returns its stored result, or first calls the resolvers
+/// that it depends on, calls its stage and stores the result. So the first request for a plugin interface runs the
+/// whole start-up. The resolvers take no lock of their own; during a start-up they run under the process lock.
 class SSOPathResolver
 {
 public:
-    /// Creates the manager on first use. It is never destroyed. Every forwarded call asks, so that only the creation
-    /// costs a call.
+    /// Creates the manager on first use. It is never destroyed. Inline, because every forwarded call uses it.
     static SSOPathResolver* GetInstance()
     {
         SSOPathResolver* const manager = instance_.load(std::memory_order_acquire);
         return manager ? manager : Create();
     }
-    /// A manager beside that one, which retraces a start-up with the given values.
+    /// Creates a separate manager, which retraces a start-up with the given values.
     SSOPathResolver(VersionParts sdkVersion, LogSink logSink, StartUpOverrides overrides = {});
-    /// Makes the next GetInstance begin anew, with nothing resolved and the plugin's interfaces forgotten. The object
-    /// itself stays, for threads that still hold it.
+    /// Makes the next GetInstance create a new manager, and clears the plugin's interfaces. The old object stays,
+    /// because other threads may still use it.
     static void Forget();
 
     /// Each loads the plugin on first use. Null without plugin, or (with a message) if the plugin returned null.
-    /// Every forwarded call asks for one: what finds it there is inline.
+    /// Inline, because every forwarded call uses one.
     ISSOClient* GetSSOClient() { return Obtain(&PluginInterfaces::ssoClient); }
     ISSOClientPrivate* GetSSOClientPrivate() { return Obtain(&PluginInterfaces::ssoClientPrivate); }
     ISSOClientModule* GetSSOClientModule() { return Obtain(&PluginInterfaces::ssoClientModule); }
     ISSOServerManager* GetSSOServerManager() { return Obtain(&PluginInterfaces::ssoServerManager); }
-    /// Asks the factory for its client once more if it had none while loading.
+    /// Asks the factory for its client again if it returned none during the load.
     void EnsureClientAfterInitialize();
-    /// Loads the plugin, at most once a manager. Never throws.
+    /// Loads the plugin, at most once per manager. Never throws.
     bool EnsureClientLoaded();
-    /// The steps of a load up to the one that would load the module. Returns whether that one would be taken.
+    /// Runs the steps of a load without loading the module. Returns whether the module would be loaded.
     bool CheckClientPlugin();
 
     void Log(std::wstring message, LogLevel level) const;
 
-    /// Returns whether the file was found; true also for an override that does not exist, and for every call after the
-    /// first, even if a bare name stands for a search that failed.
+    /// Returns whether the file was found. Also true for an override that does not exist, and for every call after the
+    /// first, even if the search failed and the path is the bare file name.
     bool FindClientConfigFile();
-    /// Reads the client config file, once. Returns whether this call was the one, whatever came of it: later calls
-    /// return false, as the state never becomes Loaded.
+    /// Reads the client config file, once. Returns true for the call that makes the attempt, whatever its result; later
+    /// calls return false, because the state never becomes Loaded.
     bool LoadClientConfig();
-    /// Names the client config file; refused, with a message, after it was read or an attempt made.
+    /// Sets the path of the client config file; refused, with a message, after the file was read or an attempt was
+    /// made.
     void SetClientConfigFileOverride(std::wstring path);
     void AddClientConfigSearchPath(std::wstring directory);
 
@@ -106,7 +106,7 @@ public:
     std::wstring ExeDirectory() const;
     std::wstring LibraryDirectory() const;
     bool GetPathVariableValue(const std::wstring& name, std::wstring& value);
-    /// Returns how many references the text had.
+    /// Returns the number of references in the text.
     std::int32_t ExpandPathVariables(std::wstring& text);
     void ExpandPathVariables(std::vector<std::wstring>& texts);
 
@@ -119,8 +119,8 @@ public:
 private:
     static SSOPathResolver* Create();
 
-    /// One shape for the four interfaces: load on first use; a plugin that is loaded but does not offer the interface
-    /// is worth a message at every request.
+    /// The common form for the four interfaces: loads the plugin on first use. If a loaded plugin lacks the interface,
+    /// every request logs a message.
     template <class Interface>
     Interface* Obtain(Interface* PluginInterfaces::* which)
     {
@@ -182,16 +182,17 @@ private:
     ServerSettings serverSettings_;
     ClientConfigLoadState clientConfigLoadState_ = NotLoaded;
     HMODULE pluginModule_ = nullptr;
-    ISSOClientFactory* pluginFactory_ = nullptr; ///< Not null: the plugin is loaded.
+    ISSOClientFactory* pluginFactory_ = nullptr; ///< Not null if the plugin is loaded.
     PluginLoadState loadState_ = PluginNotAttempted;
 
     StartUpOverrides overrides_;
     StartUpObserver& observer_;
-    /// Logged at every attempt, also after one that failed: built once.
+    /// Logged at every attempt, even after a failed one, so it is built once.
     std::shared_ptr<const std::wstring> moduleLoadedMessage_;
-    /// The path of the version compatibility file is the bare name that a failed search leaves behind.
+    /// True if the path of the version compatibility file is the bare name that a failed search stores.
     bool versionCompatibilityFileNotFound_ = false;
-    /// A search for the server application may meet a path variable that stands for its own result.
+    /// True during the search for the server application, because a search directory may refer to the result of that
+    /// same search.
     bool findingServerApp_ = false;
 };
 

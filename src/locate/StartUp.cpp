@@ -1,5 +1,5 @@
-// The start-up on one page: from the version compatibility file to live interfaces. LoadClientPluginModuleInSteps has
-// the steps in their order.
+// The start-up on one page: from the version compatibility file to the plugin's interfaces.
+// LoadClientPluginModuleInSteps lists the steps in order.
 
 #include <algorithm>
 #include <exception>
@@ -70,9 +70,9 @@ std::wstring DefectMessage(EntryDefect defect, const std::wstring& key, const st
 bool SSOPathResolver::LoadClientPluginModule()
 {
     if (pluginModule_ || pluginFactory_)
-        return true; // Also for a module whose factory failed: EnsureClientLoaded asks for the factory itself.
+        return true; // Also if the module's factory failed: EnsureClientLoaded checks the factory itself.
     if (loadState_ == PluginAttempted)
-        return false; // On purpose a failed load is final: only the manager after the last stop tries again.
+        return false; // On purpose a failed load is final: only the new manager after the last stop tries again.
     loadState_ = PluginAttempted;
 
     try
@@ -89,8 +89,8 @@ bool SSOPathResolver::LoadClientPluginModule()
     }
 }
 
-/// A plugin that was not configured to the end does not count as loaded. That comes before the message, for which there
-/// may be no memory.
+/// Marks the plugin as not loaded, because its configuration is incomplete. Does so before the message, which may fail
+/// if the system is out of memory.
 bool SSOPathResolver::GiveUpLoading(const char* reason)
 {
     pluginFactory_ = nullptr;
@@ -102,18 +102,18 @@ bool SSOPathResolver::GiveUpLoading(const char* reason)
     return false;
 }
 
-/// The start-up. The first step finds what it needs on the way: the version compatibility file, for that the server
-/// application, and for that the client config file.
+/// The start-up. The first step also finds the version compatibility file; that needs the server application, which
+/// needs the client config file.
 bool SSOPathResolver::LoadClientPluginModuleInSteps()
 {
     if (!FindClientPluginFile())
         return false;
-    if (!LoadVerifiedFile()) // Lock the file, verify its signature, load it, compare what was mapped.
+    if (!LoadVerifiedFile()) // Locks the file, verifies its signature, loads it, compares the mapped file.
         return false;
     if (!GetPluginFactory())
         return false;
-    // The server manager gets the server application's place before anything else, and its identity only after the log
-    // is connected. ObtainInterfaces asks for it again, on purpose: the contract has both calls.
+    // The server manager receives the server application's location before anything else, and its identity only after
+    // the log is connected. ObtainInterfaces gets it from the factory again, on purpose: the contract has both calls.
     NotifyBegin(LoadStep::ConfigureServer);
     ISSOServerManager* serverManager = pluginFactory_->GetSSOServerManager();
     ConfigureServer(serverManager);
@@ -154,7 +154,7 @@ bool SSOPathResolver::FindCompatibleClientPlugin()
     if (const std::optional<VersionCompatibilityEntry> chosen = ChooseClientPlugin())
     {
         clientPluginModulePath_ = NormalizedModulePath(chosen->modulePath);
-        // On purpose the module's path, not the file's: that is how the message is meant.
+        // On purpose the module's path, not the file's, despite the wording of the message.
         Log(Message(L"Found compatible client plugin for Orlindex version %1% in version compatibility file: %2%",
                     version, clientPluginModulePath_),
             TALIXLog::Info);
@@ -180,11 +180,10 @@ void SSOPathResolver::LocateVersionCompatibilityFile()
         return;
     }
 
-    // This call searches for the server application, and before that reads the client config file.
+    // This call searches for the server application, and reads the client config file before.
     std::wstring serverAppDirectory = GetSSOServerAppPath();
     if (serverAppDirectory.empty())
-        serverAppDirectory =
-            L"%SSOServerAppPath%"; // Not searched, and shown in messages as the text that has no value.
+        serverAppDirectory = L"%SSOServerAppPath%"; // Not searched; messages show it as a reference without a value.
     if (SearchVersionCompatibilityFile({{serverAppDirectory, DirectoryOrigin::ServerApplication}}))
         return;
     SearchList directories;
@@ -195,7 +194,7 @@ void SSOPathResolver::LocateVersionCompatibilityFile()
         return;
     versionCompatibilityFilePath_ = VersionCompatibilityFileName;
     versionCompatibilityFileNotFound_ = true;
-    // On purpose the directories of the second search alone: the first search named its own.
+    // On purpose only the directories of the second search: the first search logged its own.
     Log(Message(L"Failed to find version compatibility file %1% in the following paths:\n%2%",
                 VersionCompatibilityFileName, DirectoryLines(directories)),
         TALIXLog::Error);
@@ -226,8 +225,8 @@ bool SSOPathResolver::SearchVersionCompatibilityFile(const SearchList& directori
     return true;
 }
 
-/// The bare file name that a failed search leaves behind never exists: the current directory, where it would be looked
-/// up, may be anyone's choice. An override of that name is a file like any other.
+/// After a failed search the path is the bare file name, which counts as missing: it would be resolved against the
+/// current directory, which anyone may choose. An override with that name is a normal file.
 bool SSOPathResolver::VersionCompatibilityFileExists() const
 {
     return !versionCompatibilityFileNotFound_ && PathExists(versionCompatibilityFilePath_);
@@ -238,7 +237,7 @@ void SSOPathResolver::SetVersionCompatibilityFileOverride(std::wstring path)
     versionCompatibilityFileOverride_ = std::move(path);
 }
 
-/// Returns the entry of the highest version that serves this library's; nullopt if the file has none.
+/// Returns the entry with the highest version that serves this library's version; nullopt if there is none.
 std::optional<VersionCompatibilityEntry> SSOPathResolver::ChooseClientPlugin()
 {
     const std::wstring& file = versionCompatibilityFilePath_;
@@ -249,15 +248,15 @@ std::optional<VersionCompatibilityEntry> SSOPathResolver::ChooseClientPlugin()
         Log(Message(L"Version compatibility file %1% not found", file), TALIXLog::Error);
         return std::nullopt;
     }
-    const JsonDocument document = contents.IsRead() ? ParseJson(contents.bytes) : JsonDocument();
+    const ParsedJson json = contents.IsRead() ? ParseJson(contents.bytes) : ParsedJson();
     observer_.OnDocument({StartUpFile::VersionCompatibility, file, contents.error,
-                          contents.IsRead() && !document.root ? std::optional(document.error) : std::nullopt});
-    if (!document.root)
+                          contents.IsRead() && !json.root ? std::optional(json.error) : std::nullopt});
+    if (!json.root)
     {
         Log(Message(L"Failed to load file %1%. Possibly json format is not valid.", file), TALIXLog::Error);
         return std::nullopt;
     }
-    const std::vector<VersionCompatibilityEntry> entries = ReadVersionCompatibilityEntries(*document.root);
+    const std::vector<VersionCompatibilityEntry> entries = ReadVersionCompatibilityEntries(*json.root);
     if (entries.empty())
     {
         Log(Message(L"Version compatibility list is empty under key %1% in version compatibility file %2%",
@@ -271,11 +270,11 @@ std::optional<VersionCompatibilityEntry> SSOPathResolver::ChooseClientPlugin()
     return chosen ? std::optional(*chosen) : std::nullopt;
 }
 
-/// Returns the sound entries, and names each of the others in the log.
+/// Returns the valid entries, and logs a message for each of the others.
 std::vector<VersionCompatibilityEntry> SSOPathResolver::ReadVersionCompatibilityEntries(const Json::Value& root)
 {
     std::vector<VersionCompatibilityEntry> entries;
-    // Each message is built once: a file can hold millions of bad elements.
+    // Each message is built once: a file can have millions of invalid elements.
     std::map<EntryDefect, std::wstring> messages;
     ParseEntries(root, clientPluginKey, IsWow64(), Widen, [&](ParsedEntry&& parsed) {
         ExpandPathVariables(parsed.entry.modulePath);
@@ -295,9 +294,10 @@ std::vector<VersionCompatibilityEntry> SSOPathResolver::ReadVersionCompatibility
 
 // Verify and load the module
 
-/// Between verification and loading nobody can write, replace or rename the file: it is locked for that time, and one
-/// that cannot be locked is not loaded. It is verified and loaded by its final path: links in the configured path could
-/// lead to one file for the verification and to another for the load. Messages name the configured path.
+/// Nobody can write, replace or rename the file between verification and loading: it is locked for that time, and a
+/// file that cannot be locked is not loaded. It is verified and loaded by its final path, because links in the
+/// configured path could lead to one file for the verification and to another for the load. Messages name the
+/// configured path.
 bool SSOPathResolver::LoadVerifiedFile()
 {
     const LockedFile file(clientPluginModulePath_);
@@ -363,7 +363,7 @@ bool SSOPathResolver::GetPluginFactory()
     NotifyBegin(LoadStep::CallFactory);
     pluginFactory_ = symbol.function();
     NotifyEnd(LoadStep::CallFactory, pluginFactory_ != nullptr);
-    return pluginFactory_ != nullptr; // Without a message: the plugin's own log says why.
+    return pluginFactory_ != nullptr; // Without a message: the plugin's own log has the reason.
 }
 
 void SSOPathResolver::ConfigureServer(ISSOServerManager* serverManager)

@@ -28,7 +28,7 @@ struct DocumentFinding
     StartUpFile file;
     std::wstring path;
     DWORD readError;                     ///< ERROR_SUCCESS if it was read.
-    std::optional<JsonError> parseError; ///< nullopt if it is JSON, or was not read.
+    std::optional<JsonError> parseError; ///< nullopt if the file is valid JSON, or was not read.
 };
 
 enum class SettingState
@@ -49,10 +49,10 @@ struct SettingFinding
 /// An element of the version compatibility file.
 struct EntryFinding
 {
-    VersionCompatibilityEntry entry;   ///< Of one with a defect, what was read before the defect was met.
-    std::optional<EntryDefect> defect; ///< Why it is ignored.
+    VersionCompatibilityEntry entry;   ///< If it has a defect: the values that were read before the defect.
+    std::optional<EntryDefect> defect; ///< Why the element is ignored.
     bool chosen;
-    std::optional<RangeMatch> mismatch; ///< Why it does not serve this version. nullopt for a chosen or lower one.
+    std::optional<RangeMatch> mismatch; ///< Why it does not serve this version; nullopt if it does, or has a defect.
 };
 
 /// The verification of the plugin module.
@@ -91,10 +91,10 @@ struct LoadFinding
 {
     LoadStep step;
     LoadState state;
-    DWORD error; ///< The platform's; ERROR_SUCCESS if the step failed without one.
+    DWORD error; ///< The platform's error; ERROR_SUCCESS if the step failed without one.
 };
 
-/// What the plugin returns when it is asked.
+/// Objects that the library requests from the plugin.
 enum class PluginObject
 {
     LoggerSource,
@@ -105,8 +105,8 @@ enum class PluginObject
     ClientPrivate
 };
 
-/// The diagnostic tool's view of a start-up: the manager notifies it of what each step found. In a host nobody
-/// observes.
+/// The diagnostic tool's view of a start-up: the manager notifies it of the result of each step. A host has no
+/// observer.
 class StartUpObserver
 {
 public:
@@ -114,14 +114,14 @@ public:
     virtual void OnDocument(const DocumentFinding& /*finding*/) {}
     virtual void OnSetting(const SettingFinding& /*finding*/) {}
     virtual void OnRegistryKey(const RegistryKeyFinding& /*finding*/) {}
-    /// The directory that the registry's keys give; each key was notified before.
+    /// The directory that is chosen from the registry; the observer was already notified of each key.
     virtual void OnRegistryChoice(const std::wstring& /*key*/, const std::wstring& /*location*/) {}
     virtual void OnCompatibilityEntry(const EntryFinding& /*finding*/) {}
-    /// The path of the plugin module, before its file is looked for.
+    /// The path of the plugin module, before the file is looked for.
     virtual void OnModulePath(const std::wstring& /*path*/, std::optional<ModulePathDefect> /*defect*/) {}
     virtual void OnSignature(const SignatureFinding& /*finding*/) {}
     virtual void OnLoadStep(const LoadFinding& /*finding*/) {}
-    /// The step that was begun last ended with an exception.
+    /// The step that began last threw an exception.
     virtual void OnException(const std::wstring& /*reason*/) {}
     virtual void OnPluginObject(PluginObject /*object*/, bool /*present*/) {}
 

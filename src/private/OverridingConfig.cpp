@@ -13,10 +13,11 @@ CallConfig::~CallConfig() = default;
 
 void CallConfig::FromJson(const Json::Value& json)
 {
-    // The words that hosts know; each version of the JSON library has its own for the same mistake.
+    // A fixed text: each version of JsonCpp has its own text for this error.
     if (!json.isObject() && !json.isNull())
         throw Json::LogicError("in Json::Value::find(key, end, found): requires objectValue or nullValue");
-    // Not the order of the fields: an error leaves the keys before it read and those after it as they were.
+    // By contract in this order, not the order of the fields: an error leaves the earlier ones assigned and the later
+    // ones unchanged.
     failInterval = json["failInterval"].asInt();
     interval = json["interval"].asInt();
     maxJitter = json["maxJitter"].asInt();
@@ -45,7 +46,7 @@ BackoffConfig::BackoffConfig(const BackoffConfig& other) = default;
 BackoffConfig& BackoffConfig::operator=(const BackoffConfig& other) = default;
 BackoffConfig::~BackoffConfig() = default;
 
-// It has no JSON form: the operations are there for the base class alone.
+// BackoffConfig has no JSON form; it only implements the base class.
 void BackoffConfig::FromJson(const Json::Value&) {}
 
 Json::Value BackoffConfig::ToJson() const

@@ -1,4 +1,4 @@
-// What SSOClientPrivate answers without the plugin: where things lie on the machine.
+// Members of SSOClientPrivate that do not use the plugin: file locations on this machine.
 
 #include <utility>
 #include <windows.h>
@@ -13,7 +13,7 @@
 namespace Kestrany::IdentityServices {
 namespace {
 
-/// The slash stays, on purpose: the text is fixed.
+/// The forward slash is not converted, on purpose: the text is fixed.
 constexpr const wchar_t* logFileElements[] = {L"Kestrany/Identity Services", L"Log", L"IdServices.log"};
 
 void AppendPathElement(std::wstring& path, const wchar_t* element)

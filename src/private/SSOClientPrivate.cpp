@@ -10,7 +10,7 @@ namespace {
 
 constexpr int productNameCapacity = 256;
 
-/// A plugin that has nothing to say may answer null.
+/// Empty if the plugin returned null.
 template <class Character>
 std::basic_string<Character> TextOf(const Character* text)
 {
@@ -179,7 +179,7 @@ void SSOClientPrivate::SetSSOServerProcessArguments(const char* const* arguments
 std::wstring SSOClientPrivate::GetProductName()
 {
     wchar_t buffer[productNameCapacity] = {};
-    // The whole buffer, not cut at the zero: callers know the name by its fixed length.
+    // By contract the whole buffer, not only the text up to its zero: callers expect this fixed length.
     return Forward<&ISSOClientModule::GetProductName>(0, buffer, productNameCapacity) > 0
                ? std::wstring(buffer, productNameCapacity)
                : std::wstring();

@@ -19,20 +19,20 @@ public:
     virtual void Reserved7() = 0;
     virtual void Reserved8() = 0;
     virtual void Reserved9() = 0;
-    /// Slot 10. `message` is UTF-16 with a terminating zero and belongs to the caller. Called on any thread with the
-    /// library's lock held: it must not call the library, nor wait for a thread that does.
+    /// Slot 10. `message` is UTF-16 with a terminating zero and belongs to the caller. Called on any thread, while the
+    /// library holds its lock: it must not call the library, nor wait for a thread that does.
     virtual void Log(const wchar_t* message, TALIXLog::LogLevel level) = 0;
 
 protected:
     ~IPluginLogger() = default;
 };
 
-/// Hands out loggers by the name of the component that writes to them.
+/// Provides loggers by the name of the component that writes to them.
 class IPluginLoggerSource
 {
 public:
     virtual void Reserved0() = 0;
-    /// Slot 1. The logger stays valid while the plugin is in the process; null when there is none for `name`.
+    /// Slot 1. The logger stays valid while the plugin is loaded in the process; null if there is none for `name`.
     virtual IPluginLogger* GetLogger(const wchar_t* name) = 0;
 
 protected:

@@ -10,10 +10,10 @@
 
 namespace Kestrany::IdentityServices {
 
-/// The plugin's public operations; IdServicesMgr describes what each does. An object belongs to the plugin.
+/// The plugin's public operations; IdServicesMgr describes each of them. The object belongs to the plugin.
 ///
-/// No destructor and no overloaded operation is virtual, and every result is a number or nothing: only so is the place
-/// of each operation in the virtual table, and the way of calling it, the same for every compiler.
+/// The destructor is not virtual, no operation is overloaded, and every result is a number or void. Only then do all
+/// compilers give each operation the same slot of the virtual table and call it the same way.
 class ISSOClient
 {
 public:
@@ -44,17 +44,17 @@ public:
     virtual TALIXEnvironment GetEnvironment() = 0;
     virtual talix_status_code DispatchEvent() = 0;
     virtual bool HasEvent() = 0;
-    /// Slot 27. Login without a person; the meaning of the arguments is the plugin's.
+    /// Slot 27. Login without user interaction; the plugin defines the meaning of the arguments.
     virtual IdErrorCode AutomatedLogin(const wchar_t* user, const wchar_t* secret, bool flag,
                                        const wchar_t* context) = 0;
     virtual IdErrorCode Login(int& result) = 0;
     virtual void Reserved29() = 0;
     virtual void SetHostApplicationWindow(std::uint64_t window) = 0;
     virtual IdErrorCode ShowAccountSettings(int& result) = 0;
-    /// Slot 32. How the plugin calls its identity service from now on.
+    /// Slot 32. Sets how the plugin calls its identity service from now on.
     virtual IdErrorCode OverrideCallConfig(int interval, int failInterval, int minJitter, int maxJitter,
                                            const char* url) = 0;
-    /// Slot 33. How the plugin backs off after failures from now on.
+    /// Slot 33. Sets how the plugin backs off after failures from now on.
     virtual IdErrorCode OverrideBackoffConfig(int initialInterval, int maxInterval, int multiplier, int maxRetries,
                                               int jitter) = 0;
     virtual bool IsApiAvailable(ApiFeature feature) = 0;

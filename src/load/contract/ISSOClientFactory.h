@@ -9,8 +9,8 @@ class ISSOClientModule;
 class ISSOClientPrivate;
 class ISSOServerManager;
 
-/// Root of the plugin contract: what the exported function `ISSOClientFactory* GetSSOClientFactory()` answers. Objects
-/// belong to the plugin and stay valid while it is in the process; each operation may answer null.
+/// Root of the plugin contract: the exported function `ISSOClientFactory* GetSSOClientFactory()` returns it. Objects
+/// belong to the plugin and stay valid while it is loaded in the process; each operation may return null.
 class ISSOClientFactory
 {
 public:

@@ -32,7 +32,7 @@ const TrustMessage& TrustMessageFor(BinaryTrustResult result)
 
 bool LoadingAllowed(BinaryTrustResult result)
 {
-    // VerificationDisabled is part of the mapping, on purpose, and no verification ever returns it.
+    // VerificationDisabled is allowed here on purpose, as part of the fixed mapping; no verification ever returns it.
     return result == BinaryTrustResult::Valid || result == BinaryTrustResult::VerificationDisabled;
 }
 

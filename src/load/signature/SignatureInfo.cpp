@@ -10,7 +10,7 @@ namespace {
 template <class Read>
 std::wstring CertificateText(const Read& read)
 {
-    const DWORD needed = read(nullptr, 0); // With the terminating zero.
+    const DWORD needed = read(nullptr, 0); // Including the terminating zero.
     std::wstring text(needed, L'\0');
     const DWORD length = needed > 0 ? read(text.data(), needed) : 0;
     text.resize(length > 0 ? std::min(length, needed) - 1 : 0);

@@ -14,12 +14,12 @@
 
 namespace Kestrany::IdentityServices {
 
-// What the platform keeps about a file's signature, for people. No decision depends on it.
+// The platform's data about a file's signature, for people. No trust decision uses it.
 
 struct CertificateInfo
 {
     std::wstring name;    ///< Simple display name.
-    std::wstring subject; ///< Whole.
+    std::wstring subject; ///< Full distinguished name.
     FILETIME notBefore;
     FILETIME notAfter;
     std::optional<Sha256> digest;
@@ -29,15 +29,15 @@ struct SignerInfo
 {
     bool nameAccepted;
     std::vector<CertificateInfo> chain; ///< The signer's own certificate first, the root last.
-    /// CERT_TRUST_... bits that the platform reports about the chain, beside a root that it does not trust and a
-    /// revocation that nobody asked for.
+    /// CERT_TRUST_... bits that the platform reports about the chain, without those for an untrusted root and for
+    /// revocation, which is not checked.
     DWORD otherChainFaults = 0;
 };
 
 /// The CERT_TRUST_... bits of otherChainFaults.
 DWORD OtherChainFaults(const CRYPT_PROVIDER_SGNR& signer);
 
-/// Verifies the file once more, in a session of its own, and describes its signers. Empty if there are none.
+/// Verifies the file again, in its own session, and describes its signers. Empty if there are none.
 std::vector<SignerInfo> DescribeSigners(const std::wstring& file, std::string_view signers);
 
 } // namespace Kestrany::IdentityServices

@@ -17,8 +17,8 @@ static_assert(std::size(BuildData::PinnedRootSha256) == std::tuple_size<Sha256>:
 
 std::string SimpleDisplayName(PCCERT_CONTEXT certificate)
 {
-    // Lengths include the terminating NUL; an absent name has length 1. The narrow function, on purpose: the list's
-    // names are bytes, and are compared as such.
+    // Lengths include the terminating NUL; a missing name has length 1. The narrow function is used on purpose: the
+    // accepted names are bytes, and are compared as bytes.
     const DWORD needed = CertGetNameStringA(certificate, CERT_NAME_SIMPLE_DISPLAY_TYPE, 0, nullptr, nullptr, 0);
     if (needed < 2)
         return {};
@@ -31,11 +31,11 @@ std::string SimpleDisplayName(PCCERT_CONTEXT certificate)
     return name;
 }
 
-/// A conversion to the narrow code page takes letters that look alike for ASCII ones, and only the wide name tells them
-/// apart. Accepted names are ASCII.
+/// The conversion to the narrow code page can turn look-alike letters into ASCII letters; only the wide name shows the
+/// difference. Accepted names are ASCII.
 bool IsWideName(PCCERT_CONTEXT certificate, const std::string& name)
 {
-    std::wstring wide(name.size() + 2, L'\0'); // A longer name fills it.
+    std::wstring wide(name.size() + 2, L'\0'); // One unit more than needed, so that a longer name is noticed.
     const DWORD length = CertGetNameStringW(certificate, CERT_NAME_SIMPLE_DISPLAY_TYPE, 0, nullptr, wide.data(),
                                             static_cast<DWORD>(wide.size()));
     if (length != name.size() + 1)
@@ -44,7 +44,7 @@ bool IsWideName(PCCERT_CONTEXT certificate, const std::string& name)
                       [](char narrow, wchar_t unit) { return static_cast<unsigned char>(narrow) == unit; });
 }
 
-/// The root of the chain that the platform keeps of a signer; null if a step is missing.
+/// The root of the chain that the platform built for a signer; null if a part of it is missing.
 PCCERT_CONTEXT RootOf(CRYPT_PROVIDER_SGNR* signer, DWORD index)
 {
     if (!signer || !CertificateAt(signer, index) || !signer->pasCertChain || signer->csCertChain == 0)
@@ -52,8 +52,8 @@ PCCERT_CONTEXT RootOf(CRYPT_PROVIDER_SGNR* signer, DWORD index)
     return signer->pasCertChain[signer->csCertChain - 1].pCert;
 }
 
-/// The digest of the first root that can be hashed; nullopt if there is none. It alone counts, on purpose: a module
-/// with several signers counts by the first, and no later one makes up for it.
+/// The digest of the first root that can be hashed; nullopt if there is none. Only that root counts, on purpose: a
+/// module with several signers is decided by the first one.
 std::optional<Sha256> FirstRootDigest(CRYPT_PROVIDER_DATA* provider)
 {
     for (DWORD index = 0; index < provider->csSigners; ++index)
@@ -67,7 +67,8 @@ std::optional<Sha256> FirstRootDigest(CRYPT_PROVIDER_DATA* provider)
     return std::nullopt;
 }
 
-/// Asks for the provider data again: they may be gone by now, which is a missing signature, not a missing trust.
+/// Gets the provider data again. If they are no longer available, the result is a missing signature, not a missing
+/// trust.
 BinaryTrustResult CheckSignerName(const WinTrustSession& session, std::string_view signers)
 {
     CRYPT_PROVIDER_DATA* provider = session.ProviderData();
@@ -83,9 +84,9 @@ BinaryTrustResult CheckSignerName(const WinTrustSession& session, std::string_vi
     return BinaryTrustResult::NotTrusted;
 }
 
-/// The pinned root takes the place of one that the platform trusts, and the signer's name decides. What else the
-/// platform reports about the chain does not count, on purpose: age, purpose and revocation below the pinned root are
-/// its owner's matter.
+/// The pinned root replaces a root that the platform trusts, and the signer's name decides. Other faults that the
+/// platform reports about the chain are ignored, on purpose: the owner of the pinned root is responsible for age,
+/// purpose and revocation below it.
 BinaryTrustResult CheckUntrustedRoot(const WinTrustSession& session, std::string_view signers)
 {
     CRYPT_PROVIDER_DATA* provider = session.ProviderData();
@@ -97,7 +98,7 @@ BinaryTrustResult CheckUntrustedRoot(const WinTrustSession& session, std::string
 
 BinaryTrustResult MapResult(LONG platformResult, const WinTrustSession& session, std::string_view signers)
 {
-    // Compared as unsigned: some of the platform's names are of a signed type and some are not.
+    // Compared as unsigned: some of the platform's constants are signed and some are not.
     switch (static_cast<DWORD>(platformResult))
     {
     case static_cast<DWORD>(ERROR_SUCCESS):
@@ -121,7 +122,7 @@ BinaryTrustResult MapResult(LONG platformResult, const WinTrustSession& session,
 
 SignatureVerification VerifyBinaryTrust(const std::wstring& path, std::string_view signers)
 {
-    WinTrustSession session(path); // Closed on every way out, also if nothing is verified.
+    WinTrustSession session(path); // Closed on every return, even if nothing is verified.
     if (path.empty() || !PathFileExistsW(path.c_str()))
         return {BinaryTrustResult::NotFound, std::nullopt};
     const LONG platformResult = session.Verify();
@@ -160,8 +161,8 @@ std::optional<Sha256> CertificateDigest(PCCERT_CONTEXT certificate)
     auto size = static_cast<DWORD>(digest.size());
     const BOOL hashed = CryptHashCertificate2(L"SHA256", 0, nullptr, certificate->pbCertEncoded,
                                               certificate->cbCertEncoded, digest.data(), &size);
-    // A call that fails and reports another size counts as a digest, on purpose: the comparison decides, and a buffer
-    // that was not filled equals no pinned root.
+    // A failed call that reports another size counts as a digest, on purpose: the comparison decides, and a buffer that
+    // was not filled never equals the pinned root.
     if (hashed || size != digest.size())
         return digest;
     return std::nullopt;

@@ -13,27 +13,27 @@
 
 namespace Kestrany::IdentityServices {
 
-/// What a verification found.
+/// The result of a verification.
 struct SignatureVerification
 {
     BinaryTrustResult result = BinaryTrustResult::UnknownError;
-    std::optional<LONG> platformResult; ///< Of WinVerifyTrust; nullopt if it was not asked.
+    std::optional<LONG> platformResult; ///< Result of WinVerifyTrust; nullopt if it was not called.
 };
 
-/// Verifies the Authenticode signature of a file. `signers` is the list of accepted names, each ended by a NUL. A root
-/// that the platform does not trust is accepted if it is the pinned one; age and purpose of the certificates below it
-/// are not checked then. Certificate revocation is never checked.
+/// Verifies the Authenticode signature of a file. `signers` is the list of accepted names, each ended by a NUL. The
+/// pinned root is accepted even though the platform does not trust it; age and purpose of the certificates below it are
+/// then not checked. Certificate revocation is never checked.
 SignatureVerification VerifyBinaryTrust(const std::wstring& path, std::string_view signers);
 
-/// The accepted names that this build trusts.
+/// The signer names that this build trusts.
 std::string_view TrustedSigners();
 
-/// Verifies the plugin module at `file` against the trusted signers and logs the result. `path` is how it was
-/// configured, and what messages name.
+/// Verifies the plugin module at `file` against the trusted signers and logs the result. `path` is the configured path,
+/// which the messages name.
 SignatureVerification CheckClientPluginBinary(const std::wstring& path, const std::wstring& file);
 
-/// Whether the certificate's simple display name is on the list, byte for byte, and its wide form the same characters.
-/// Each name on the list is ended by a NUL; text after the last NUL does not count.
+/// Whether the certificate's simple display name is on the list, byte for byte, and its wide form has the same
+/// characters. Each name on the list is ended by a NUL; text after the last NUL is ignored.
 bool SignerNameMatches(PCCERT_CONTEXT certificate, std::string_view signers);
 
 using Sha256 = std::array<BYTE, 32>;

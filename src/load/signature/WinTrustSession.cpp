@@ -13,7 +13,7 @@ WinTrustSession::WinTrustSession(const std::wstring& path)
     file_.pcwszFilePath = path.c_str();
     data_.cbStruct = sizeof data_;
     data_.dwUIChoice = WTD_UI_NONE;
-    data_.fdwRevocationChecks = WTD_REVOKE_NONE; // On purpose: revocation is not checked at all.
+    data_.fdwRevocationChecks = WTD_REVOKE_NONE; // On purpose: revocation is never checked.
     data_.dwUnionChoice = WTD_CHOICE_FILE;
     data_.pFile = &file_;
     data_.dwProvFlags = WTD_REVOCATION_CHECK_NONE;

@@ -10,7 +10,7 @@
 
 namespace Kestrany::IdentityServices {
 
-/// The platform reads a last field that older headers do not declare. It is added if it is missing.
+/// The platform reads a last field that older headers do not declare. This type adds it if it is missing.
 template <class Platform, class = void>
 struct WithSignatureSettings : Platform
 {
@@ -24,8 +24,8 @@ struct WithSignatureSettings<Platform, std::void_t<decltype(Platform::pSignature
 
 using TrustData = WithSignatureSettings<WINTRUST_DATA>;
 
-/// One verification of one file's signature by the platform, and what the platform keeps about it. The destructor makes
-/// the close call, also if nothing was verified.
+/// One verification of one file's signature by the platform, and the data that the platform keeps for it. The
+/// destructor closes the platform's state, even if nothing was verified.
 class WinTrustSession
 {
 public:
@@ -38,7 +38,7 @@ public:
     /// Returns the platform's result.
     LONG Verify();
 
-    /// Null if the platform kept nothing.
+    /// Null if the platform has no data.
     CRYPT_PROVIDER_DATA* ProviderData() const;
 
 private:
@@ -51,9 +51,9 @@ private:
 /// The signer at `index`, not a counter-signer; null if there is none.
 CRYPT_PROVIDER_SGNR* SignerAt(CRYPT_PROVIDER_DATA* provider, DWORD index);
 
-/// The certificate at `index` of a signer's chain; null if there is none. The checks pass the signer's index here, on
-/// purpose: the contract asks for it. So the second signer counts by the second certificate of its chain, and a module
-/// has to be signed by its accepted signer first.
+/// The certificate at `index` of a signer's chain; null if there is none. The checks pass the signer's own index here,
+/// on purpose: the contract requires it. So the second signer is checked by the second certificate of its chain, and
+/// the accepted signer must sign a module first.
 CRYPT_PROVIDER_CERT* CertificateAt(CRYPT_PROVIDER_SGNR* signer, DWORD index);
 
 } // namespace Kestrany::IdentityServices
