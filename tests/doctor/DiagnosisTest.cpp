@@ -3,10 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "doctor/FullPath.h"
+#include "doctor/FileAccess.h"
 #include "doctor/LoadMessages.h"
-#include "doctor/StartFacts.h"
-#include "doctor/StartRecorder.h"
+#include "doctor/StartUpFacts.h"
+#include "doctor/StartUpRecorder.h"
 #include "support/Text.h"
 
 namespace OrlindexTest {
@@ -27,9 +27,9 @@ using testing::HasSubstr;
 namespace {
 
 /// Of a start that comes to its end.
-StartFacts SoundFacts()
+StartUpFacts SoundFacts()
 {
-    StartFacts facts;
+    StartUpFacts facts;
     facts.hostDirectory = L"C:\\Host";
     facts.serverDirectory = L"C:\\Server";
     facts.compatibilityFile = L"C:\\Server\\TALIXVersionCompatibility.config";
@@ -46,7 +46,7 @@ StartFacts SoundFacts()
 
 ExitCode CodeOfAnswer(unsigned long answer, BinaryTrustResult result)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = SoundFacts();
     facts.signature->platformResult = static_cast<long>(answer);
     facts.signature->result = result;
     facts.signature->signers.push_back(SignerInfo{true, {}});
@@ -55,7 +55,7 @@ ExitCode CodeOfAnswer(unsigned long answer, BinaryTrustResult result)
 
 ExitCode CodeOfStep(LoadStep step, unsigned long error)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = SoundFacts();
     facts.load = LoadOutcome();
     facts.load->failure = {step, LoadState::Failed, error};
     return Diagnose(facts).code;
@@ -70,7 +70,7 @@ TEST(DoctorDiagnosis, SoundFactsStart)
 
 TEST(DoctorDiagnosis, TheLocalSystemAccountIsTheFirstCause)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = SoundFacts();
     facts.localSystem = true;
     facts.modulePath.clear();
     EXPECT_EQ(Diagnose(facts).code, ExitCode::LocalSystemAccount);
@@ -91,13 +91,13 @@ TEST(DoctorDiagnosis, EachAnswerOfTheSystemHasItsCode)
 
 TEST(DoctorDiagnosis, BelowThePinnedRootOtherFaultsOfTheChainStopNoStart)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = SoundFacts();
     facts.signature->platformResult = static_cast<long>(0x800B0109);
     facts.signature->signers.push_back(SignerInfo{true, {}, CERT_TRUST_IS_NOT_TIME_VALID});
     EXPECT_EQ(Diagnose(facts).code, ExitCode::Starts);
 }
 
-TEST(DoctorSignature, EachOtherFaultOfAChainIsAWarningWithItsNameAndItsWords)
+TEST(DoctorSignature, EachOtherFaultOfAChainIsAWarningWithItsNameAndItsText)
 {
     SignatureFacts signature;
     signature.result = BinaryTrustResult::Valid;
@@ -132,7 +132,7 @@ TEST(DoctorSignature, EachOtherFaultOfAChainIsAWarningWithItsNameAndItsWords)
 
 TEST(DoctorDiagnosis, ANameIsToBlameOnlyWhereTheNamesWereLookedAt)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = SoundFacts();
     facts.signature->result = BinaryTrustResult::NotTrusted;
     for (const unsigned long answer : {0x800B0111UL, 0x80092026UL, 0x800B0004UL})
     {
@@ -151,7 +151,7 @@ TEST(DoctorDiagnosis, ANameIsToBlameOnlyWhereTheNamesWereLookedAt)
 
 TEST(DoctorDiagnosis, AModuleForAnotherMachineIsNamedWhereItsLoadFailed)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = SoundFacts();
     facts.load = LoadOutcome();
     facts.load->failure = {LoadStep::LoadModule, LoadState::Failed, ERROR_BAD_EXE_FORMAT};
     facts.module.machine = Machine::X86;
@@ -164,7 +164,7 @@ TEST(DoctorDiagnosis, AModuleForAnotherMachineIsNamedWhereItsLoadFailed)
 
 TEST(DoctorDiagnosis, ALibraryThatCannotBeLoadedIsTheCauseBeforeAnyPlugin)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = SoundFacts();
     facts.library.exists = facts.library.readable = facts.library.module = true;
     facts.library.dll = true;
     facts.library.machine = ToolMachine;
@@ -183,12 +183,12 @@ TEST(DoctorDiagnosis, APluginIsNotToBlameForTheEndOfTheLibrarysLoad)
 {
     for (const LoadOutcome::End end : {LoadOutcome::End::Ended, LoadOutcome::End::Hung, LoadOutcome::End::CutOff})
     {
-        StartFacts facts = SoundFacts();
+        StartUpFacts facts = SoundFacts();
         facts.load = LoadOutcome();
         facts.load->end = end;
         facts.load->libraryBegun = true;
         EXPECT_EQ(Diagnose(facts).code, ExitCode::LibraryUnusable);
-        const std::optional<Verdict> ofModule = DiagnoseModule(facts);
+        const std::optional<Diagnosis> ofModule = DiagnoseModule(facts);
         ASSERT_TRUE(ofModule);
         EXPECT_EQ(ofModule->code, ExitCode::LibraryUnusable);
     }
@@ -198,7 +198,7 @@ TEST(DoctorDiagnosis, AFileThatCannotBeHeldNeverStarts)
 {
     for (const unsigned long error : {ERROR_SHARING_VIOLATION, ERROR_ACCESS_DENIED, ERROR_LOCK_VIOLATION})
     {
-        StartFacts facts = SoundFacts();
+        StartUpFacts facts = SoundFacts();
         facts.accepted = false;
         facts.lockError = error;
         EXPECT_EQ(Diagnose(facts).code, ExitCode::FileInUse) << error;
@@ -207,7 +207,7 @@ TEST(DoctorDiagnosis, AFileThatCannotBeHeldNeverStarts)
 
 TEST(DoctorDiagnosis, WhatTheLibraryRefusesNeverStarts)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = SoundFacts();
     facts.accepted = false;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::LoadFailed);
     EXPECT_TRUE(DiagnoseModule(facts));
@@ -215,7 +215,7 @@ TEST(DoctorDiagnosis, WhatTheLibraryRefusesNeverStarts)
 
 TEST(DoctorDiagnosis, ARefusedPathIsMendedWhereItStands)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = SoundFacts();
     facts.modulePathDefect = ModulePathDefect::NoExtension;
     EXPECT_THAT(Diagnose(facts).remedy, HasSubstr("TALIXVersionCompatibility.config"));
     facts.compatibilityFile.clear();
@@ -225,8 +225,8 @@ TEST(DoctorDiagnosis, ARefusedPathIsMendedWhereItStands)
 TEST(DoctorRecorder, AClientConfigFileFromTheCurrentDirectoryIsNamedByItsWholePath)
 {
     Report report(nullptr);
-    StartFacts facts;
-    StartRecorder recorder(report, facts);
+    StartUpFacts facts;
+    StartUpRecorder recorder(report, facts);
     const std::wstring full = FullPath(L"Orlindex.config");
     recorder.OnDocument({StartUpFile::ClientConfig, L"Orlindex.config", ERROR_SUCCESS, std::nullopt});
     recorder.OnSetting({"bundleId", SettingState::Set, L"b"});
@@ -242,8 +242,8 @@ TEST(DoctorRecorder, AClientConfigFileFromTheCurrentDirectoryIsNamedByItsWholePa
 TEST(DoctorRecorder, OfManyDirectoriesTheFirstHundredAreKept)
 {
     Report report(nullptr);
-    StartFacts facts;
-    StartRecorder recorder(report, facts);
+    StartUpFacts facts;
+    StartUpRecorder recorder(report, facts);
     recorder.OnSearch(StartUpFile::ServerApplication,
                       {L"Pellwick.exe", SearchList(1'000'000, {L"", DirectoryOrigin::ClientConfig}),
                        std::vector<DirectoryState>(1'000'000, DirectoryState::Empty), L""});
@@ -273,7 +273,7 @@ TEST(DoctorReport, ATextIsCutBetweenCharacters)
 
 TEST(DoctorDiagnosis, AModuleForAnotherMachineOrNoDllIsNamedWithoutLoadingIt)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = SoundFacts();
     facts.module.machine = Machine::X86;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::ModuleArchitecture);
     facts.module.dll = false;
@@ -282,7 +282,7 @@ TEST(DoctorDiagnosis, AModuleForAnotherMachineOrNoDllIsNamedWithoutLoadingIt)
 
 TEST(DoctorDiagnosis, AToolFor32BitHostsAsksFor32BitModules)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = SoundFacts();
     for (ModuleFacts* const module : {&facts.module, &facts.library})
     {
         module->exists = module->readable = module->module = module->dll = true;
@@ -302,7 +302,7 @@ TEST(DoctorDiagnosis, AToolFor32BitHostsAsksFor32BitModules)
 
 TEST(DoctorDiagnosis, OtherTrustTakesThePlaceOnlyOfWhatDependsOnIt)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = SoundFacts();
     facts.libraryTrust = LibraryTrust::Other;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::OtherLibraryTrust);
     facts.signature->result = BinaryTrustResult::NotTrusted;
@@ -318,10 +318,10 @@ TEST(DoctorDiagnosis, OtherTrustTakesThePlaceOnlyOfWhatDependsOnIt)
 
 TEST(DoctorDiagnosis, CauseAndRemedyAreOneSentenceEach)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = SoundFacts();
     const auto expectSentences = [&facts](const std::string& what) {
-        const Verdict verdict = Diagnose(facts);
-        for (const std::string& text : {verdict.cause, verdict.remedy})
+        const Diagnosis diagnosis = Diagnose(facts);
+        for (const std::string& text : {diagnosis.cause, diagnosis.remedy})
         {
             EXPECT_THAT(text, testing::Not(HasSubstr(". "))) << what;
             EXPECT_THAT(text, testing::EndsWith(".")) << what;

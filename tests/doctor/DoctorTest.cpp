@@ -22,7 +22,7 @@ bool IsUtf8(const std::string& text)
                                                static_cast<int>(text.size()), nullptr, 0) > 0;
 }
 
-std::set<std::string> QuotedWords(const std::string& cell)
+std::set<std::string> QuotedText(const std::string& cell)
 {
     static const std::regex word("`([a-z0-9-]+)`");
     std::set<std::string> words;
@@ -43,9 +43,9 @@ std::map<std::string, std::set<std::string>> DocumentedResults()
         const std::size_t bar = line.find(" | ");
         if (line.rfind("| `", 0) != 0 || bar == std::string::npos)
             continue;
-        for (const std::string& kind : QuotedWords(line.substr(0, bar)))
+        for (const std::string& kind : QuotedText(line.substr(0, bar)))
             if (kind != "kind")
-                results[kind] = QuotedWords(line.substr(bar));
+                results[kind] = QuotedText(line.substr(bar));
     }
     return results;
 }

@@ -12,7 +12,7 @@
 
 namespace OrlindexTest {
 
-using Orlindex::Doctor::Handle;
+using Kestrany::IdentityServices::Handle;
 using Orlindex::Doctor::LineSplitter;
 using Orlindex::Doctor::MakePipe;
 using Orlindex::Doctor::Pipe;

@@ -1,3 +1,5 @@
+// Apart from MessageLines.cpp, which is portable: the enumerations of the start-up observer need the platform.
+
 #include "LoadMessages.h"
 
 namespace Orlindex::Doctor {

@@ -10,8 +10,8 @@
 
 namespace Orlindex::Doctor {
 
-// The text form of what the process that loads a plugin reports. The plugin runs in that process and may write anything
-// to the pipe, so this part is portable: it is also tested and fuzzed natively, under sanitizers.
+// The messages of the process that loads a plugin, as lines of text. The plugin runs in that process and may write
+// anything to the pipe, so this part is portable: it is also tested and fuzzed natively, under sanitizers.
 
 /// Splits bytes into lines and keeps no more than one of them.
 class LineSplitter
