@@ -48,7 +48,7 @@ po::options_description AllOptions()
     return all;
 }
 
-/// The arguments up to a request for help or the version, which counts whatever follows it.
+/// The arguments up to the first request for help or the version, which is fulfilled whatever follows it.
 std::vector<std::wstring> UpToHelp(const std::vector<std::wstring>& arguments)
 {
     const auto help = std::find_if(arguments.begin(), arguments.end(), [](const std::wstring& argument) {
@@ -78,13 +78,13 @@ const std::wstring& ValueOf(const po::woption& option)
 unsigned ParseSeconds(const std::wstring& text)
 {
     unsigned seconds = 0;
-    for (const wchar_t digit : text)
-    {
+    const bool number = std::all_of(text.begin(), text.end(), [&seconds](wchar_t digit) {
         if (digit < L'0' || digit > L'9' || seconds > longestTimeout)
-            throw UsageError("--timeout needs a number of seconds from 1 to 3600, not '" + Narrow(text) + "'");
+            return false;
         seconds = seconds * 10 + static_cast<unsigned>(digit - L'0');
-    }
-    if (seconds == 0 || seconds > longestTimeout)
+        return true;
+    });
+    if (!number || seconds == 0 || seconds > longestTimeout)
         throw UsageError("--timeout needs a number of seconds from 1 to 3600, not '" + Narrow(text) + "'");
     return seconds;
 }
@@ -122,10 +122,10 @@ void TakeWord(const std::wstring& word, Options& options)
 
 std::string SyntaxProblem(const po::invalid_command_line_syntax& error, const po::options_description& known)
 {
-    const std::string name = error.get_option_name(); // With the dashes before it.
+    const std::string name = error.get_option_name(); // With or without the dashes before it.
     const std::string option = name.substr(std::min(name.find_first_not_of('-'), name.size()));
     if (option.empty() || !known.find_nothrow(option, false))
-        return "unknown option: " + name;
+        return "unknown option: --" + option;
     const std::string kind = ValueKind(option);
     return "--" + option + (kind.empty() ? " takes no value" : " needs " + kind);
 }

@@ -1,4 +1,4 @@
-// Tells why sign-in starts on this machine, or why not. README.md says which file answers what.
+// The program: runs a command and prints its report. README.md says which file answers which question.
 
 #include <exception>
 #include <stdexcept>

@@ -133,7 +133,7 @@ bool PipeReader::TakeRead()
     return true;
 }
 
-/// A read completes at once if the pipe holds bytes. If it is cancelled, the pipe is empty, and reading stops.
+/// A read completes at once if the pipe contains bytes. If it is cancelled, the pipe is empty, and reading stops.
 bool PipeReader::TakeRest()
 {
     while (operation_)
