@@ -2,6 +2,7 @@
 
 #include "DoctorTest.h"
 
+#include <sstream>
 #include <windows.h>
 
 #include "base/Json.h"
@@ -17,7 +18,7 @@ class DoctorCommandLine : public DoctorTest
 {
 };
 
-TEST_F(DoctorCommandLine, AWrongOneSaysWhatIsWrongAndEndsWithACodeOfItsOwn)
+TEST_F(DoctorCommandLine, AUsageErrorIsReportedWithItsOwnExitCode)
 {
     const struct
     {
@@ -25,16 +26,35 @@ TEST_F(DoctorCommandLine, AWrongOneSaysWhatIsWrongAndEndsWithACodeOfItsOwn)
         std::string error;
     } cases[] = {
         {{L"--nonsense"}, "unknown option: --nonsense"},
+        {{L"--nonsense", L"--help"}, "unknown option: --nonsense"},
+        {{L"--nonsense=1"}, "unknown option: --nonsense=1"},
+        {{L"--nonsense="}, "unknown option: --nonsense"},
+        {{L"--hos", L"C:\\"}, "unknown option: --hos\n"},
+        {{L"--Load"}, "unknown option: --Load"},
+        {{L"-x"}, "unknown option: -x"},
+        {{L"-"}, "unknown option: -\n"},
+        {{L"--"}, "unknown option: --\n"},
+        {{L"--="}, "unknown option: --"},
+        {{L""}, "unexpected argument: ''"},
+        {{L"check", L""}, "unexpected argument: ''"},
+        {{L"--load=1"}, "--load takes no value"},
+        {{L"--load="}, "--load takes no value"},
         {{L"start"}, "unexpected argument: 'start'"},
         {{L"check"}, "check needs a plugin module file"},
         {{L"check", L"a", L"b"}, "unexpected argument: 'b'"},
         {{L"--host"}, "--host needs a folder"},
+        {{L"--host="}, "--host needs a folder"},
+        {{L"--host", L""}, "--host needs a folder"},
         {{L"--host", L"--load"}, "--host needs a folder"},
+        {{L"--host", L"-h"}, "--host needs a folder"},
+        {{L"--host", L"--nonsense"}, "--host needs a folder"},
+        {{L"check", L"--compatibility"}, "--compatibility needs a file"},
         {{L"--host", L"C:\\no\\such"}, "--host names no folder"},
         {{L"--host", Tool().native()}, "--host names no folder"},
         {{L"--timeout", L"0"}, "--timeout needs a number of seconds"},
         {{L"--timeout", L"99999999999"}, "--timeout needs a number of seconds"},
         {{L"--timeout", L"3x"}, "--timeout needs a number of seconds"},
+        {{L"--timeout"}, "--timeout needs a number of seconds"},
         {{L"--compatibility", L"x"}, "--compatibility belongs to check"},
     };
     for (const auto& each : cases)
@@ -46,7 +66,7 @@ TEST_F(DoctorCommandLine, AWrongOneSaysWhatIsWrongAndEndsWithACodeOfItsOwn)
     }
 }
 
-TEST_F(DoctorCommandLine, HelpNamesEveryExitCode)
+TEST_F(DoctorCommandLine, HelpListsEveryExitCode)
 {
     const ProgramRun run = RunProgram(Tool(), {L"--help"});
     EXPECT_EQ(run.exitCode, 0U);
@@ -59,7 +79,36 @@ TEST_F(DoctorCommandLine, HelpNamesEveryExitCode)
     }
 }
 
-TEST_F(DoctorCommandLine, ThePageNamesEveryExitCodeAndNoOther)
+TEST_F(DoctorCommandLine, HelpIgnoresTheArgumentsAfterIt)
+{
+    const std::string help = RunProgram(Tool(), {L"--help"}).output;
+    const std::vector<std::vector<std::wstring>> calls = {
+        {L"-h"}, {L"check", L"--help"}, {L"--help", L"--nonsense"}, {L"--help", L"--host"}};
+    for (const auto& arguments : calls)
+    {
+        const ProgramRun run = RunProgram(Tool(), arguments);
+        EXPECT_EQ(run.exitCode, 0U);
+        EXPECT_EQ(run.output, help);
+        EXPECT_EQ(run.errors, "");
+    }
+}
+
+TEST_F(DoctorCommandLine, HelpDescribesTheOptionsInOneColumn)
+{
+    const std::string help = RunProgram(Tool(), {L"--help"}).output;
+    for (const char* const line :
+         {"\n  --host DIR            examine the machine ", "\n  --load                also load the plugin, ",
+          "\n                        without it nothing is loaded ",
+          "\n  --timeout SECONDS     how long a load may take (default: 30)\n",
+          "\n  --compatibility FILE  for check: ", "\n  --json                one JSON document ",
+          "\n  --no-color            plain text; ", "\n  --help, --version\n"})
+        EXPECT_THAT(help, HasSubstr(line));
+    std::istringstream lines(help);
+    for (std::string line; std::getline(lines, line);)
+        EXPECT_LT(line.size(), 120U) << line;
+}
+
+TEST_F(DoctorCommandLine, ThePageListsExactlyTheExitCodes)
 {
     const std::string page = ReadFile(DOCTOR_PAGE);
     const std::string table = page.substr(page.find("## Exit codes"), page.find("## For programs"));
@@ -70,7 +119,7 @@ TEST_F(DoctorCommandLine, ThePageNamesEveryExitCodeAndNoOther)
     }
 }
 
-TEST_F(DoctorCommandLine, ThePageListsTheWordsOfTheSchema)
+TEST_F(DoctorCommandLine, ThePageListsTheResultsOfTheSchema)
 {
     const auto schema = Kestrany::IdentityServices::ParseJson(ReadFile(DOCTOR_SCHEMA)).root;
     ASSERT_TRUE(schema);
@@ -88,54 +137,73 @@ TEST_F(DoctorCommandLine, ThePageListsTheWordsOfTheSchema)
             words.insert(word.asString());
         const auto ofPage = documented.find(kind);
         ASSERT_NE(ofPage, documented.end()) << kind;
-        if (kind != "interface") // Has a row in common with another kind.
+        if (kind != "interface") // It shares a row with another kind.
         {
             EXPECT_EQ(ofPage->second, words) << kind;
         }
     }
 }
 
-TEST_F(DoctorCommandLine, TheVersionIsTheLibrarys)
+TEST_F(DoctorCommandLine, TheToolHasTheVersionOfTheLibrary)
 {
     EXPECT_THAT(RunProgram(Tool(), {L"--version"}).output, StartsWith("orlindex-doctor 1.11.13.3"));
 }
 
-TEST_F(DoctorCommandLine, WithoutHostTheToolsOwnFolderCounts)
+TEST_F(DoctorCommandLine, WithoutHostTheToolsOwnFolderIsExamined)
 {
-    site.Install();
-    const fs::path tool = site.HostFolder() / "orlindex-doctor.exe";
+    installation.Install();
+    const fs::path tool = installation.HostFolder() / "orlindex-doctor.exe";
     fs::copy_file(Tool(), tool);
     const DoctorReport report(RunProgram(tool, {L"--json", L"--load"}));
     EXPECT_EQ(report.Run().exitCode, 0U);
-    EXPECT_EQ(report.Root()["host"], Utf8(site.HostFolder()));
+    EXPECT_EQ(report.Root()["host"], Utf8(installation.HostFolder()));
     EXPECT_EQ(report.Root()["load"], true);
 }
 
-TEST_F(DoctorCommandLine, AFinalSeparatorOfTheHostsFolderDoesNotCount)
+TEST_F(DoctorCommandLine, AFinalSeparatorOfTheHostsFolderIsIgnored)
 {
-    site.Install();
+    installation.Install();
     const DoctorReport report(
-        RunProgram(Tool(), {L"--json", L"--load", L"--host", site.HostFolder().native() + L"\\."}));
+        RunProgram(Tool(), {L"--json", L"--load", L"--host", installation.HostFolder().native() + L"\\."}));
     EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
-    EXPECT_EQ(report.Root()["host"], Utf8(site.HostFolder()));
+    EXPECT_EQ(report.Root()["host"], Utf8(installation.HostFolder()));
 }
 
-TEST_F(DoctorCommandLine, TheLibraryBesideTheHostIsShownWithItsVersion)
+TEST_F(DoctorCommandLine, AValueMayFollowAnEqualsSignAndTheLastOneCounts)
 {
-    site.Install();
+    installation.Install();
+    const DoctorReport report(
+        RunProgram(Tool(), {L"--json", L"--host=C:\\no\\such", L"--host=" + installation.HostFolder().native()}));
+    EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().errors;
+    EXPECT_EQ(report.Root()["host"], Utf8(installation.HostFolder()));
+}
+
+TEST_F(DoctorCommandLine, APathKeepsAllItsCharacters)
+{
+    for (const wchar_t* const name : {L"\xD83D\xDE00", L"a=b", L"\u0416 \u00E9"})
+    {
+        const fs::path folder = installation.MakeFolder(name);
+        const DoctorReport report(RunProgram(Tool(), {L"--json", L"--host", folder.native()}));
+        EXPECT_EQ(report.Root()["host"], Utf8(folder)) << report.Run().errors;
+    }
+}
+
+TEST_F(DoctorCommandLine, TheLibraryBesideTheHostIsReportedWithItsVersion)
+{
+    installation.Install();
     const Json::Value finding = Report().Find("library", "Orlindex.dll");
     EXPECT_EQ(finding["value"], "1.11.13.3");
     EXPECT_EQ(finding["result"], "same");
-    EXPECT_EQ(finding["source"], Utf8(site.HostFolder() / "Orlindex.dll"));
+    EXPECT_EQ(finding["source"], Utf8(installation.HostFolder() / "Orlindex.dll"));
 }
 
 TEST_F(DoctorCommandLine, ALibraryOfAnotherVersionIsAWarning)
 {
-    site.Install();
+    installation.Install();
     const DoctorReport mine = Report();
-    // The version record's numbers, 1.11.13.3, as they lie in the file; the last becomes 4.
-    const fs::path file = site.MakeFolder("old") / "Orlindex.dll";
-    std::string bytes = ReadFile(site.HostFolder() / "Orlindex.dll");
+    // The numbers of the version record, 1.11.13.3, as bytes of the file. The last becomes 4.
+    const fs::path file = installation.MakeFolder("old") / "Orlindex.dll";
+    std::string bytes = ReadFile(installation.HostFolder() / "Orlindex.dll");
     const std::string numbers("\xBD\x04\xEF\xFE\x00\x00\x01\x00\x0B\x00\x01\x00\x03\x00\x0D\x00", 16);
     const std::size_t at = bytes.find(numbers);
     ASSERT_NE(at, std::string::npos);
@@ -149,28 +217,28 @@ TEST_F(DoctorCommandLine, ALibraryOfAnotherVersionIsAWarning)
 
 TEST_F(DoctorCommandLine, AFolderWithoutLibraryIsAWarning)
 {
-    const fs::path folder = site.MakeFolder("empty");
+    const fs::path folder = installation.MakeFolder("empty");
     const DoctorReport report(RunProgram(Tool(), {L"--json", L"--host", folder.native()}));
     EXPECT_EQ(report.Find("library", "Orlindex.dll")["result"], "missing");
     EXPECT_EQ(report.MarkOf("library"), "warning");
 }
 
-TEST_F(DoctorCommandLine, OutputToAFileHoldsNoColour)
+TEST_F(DoctorCommandLine, OutputToAFileContainsNoColorSequences)
 {
-    site.Install();
+    installation.Install();
     EXPECT_THAT(RunTool().output, Not(HasSubstr("\x1B")));
     EXPECT_THAT(RunTool({L"--no-color"}).output, Not(HasSubstr("\x1B")));
 }
 
-TEST_F(DoctorCommandLine, NothingThatAFileHoldsSteersTheConsole)
+TEST_F(DoctorCommandLine, ControlCharactersOfAFileDoNotReachTheConsole)
 {
-    site.Install();
-    site.WriteClientConfig(R"({"ssoServer": {"bundleId": "a\u001B[31m\n\u009Bb", "searchPaths": ")" +
-                           JsonPath(site.ServerFolder()) + R"("}})");
+    installation.Install();
+    installation.WriteClientConfig(R"({"ssoServer": {"bundleId": "a\u001B[31m\n\u009Bb", "searchPaths": ")" +
+                                   JsonPath(installation.ServerFolder()) + R"("}})");
     EXPECT_THAT(RunTool().output, HasSubstr("a [31m  b"));
     EXPECT_EQ(Report().Find("client-config", "bundleId")["value"], "a\x1B[31m\n\xC2\x9B"
                                                                    "b")
-        << "JSON says it as it is";
+        << "JSON contains it unchanged";
 }
 
 } // namespace OrlindexTest

@@ -30,7 +30,8 @@ std::size_t ResourceSectionHeader(const std::string& module)
     throw std::runtime_error("the module has no resources");
 }
 
-/// Where the entry with an identifier leads, from the beginning of the first table; with 0, the table's first entry.
+/// The target of the entry with an identifier, as an offset from the first table. With identifier 0, that of the
+/// table's first entry.
 std::size_t Follow(const std::string& module, std::size_t table, WORD identifier)
 {
     const auto directory = At<IMAGE_RESOURCE_DIRECTORY>(module, table);

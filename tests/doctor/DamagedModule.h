@@ -1,3 +1,4 @@
+// Apart from ModuleBytes.h, which is portable: damages real modules by means of the platform's structures.
 #ifndef ORLINDEX_DOCTOR_TESTS_DAMAGEDMODULE_H
 #define ORLINDEX_DOCTOR_TESTS_DAMAGEDMODULE_H
 
@@ -8,12 +9,12 @@ namespace OrlindexTest {
 /// What is wrong with the version resource of a module.
 enum class ResourceDamage
 {
-    Size,       ///< It claims a megabyte.
-    Address,    ///< It lies at the end of the address space.
-    SectionSize ///< The section that holds it claims to fill the address space.
+    Size,       ///< Its size is a megabyte.
+    Address,    ///< Its address is at the end of the address space.
+    SectionSize ///< The size of its section is four gigabytes.
 };
 
-/// A sound module's bytes, but for that. Throws std::runtime_error if the module has no version resource.
+/// The bytes of a good module with that damage. Throws std::runtime_error if the module has no version resource.
 std::string WithDamage(std::string module, ResourceDamage damage);
 
 } // namespace OrlindexTest

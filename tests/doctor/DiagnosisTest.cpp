@@ -1,12 +1,13 @@
-// Verdicts of what no test can bring about on this machine, and the messages of the process that loads a plugin.
+// Diagnoses of failures that no test can produce on this machine, the recorder, and the messages of the process that
+// loads a plugin.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "doctor/FullPath.h"
+#include "doctor/FileAccess.h"
 #include "doctor/LoadMessages.h"
-#include "doctor/StartFacts.h"
-#include "doctor/StartRecorder.h"
+#include "doctor/StartUpFacts.h"
+#include "doctor/StartUpRecorder.h"
 #include "support/Text.h"
 
 namespace OrlindexTest {
@@ -26,10 +27,10 @@ using testing::HasSubstr;
 
 namespace {
 
-/// Of a start that comes to its end.
-StartFacts SoundFacts()
+/// The facts of a start-up without a failure.
+StartUpFacts GoodFacts()
 {
-    StartFacts facts;
+    StartUpFacts facts;
     facts.hostDirectory = L"C:\\Host";
     facts.serverDirectory = L"C:\\Server";
     facts.compatibilityFile = L"C:\\Server\\TALIXVersionCompatibility.config";
@@ -44,10 +45,10 @@ StartFacts SoundFacts()
     return facts;
 }
 
-ExitCode CodeOfAnswer(unsigned long answer, BinaryTrustResult result)
+ExitCode CodeOfResult(unsigned long platformResult, BinaryTrustResult result)
 {
-    StartFacts facts = SoundFacts();
-    facts.signature->platformResult = static_cast<long>(answer);
+    StartUpFacts facts = GoodFacts();
+    facts.signature->platformResult = static_cast<long>(platformResult);
     facts.signature->result = result;
     facts.signature->signers.push_back(SignerInfo{true, {}});
     return Diagnose(facts).code;
@@ -55,7 +56,7 @@ ExitCode CodeOfAnswer(unsigned long answer, BinaryTrustResult result)
 
 ExitCode CodeOfStep(LoadStep step, unsigned long error)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = GoodFacts();
     facts.load = LoadOutcome();
     facts.load->failure = {step, LoadState::Failed, error};
     return Diagnose(facts).code;
@@ -63,41 +64,41 @@ ExitCode CodeOfStep(LoadStep step, unsigned long error)
 
 } // namespace
 
-TEST(DoctorDiagnosis, SoundFactsStart)
+TEST(DoctorDiagnosis, AStartUpWithoutFailureStarts)
 {
-    EXPECT_EQ(Diagnose(SoundFacts()).code, ExitCode::Starts);
+    EXPECT_EQ(Diagnose(GoodFacts()).code, ExitCode::Starts);
 }
 
 TEST(DoctorDiagnosis, TheLocalSystemAccountIsTheFirstCause)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = GoodFacts();
     facts.localSystem = true;
     facts.modulePath.clear();
     EXPECT_EQ(Diagnose(facts).code, ExitCode::LocalSystemAccount);
 }
 
-TEST(DoctorDiagnosis, EachAnswerOfTheSystemHasItsCode)
+TEST(DoctorDiagnosis, EachResultOfTheSystemHasItsExitCode)
 {
     const auto unknown = BinaryTrustResult::UnknownError;
     const auto distrusted = BinaryTrustResult::NotTrusted;
-    EXPECT_EQ(CodeOfAnswer(0x800B0101, unknown), ExitCode::CertificateExpired);
-    EXPECT_EQ(CodeOfAnswer(0x80096010, unknown), ExitCode::FileChanged);
-    EXPECT_EQ(CodeOfAnswer(0x800B010A, unknown), ExitCode::SignatureRefused);
-    EXPECT_EQ(CodeOfAnswer(0x800B0111, distrusted), ExitCode::SignatureRefused);
-    EXPECT_EQ(CodeOfAnswer(0x80092026, distrusted), ExitCode::SignatureRefused);
-    EXPECT_EQ(CodeOfAnswer(0x800B0109, distrusted), ExitCode::RootNotTrusted);
-    EXPECT_EQ(CodeOfAnswer(0x800B0100, BinaryTrustResult::SignatureInvalid), ExitCode::SignatureMissing);
+    EXPECT_EQ(CodeOfResult(0x800B0101, unknown), ExitCode::CertificateExpired);
+    EXPECT_EQ(CodeOfResult(0x80096010, unknown), ExitCode::FileChanged);
+    EXPECT_EQ(CodeOfResult(0x800B010A, unknown), ExitCode::SignatureRefused);
+    EXPECT_EQ(CodeOfResult(0x800B0111, distrusted), ExitCode::SignatureRefused);
+    EXPECT_EQ(CodeOfResult(0x80092026, distrusted), ExitCode::SignatureRefused);
+    EXPECT_EQ(CodeOfResult(0x800B0109, distrusted), ExitCode::RootNotTrusted);
+    EXPECT_EQ(CodeOfResult(0x800B0100, BinaryTrustResult::SignatureInvalid), ExitCode::SignatureMissing);
 }
 
-TEST(DoctorDiagnosis, BelowThePinnedRootOtherFaultsOfTheChainStopNoStart)
+TEST(DoctorDiagnosis, BelowThePinnedRootOtherChainFaultsDoNotFail)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = GoodFacts();
     facts.signature->platformResult = static_cast<long>(0x800B0109);
     facts.signature->signers.push_back(SignerInfo{true, {}, CERT_TRUST_IS_NOT_TIME_VALID});
     EXPECT_EQ(Diagnose(facts).code, ExitCode::Starts);
 }
 
-TEST(DoctorSignature, EachOtherFaultOfAChainIsAWarningWithItsNameAndItsWords)
+TEST(DoctorSignature, EachOtherChainFaultIsAWarningWithNameAndText)
 {
     SignatureFacts signature;
     signature.result = BinaryTrustResult::Valid;
@@ -130,28 +131,28 @@ TEST(DoctorSignature, EachOtherFaultOfAChainIsAWarningWithItsNameAndItsWords)
                            "0x40000000: the system reports faults that this tool has no words for"));
 }
 
-TEST(DoctorDiagnosis, ANameIsToBlameOnlyWhereTheNamesWereLookedAt)
+TEST(DoctorDiagnosis, TheSignerIsTheCauseOnlyIfTheNamesWereCompared)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = GoodFacts();
     facts.signature->result = BinaryTrustResult::NotTrusted;
-    for (const unsigned long answer : {0x800B0111UL, 0x80092026UL, 0x800B0004UL})
+    for (const unsigned long result : {0x800B0111UL, 0x80092026UL, 0x800B0004UL})
     {
-        facts.signature->platformResult = static_cast<long>(answer);
+        facts.signature->platformResult = static_cast<long>(result);
         facts.signature->signers.clear();
-        EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << answer;
+        EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << result;
         facts.signature->signers.push_back(SignerInfo{false, {}});
-        EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << answer;
+        EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << result;
     }
-    for (const unsigned long answer : {0UL, 0x800B0109UL})
+    for (const unsigned long result : {0UL, 0x800B0109UL})
     {
-        facts.signature->platformResult = static_cast<long>(answer);
-        EXPECT_EQ(Diagnose(facts).code, ExitCode::SignerNotAccepted) << answer;
+        facts.signature->platformResult = static_cast<long>(result);
+        EXPECT_EQ(Diagnose(facts).code, ExitCode::SignerNotAccepted) << result;
     }
 }
 
-TEST(DoctorDiagnosis, AModuleForAnotherMachineIsNamedWhereItsLoadFailed)
+TEST(DoctorDiagnosis, AModuleForAnotherMachineIsTheCauseOfAFailedLoad)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = GoodFacts();
     facts.load = LoadOutcome();
     facts.load->failure = {LoadStep::LoadModule, LoadState::Failed, ERROR_BAD_EXE_FORMAT};
     facts.module.machine = Machine::X86;
@@ -162,9 +163,9 @@ TEST(DoctorDiagnosis, AModuleForAnotherMachineIsNamedWhereItsLoadFailed)
     EXPECT_EQ(Diagnose(facts).code, ExitCode::ModuleFormat);
 }
 
-TEST(DoctorDiagnosis, ALibraryThatCannotBeLoadedIsTheCauseBeforeAnyPlugin)
+TEST(DoctorDiagnosis, AnUnusableLibraryIsTheCauseBeforeAnyPlugin)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = GoodFacts();
     facts.library.exists = facts.library.readable = facts.library.module = true;
     facts.library.dll = true;
     facts.library.machine = ToolMachine;
@@ -176,57 +177,57 @@ TEST(DoctorDiagnosis, ALibraryThatCannotBeLoadedIsTheCauseBeforeAnyPlugin)
     facts.modulePath.clear();
     EXPECT_EQ(Diagnose(facts).code, ExitCode::LibraryUnusable);
     facts.library.exists = false;
-    EXPECT_NE(Diagnose(facts).code, ExitCode::LibraryUnusable) << "a host may find another one";
+    EXPECT_NE(Diagnose(facts).code, ExitCode::LibraryUnusable) << "a host may find another library";
 }
 
-TEST(DoctorDiagnosis, APluginIsNotToBlameForTheEndOfTheLibrarysLoad)
+TEST(DoctorDiagnosis, TheLibraryIsTheCauseIfItsLoadEndsTheProcess)
 {
     for (const LoadOutcome::End end : {LoadOutcome::End::Ended, LoadOutcome::End::Hung, LoadOutcome::End::CutOff})
     {
-        StartFacts facts = SoundFacts();
+        StartUpFacts facts = GoodFacts();
         facts.load = LoadOutcome();
         facts.load->end = end;
         facts.load->libraryBegun = true;
         EXPECT_EQ(Diagnose(facts).code, ExitCode::LibraryUnusable);
-        const std::optional<Verdict> ofModule = DiagnoseModule(facts);
+        const std::optional<Diagnosis> ofModule = DiagnoseModule(facts);
         ASSERT_TRUE(ofModule);
         EXPECT_EQ(ofModule->code, ExitCode::LibraryUnusable);
     }
 }
 
-TEST(DoctorDiagnosis, AFileThatCannotBeHeldNeverStarts)
+TEST(DoctorDiagnosis, AFileThatCannotBeLockedFails)
 {
     for (const unsigned long error : {ERROR_SHARING_VIOLATION, ERROR_ACCESS_DENIED, ERROR_LOCK_VIOLATION})
     {
-        StartFacts facts = SoundFacts();
+        StartUpFacts facts = GoodFacts();
         facts.accepted = false;
         facts.lockError = error;
         EXPECT_EQ(Diagnose(facts).code, ExitCode::FileInUse) << error;
     }
 }
 
-TEST(DoctorDiagnosis, WhatTheLibraryRefusesNeverStarts)
+TEST(DoctorDiagnosis, AModuleThatTheLibraryRefusesFails)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = GoodFacts();
     facts.accepted = false;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::LoadFailed);
     EXPECT_TRUE(DiagnoseModule(facts));
 }
 
-TEST(DoctorDiagnosis, ARefusedPathIsMendedWhereItStands)
+TEST(DoctorDiagnosis, TheRemedyForARefusedPathNamesWhereItIsWritten)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = GoodFacts();
     facts.modulePathDefect = ModulePathDefect::NoExtension;
     EXPECT_THAT(Diagnose(facts).remedy, HasSubstr("TALIXVersionCompatibility.config"));
     facts.compatibilityFile.clear();
     EXPECT_EQ(Diagnose(facts).remedy, "Name the module's file with its extension.");
 }
 
-TEST(DoctorRecorder, AClientConfigFileFromTheCurrentDirectoryIsNamedByItsWholePath)
+TEST(DoctorRecorder, AClientConfigFileOfTheCurrentDirectoryHasItsFullPath)
 {
     Report report(nullptr);
-    StartFacts facts;
-    StartRecorder recorder(report, facts);
+    StartUpFacts facts;
+    StartUpRecorder recorder(report, facts);
     const std::wstring full = FullPath(L"Orlindex.config");
     recorder.OnDocument({StartUpFile::ClientConfig, L"Orlindex.config", ERROR_SUCCESS, std::nullopt});
     recorder.OnSetting({"bundleId", SettingState::Set, L"b"});
@@ -239,11 +240,11 @@ TEST(DoctorRecorder, AClientConfigFileFromTheCurrentDirectoryIsNamedByItsWholePa
     EXPECT_EQ(findings[2].source, Utf8(full) + ", key bundleId");
 }
 
-TEST(DoctorRecorder, OfManyDirectoriesTheFirstHundredAreKept)
+TEST(DoctorRecorder, OnlyTheFirstHundredDirectoriesAreStored)
 {
     Report report(nullptr);
-    StartFacts facts;
-    StartRecorder recorder(report, facts);
+    StartUpFacts facts;
+    StartUpRecorder recorder(report, facts);
     recorder.OnSearch(StartUpFile::ServerApplication,
                       {L"Pellwick.exe", SearchList(1'000'000, {L"", DirectoryOrigin::ClientConfig}),
                        std::vector<DirectoryState>(1'000'000, DirectoryState::Empty), L""});
@@ -255,7 +256,7 @@ TEST(DoctorRecorder, OfManyDirectoriesTheFirstHundredAreKept)
     EXPECT_EQ(findings[101].result, "not-found");
 }
 
-TEST(DoctorReport, ATextIsCutBetweenCharacters)
+TEST(DoctorReport, ALongTextIsCutBetweenCharacters)
 {
     for (std::size_t ahead = 0; ahead < 4; ++ahead)
     {
@@ -271,18 +272,18 @@ TEST(DoctorReport, ATextIsCutBetweenCharacters)
     EXPECT_EQ(Presentable(std::string(16'384, 'a')), std::string(16'384, 'a'));
 }
 
-TEST(DoctorDiagnosis, AModuleForAnotherMachineOrNoDllIsNamedWithoutLoadingIt)
+TEST(DoctorDiagnosis, AModuleForAnotherMachineIsTheCauseWithoutALoad)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = GoodFacts();
     facts.module.machine = Machine::X86;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::ModuleArchitecture);
     facts.module.dll = false;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::ModuleFormat);
 }
 
-TEST(DoctorDiagnosis, AToolFor32BitHostsAsksFor32BitModules)
+TEST(DoctorDiagnosis, AToolFor32BitHostsRequires32BitModules)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = GoodFacts();
     for (ModuleFacts* const module : {&facts.module, &facts.library})
     {
         module->exists = module->readable = module->module = module->dll = true;
@@ -300,9 +301,9 @@ TEST(DoctorDiagnosis, AToolFor32BitHostsAsksFor32BitModules)
     EXPECT_EQ(Diagnose(facts).code, ExitCode::LibraryUnusable);
 }
 
-TEST(DoctorDiagnosis, OtherTrustTakesThePlaceOnlyOfWhatDependsOnIt)
+TEST(DoctorDiagnosis, OtherTrustReplacesOnlyResultsThatDependOnIt)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = GoodFacts();
     facts.libraryTrust = LibraryTrust::Other;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::OtherLibraryTrust);
     facts.signature->result = BinaryTrustResult::NotTrusted;
@@ -311,17 +312,17 @@ TEST(DoctorDiagnosis, OtherTrustTakesThePlaceOnlyOfWhatDependsOnIt)
     facts.signature->platformResult = static_cast<long>(0x800B0109);
     EXPECT_EQ(Diagnose(facts).code, ExitCode::OtherLibraryTrust) << "a root that this tool does not accept";
     facts.signature->platformResult = static_cast<long>(0x800B0111);
-    EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << "by the system, whatever is trusted";
+    EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << "the system refuses it, whatever the tool trusts";
     facts.module.exists = false;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::ModuleMissing);
 }
 
 TEST(DoctorDiagnosis, CauseAndRemedyAreOneSentenceEach)
 {
-    StartFacts facts = SoundFacts();
+    StartUpFacts facts = GoodFacts();
     const auto expectSentences = [&facts](const std::string& what) {
-        const Verdict verdict = Diagnose(facts);
-        for (const std::string& text : {verdict.cause, verdict.remedy})
+        const Diagnosis diagnosis = Diagnose(facts);
+        for (const std::string& text : {diagnosis.cause, diagnosis.remedy})
         {
             EXPECT_THAT(text, testing::Not(HasSubstr(". "))) << what;
             EXPECT_THAT(text, testing::EndsWith(".")) << what;
@@ -340,14 +341,14 @@ TEST(DoctorDiagnosis, CauseAndRemedyAreOneSentenceEach)
     expectSentences("root");
 }
 
-TEST(DoctorDiagnosis, EachStepOfALoadHasItsCode)
+TEST(DoctorDiagnosis, EachStepOfALoadHasItsExitCode)
 {
     EXPECT_EQ(CodeOfStep(LoadStep::CompareFile, 0), ExitCode::OtherFileLoaded);
     EXPECT_EQ(CodeOfStep(LoadStep::LoadModule, 193), ExitCode::LoadFailed);
     EXPECT_EQ(CodeOfStep(LoadStep::FindFile, 2), ExitCode::LoadFailed);
 }
 
-TEST(DoctorLoadMessages, ALineIsReadAsItWasWritten)
+TEST(DoctorLoadMessages, ALineIsParsedAsItWasWritten)
 {
     const LoadMessage message = {
         LoadMessage::Kind::Step, static_cast<unsigned long>(LoadStep::FindSymbol), LoadState::Failed, 127, {}};
@@ -360,7 +361,7 @@ TEST(DoctorLoadMessages, ALineIsReadAsItWasWritten)
     EXPECT_EQ(read->text, "");
 }
 
-TEST(DoctorLoadMessages, ATextStaysOnItsLine)
+TEST(DoctorLoadMessages, ATextStaysOnOneLine)
 {
     const std::string line = LineOf({LoadMessage::Kind::Exception, 0, LoadState::Failed, 0, "two\nlines  "});
     EXPECT_EQ(line.find('\n'), std::string::npos);
@@ -368,7 +369,7 @@ TEST(DoctorLoadMessages, ATextStaysOnItsLine)
     EXPECT_EQ(ParseLoadMessage(line)->text, "two lines  ");
 }
 
-TEST(DoctorLoadMessages, WhatIsNoMessageIsNone)
+TEST(DoctorLoadMessages, AnInvalidLineIsNotAMessage)
 {
     for (const char* const line :
          {"", "x", "1", "1 2 3", "9 0 0 0 ", "1 999 1 0 ", "1 1 7 0 ", "4 2 0 0 ", "2 99 0 0 "})

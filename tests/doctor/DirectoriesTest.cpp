@@ -1,4 +1,4 @@
-// Directories to search, as a hostile or a careless client config file names them.
+// Searched directories that a hostile or careless client config file names.
 
 #include "DoctorTest.h"
 
@@ -16,7 +16,7 @@ protected:
 
     void WriteSearchPaths(const std::string& json) const
     {
-        site.WriteClientConfig(R"({"ssoServer": {"searchPaths": ")" + json + R"("}})");
+        installation.WriteClientConfig(R"({"ssoServer": {"searchPaths": ")" + json + R"("}})");
     }
 
     static std::string Repeated(const std::string& text, std::size_t count)
@@ -28,9 +28,9 @@ protected:
     }
 };
 
-TEST_F(DoctorDirectories, OfManyTheFirstHundredAreShownAndACount)
+TEST_F(DoctorDirectories, TheFirstHundredAndACountAreReported)
 {
-    site.Install();
+    installation.Install();
     WriteSearchPaths(Repeated("x;", 20000) + "x");
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 13U);
@@ -47,9 +47,9 @@ TEST_F(DoctorDirectories, OfManyTheFirstHundredAreShownAndACount)
     EXPECT_THAT(text.output, HasSubstr("further directories       19903: more, of 20003 in all"));
 }
 
-TEST_F(DoctorDirectories, AMegabyteOfSeparatorsMakesNoLongReport)
+TEST_F(DoctorDirectories, AMegabyteOfSeparatorsDoesNotMakeALongReport)
 {
-    site.Install();
+    installation.Install();
     WriteSearchPaths(std::string(1 << 20, ';'));
     const DoctorReport report = Report();
     EXPECT_TRUE(report.Run().inTime);
@@ -58,10 +58,10 @@ TEST_F(DoctorDirectories, AMegabyteOfSeparatorsMakesNoLongReport)
     EXPECT_LT(RunTool().output.size(), Bound);
 }
 
-TEST_F(DoctorDirectories, TheOneThatHoldsTheFileIsShownWhereverItStands)
+TEST_F(DoctorDirectories, TheOneThatContainsTheFileIsAlwaysReported)
 {
-    site.Install();
-    WriteSearchPaths(Repeated("x;", 300) + JsonPath(site.ServerFolder()));
+    installation.Install();
+    WriteSearchPaths(Repeated("x;", 300) + JsonPath(installation.ServerFolder()));
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
     EXPECT_THAT(report.Results("server-application"), testing::Contains("client config file: found"));
@@ -69,9 +69,9 @@ TEST_F(DoctorDirectories, TheOneThatHoldsTheFileIsShownWhereverItStands)
     EXPECT_EQ(report.Find("server-application", "further directories")["value"], "202");
 }
 
-TEST_F(DoctorDirectories, AHundredAreShownWithoutACount)
+TEST_F(DoctorDirectories, AHundredAreReportedWithoutACount)
 {
-    site.Install();
+    installation.Install();
     WriteSearchPaths(Repeated("x;", Shown - 3) + "x");
     const DoctorReport report = Report();
     EXPECT_THAT(report.Results("server-application"), SizeIs(Shown + 1));
@@ -80,8 +80,8 @@ TEST_F(DoctorDirectories, AHundredAreShownWithoutACount)
 
 TEST_F(DoctorDirectories, ATextOfAMegabyteIsCut)
 {
-    site.Install();
-    WriteSearchPaths(JsonPath(site.ServerFolder()) + ";" + std::string(1 << 20, 'x'));
+    installation.Install();
+    WriteSearchPaths(JsonPath(installation.ServerFolder()) + ";" + std::string(1 << 20, 'x'));
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 0U) << report.Cause();
     EXPECT_LT(report.Run().output.size(), Bound);
@@ -89,11 +89,11 @@ TEST_F(DoctorDirectories, ATextOfAMegabyteIsCut)
     EXPECT_LT(RunTool().output.size(), Bound);
 }
 
-TEST_F(DoctorDirectories, AZeroInsideIsShown)
+TEST_F(DoctorDirectories, AZeroCharacterIsReported)
 {
-    site.Install();
-    WriteSearchPaths(JsonPath(site.ServerFolder()) + R"(\u0000nothing)");
-    const std::string directory = Utf8(site.ServerFolder());
+    installation.Install();
+    WriteSearchPaths(JsonPath(installation.ServerFolder()) + R"(\u0000nothing)");
+    const std::string directory = Utf8(installation.ServerFolder());
     EXPECT_THAT(RunTool().output, HasSubstr(directory + "\\u0000nothing"));
     const DoctorReport report = Report();
     EXPECT_EQ(report.Find("client-config", "searchPaths")["value"].asString(), directory + std::string("\0nothing", 8));

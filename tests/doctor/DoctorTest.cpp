@@ -1,28 +1,28 @@
 #include "DoctorTest.h"
 
 #include <regex>
+#include <stdexcept>
 
 #include <windows.h>
 
+#include "base/Handles.h"
 #include "base/Json.h"
+#include "base/Text.h"
 #include "support/HostProcess.h"
 
 namespace OrlindexTest {
 
 namespace fs = std::filesystem;
+using Kestrany::IdentityServices::Handle;
+using Kestrany::IdentityServices::OwnFile;
 using Kestrany::IdentityServices::ParseJson;
+using Kestrany::IdentityServices::WidenStrictly;
 using testing::EndsWith;
 using testing::HasSubstr;
 
 namespace {
 
-bool IsUtf8(const std::string& text)
-{
-    return text.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(),
-                                               static_cast<int>(text.size()), nullptr, 0) > 0;
-}
-
-std::set<std::string> QuotedWords(const std::string& cell)
+std::set<std::string> QuotedText(const std::string& cell)
 {
     static const std::regex word("`([a-z0-9-]+)`");
     std::set<std::string> words;
@@ -31,7 +31,58 @@ std::set<std::string> QuotedWords(const std::string& cell)
     return words;
 }
 
+Handle CreateOutput(const fs::path& file)
+{
+    SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
+    Handle handle = OwnFile(CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable,
+                                        CREATE_ALWAYS, 0, nullptr));
+    if (!handle)
+        throw std::runtime_error("cannot make " + Utf8(file));
+    return handle;
+}
+
+std::wstring CommandLine(const fs::path& program, const std::vector<std::wstring>& arguments)
+{
+    std::wstring command = L'"' + program.native() + L'"';
+    for (const std::wstring& argument : arguments)
+        command += L" \"" + argument + L'"';
+    return command;
+}
+
 } // namespace
+
+ProgramRun RunProgram(const fs::path& program, const std::vector<std::wstring>& arguments, unsigned seconds)
+{
+    const fs::path outputFile = Surroundings().root / "program-output";
+    const fs::path errorFile = Surroundings().root / "program-errors";
+    ProgramRun run{};
+    {
+        const Handle output = CreateOutput(outputFile);
+        const Handle errors = CreateOutput(errorFile);
+        STARTUPINFOW startup{};
+        startup.cb = sizeof startup;
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = output.get();
+        startup.hStdError = errors.get();
+        PROCESS_INFORMATION started{};
+        std::wstring command = CommandLine(program, arguments);
+        if (!CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+                            &started))
+            throw std::runtime_error("cannot start " + Utf8(program) + ": error " + std::to_string(GetLastError()));
+        const Handle process(started.hProcess);
+        const Handle thread(started.hThread);
+        run.inTime = WaitForSingleObject(process.get(), seconds * 1000) == WAIT_OBJECT_0;
+        if (!run.inTime)
+        {
+            TerminateProcess(process.get(), 1);
+            WaitForSingleObject(process.get(), INFINITE);
+        }
+        GetExitCodeProcess(process.get(), &run.exitCode);
+    }
+    run.output = ReadFile(outputFile);
+    run.errors = ReadFile(errorFile);
+    return run;
+}
 
 std::map<std::string, std::set<std::string>> DocumentedResults()
 {
@@ -43,16 +94,16 @@ std::map<std::string, std::set<std::string>> DocumentedResults()
         const std::size_t bar = line.find(" | ");
         if (line.rfind("| `", 0) != 0 || bar == std::string::npos)
             continue;
-        for (const std::string& kind : QuotedWords(line.substr(0, bar)))
+        for (const std::string& kind : QuotedText(line.substr(0, bar)))
             if (kind != "kind")
-                results[kind] = QuotedWords(line.substr(bar));
+                results[kind] = QuotedText(line.substr(bar));
     }
     return results;
 }
 
 DoctorReport::DoctorReport(ProgramRun run) : run_(std::move(run))
 {
-    EXPECT_TRUE(IsUtf8(run_.output));
+    EXPECT_TRUE(WidenStrictly(run_.output)) << "not valid UTF-8";
     const auto root = ParseJson(run_.output).root;
     EXPECT_TRUE(root) << run_.output << run_.errors;
     root_ = root.value_or(Json::Value(Json::objectValue));
@@ -68,7 +119,7 @@ void DoctorReport::ExpectDocumentedResults() const
             const std::string result = finding["result"].asString();
             const auto words = documented.find(finding["kind"].asString());
             EXPECT_TRUE(result.empty() || (words != documented.end() && words->second.count(result) == 1))
-                << "the page does not have it: " << finding["kind"].asString() << ' ' << result;
+                << "not documented: " << finding["kind"].asString() << ' ' << result;
         }
 }
 
@@ -113,7 +164,7 @@ fs::path DoctorTest::Tool()
 
 ProgramRun DoctorTest::RunTool(std::vector<std::wstring> arguments) const
 {
-    arguments.insert(arguments.end(), {L"--host", site.HostFolder().native()});
+    arguments.insert(arguments.end(), {L"--host", installation.HostFolder().native()});
     return RunProgram(Tool(), arguments);
 }
 
@@ -125,7 +176,7 @@ DoctorReport DoctorTest::Report(std::vector<std::wstring> arguments) const
 
 bool DoctorTest::RealHostStarts(unsigned seconds) const
 {
-    const fs::path host = site.HostFolder() / "doctor_test_host.exe";
+    const fs::path host = installation.HostFolder() / "doctor_test_host.exe";
     fs::copy_file(BuildFolder() / "tests" / "doctor" / "doctor_test_host.exe", host,
                   fs::copy_options::overwrite_existing);
     const ProgramRun run = RunProgram(host, {}, seconds);
@@ -135,7 +186,7 @@ bool DoctorTest::RealHostStarts(unsigned seconds) const
 DoctorReport DoctorTest::ExpectFailure(ExitCode code, const std::string& step, const std::string& cause) const
 {
     const std::string number = std::to_string(static_cast<int>(code));
-    // What does not hang has minutes: the machine may have other work.
+    // A plugin that does not hang has minutes, because the machine may be busy.
     const std::wstring seconds = code == ExitCode::PluginHung ? L"10" : L"300";
     DoctorReport report = Report({L"--load", L"--timeout", seconds});
     EXPECT_EQ(report.Run().exitCode, static_cast<unsigned long>(code)) << report.Run().output;

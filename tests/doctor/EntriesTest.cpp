@@ -1,4 +1,4 @@
-// Version compatibility files that nobody wrote in good faith, or by hand.
+// Hostile version compatibility files: many entries, many versions, invalid UTF-8.
 
 #include "DoctorTest.h"
 
@@ -18,7 +18,7 @@ protected:
         std::string json = R"({"ssoClientPlugin": [)";
         for (std::size_t index = 0; index < count; ++index)
             json += element + ',';
-        site.WriteCompatibilityFile(json + last + "]}");
+        installation.WriteCompatibilityFile(json + last + "]}");
     }
 
     static std::string Element(const std::string& path, const std::string& version, const std::string& range)
@@ -31,11 +31,11 @@ protected:
     const std::string tooNew = Element("C:\\\\a.dll", "1", R"({"minVersion": "2"})");
 };
 
-TEST_F(DoctorEntries, TextsThatAreNoUtf8BecomeSuch)
+TEST_F(DoctorEntries, InvalidUtf8BecomesReplacementCharacters)
 {
-    site.Install();
-    site.WriteCompatibilityFile(R"({"ssoClientPlugin": [)" +
-                                Element("C:\\\\\xFE.dll", "1.\xFF", "{\"minVersion\": \"2.\xC3\"}") + "]}");
+    installation.Install();
+    installation.WriteCompatibilityFile(R"({"ssoClientPlugin": [)" +
+                                        Element("C:\\\\\xFE.dll", "1.\xFF", "{\"minVersion\": \"2.\xC3\"}") + "]}");
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 24U);
     const Json::Value entry = report.Find("compatibility-entries", "ssoClientPlugin[0]");
@@ -45,9 +45,9 @@ TEST_F(DoctorEntries, TextsThatAreNoUtf8BecomeSuch)
     EXPECT_THAT(RunTool().output, HasSubstr("serves min 2.\xEF\xBF\xBD."));
 }
 
-TEST_F(DoctorEntries, OfManyThatAreIgnoredTheFirstAreShown)
+TEST_F(DoctorEntries, OfManyIgnoredEntriesTheFirstAreReported)
 {
-    site.Install();
+    installation.Install();
     WriteElements("1", Many, "1");
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 23U);
@@ -60,9 +60,9 @@ TEST_F(DoctorEntries, OfManyThatAreIgnoredTheFirstAreShown)
     EXPECT_LT(RunTool().output.size(), Bound);
 }
 
-TEST_F(DoctorEntries, OfManyThatDoNotServeTheCauseNamesAFew)
+TEST_F(DoctorEntries, OfManyEntriesForOtherVersionsTheCauseNamesAFew)
 {
-    site.Install();
+    installation.Install();
     WriteElements(tooNew, Many / 10, "1");
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 24U);
@@ -70,17 +70,17 @@ TEST_F(DoctorEntries, OfManyThatDoNotServeTheCauseNamesAFew)
     EXPECT_THAT(report.Cause(), HasSubstr("ssoClientPlugin[9] serves min 2; and so on, for 9990 more."));
 }
 
-TEST_F(DoctorEntries, OneThatServesAfterManyThatAreIgnoredIsNotOverlooked)
+TEST_F(DoctorEntries, AValidEntryAfterManyIgnoredOnesIsReported)
 {
-    site.Install();
+    installation.Install();
     WriteElements("1", 300, tooNew);
     EXPECT_EQ(Report().Run().exitCode, 24U);
     EXPECT_EQ(Report().Find("compatibility-entries", "ssoClientPlugin[300]")["result"], "below-minimum");
 }
 
-TEST_F(DoctorEntries, TheChosenOneIsShownWhereverItStands)
+TEST_F(DoctorEntries, TheChosenEntryIsAlwaysReported)
 {
-    site.Install();
+    installation.Install();
     WriteElements(tooNew, 300, Element(thisModule, "2", R"({"minVersion": "1"})"));
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
@@ -89,19 +89,19 @@ TEST_F(DoctorEntries, TheChosenOneIsShownWhereverItStands)
     EXPECT_EQ(report.MarkOf("compatibility-entries"), "ok");
 }
 
-TEST_F(DoctorEntries, ACheckFindsTheModulesEntryWhereverItStands)
+TEST_F(DoctorEntries, ACheckFindsTheModulesEntryAtAnyPosition)
 {
-    site.Install();
+    installation.Install();
     WriteElements(tooNew, 300, Element(thisModule, "2", R"({"minVersion": "2"})"));
-    const DoctorReport report = Report({L"check", site.PluginFile().native()});
+    const DoctorReport report = Report({L"check", installation.PluginFile().native()});
     EXPECT_EQ(report.Run().exitCode, 25U);
     EXPECT_THAT(report.Cause(), HasSubstr("ssoClientPlugin[300] names it, but does not serve"));
     EXPECT_EQ(report.Find("compatibility-entries", "further entries")["value"], "201");
 }
 
-TEST_F(DoctorEntries, OfManyVersionsOfOneEntryTheFirstAreShown)
+TEST_F(DoctorEntries, OfManyVersionsOfAnEntryTheFirstAreReported)
 {
-    site.Install();
+    installation.Install();
     std::string versions = R"("9")";
     for (std::size_t index = 1; index < Many; ++index)
         versions += R"(,"9")";

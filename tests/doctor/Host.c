@@ -1,4 +1,5 @@
-/* The smallest host: starts the library and prints what it was answered. */
+/* The smallest host, a program of its own in C: starts the library and prints the result, which tests compare with the
+   tool's. */
 
 #include <stdio.h>
 

@@ -1,4 +1,4 @@
-// Failures of the load itself: each plugin really misbehaves, in the tool's own process for it and in a real host.
+// Failures of the load itself. Each plugin misbehaves in the tool's separate process and in a real host.
 
 #include "DoctorTest.h"
 
@@ -6,16 +6,17 @@
 
 #include <windows.h>
 
-#include "support/Handle.h"
+#include "base/Handles.h"
 
 namespace OrlindexTest {
 
 namespace fs = std::filesystem;
+using Kestrany::IdentityServices::Handle;
 using testing::HasSubstr;
 
 namespace {
 
-/// A process that does nothing and stays, for plugins to give handles to.
+/// A process that is suspended and stays, for plugins to duplicate handles into.
 class StayingProcess
 {
 public:
@@ -31,7 +32,7 @@ public:
                             &startup, &started))
             throw std::runtime_error("cannot start a process");
         process_.reset(started.hProcess);
-        thread_.reset(started.hThread); // It is never resumed.
+        thread_.reset(started.hThread); // Never resumed.
         SetEnvironmentVariableW(L"ORLINDEX_TEST_PROCESS", std::to_wstring(started.dwProcessId).c_str());
     }
     StayingProcess(const StayingProcess&) = delete;
@@ -54,7 +55,7 @@ class DoctorLoad : public DoctorTest
 protected:
     void InstallFault(const wchar_t* fault) const
     {
-        site.Install("faulty");
+        installation.Install("faulty");
         SetEnvironmentVariableW(L"ORLINDEX_TEST_FAULT", fault);
     }
 
@@ -70,7 +71,7 @@ protected:
         EXPECT_THAT(report.Find("load", "call-factory")["note"].asString(), HasSubstr("more than 1000 messages or"));
     }
 
-    /// A null that the library goes on with.
+    /// Expects that a null interface is a warning and that a host starts.
     void ExpectWarning(const wchar_t* fault, const std::string& step, const std::string& object) const
     {
         InstallFault(fault);
@@ -81,15 +82,15 @@ protected:
     }
 };
 
-TEST_F(DoctorLoad, AFaultyBuildWithoutFaultStarts)
+TEST_F(DoctorLoad, TheFaultyBuildWithoutAFaultStarts)
 {
     InstallFault(nullptr);
     ExpectStart();
 }
 
-TEST_F(DoctorLoad, AMissingDependencyIsNamed)
+TEST_F(DoctorLoad, AMissingDependencyIsReported)
 {
-    site.Install("dependent");
+    installation.Install("dependent");
     const DoctorReport report = ExpectFailure(ExitCode::LoadFailed, "load", "it needs dependency.dll");
     EXPECT_EQ(report.Find("load", "load-module")["result"], "failed");
     EXPECT_THAT(report.Remedy(), HasSubstr("Put dependency.dll into its folder"));
@@ -97,64 +98,64 @@ TEST_F(DoctorLoad, AMissingDependencyIsNamed)
 
 TEST_F(DoctorLoad, ADependencyBesideTheModuleIsFound)
 {
-    site.Install("dependent");
-    site.CopyPlugin("dependency", site.ServerFolder() / "dependency.dll");
+    installation.Install("dependent");
+    installation.CopyPlugin("dependency", installation.ServerFolder() / "dependency.dll");
     ExpectStart();
 }
 
-TEST_F(DoctorLoad, ADependencyBesideTheHostIsFoundAsInARealHost)
+TEST_F(DoctorLoad, ADependencyBesideTheHostIsFound)
 {
-    site.Install("dependent");
-    site.CopyPlugin("dependency", site.HostFolder() / "dependency.dll");
+    installation.Install("dependent");
+    installation.CopyPlugin("dependency", installation.HostFolder() / "dependency.dll");
     ExpectStart();
 }
 
-TEST_F(DoctorLoad, AModuleWithoutFactoryFunctionIsNamed)
+TEST_F(DoctorLoad, AModuleWithoutFactoryFunctionIsReported)
 {
-    site.Install("no-factory");
+    installation.Install("no-factory");
     ExpectFailure(ExitCode::FactorySymbolMissing, "load", "does not export its factory function");
 }
 
-TEST_F(DoctorLoad, AModuleWithThe32BitSymbolIsNamed)
+TEST_F(DoctorLoad, AModuleWithThe32BitSymbolIsReported)
 {
-    site.Install("symbol32");
+    installation.Install("symbol32");
     const DoctorReport report =
         ExpectFailure(ExitCode::FactorySymbolMissing, "load", "does not export its factory function");
     EXPECT_THAT(report.Find("module-file", "factory function")["note"].asString(), HasSubstr("YAPAVISSOClientFactory"));
 }
 
-TEST_F(DoctorLoad, AFactoryThatIsNullIsNamed)
+TEST_F(DoctorLoad, ANullFactoryIsReported)
 {
     InstallFault(L"null-factory");
     ExpectFailure(ExitCode::FactoryNull, "load", "answers null");
 }
 
-TEST_F(DoctorLoad, AThrowingFactoryIsNamed)
+TEST_F(DoctorLoad, AThrowingFactoryIsReported)
 {
     InstallFault(L"throw");
     ExpectFailure(ExitCode::PluginThrew, "load", "while its factory function is called: from the factory");
 }
 
-TEST_F(DoctorLoad, ACrashingFactoryIsNamed)
+TEST_F(DoctorLoad, ACrashingFactoryIsReported)
 {
     InstallFault(L"crash");
     ExpectFailure(ExitCode::PluginCrashed, "load", "ended its process while its factory function is called");
 }
 
-TEST_F(DoctorLoad, AFactoryThatEndsTheProcessIsNamed)
+TEST_F(DoctorLoad, AFactoryThatEndsTheProcessIsReported)
 {
     InstallFault(L"exit");
     ExpectFailure(ExitCode::PluginCrashed, "load", "ended its process while its factory function is called");
 }
 
-TEST_F(DoctorLoad, AHangingFactoryIsNamed)
+TEST_F(DoctorLoad, AHangingFactoryIsReported)
 {
     InstallFault(L"hang");
     ExpectFailure(ExitCode::PluginHung, "load",
                   "did not answer within 10 seconds while its factory function is called");
 }
 
-TEST_F(DoctorLoad, APluginThatGivesThePipeAwayAndGoesOnIsNotWaitedFor)
+TEST_F(DoctorLoad, APipeGivenToAnotherProcessDoesNotDelayTheEndOfALoad)
 {
     const StayingProcess other;
     InstallFault(L"give-pipe-away");
@@ -164,7 +165,7 @@ TEST_F(DoctorLoad, APluginThatGivesThePipeAwayAndGoesOnIsNotWaitedFor)
     EXPECT_EQ(report.Find("interfaces", "ISSOClientModule")["result"], "present") << "nothing is lost";
 }
 
-TEST_F(DoctorLoad, APluginThatGivesThePipeAwayAndEndsIsNotWaitedFor)
+TEST_F(DoctorLoad, APipeGivenToAnotherProcessDoesNotHideACrash)
 {
     const StayingProcess other;
     InstallFault(L"give-pipe-away-and-exit");
@@ -173,7 +174,7 @@ TEST_F(DoctorLoad, APluginThatGivesThePipeAwayAndEndsIsNotWaitedFor)
     EXPECT_EQ(report.Run().exitCode, 54U) << report.Run().output;
 }
 
-TEST_F(DoctorLoad, APluginThatGivesThePipeAwayAndHangsIsNotWaitedForLonger)
+TEST_F(DoctorLoad, APipeGivenToAnotherProcessDoesNotExtendTheTimeout)
 {
     const StayingProcess other;
     InstallFault(L"give-pipe-away-and-hang");
@@ -195,19 +196,19 @@ TEST_F(DoctorLoad, APluginThatFloodsTheToolWithBytesIsEnded)
     ExpectCutOff();
 }
 
-TEST_F(DoctorLoad, WithoutModuleInterfaceAHostDoesNotStart)
+TEST_F(DoctorLoad, WithoutISSOClientModuleAHostDoesNotStart)
 {
     InstallFault(L"null-module");
     const DoctorReport report = ExpectFailure(ExitCode::ModuleInterfaceNull, "interfaces", "has no ISSOClientModule");
     EXPECT_EQ(report.Find("interfaces", "ISSOClientModule")["result"], "null");
 }
 
-TEST_F(DoctorLoad, WithoutClientInterfaceAHostStarts)
+TEST_F(DoctorLoad, WithoutISSOClientAHostStarts)
 {
     ExpectWarning(L"null-client", "interfaces", "ISSOClient");
 }
 
-TEST_F(DoctorLoad, WithoutPrivateInterfaceAHostStarts)
+TEST_F(DoctorLoad, WithoutISSOClientPrivateAHostStarts)
 {
     ExpectWarning(L"null-private", "interfaces", "ISSOClientPrivate");
 }
@@ -227,9 +228,9 @@ TEST_F(DoctorLoad, WithoutLoggerAHostStarts)
     ExpectWarning(L"null-logger", "load", "IPluginLogger");
 }
 
-TEST_F(DoctorLoad, NothingThatThePluginPrintsGetsIntoTheReport)
+TEST_F(DoctorLoad, OutputOfTheLoadingProcessIsNotInTheReport)
 {
-    InstallFault(L"null-logger"); // Then the library prints its messages.
+    InstallFault(L"null-logger"); // The library then prints its messages.
     EXPECT_EQ(Report({L"--load"}).Run().errors, "");
 }
 

@@ -1,9 +1,9 @@
-// What all tests share: the registry, the roots that the user trusts, and the machine that the tool must not change.
+// The state that all tests share: the registry, and the roots that the user trusts. The prefix Machine makes these
+// tests run alone.
 
 #include <stdexcept>
 
 #include "DoctorTest.h"
-#include "Snapshot.h"
 #include "support/MachineKey.h"
 
 #include <windows.h>
@@ -20,64 +20,64 @@ using testing::HasSubstr;
 class MachineDoctor : public DoctorTest
 {
 protected:
-    /// Everything, found by way of the registry alone.
+    /// Installs everything without a client config file, so that only the registry leads to the server application.
     void InstallRegistered() const
     {
-        site.Install();
-        fs::remove(site.ClientConfigFile());
+        installation.Install();
+        fs::remove(installation.ClientConfigFile());
     }
 
     MachineKey key;
 };
 
-TEST_F(MachineDoctor, TheGreatestRegisteredVersionIsTaken)
+TEST_F(MachineDoctor, TheHighestRegisteredVersionIsChosen)
 {
     InstallRegistered();
     key.AddVersion(L"1.9.0", L"C:\\old");
-    key.AddVersion(L"1.10.0", site.ServerFolder().native());
+    key.AddVersion(L"1.10.0", installation.ServerFolder().native());
     key.AddVersion(L"2.0");
     const DoctorReport report = ExpectStart();
     EXPECT_THAT(report.Results("registry"),
                 testing::UnorderedElementsAre("version 1.9.0: location", "version 1.10.0: location",
                                               "version 2.0: no-location", "location: chosen"));
-    EXPECT_EQ(report.Find("registry", "location")["value"], Utf8(site.ServerFolder()));
+    EXPECT_EQ(report.Find("registry", "location")["value"], Utf8(installation.ServerFolder()));
     EXPECT_EQ(report.Find("registry", "location")["source"],
               "HKEY_LOCAL_MACHINE\\SOFTWARE\\Kestrany\\Pellwick\\1.10.0, value Location, 64-bit view");
     EXPECT_EQ(report.Find("server-application", "registry")["result"], "found");
 }
 
-TEST_F(MachineDoctor, TheKeysOwnLocationCountsWhereNoVersionHasOne)
+TEST_F(MachineDoctor, TheKeysOwnLocationIsChosenIfNoVersionHasOne)
 {
     InstallRegistered();
-    key.SetLocation(site.ServerFolder().native());
+    key.SetLocation(installation.ServerFolder().native());
     EXPECT_THAT(ExpectStart().Results("registry"), ElementsAre("key: location", "location: chosen"));
 }
 
-TEST_F(MachineDoctor, WithBothLocalAndAdminTheRegisteredFolderComesFirst)
+TEST_F(MachineDoctor, WithSupportBothLocalAndAdminTheRegistryComesFirst)
 {
-    site.Install();
-    site.WriteClientConfig(R"({"ssoServer": {"supportBothLocalAndAdmin": true}})");
-    key.SetLocation(site.ServerFolder().native());
+    installation.Install();
+    installation.WriteClientConfig(R"({"ssoServer": {"supportBothLocalAndAdmin": true}})");
+    key.SetLocation(installation.ServerFolder().native());
     EXPECT_EQ(ExpectStart().Find("client-config", "supportBothLocalAndAdmin")["value"], "true");
-    key.AddVersion(L"1.0", site.ServerFolder().native());
+    key.AddVersion(L"1.0", installation.ServerFolder().native());
     EXPECT_THAT(ExpectStart().Results("server-application"),
                 ElementsAre("registry: found", "library's folder: not-searched", "host's folder: not-searched",
                             "server application: found"));
 }
 
-TEST_F(MachineDoctor, ARegisteredFolderWithoutServerApplicationIsNamed)
+TEST_F(MachineDoctor, ARegisteredFolderWithoutServerApplicationIsReported)
 {
     key.AddVersion(L"1.0", L"C:\\gone");
     EXPECT_THAT(ExpectFailure(ExitCode::ServerApplicationNotFound, "server-application", "\"C:\\gone\"").Remedy(),
                 HasSubstr("HKEY_LOCAL_MACHINE\\SOFTWARE\\Kestrany\\Pellwick"));
 }
 
-TEST_F(MachineDoctor, AKeyWithoutLocationIsNamed)
+TEST_F(MachineDoctor, AKeyWithoutLocationIsReported)
 {
     ExpectFailure(ExitCode::RegistryUnusable, "registry", "neither it nor a version below it has a value Location");
 }
 
-TEST_F(MachineDoctor, ALocationThatIsNoTextIsNamed)
+TEST_F(MachineDoctor, ALocationThatIsNotATextIsReported)
 {
     const DWORD number = 7;
     key.SetLocation(REG_DWORD, &number, sizeof number);
@@ -85,20 +85,20 @@ TEST_F(MachineDoctor, ALocationThatIsNoTextIsNamed)
     EXPECT_EQ(report.Find("registry", "key")["result"], "unusable");
 }
 
-TEST_F(MachineDoctor, ALocationOfAVersionThatIsTooLongIsNamed)
+TEST_F(MachineDoctor, ATooLongLocationOfAVersionIsReported)
 {
     key.AddVersion(L"1.0", std::wstring(3000, L'x'));
     const DoctorReport report = ExpectFailure(ExitCode::RegistryUnusable, "registry", "Location is too long");
     EXPECT_THAT(report.Cause(), HasSubstr("Pellwick\\1.0"));
 }
 
-TEST_F(MachineDoctor, AnEmptyLocationIsNamed)
+TEST_F(MachineDoctor, AnEmptyLocationIsReported)
 {
     key.SetLocation(L"");
     ExpectFailure(ExitCode::RegistryUnusable, "registry", "its value Location is empty");
 }
 
-/// The root of signers whom the user's own store trusts.
+/// Adds the root of some signers to the user's trusted roots.
 class MachineDoctorRoots : public DoctorTest
 {
 protected:
@@ -110,7 +110,7 @@ protected:
     }
     void TearDown() override { Store().Remove(root); }
 
-    const std::string root = site.RootCertificate("trusted-root");
+    const std::string root = installation.RootCertificate("trusted-root");
 
 private:
     class Store
@@ -150,54 +150,16 @@ private:
     };
 };
 
-TEST_F(MachineDoctorRoots, ARootThatTheSystemTrustsIsShownAsSuch)
+TEST_F(MachineDoctorRoots, ARootThatTheSystemTrustsIsReported)
 {
-    site.Install("trusted");
+    installation.Install("trusted");
     EXPECT_EQ(ExpectStart().Find("signature", "root")["result"], "system-trusted");
 }
 
-TEST_F(MachineDoctorRoots, AnExpiredCertificateIsNamed)
+TEST_F(MachineDoctorRoots, AnExpiredCertificateIsReported)
 {
-    site.Install("expired");
+    installation.Install("expired");
     ExpectFailure(ExitCode::CertificateExpired, "signature", "is not valid at this machine's time");
-}
-
-/// Alone on the machine: others change it.
-class MachineDoctorChanges : public DoctorTest
-{
-protected:
-    Snapshot TakeSnapshot() const
-    {
-        Snapshot snapshot = SnapshotOfRegistry();
-        for (const fs::path& folder : {site.HostFolder(), site.ServerFolder()})
-            snapshot.merge(SnapshotOfFiles(folder));
-        return snapshot;
-    }
-};
-
-TEST_F(MachineDoctorChanges, NothingIsChanged)
-{
-    site.Install();
-    const std::vector<std::vector<std::wstring>> calls = {
-        {}, {L"--json"}, {L"check", site.PluginFile().native()}, {L"--load"}};
-    Snapshot before = TakeSnapshot();
-    ASSERT_GT(before.size(), 200U);
-    for (const auto& call : calls)
-    {
-        EXPECT_EQ(RunTool(call).exitCode, 0U);
-        Snapshot after = TakeSnapshot();
-        EXPECT_EQ(ToUtf8(Differences(before, after)), "");
-        before = std::move(after);
-    }
-}
-
-TEST_F(MachineDoctorChanges, AChangeWouldBeSeen)
-{
-    const Snapshot before = TakeSnapshot();
-    WriteFile(site.ServerFolder() / "new", "");
-    const MachineKey key;
-    EXPECT_THAT(ToUtf8(Differences(before, TakeSnapshot())),
-                testing::AllOf(HasSubstr("HKLM\\SOFTWARE\\Kestrany\\Pellwick"), HasSubstr("\\server\\new\n")));
 }
 
 } // namespace OrlindexTest

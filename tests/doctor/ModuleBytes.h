@@ -11,18 +11,19 @@
 
 namespace OrlindexTest {
 
-/// A 64-bit DLL that exports two names, imports one library and has a version resource, and which a test may change.
+/// A 64-bit DLL that exports two names, imports one library and has a version resource. Tests change its bytes.
+/// Portable.
 class ModuleBytes
 {
 public:
-    // Where things lie in the file ...
+    // Offsets in the file.
     static constexpr std::size_t PeOffset = 0x80;
     static constexpr std::size_t Coff = PeOffset + 4;
     static constexpr std::size_t Optional = Coff + 20;
     static constexpr std::size_t Directories = Optional + 112;
     static constexpr std::size_t SectionTable = Directories + 16 * 8;
     static constexpr std::size_t SectionOffset = 0x400;
-    // ... and at which address.
+    // Addresses of the loaded module.
     static constexpr std::uint32_t SectionAddress = 0x1000;
     static constexpr std::uint32_t SectionSize = 0x800;
     static constexpr std::uint32_t Exports = SectionAddress;
@@ -71,7 +72,7 @@ public:
         PutTable(Types, {{16, LeadsToTable | (VersionNames - Types)}});
         PutTable(VersionNames, {{1, LeadsToTable | (VersionLanguages - Types)}});
         PutTable(VersionLanguages, {{0x409, VersionEntry - Types}});
-        const std::string version = SoundVersionBytes();
+        const std::string version = GoodVersionBytes();
         PutEntry(VersionEntry, Version, static_cast<std::uint32_t>(version.size()));
         Put(At(Version), version);
     }
@@ -85,7 +86,7 @@ public:
         Put16(offset, static_cast<std::uint16_t>(number & 0xFFFF));
         Put16(offset + 2, static_cast<std::uint16_t>(number >> 16));
     }
-    /// A resource table with these numbered entries: identifier and offset.
+    /// Writes a resource table with numbered entries: identifier and offset.
     void PutTable(std::uint32_t address, std::initializer_list<std::pair<std::uint32_t, std::uint32_t>> entries)
     {
         Put16(At(address) + 14, static_cast<std::uint16_t>(entries.size()));
@@ -97,14 +98,14 @@ public:
             offset += 8;
         }
     }
-    /// What a resource table leads to in the end.
+    /// Writes a data entry, the leaf of the resource tables.
     void PutEntry(std::uint32_t address, std::uint32_t target, std::uint32_t size)
     {
         Put32(At(address), target);
         Put32(At(address) + 4, size);
     }
 
-    /// Bytes behind the last section, as a signature is.
+    /// Appends bytes after the last section, like a signature.
     void Append(const std::string& bytes) { bytes_ += bytes; }
 
     const std::string& Bytes() const { return bytes_; }

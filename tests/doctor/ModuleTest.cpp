@@ -1,61 +1,63 @@
-// Failures of the plugin module's file: where it lies, its signature, who else has it open.
+// Failures of the plugin module's file: its path, its format, its signature, a lock.
 
 #include "DamagedModule.h"
 #include "DoctorTest.h"
 
 #include <windows.h>
 
-#include "support/Handle.h"
+#include "base/Handles.h"
 
 namespace OrlindexTest {
 
 namespace fs = std::filesystem;
+using Kestrany::IdentityServices::Handle;
+using Kestrany::IdentityServices::OwnFile;
 using testing::Contains;
 using testing::HasSubstr;
 
 class DoctorModule : public DoctorTest
 {
 protected:
-    std::string File() const { return Utf8(site.PluginFile()); }
+    std::string File() const { return Utf8(installation.PluginFile()); }
 
     DoctorReport ExpectSignatureFailure(const std::string& plugin, ExitCode code, const std::string& cause) const
     {
-        site.Install(plugin);
+        installation.Install(plugin);
         DoctorReport report = ExpectFailure(code, "signature", cause);
         EXPECT_THAT(report.Cause(), HasSubstr(File()));
         EXPECT_THAT(report.Remedy(), HasSubstr(File()));
         EXPECT_EQ(report.MarkOf("signature"), "failed");
-        EXPECT_EQ(report.MarkOf("load"), "") << "a module that is not trusted is not loaded";
+        EXPECT_EQ(report.MarkOf("load"), "") << "an untrusted module is not loaded";
         return report;
     }
 
     void ExpectRefusedPath(const std::string& path, const std::string& words) const
     {
-        site.Install();
-        site.WriteCompatibilityFile({CompatibilityEntry{path}});
+        installation.Install();
+        installation.WriteCompatibilityFile({CompatibilityEntry{path}});
         const DoctorReport report = ExpectFailure(ExitCode::ModulePathRefused, "module-file", words);
-        EXPECT_THAT(report.Remedy(), HasSubstr(Utf8(site.CompatibilityFile())));
+        EXPECT_THAT(report.Remedy(), HasSubstr(Utf8(installation.CompatibilityFile())));
     }
 };
 
-TEST_F(DoctorModule, AMissingModuleIsNamed)
+TEST_F(DoctorModule, AMissingModuleIsReported)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     const DoctorReport report = ExpectFailure(ExitCode::ModuleMissing, "module-file", File());
     EXPECT_THAT(report.Results("module-file"), Contains("plugin module: missing"));
 }
 
-TEST_F(DoctorModule, AFolderInItsPlaceIsNamed)
+TEST_F(DoctorModule, AFolderInPlaceOfTheModuleIsReported)
 {
-    site.InstallWithoutPlugin();
-    site.MakeFolder("server/PellwickClient.dll");
+    installation.InstallWithoutPlugin();
+    installation.MakeFolder("server/PellwickClient.dll");
     ExpectFailure(ExitCode::ModuleFormat, "module-file", "cannot be read");
 }
 
-TEST_F(DoctorModule, APathThatIsNotAbsoluteIsAWarning)
+TEST_F(DoctorModule, ARelativePathIsAWarning)
 {
-    site.Install();
-    site.WriteCompatibilityFile({CompatibilityEntry{"..\\server\\PellwickClient.dll"}});
+    installation.Install();
+    installation.WriteCompatibilityFile({CompatibilityEntry{"..\\server\\PellwickClient.dll"}});
     const DoctorReport report = ExpectStart();
     EXPECT_EQ(report.MarkOf("module-file"), "warning");
     EXPECT_EQ(report.Find("module-file", "path")["value"], "..\\server\\PellwickClient.dll");
@@ -67,46 +69,47 @@ TEST_F(DoctorModule, APathWithoutExtensionIsRefused)
     ExpectRefusedPath("%SSOServerAppPath%\\PellwickClient", "no extension");
 }
 
-TEST_F(DoctorModule, APathThatTheSystemStripsIsRefused)
+TEST_F(DoctorModule, APathThatEndsWithAPointIsRefused)
 {
     ExpectRefusedPath("%SSOServerAppPath%\\PellwickClient.dll.", "ends with a point or a space");
 }
 
-TEST_F(DoctorModule, AFileThatIsNoModuleIsNamed)
+TEST_F(DoctorModule, AFileThatIsNotAModuleIsReported)
 {
-    site.InstallWithoutPlugin();
-    WriteFile(site.PluginFile(), "no module");
+    installation.InstallWithoutPlugin();
+    WriteFile(installation.PluginFile(), "no module");
     ExpectFailure(ExitCode::ModuleFormat, "module-file", "no Windows module");
 }
 
-TEST_F(DoctorModule, AnEmptyFileIsNoModule)
+TEST_F(DoctorModule, AnEmptyFileIsNotAModule)
 {
-    site.InstallWithoutPlugin();
-    WriteFile(site.PluginFile(), "");
+    installation.InstallWithoutPlugin();
+    WriteFile(installation.PluginFile(), "");
     ExpectFailure(ExitCode::ModuleFormat, "module-file", "no Windows module");
 }
 
-TEST_F(DoctorModule, AnUnsignedModuleIsNamed)
+TEST_F(DoctorModule, AnUnsignedModuleIsReported)
 {
     ExpectSignatureFailure("unsigned", ExitCode::SignatureMissing, "is not signed");
 }
 
-TEST_F(DoctorModule, AModuleThatWasChangedIsNamed)
+TEST_F(DoctorModule, AChangedModuleIsReported)
 {
-    site.Install();
-    Tamper(site.PluginFile());
+    installation.Install();
+    Tamper(installation.PluginFile());
     ExpectFailure(ExitCode::FileChanged, "signature", "was changed after it was signed");
 }
 
-TEST_F(DoctorModule, OneWhoseVersionResourceIsDamagedIsReadAllTheSame)
+TEST_F(DoctorModule, AModuleWithADamagedVersionResourceIsRead)
 {
-    site.Install();
-    const std::string sound = ReadFile(site.HostFolder() / "Orlindex.dll"); // It has such a resource, and no signature.
+    installation.Install();
+    const std::string good =
+        ReadFile(installation.HostFolder() / "Orlindex.dll"); // It has a version resource and no signature.
     for (const ResourceDamage damage : {ResourceDamage::Size, ResourceDamage::Address, ResourceDamage::SectionSize})
     {
-        WriteFile(site.PluginFile(), WithDamage(sound, damage));
+        WriteFile(installation.PluginFile(), WithDamage(good, damage));
         for (const std::vector<std::wstring>& arguments :
-             {std::vector<std::wstring>{}, {L"check", site.PluginFile().native()}})
+             {std::vector<std::wstring>{}, {L"check", installation.PluginFile().native()}})
         {
             const DoctorReport report = Report(arguments);
             EXPECT_EQ(report.Run().exitCode, 40U) << report.Run().output;
@@ -116,19 +119,19 @@ TEST_F(DoctorModule, OneWhoseVersionResourceIsDamagedIsReadAllTheSame)
     }
 }
 
-TEST_F(DoctorModule, AStrangersSignatureIsNamedWithItsSigner)
+TEST_F(DoctorModule, AnotherSignerIsReportedByName)
 {
     const DoctorReport report = ExpectSignatureFailure("stranger", ExitCode::SignerNotAccepted, "\"Somebody Else\"");
     EXPECT_EQ(report.Find("signature", "signer")["result"], "not-accepted");
     EXPECT_EQ(report.Find("signature", "root")["result"], "pinned");
 }
 
-TEST_F(DoctorModule, AnAcceptedNameInOtherLetterCaseIsAStranger)
+TEST_F(DoctorModule, AnAcceptedNameInAnotherCaseIsNotAccepted)
 {
     ExpectSignatureFailure("wrong-case", ExitCode::SignerNotAccepted, "\"KESTRANY, INC.\"");
 }
 
-TEST_F(DoctorModule, AnotherRootIsNamed)
+TEST_F(DoctorModule, AnotherRootIsReported)
 {
     const DoctorReport report =
         ExpectSignatureFailure("other-root", ExitCode::RootNotTrusted, "neither is the pinned one");
@@ -139,7 +142,7 @@ TEST_F(DoctorModule, AnotherRootIsNamed)
 
 TEST_F(DoctorModule, AnExpiredCertificateBelowThePinnedRootIsAWarning)
 {
-    site.Install("pinned-expired");
+    installation.Install("pinned-expired");
     const DoctorReport report = ExpectStart();
     EXPECT_EQ(report.MarkOf("signature"), "warning");
     const Json::Value fault = report.Find("signature", "chain");
@@ -148,9 +151,9 @@ TEST_F(DoctorModule, AnExpiredCertificateBelowThePinnedRootIsAWarning)
     EXPECT_THAT(fault["note"].asString(), HasSubstr("is not valid at this time; the library does not check this"));
 }
 
-TEST_F(DoctorModule, AGoodSignatureIsShownWithSignerChainAndRoot)
+TEST_F(DoctorModule, AGoodSignatureIsReportedWithSignerChainAndRoot)
 {
-    site.Install();
+    installation.Install();
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 0U);
     EXPECT_EQ(report.Find("signature", "signer")["value"], "Kestrany, Inc.");
@@ -161,20 +164,20 @@ TEST_F(DoctorModule, AGoodSignatureIsShownWithSignerChainAndRoot)
     EXPECT_EQ(report.Find("signature", "signature")["result"], "valid");
 }
 
-TEST_F(DoctorModule, AFileThatSomebodyMayStillWriteIsInUse)
+TEST_F(DoctorModule, AFileThatIsOpenForWritingIsInUse)
 {
-    site.Install();
-    const Handle writer(CreateFileW(site.PluginFile().c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                    nullptr, OPEN_EXISTING, 0, nullptr));
-    ASSERT_NE(writer.get(), INVALID_HANDLE_VALUE);
+    installation.Install();
+    const Handle writer = OwnFile(CreateFileW(installation.PluginFile().c_str(), GENERIC_WRITE,
+                                              FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_TRUE(writer);
     ExpectFailure(ExitCode::FileInUse, "signature", "cannot be kept from changing");
 }
 
-TEST_F(DoctorModule, WithoutLoadAMissingFactoryFunctionIsReadFromTheFile)
+TEST_F(DoctorModule, WithoutLoadAMissingFactoryFunctionIsReported)
 {
     for (const char* const plugin : {"no-factory", "symbol32"})
     {
-        site.Install(plugin);
+        installation.Install(plugin);
         const DoctorReport report = Report();
         EXPECT_EQ(report.Run().exitCode, 34U) << plugin;
         EXPECT_EQ(report.FailedStep(), "module-file");
@@ -185,7 +188,7 @@ TEST_F(DoctorModule, WithoutLoadAMissingFactoryFunctionIsReadFromTheFile)
 
 TEST_F(DoctorModule, WithoutLoadNoCodeOfThePluginRuns)
 {
-    site.Install("faulty");
+    installation.Install("faulty");
     SetEnvironmentVariableW(L"ORLINDEX_TEST_FAULT", L"crash");
     EXPECT_EQ(Report().Run().exitCode, 0U);
 }

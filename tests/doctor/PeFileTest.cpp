@@ -1,4 +1,4 @@
-// Module files as they should be, and as they should not: no byte of them makes the reader leave the file.
+// Good and hostile module files: whatever their bytes, the parser reads nothing outside of the file.
 
 #include <cstdint>
 #include <gmock/gmock.h>
@@ -20,10 +20,10 @@ namespace {
 
 using Module = OrlindexTest::ModuleBytes;
 
-/// Everything that the reader can be asked for.
-void AskEverything(std::string_view bytes)
+/// Calls every function of the parser.
+void ParseEverything(std::string_view bytes)
 {
-    // A copy of exactly that size: a sanitizer sees every step beyond its end.
+    // A copy of exactly that size, so that a sanitizer detects a read beyond its end.
     const std::string exact(bytes);
     if (const auto file = PeFile::Read(exact))
     {
@@ -44,7 +44,7 @@ void AskEverything(std::string_view bytes)
 
 } // namespace
 
-TEST(PeFile, ASoundModuleIsRead)
+TEST(PeFile, AGoodModuleIsParsed)
 {
     const Module module;
     const auto file = module.Read();
@@ -57,7 +57,7 @@ TEST(PeFile, ASoundModuleIsRead)
     EXPECT_THAT(file->ImportedLibraries(10), ElementsAre("library.dll"));
 }
 
-TEST(PeFile, AnExportedNameIsFoundWholeAndInItsLetterCase)
+TEST(PeFile, AnExportedNameIsComparedWholeAndWithCase)
 {
     const Module module;
     const auto file = module.Read();
@@ -67,7 +67,7 @@ TEST(PeFile, AnExportedNameIsFoundWholeAndInItsLetterCase)
         EXPECT_FALSE(file->Exports(other)) << other;
 }
 
-TEST(PeFile, AProgramIsNoDll)
+TEST(PeFile, AProgramIsNotADll)
 {
     Module module;
     module.Put16(Module::Coff + 18, 0x22);
@@ -75,7 +75,7 @@ TEST(PeFile, AProgramIsNoDll)
     EXPECT_FALSE(module.Read()->IsDll());
 }
 
-TEST(PeFile, AModuleForAnotherMachineSaysSo)
+TEST(PeFile, TheMachineIsReadFromTheHeader)
 {
     Module module;
     module.Put16(Module::Coff, PeFile::MachineX86);
@@ -83,7 +83,7 @@ TEST(PeFile, AModuleForAnotherMachineSaysSo)
     EXPECT_EQ(module.Read()->Machine(), PeFile::MachineX86);
 }
 
-TEST(PeFile, WhatIsNoModuleIsRefused)
+TEST(PeFile, AFileThatIsNotAModuleIsRefused)
 {
     EXPECT_FALSE(PeFile::Read(""));
     EXPECT_FALSE(PeFile::Read("MZ"));
@@ -105,14 +105,14 @@ TEST(PeFile, AHeaderOffsetOutsideOfTheFileIsRefused)
     }
 }
 
-TEST(PeFile, MoreSectionsThanTheSystemTakesAreRefused)
+TEST(PeFile, MoreSectionsThanTheSystemAcceptsAreRefused)
 {
     Module module;
     module.Put16(Module::Coff + 2, 0xFFFF);
     EXPECT_FALSE(module.Read());
 }
 
-TEST(PeFile, ADirectoryThatTheHeaderHasNoRoomForIsNoDirectory)
+TEST(PeFile, ADirectoryBeyondTheOptionalHeaderIsIgnored)
 {
     Module module;
     module.Put32(Module::Optional + 108, 0xFFFFFFFF);
@@ -124,7 +124,7 @@ TEST(PeFile, ADirectoryThatTheHeaderHasNoRoomForIsNoDirectory)
     EXPECT_THAT(module.Read()->ImportedLibraries(10), IsEmpty());
 }
 
-TEST(PeFile, ACountOfNamesThatNoFileHoldsEndsAtTheEndOfTheFile)
+TEST(PeFile, TooLargeACountOfNamesEndsWithTheFile)
 {
     Module module;
     module.Put32(Module::At(Module::Exports + 24), 0xFFFFFFFF);
@@ -134,7 +134,7 @@ TEST(PeFile, ACountOfNamesThatNoFileHoldsEndsAtTheEndOfTheFile)
     EXPECT_THAT(module.Read()->ExportedNames(1000), ElementsAre("First"));
 }
 
-TEST(PeFile, ANameThatDoesNotEndIsNoName)
+TEST(PeFile, ANameWithoutTerminatingZeroIsSkipped)
 {
     Module module;
     const std::uint32_t last = Module::SectionAddress + Module::SectionSize - 4;
@@ -144,7 +144,7 @@ TEST(PeFile, ANameThatDoesNotEndIsNoName)
     EXPECT_THAT(module.Read()->ExportedNames(10), ElementsAre("Second"));
 }
 
-TEST(PeFile, ImportsThatNeverEndEnd)
+TEST(PeFile, ImportsWithoutAnEndAreLimited)
 {
     Module module;
     for (std::uint32_t record = Module::Imports; record < Module::LibraryName - 20; record += 20)
@@ -160,17 +160,17 @@ TEST(PeFile, AddressesAtTheEndOfTheRangeDoNotWrapAround)
     module.Put32(Module::Directories + 8, 0xFFFFFFF0);
     module.Put32(Module::SectionTable + 12, 0xFFFFF000);
     module.Put32(Module::SectionTable + 20, 0xFFFFF000);
-    AskEverything(module.Bytes());
+    ParseEverything(module.Bytes());
 }
 
-TEST(PeFile, AFileThatEndsAnywhereIsRead)
+TEST(PeFile, AFileMayEndAnywhere)
 {
     const Module module;
     for (std::size_t size = 0; size < module.Bytes().size(); ++size)
-        AskEverything(std::string_view(module.Bytes()).substr(0, size));
+        ParseEverything(std::string_view(module.Bytes()).substr(0, size));
 }
 
-TEST(PeFile, AnyByteMayBeAnyOther)
+TEST(PeFile, AnyByteMayHaveAnyValue)
 {
     const Module module;
     std::string bytes = module.Bytes();
@@ -180,7 +180,7 @@ TEST(PeFile, AnyByteMayBeAnyOther)
         for (const char other : {'\0', '\x01', '\x7F', '\x80', '\xFF'})
         {
             bytes[offset] = other;
-            AskEverything(bytes);
+            ParseEverything(bytes);
         }
         bytes[offset] = original;
     }
@@ -193,6 +193,6 @@ TEST(PeFile, AnyNumberOfTheHeadersMayBeHuge)
     {
         Module changed = module;
         changed.Put32(offset, 0xFFFFFFFF);
-        AskEverything(changed.Bytes());
+        ParseEverything(changed.Bytes());
     }
 }

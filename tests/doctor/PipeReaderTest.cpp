@@ -1,4 +1,4 @@
-// What the tool hears of the process that loads a plugin, whatever that process does with the pipe.
+// The pipe from the process that loads a plugin, whatever that process does with it.
 
 #include <stdexcept>
 #include <string>
@@ -12,7 +12,8 @@
 
 namespace OrlindexTest {
 
-using Orlindex::Doctor::Handle;
+using Kestrany::IdentityServices::Handle;
+using Orlindex::Doctor::LineSplitter;
 using Orlindex::Doctor::MakePipe;
 using Orlindex::Doctor::Pipe;
 using Orlindex::Doctor::PipeReader;
@@ -23,15 +24,15 @@ using testing::SizeIs;
 
 namespace {
 
-constexpr std::uint64_t Minutes = 10 * 60'000; ///< Milliseconds, for what comes to an end by itself.
+constexpr std::uint64_t Minutes = 10 * 60'000; ///< Milliseconds, for reads that end by themselves.
 
 } // namespace
 
-/// An event stands in for the process: it ends when the event is set.
+/// An event stands for the process: setting it is the end of the process.
 class DoctorPipeReader : public testing::Test
 {
 protected:
-    /// False if nobody reads any more.
+    /// False if the read end is closed.
     bool Write(const std::string& bytes) const
     {
         DWORD written = 0;
@@ -42,13 +43,13 @@ protected:
     void EndProcess() const { SetEvent(process_.get()); }
     End Read(std::uint64_t milliseconds = Minutes) { return reader_.ReadUntilEnd(process_.get(), milliseconds); }
 
-    /// Reads while `write` runs in a thread of its own.
+    /// Reads while `write` runs in another thread.
     template <class Action>
     End ReadWhile(const Action& write)
     {
         std::thread writer(write);
         const End end = Read();
-        pipe_.readEnd.reset(); // A writer that waits is woken.
+        pipe_.readEnd.reset(); // Ends a write that waits.
         writer.join();
         return end;
     }
@@ -59,7 +60,7 @@ protected:
     PipeReader reader_{pipe_.readEnd.get(), [this](const std::string& line) { lines_.push_back(line); }};
 };
 
-TEST_F(DoctorPipeReader, LinesAreTakenAsTheyWereWritten)
+TEST_F(DoctorPipeReader, LinesAreReadAsTheyWereWritten)
 {
     EXPECT_TRUE(Write("first\nsec"));
     EXPECT_TRUE(Write("ond\n\nno end"));
@@ -69,7 +70,7 @@ TEST_F(DoctorPipeReader, LinesAreTakenAsTheyWereWritten)
     EXPECT_THAT(lines_, ElementsAre("first", "second", ""));
 }
 
-TEST_F(DoctorPipeReader, AWriteEndThatSomebodyElseHasDoesNotKeepIt)
+TEST_F(DoctorPipeReader, AWriteEndInAnotherProcessDoesNotDelayTheEnd)
 {
     EXPECT_TRUE(Write("first\nsecond\n"));
     EndProcess();
@@ -77,14 +78,14 @@ TEST_F(DoctorPipeReader, AWriteEndThatSomebodyElseHasDoesNotKeepIt)
     EXPECT_THAT(lines_, ElementsAre("first", "second"));
 }
 
-TEST_F(DoctorPipeReader, TheTimeIsKeptWhileNothingComes)
+TEST_F(DoctorPipeReader, TheTimeoutHoldsWithAndWithoutInput)
 {
     EXPECT_EQ(Read(1), End::TimedOut);
     EXPECT_TRUE(Write("first\n"));
-    EXPECT_EQ(Read(1), End::TimedOut) << "and while something does";
+    EXPECT_EQ(Read(1), End::TimedOut) << "with input";
 }
 
-TEST_F(DoctorPipeReader, AProcessThatClosesItsEndIsStillWaitedFor)
+TEST_F(DoctorPipeReader, TheEndOfThePipeIsNotTheEndOfTheProcess)
 {
     EXPECT_TRUE(Write("first\n"));
     pipe_.writeEnd.reset();
@@ -94,59 +95,59 @@ TEST_F(DoctorPipeReader, AProcessThatClosesItsEndIsStillWaitedFor)
     EXPECT_THAT(lines_, ElementsAre("first"));
 }
 
-TEST_F(DoctorPipeReader, SomebodyElseWhoWritesForEverDoesNotKeepIt)
+TEST_F(DoctorPipeReader, AnotherProcessThatKeepsWritingDoesNotDelayTheEnd)
 {
     EndProcess();
     ReadWhile([this] {
         while (Write("more\n"))
             ;
     });
-    EXPECT_LE(lines_.size(), PipeReader::MostLines);
+    EXPECT_LE(lines_.size(), LineSplitter::MostLines);
 }
 
-TEST_F(DoctorPipeReader, ALineWithoutEndIsCut)
+TEST_F(DoctorPipeReader, ALongLineIsCut)
 {
     const End end = ReadWhile([this] {
         EXPECT_TRUE(Write(std::string(100000, 'x') + '\n'));
         EndProcess();
     });
     EXPECT_EQ(end, End::ProcessEnded);
-    EXPECT_THAT(lines_, ElementsAre(SizeIs(PipeReader::LongestLine)));
+    EXPECT_THAT(lines_, ElementsAre(SizeIs(LineSplitter::LongestLine)));
 }
 
-TEST_F(DoctorPipeReader, OfLinesWithoutNumberTheFirstAreTaken)
+TEST_F(DoctorPipeReader, AfterTheMostLinesReadingStops)
 {
     const End end = ReadWhile([this] {
         while (Write("1\n"))
             ;
     });
     EXPECT_EQ(end, End::TooMuch);
-    EXPECT_THAT(lines_, SizeIs(PipeReader::MostLines));
+    EXPECT_THAT(lines_, SizeIs(LineSplitter::MostLines));
     EXPECT_THAT(lines_, Each("1"));
 }
 
-TEST_F(DoctorPipeReader, AsManyLinesAsAreTakenAreNotTooMany)
+TEST_F(DoctorPipeReader, TheMostLinesAreNotTooMany)
 {
     std::string bytes;
-    for (std::size_t line = 0; line < PipeReader::MostLines; ++line)
+    for (std::size_t line = 0; line < LineSplitter::MostLines; ++line)
         bytes += "1\n";
     EXPECT_TRUE(Write(bytes));
     EndProcess();
     EXPECT_EQ(Read(), End::ProcessEnded);
-    EXPECT_THAT(lines_, SizeIs(PipeReader::MostLines));
+    EXPECT_THAT(lines_, SizeIs(LineSplitter::MostLines));
 }
 
-TEST_F(DoctorPipeReader, OfBytesWithoutNumberTheFirstAreTaken)
+TEST_F(DoctorPipeReader, AfterTheMostBytesReadingStops)
 {
     const End end = ReadWhile([this] {
         while (Write(std::string(16000, 'x') + '\n'))
             ;
     });
     EXPECT_EQ(end, End::TooMuch);
-    EXPECT_THAT(lines_, SizeIs(PipeReader::MostBytes / 16001));
+    EXPECT_THAT(lines_, SizeIs(LineSplitter::MostBytes / 16001));
 }
 
-TEST_F(DoctorPipeReader, ALineThatNeverEndsIsTooMuch)
+TEST_F(DoctorPipeReader, AnEndlessLineIsTooMuch)
 {
     const End end = ReadWhile([this] {
         while (Write(std::string(16000, 'x')))
@@ -156,7 +157,7 @@ TEST_F(DoctorPipeReader, ALineThatNeverEndsIsTooMuch)
     EXPECT_THAT(lines_, SizeIs(0));
 }
 
-TEST(DoctorPipe, AnExceptionReachesTheOneThatReads)
+TEST(DoctorPipe, AnExceptionOfTheTakerIsPassedOn)
 {
     const Pipe pipe = MakePipe();
     const Handle process(CreateEventW(nullptr, TRUE, FALSE, nullptr));

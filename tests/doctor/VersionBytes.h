@@ -7,7 +7,7 @@
 
 namespace OrlindexTest {
 
-// Version resources as a resource compiler writes them, for tests that change them.
+// Builds version resources as a resource compiler does. Tests change their bytes. Portable.
 
 inline void PutU16(std::string& bytes, std::size_t offset, unsigned number)
 {
@@ -29,7 +29,7 @@ inline std::string Aligned(std::string bytes)
     return bytes;
 }
 
-/// A block whose value counts `valueLength` of its type's units, and which holds these blocks.
+/// A block with `valueLength` as the length of its value, in units of `type`, and with child blocks.
 inline std::string VersionBlock(std::u16string_view key, unsigned valueLength, unsigned type, const std::string& value,
                                 const std::string& blocks = {})
 {
@@ -50,7 +50,7 @@ inline std::string VersionText(std::u16string_view name, std::u16string_view tex
     return Aligned(VersionBlock(name, static_cast<unsigned>(value.size() / 2), 1, value));
 }
 
-/// Texts in one language, such as u"040904B0".
+/// The block of the texts in one language, such as u"040904B0".
 inline std::string VersionTexts(std::u16string_view language, const std::string& texts)
 {
     return Aligned(VersionBlock(u"StringFileInfo", 0, 1, {}, VersionBlock(language, 0, 1, {}, texts)));
@@ -64,7 +64,7 @@ inline std::string VersionTranslation(unsigned language, unsigned codePage)
     return VersionBlock(u"VarFileInfo", 0, 1, {}, VersionBlock(u"Translation", 4, 0, value));
 }
 
-/// The numbers 1.2.3.4, and these blocks.
+/// A resource with the numbers 1.2.3.4 and child blocks.
 inline std::string VersionBytes(const std::string& blocks)
 {
     std::string numbers("\xBD\x04\xEF\xFE\0\0\1\0\2\0\1\0\4\0\3\0", 16);
@@ -72,8 +72,8 @@ inline std::string VersionBytes(const std::string& blocks)
     return VersionBlock(u"VS_VERSION_INFO", 52, 0, numbers, blocks);
 }
 
-/// With the texts "CompanyName" and "FileDescription".
-inline std::string SoundVersionBytes()
+/// A resource with the texts "CompanyName" and "FileDescription".
+inline std::string GoodVersionBytes()
 {
     return VersionBytes(
         VersionTexts(u"040904B0", VersionText(u"CompanyName", u"Maker") + VersionText(u"FileDescription", u"What")) +

@@ -1,4 +1,4 @@
-// Version records of real files: what the platform reads of sound ones is read, and of damaged ones nothing else.
+// Version records of real files: good ones equal what the platform reads, and damaged ones are refused.
 
 #include <iterator>
 #include <optional>
@@ -22,7 +22,7 @@ using testing::StartsWith;
 
 namespace {
 
-/// A file's version record by the platform's own functions, which are no danger with files that are sound.
+/// A file's version record by the platform's own functions, which are only safe with good files.
 class PlatformRecord
 {
 public:
@@ -71,17 +71,17 @@ private:
     std::wstring texts_;
 };
 
-/// Bytes that this process had at once.
+/// The largest number of bytes that this process used at once.
 std::size_t PeakMemory()
 {
     PROCESS_MEMORY_COUNTERS counters = {};
     counters.cb = sizeof counters;
     if (!GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters))
-        throw std::runtime_error("the memory of this process is not known");
+        throw std::runtime_error("cannot query the memory of this process");
     return counters.PeakWorkingSetSize;
 }
 
-/// DLLs of the system, each with a record of its maker's resource compiler.
+/// The DLLs of the system, whose records other resource compilers wrote.
 std::vector<fs::path> SystemLibraries()
 {
     wchar_t folder[MAX_PATH] = {};
@@ -98,9 +98,9 @@ std::vector<fs::path> SystemLibraries()
 class DoctorVersionRecord : public DoctorTest
 {
 protected:
-    fs::path Library() const { return site.HostFolder() / "Orlindex.dll"; }
+    fs::path Library() const { return installation.HostFolder() / "Orlindex.dll"; }
 
-    /// Whether it is what the platform reads.
+    /// Expects the same record as the platform's.
     static void ExpectSame(const fs::path& file)
     {
         const PlatformRecord platform(file);
@@ -118,13 +118,13 @@ protected:
 
     std::optional<VersionRecord> RecordWith(ResourceDamage damage) const
     {
-        const fs::path file = site.MakeFolder("damaged") / "Orlindex.dll";
+        const fs::path file = installation.MakeFolder("damaged") / "Orlindex.dll";
         WriteFile(file, WithDamage(ReadFile(Library()), damage));
         return ReadVersionRecord(file.native());
     }
 };
 
-TEST_F(DoctorVersionRecord, TheLibrarysSaysWhatItTrusts)
+TEST_F(DoctorVersionRecord, TheLibrarysRecordContainsItsTrust)
 {
     const auto record = ReadVersionRecord(Library().native());
     ASSERT_TRUE(record);
@@ -136,9 +136,9 @@ TEST_F(DoctorVersionRecord, TheLibrarysSaysWhatItTrusts)
     EXPECT_EQ(record->signers, "Kestrany, Inc.;Kestrany Asia Pte");
 }
 
-TEST_F(DoctorVersionRecord, OfASoundFileItIsWhatThePlatformReads)
+TEST_F(DoctorVersionRecord, OfAGoodFileItIsWhatThePlatformReads)
 {
-    for (const fs::path& file : {Library(), Tool(), site.ServerFolder() / "PellwickClient.dll"})
+    for (const fs::path& file : {Library(), Tool(), installation.ServerFolder() / "PellwickClient.dll"})
         ExpectSame(file);
     std::size_t compared = 0;
     for (const fs::path& file : SystemLibraries())
@@ -155,17 +155,17 @@ TEST_F(DoctorVersionRecord, ADamagedSizeOrAddressIsNoRecord)
     EXPECT_FALSE(RecordWith(ResourceDamage::Address));
 }
 
-TEST_F(DoctorVersionRecord, ASectionThatClaimsToFillTheAddressSpaceIsReadFromTheFile)
+TEST_F(DoctorVersionRecord, ASectionOfFourGigabytesIsReadWithoutMappingIt)
 {
     const auto record = RecordWith(ResourceDamage::SectionSize);
     ASSERT_TRUE(record);
     EXPECT_EQ(record->fileVersion, "1.11.13.3");
-    EXPECT_LT(PeakMemory(), std::size_t{1} << 30) << "the section claims four times as much";
+    EXPECT_LT(PeakMemory(), std::size_t{1} << 30) << "the section claims 4 GiB";
 }
 
-TEST_F(DoctorVersionRecord, AFileThatIsNoModuleOrCannotBeReadHasNone)
+TEST_F(DoctorVersionRecord, AFileThatIsUnreadableOrNotAModuleHasNone)
 {
-    const fs::path file = site.MakeFolder("other") / "file";
+    const fs::path file = installation.MakeFolder("other") / "file";
     EXPECT_FALSE(ReadVersionRecord(file.native()));
     WriteFile(file, "");
     EXPECT_FALSE(ReadVersionRecord(file.native()));

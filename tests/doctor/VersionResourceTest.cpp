@@ -1,4 +1,4 @@
-// Version resources as they should be, and as they should not: in a module's file, and by themselves.
+// Good and hostile version resources, alone and in a module's file.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ namespace {
 
 constexpr VersionResource::Version Numbers = {1, 2, 3, 4};
 
-/// Bytes of exactly that size: a sanitizer sees every step beyond their end.
+/// A copy of exactly that size, so that a sanitizer detects a read beyond its end.
 class Exact
 {
 public:
@@ -46,7 +46,7 @@ std::u16string TextOf(const std::string& bytes, std::string_view name)
     return resource ? resource->Text(name) : u"no resource";
 }
 
-/// Where the block with that key begins.
+/// The offset of the block with that key.
 std::size_t BlockOf(const std::string& bytes, std::u16string_view key)
 {
     return bytes.find(Units(key)) - 6;
@@ -61,13 +61,13 @@ bool HasVersion(const ModuleBytes& module)
     return resource && resource->Text("CompanyName") == u"Maker";
 }
 
-/// With three languages, of which the one with this identifier has the version and the others a damaged one.
-ModuleBytes ModuleWithLanguages(std::uint32_t first, std::uint32_t second, std::uint32_t third, std::uint32_t sound)
+/// A module with three languages, of which `good` has the version resource and the others a damaged one.
+ModuleBytes ModuleWithLanguages(std::uint32_t first, std::uint32_t second, std::uint32_t third, std::uint32_t good)
 {
     ModuleBytes module;
     constexpr std::uint32_t otherEntry = ModuleBytes::VersionEntry + 0x20;
     const auto target = [&](std::uint32_t language) {
-        return (language == sound ? ModuleBytes::VersionEntry : otherEntry) - ModuleBytes::Types;
+        return (language == good ? ModuleBytes::VersionEntry : otherEntry) - ModuleBytes::Types;
     };
     module.PutTable(ModuleBytes::VersionLanguages,
                     {{first, target(first)}, {second, target(second)}, {third, target(third)}});
@@ -76,9 +76,9 @@ ModuleBytes ModuleWithLanguages(std::uint32_t first, std::uint32_t second, std::
 
 } // namespace
 
-TEST(VersionResource, ASoundOneIsRead)
+TEST(VersionResource, AGoodResourceIsParsed)
 {
-    const Exact bytes(SoundVersionBytes());
+    const Exact bytes(GoodVersionBytes());
     const auto resource = VersionResource::Read(bytes.View());
     ASSERT_TRUE(resource);
     EXPECT_THAT(resource->FileVersion(), Optional(Numbers));
@@ -87,15 +87,15 @@ TEST(VersionResource, ASoundOneIsRead)
     EXPECT_EQ(resource->Text("SpecialBuild"), u"");
 }
 
-TEST(VersionResource, NamesAreFoundInAnyLetterCaseAndWhole)
+TEST(VersionResource, NamesAreComparedWholeAndWithoutCase)
 {
-    const std::string bytes = SoundVersionBytes();
+    const std::string bytes = GoodVersionBytes();
     EXPECT_EQ(TextOf(bytes, "COMPANYname"), u"Maker");
     for (const char* const other : {"Company", "CompanyNames", "", "x"})
         EXPECT_EQ(TextOf(bytes, other), u"") << other;
 }
 
-TEST(VersionResource, TheLanguageThatTheTranslationNamesCounts)
+TEST(VersionResource, TheTranslationSelectsTheLanguage)
 {
     const std::string english = VersionText(u"CompanyName", u"Maker");
     const std::string german = VersionText(u"CompanyName", u"Hersteller");
@@ -108,25 +108,25 @@ TEST(VersionResource, TheLanguageThatTheTranslationNamesCounts)
     EXPECT_EQ(TextOf(VersionBytes(VersionTranslation(0x409, 0x4B0) + both), "CompanyName"), u"Maker");
 }
 
-TEST(VersionResource, AnyUnitsMayStandInAText)
+TEST(VersionResource, ATextMayContainLoneSurrogates)
 {
     const std::u16string text = {u'a', 0xD800, u'\u0416', 0xDFFF};
     const std::string bytes = VersionBytes(VersionTexts(u"040904B0", VersionText(u"CompanyName", text)));
     EXPECT_EQ(TextOf(bytes, "CompanyName"), text);
 }
 
-TEST(VersionResource, ATextWhoseLengthCountsBytesEndsAtItsZero)
+TEST(VersionResource, ATextWithALengthInBytesEndsAtItsZero)
 {
-    std::string bytes = SoundVersionBytes();
+    std::string bytes = GoodVersionBytes();
     PutU16(bytes, BlockOf(bytes, u"CompanyName") + 2, 12);
     EXPECT_EQ(TextOf(bytes, "CompanyName"), u"Maker");
 }
 
-TEST(VersionResource, ATextThatClaimsToGoOnBeyondItsBlockEndsThere)
+TEST(VersionResource, ATextEndsWithItsBlockWhateverItsLength)
 {
     for (const unsigned length : {0x7FFFU, 0x8000U, 0xFFFFU})
     {
-        std::string bytes = SoundVersionBytes();
+        std::string bytes = GoodVersionBytes();
         PutU16(bytes, BlockOf(bytes, u"FileDescription") + 2, length);
         EXPECT_EQ(TextOf(bytes, "FileDescription"), u"What");
     }
@@ -140,27 +140,27 @@ TEST(VersionResource, ATextWithoutZeroEndsWithItsBlock)
     EXPECT_EQ(TextOf(bytes, "CompanyName"), u"Maker");
 }
 
-TEST(VersionResource, ABlockThatClaimsToGoOnBeyondItsParentEndsThere)
+TEST(VersionResource, ABlockEndsWithItsParentWhateverItsLength)
 {
     for (const char16_t* const key : {u"StringFileInfo", u"040904B0", u"CompanyName"})
     {
-        std::string bytes = SoundVersionBytes();
+        std::string bytes = GoodVersionBytes();
         PutU16(bytes, BlockOf(bytes, key), 0xFFFF);
         EXPECT_EQ(TextOf(bytes, "CompanyName"), u"Maker") << Units(key);
     }
 }
 
-TEST(VersionResource, ABlockWithoutLengthEndsTheSearch)
+TEST(VersionResource, ABlockShorterThanItsHeaderEndsTheSearch)
 {
     for (const unsigned length : {0U, 1U, 7U})
     {
-        std::string bytes = SoundVersionBytes();
+        std::string bytes = GoodVersionBytes();
         PutU16(bytes, BlockOf(bytes, u"CompanyName"), length);
         EXPECT_EQ(TextOf(bytes, "FileDescription"), u"") << length;
     }
 }
 
-TEST(VersionResource, NumbersThatThereIsNoRoomForAreNone)
+TEST(VersionResource, AResourceTooShortForNumbersHasNone)
 {
     std::string bytes = VersionBytes({}).substr(0, 44);
     PutU16(bytes, 0, static_cast<unsigned>(bytes.size()));
@@ -170,15 +170,15 @@ TEST(VersionResource, NumbersThatThereIsNoRoomForAreNone)
     EXPECT_EQ(resource->FileVersion(), std::nullopt);
 }
 
-TEST(VersionResource, OneThatClaimsMoreBytesThanThereAreIsNone)
+TEST(VersionResource, ACutResourceIsRefused)
 {
-    const std::string bytes = SoundVersionBytes();
+    const std::string bytes = GoodVersionBytes();
     for (std::size_t size = 0; size < bytes.size(); ++size)
         EXPECT_FALSE(IsRead(bytes.substr(0, size))) << size;
-    EXPECT_TRUE(IsRead(bytes + std::string(100, 'x'))) << "what follows is not of it";
+    EXPECT_TRUE(IsRead(bytes + std::string(100, 'x'))) << "bytes after the resource are ignored";
 }
 
-TEST(VersionResource, WhatIsNoVersionResourceIsNone)
+TEST(VersionResource, BytesThatAreNotAVersionResourceAreRefused)
 {
     EXPECT_FALSE(IsRead(std::string(200, '\0')));
     EXPECT_FALSE(IsRead(std::string(70'000, '\xFF')));
@@ -186,9 +186,9 @@ TEST(VersionResource, WhatIsNoVersionResourceIsNone)
     EXPECT_FALSE(IsRead(VersionBlock(u"VS_VERSION_INFO2", 0, 0, {})));
 }
 
-TEST(VersionResource, AnyByteMayBeAnyOther)
+TEST(VersionResource, AnyByteMayHaveAnyValue)
 {
-    std::string bytes = SoundVersionBytes();
+    std::string bytes = GoodVersionBytes();
     for (char& byte : bytes)
     {
         const char original = byte;
@@ -201,12 +201,12 @@ TEST(VersionResource, AnyByteMayBeAnyOther)
     }
 }
 
-TEST(VersionResourceInModule, ItIsFound)
+TEST(VersionResourceInModule, TheVersionResourceIsFound)
 {
     EXPECT_TRUE(HasVersion(ModuleBytes()));
 }
 
-TEST(VersionResourceInModule, ASizeBeyondTheSectionIsNone)
+TEST(VersionResourceInModule, ASizeBeyondTheSectionIsRefused)
 {
     for (const std::uint32_t size : {0x100000U, 0xFFFFFFFFU, ModuleBytes::SectionSize, 0U})
     {
@@ -216,7 +216,7 @@ TEST(VersionResourceInModule, ASizeBeyondTheSectionIsNone)
     }
 }
 
-TEST(VersionResourceInModule, BytesBehindTheSectionAreNotOfIt)
+TEST(VersionResourceInModule, BytesAfterTheSectionAreNotRead)
 {
     ModuleBytes module;
     module.Append(std::string(0x10000, '\0'));
@@ -228,7 +228,7 @@ TEST(VersionResourceInModule, BytesBehindTheSectionAreNotOfIt)
     EXPECT_FALSE(HasVersion(module));
 }
 
-TEST(VersionResourceInModule, AnAddressOutsideOfTheSectionsIsNone)
+TEST(VersionResourceInModule, AnAddressOutsideOfTheSectionsIsRefused)
 {
     for (const std::uint32_t address : {0U, 0xFFFFF000U, 0x80000000U, ModuleBytes::SectionAddress - 1,
                                         ModuleBytes::SectionAddress + ModuleBytes::SectionSize})
@@ -239,7 +239,7 @@ TEST(VersionResourceInModule, AnAddressOutsideOfTheSectionsIsNone)
     }
 }
 
-TEST(VersionResourceInModule, ASectionThatClaimsToFillTheAddressSpaceHasTheBytesOfTheFile)
+TEST(VersionResourceInModule, ASectionOfFourGigabytesHasTheBytesOfTheFile)
 {
     ModuleBytes module;
     module.Put32(ModuleBytes::SectionTable + 8, 0xFFFFFFFF);
@@ -250,7 +250,7 @@ TEST(VersionResourceInModule, ASectionThatClaimsToFillTheAddressSpaceHasTheBytes
     EXPECT_FALSE(HasVersion(module));
 }
 
-TEST(VersionResourceInModule, TablesThatLeadToThemselvesEnd)
+TEST(VersionResourceInModule, ATableThatRefersToItselfIsRefused)
 {
     ModuleBytes module;
     module.PutTable(ModuleBytes::VersionLanguages, {{0x409, ModuleBytes::LeadsToTable}});
@@ -259,7 +259,7 @@ TEST(VersionResourceInModule, TablesThatLeadToThemselvesEnd)
     EXPECT_FALSE(HasVersion(module));
 }
 
-TEST(VersionResourceInModule, AnEntryInThePlaceOfATableIsNone)
+TEST(VersionResourceInModule, AnEntryInPlaceOfATableIsRefused)
 {
     ModuleBytes module;
     module.PutTable(ModuleBytes::Types, {{16, ModuleBytes::VersionNames - ModuleBytes::Types}});
@@ -269,7 +269,7 @@ TEST(VersionResourceInModule, AnEntryInThePlaceOfATableIsNone)
     EXPECT_FALSE(HasVersion(module));
 }
 
-TEST(VersionResourceInModule, OtherTypesAndNamesAreNone)
+TEST(VersionResourceInModule, OtherTypesAndNamesAreIgnored)
 {
     ModuleBytes module;
     module.PutTable(ModuleBytes::Types,
@@ -281,7 +281,7 @@ TEST(VersionResourceInModule, OtherTypesAndNamesAreNone)
     EXPECT_FALSE(HasVersion(module));
 }
 
-TEST(VersionResourceInModule, ATableThatClaimsMoreEntriesThanThereAreEndsWithTheFile)
+TEST(VersionResourceInModule, ATableWithTooLargeACountEndsWithTheFile)
 {
     ModuleBytes module;
     module.Put32(ModuleBytes::At(ModuleBytes::Types) + 12, 0xFFFFFFFF);
@@ -290,7 +290,7 @@ TEST(VersionResourceInModule, ATableThatClaimsMoreEntriesThanThereAreEndsWithThe
     EXPECT_TRUE(HasVersion(module));
 }
 
-TEST(VersionResourceInModule, TheNeutralLanguageCountsThenUsEnglishThenTheFirst)
+TEST(VersionResourceInModule, TheNeutralLanguageIsPreferredThenUsEnglishThenTheFirst)
 {
     EXPECT_TRUE(HasVersion(ModuleWithLanguages(0x407, 0x409, 0, 0)));
     EXPECT_TRUE(HasVersion(ModuleWithLanguages(0x407, 0x409, 0x40C, 0x409)));
@@ -298,7 +298,7 @@ TEST(VersionResourceInModule, TheNeutralLanguageCountsThenUsEnglishThenTheFirst)
     EXPECT_FALSE(HasVersion(ModuleWithLanguages(0x407, 0x409, 0x40C, 0x407)));
 }
 
-TEST(VersionResourceInModule, AModuleWithoutResourcesHasNone)
+TEST(VersionResourceInModule, AModuleWithoutResourcesHasNoVersion)
 {
     ModuleBytes module;
     module.Put32(ModuleBytes::Directories + 20, 0);

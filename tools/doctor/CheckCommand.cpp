@@ -3,8 +3,8 @@
 
 #include "Commands.h"
 #include "LoadProcess.h"
-#include "StartRecorder.h"
-#include "Words.h"
+#include "StartUpRecorder.h"
+#include "Texts.h"
 #include "base/Paths.h"
 #include "base/Product.h"
 #include "base/Text.h"
@@ -22,11 +22,11 @@ bool IsSamePath(const std::wstring& a, const std::wstring& b)
     return boost::algorithm::iequals(NormalizePath(a), NormalizePath(b), std::locale::classic());
 }
 
-/// What a version compatibility file says, above all of one module, and nothing else of a start.
-class EntriesOnly final : public StartUpObserver
+/// Passes on only what concerns the version compatibility file, and keeps the entry of one module.
+class EntryObserver final : public StartUpObserver
 {
 public:
-    EntriesOnly(StartRecorder& recorder, const std::wstring& module) : recorder_(recorder), module_(module) {}
+    EntryObserver(StartUpRecorder& recorder, const std::wstring& module) : recorder_(recorder), module_(module) {}
 
     void OnDocument(const DocumentFinding& finding) override
     {
@@ -37,22 +37,22 @@ public:
     void OnCompatibilityEntry(const EntryFinding& finding) override
     {
         recorder_.OnCompatibilityEntry(finding);
-        if (!ofModule_ && !finding.entry.modulePath.empty() && IsSamePath(finding.entry.modulePath, module_))
-            ofModule_ = finding;
+        if (!entry_ && !finding.entry.modulePath.empty() && IsSamePath(finding.entry.modulePath, module_))
+            entry_ = finding;
     }
 
-    /// The first that names the module.
-    const std::optional<EntryFinding>& OfModule() const { return ofModule_; }
+    /// The first entry that names the module.
+    const std::optional<EntryFinding>& ModuleEntry() const { return entry_; }
 
 private:
-    StartRecorder& recorder_;
+    StartUpRecorder& recorder_;
     const std::wstring& module_;
-    std::optional<EntryFinding> ofModule_;
+    std::optional<EntryFinding> entry_;
 };
 
-/// How the file fails to offer the module, in words; empty where it offers it.
-std::string WhyNotOffered(const StartFacts& facts, const std::optional<EntryFinding>& entry, const std::wstring& chosen,
-                          const std::wstring& module)
+/// Why the file does not offer the module; empty if it does.
+std::string WhyNotOffered(const StartUpFacts& facts, const std::optional<EntryFinding>& entry,
+                          const std::wstring& chosen, const std::wstring& module)
 {
     if (!facts.compatibilityError.empty())
         return "the file cannot be used: " + facts.compatibilityError;
@@ -62,16 +62,16 @@ std::string WhyNotOffered(const StartFacts& facts, const std::optional<EntryFind
         return "no entry names it";
     const std::string names = EntryPlace(entry->entry) + " names it";
     if (entry->defect)
-        return names + " and is ignored: " + DefectWords(*entry->defect);
+        return names + " and is ignored: " + DefectText(*entry->defect);
     if (entry->mismatch)
-        return names + ", but does not serve " + ProductVersion + " (" + RangeWords(entry->entry) + ')';
+        return names + ", but does not serve " + ProductVersion + " (" + RangeText(entry->entry) + ')';
     return names + ", but " + Quoted(chosen) + " has a higher version";
 }
 
-/// Asks the version compatibility file beside the module which module it offers. The module's folder is the server
-/// application's then, as it is where both are installed.
-std::optional<Verdict> CheckOffer(const Options& options, const std::wstring& host, const std::wstring& module,
-                                  Report& report)
+/// Checks whether the version compatibility file offers the module. The module's folder counts as the server
+/// application's, as in an installation.
+std::optional<Diagnosis> CheckOffer(const Options& options, const std::wstring& host, const std::wstring& module,
+                                    Report& report)
 {
     report.Begin(StepId::CompatibilityFile);
     const std::wstring folder = ParentPath(module);
@@ -79,7 +79,7 @@ std::optional<Verdict> CheckOffer(const Options& options, const std::wstring& ho
     const std::wstring file = named ? options.compatibility : JoinPath(folder, VersionCompatibilityFileName);
     Finding line = {Mark::Ok,
                     "file",
-                    FileWords(StartUpFile::VersionCompatibility),
+                    FileTitle(StartUpFile::VersionCompatibility),
                     Narrow(file),
                     "found",
                     named ? "--compatibility" : "beside the module",
@@ -92,47 +92,47 @@ std::optional<Verdict> CheckOffer(const Options& options, const std::wstring& ho
         report.Add(std::move(line));
         if (!named)
             return std::nullopt;
-        return Verdict{ExitCode::CompatibilityFileNotFound, StepId::CompatibilityFile,
-                       "There is no version compatibility file " + Quoted(file) + '.',
-                       "Name an existing file with --compatibility."};
+        return Diagnosis{ExitCode::CompatibilityFileNotFound, StepId::CompatibilityFile,
+                         "There is no version compatibility file " + Quoted(file) + '.',
+                         "Name an existing file with --compatibility."};
     }
     report.Add(std::move(line));
 
-    StartFacts facts;
+    StartUpFacts facts;
     facts.compatibilityFile = file;
-    StartRecorder recorder(report, facts);
-    EntriesOnly entries(recorder, module);
+    StartUpRecorder recorder(report, facts);
+    EntryObserver entries(recorder, module);
     SSOPathResolver manager(SplitVersion(ProductVersion), nullptr, {host, host, folder, {}, &entries});
-    manager.LoadClientConfig(); // For the names that path variables are made of.
+    manager.LoadClientConfig(); // The values of path variables depend on it.
     manager.SetVersionCompatibilityFileOverride(file);
     manager.FindCompatibleClientPlugin();
     recorder.FinishEntries();
-    const std::string why = WhyNotOffered(facts, entries.OfModule(), manager.ClientPluginModulePath(), module);
+    const std::string why = WhyNotOffered(facts, entries.ModuleEntry(), manager.ClientPluginModulePath(), module);
     if (why.empty())
     {
         report.Add({Mark::Ok, "offer", "offered", Narrow(module), "offered", Narrow(file), ""});
         return std::nullopt;
     }
     report.Add({Mark::Failed, "offer", "offered", "", "not-offered", Narrow(file), why});
-    return Verdict{ExitCode::ModuleNotOffered, StepId::CompatibilityEntries,
-                   Quoted(file) + " does not offer " + Quoted(module) + ": " + why + '.',
-                   "Give " + Quoted(file) + " an entry whose modulePath is this module and whose range holds " +
-                       ProductVersion + '.'};
+    return Diagnosis{ExitCode::ModuleNotOffered, StepId::CompatibilityEntries,
+                     Quoted(file) + " does not offer " + Quoted(module) + ": " + why + '.',
+                     "Give " + Quoted(file) + " an entry whose modulePath is this module and whose range holds " +
+                         ProductVersion + '.'};
 }
 
 } // namespace
 
-Verdict RunCheck(const Options& options, const std::wstring& host, const std::wstring& module, Report& report)
+Diagnosis RunCheck(const Options& options, const std::wstring& host, const std::wstring& module, Report& report)
 {
-    StartFacts facts;
+    StartUpFacts facts;
     facts.hostDirectory = host;
-    StartRecorder recorder(report, facts);
+    StartUpRecorder recorder(report, facts);
     SSOPathResolver manager(SplitVersion(ProductVersion), nullptr, {host, host, {}, module, &recorder});
     facts.accepted = manager.CheckClientPlugin();
-    const std::optional<Verdict> offer = CheckOffer(options, host, module, report);
+    const std::optional<Diagnosis> offer = CheckOffer(options, host, module, report);
     if (facts.accepted && options.load)
         TryLoad({host, module, options.timeoutSeconds}, report, facts);
-    if (std::optional<Verdict> failure = DiagnoseModule(facts))
+    if (std::optional<Diagnosis> failure = DiagnoseModule(facts))
         return *failure;
     if (offer)
         return *offer;

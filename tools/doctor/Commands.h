@@ -1,20 +1,57 @@
 #ifndef ORLINDEX_DOCTOR_COMMANDS_H
 #define ORLINDEX_DOCTOR_COMMANDS_H
 
+#include <stdexcept>
 #include <string>
+#include <vector>
 
-#include "Options.h"
 #include "Report.h"
 
 namespace Orlindex::Doctor {
 
-// Paths are absolute.
+// The command line (CommandLine.cpp) and the two commands that it can request (StartUpCommand.cpp, CheckCommand.cpp).
 
-/// Retraces the start of a host in the folder `host`.
-Verdict RunStart(const Options& options, const std::wstring& host, Report& report);
+enum class Command
+{
+    StartUp,
+    Check,
+    Help,
+    Version
+};
 
-/// Checks the plugin module `module` against the contract.
-Verdict RunCheck(const Options& options, const std::wstring& host, const std::wstring& module, Report& report);
+/// The command line.
+struct Options
+{
+    Command command = Command::StartUp;
+    std::wstring host;          ///< Empty for the tool's own folder.
+    std::wstring module;        ///< For `check`.
+    std::wstring compatibility; ///< For `check`; empty for the file beside the module.
+    bool load = false;
+    bool json = false;
+    bool color = true;
+    unsigned timeoutSeconds = 30;
+};
+
+/// The command line is wrong; what() says why.
+class UsageError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// This process's arguments after the program's name.
+std::vector<std::wstring> ProcessArguments();
+
+/// Parses the arguments after the program's name. Throws UsageError.
+Options ParseOptions(const std::vector<std::wstring>& arguments);
+
+std::string HelpText();
+
+/// Retraces the start-up of a host in the folder `host`, an absolute path.
+Diagnosis RunStartUp(const Options& options, const std::wstring& host, Report& report);
+
+/// Checks the plugin module `module` against the contract. Both paths are absolute.
+Diagnosis RunCheck(const Options& options, const std::wstring& host, const std::wstring& module, Report& report);
 
 } // namespace Orlindex::Doctor
 

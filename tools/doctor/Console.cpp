@@ -30,7 +30,7 @@ void Console::Write(std::string_view utf8) const
     {
         DWORD written = 0;
         if (!WriteFile(handle_, utf8.data(), static_cast<DWORD>(utf8.size()), &written, nullptr) || written == 0)
-            return; // Nobody reads any more.
+            return; // The reader closed the stream.
         utf8.remove_prefix(written);
     }
 }

@@ -6,18 +6,18 @@
 
 namespace Orlindex::Doctor {
 
-/// The standard output or error stream. Takes UTF-8: a console is given its own kind of text, all else the bytes.
+/// The standard output or error stream. Takes UTF-8, which a console gets as UTF-16 and anything else as it is.
 class Console
 {
 public:
     explicit Console(DWORD standardHandle);
     Console(const Console&) = delete;
     Console& operator=(const Console&) = delete;
-    /// Leaves the console in the mode in which it was.
+    /// Restores the console's mode.
     ~Console();
 
     void Write(std::string_view utf8) const;
-    /// Makes the console understand colour sequences. False where it is no console, or cannot.
+    /// Enables colour sequences. False if the stream is not a console, or the console does not support them.
     bool EnableColor();
 
 private:

@@ -1,8 +1,8 @@
-// From what was seen to one cause and one remedy. The order is that of the start; the first failure counts.
+// Diagnoses one cause and one remedy from the facts of a start-up. The first step that failed is the cause.
 
-#include "LibraryDiagnosis.h"
-#include "StartFacts.h"
-#include "Words.h"
+#include "HostLibrary.h"
+#include "StartUpFacts.h"
+#include "Texts.h"
 #include "base/Paths.h"
 #include "base/Product.h"
 #include "base/Text.h"
@@ -15,8 +15,8 @@ using namespace Ids;
 
 namespace {
 
-/// Where a directory of the server application can be made known.
-std::string WaysToName(const StartFacts& facts)
+/// The two places where an administrator can configure the server application's folder.
+std::string PlacesForFolder(const StartUpFacts& facts)
 {
     const std::wstring config =
         facts.clientConfigFile.empty() ? facts.hostDirectory + L"\\Orlindex.config" : facts.clientConfigFile;
@@ -24,8 +24,8 @@ std::string WaysToName(const StartFacts& facts)
            ", or the key searchPaths of the object ssoServer in " + Quoted(config);
 }
 
-/// Without server application, where the version compatibility file was not found either.
-Verdict WithoutServerApplication(const StartFacts& facts)
+/// The server application was not found, and therefore neither was the version compatibility file.
+Diagnosis DiagnoseMissingServerApplication(const StartUpFacts& facts)
 {
     if (!facts.clientConfigError.empty())
         return {ExitCode::ClientConfigInvalid, StepId::ClientConfig,
@@ -38,7 +38,7 @@ Verdict WithoutServerApplication(const StartFacts& facts)
                     ".",
                 "Repair the installation of the server application, which writes the text value Location, or name its "
                 "folder by " +
-                    WaysToName(facts) + '.'};
+                    PlacesForFolder(facts) + '.'};
     std::string cause = "The server application Pellwick.exe is in none of the folders that are searched";
     if (!facts.registeredLocation.empty())
         cause += "; the registered one, " + Quoted(facts.registeredLocation) + ", does not hold it";
@@ -48,13 +48,13 @@ Verdict WithoutServerApplication(const StartFacts& facts)
             (facts.clientConfigFile.empty() ? "and there is no client config file"
                                             : "and " + Quoted(facts.clientConfigFile) + " names no folder with it");
     return {ExitCode::ServerApplicationNotFound, StepId::ServerApplication, cause + '.',
-            "Install the server application again, or name its folder by " + WaysToName(facts) + '.'};
+            "Install the server application again, or name its folder by " + PlacesForFolder(facts) + '.'};
 }
 
-Verdict WithoutCompatibilityFile(const StartFacts& facts)
+Diagnosis DiagnoseMissingCompatibilityFile(const StartUpFacts& facts)
 {
     if (facts.serverDirectory.empty())
-        return WithoutServerApplication(facts);
+        return DiagnoseMissingServerApplication(facts);
     if (!facts.clientConfigError.empty())
         return {ExitCode::CompatibilityFileNotFound, StepId::CompatibilityFile,
                 "There is no TALIXVersionCompatibility.config in the server application's folder, " +
@@ -69,28 +69,28 @@ Verdict WithoutCompatibilityFile(const StartFacts& facts)
             "Repair the installation of the server application: it brings that file."};
 }
 
-Verdict WithoutSoundEntry(const StartFacts& facts)
+Diagnosis DiagnoseDefectiveEntries(const StartUpFacts& facts)
 {
     const EntryFinding& first = *facts.entries.firstDefective;
     return {ExitCode::CompatibilityEntriesDefective, StepId::CompatibilityEntries,
             "No entry of " + Quoted(facts.compatibilityFile) + " can be used: in " + EntryPlace(first.entry) + ", " +
-                DefectWords(*first.defect) + '.',
+                DefectText(*first.defect) + '.',
             "Mend " + EntryPlace(first.entry) + " in " + Quoted(facts.compatibilityFile) +
                 ", or repair the installation of the server application."};
 }
 
-Verdict WithoutEntry(const StartFacts& facts)
+Diagnosis DiagnoseEntries(const StartUpFacts& facts)
 {
-    if (facts.entries.defective + facts.entries.sound == 0)
+    if (facts.entries.defective + facts.entries.valid == 0)
         return {ExitCode::CompatibilityListEmpty, StepId::CompatibilityFile,
                 "The list \"ssoClientPlugin\" of " + Quoted(facts.compatibilityFile) + " is missing or empty.",
                 "Repair the installation of the server application, which brings that file."};
-    if (facts.entries.sound == 0)
-        return WithoutSoundEntry(facts);
+    if (facts.entries.valid == 0)
+        return DiagnoseDefectiveEntries(facts);
     std::string offered;
-    for (const EntryFinding& finding : facts.entries.firstSound)
-        offered += (offered.empty() ? "" : "; ") + EntryPlace(finding.entry) + " serves " + RangeWords(finding.entry);
-    const std::size_t others = facts.entries.sound - facts.entries.firstSound.size();
+    for (const EntryFinding& finding : facts.entries.firstValid)
+        offered += (offered.empty() ? "" : "; ") + EntryPlace(finding.entry) + " serves " + RangeText(finding.entry);
+    const std::size_t others = facts.entries.valid - facts.entries.firstValid.size();
     if (others > 0)
         offered += "; and so on, for " + std::to_string(others) + " more";
     return {ExitCode::NoEntryServes, StepId::CompatibilityEntries,
@@ -100,7 +100,7 @@ Verdict WithoutEntry(const StartFacts& facts)
                 ", or a host with a library that this one serves."};
 }
 
-Verdict OfRefusedPath(const StartFacts& facts)
+Diagnosis DiagnoseRefusedPath(const StartUpFacts& facts)
 {
     const std::string remedy = facts.compatibilityFile.empty() // The path was given on the command line.
                                    ? "Name the module's file with its extension."
@@ -109,7 +109,7 @@ Verdict OfRefusedPath(const StartFacts& facts)
                                          ", such as %SSOServerAppPath%\\PellwickClient.dll.";
     return {ExitCode::ModulePathRefused, StepId::ModuleFile,
             "The path of the plugin module, " + Quoted(facts.modulePath) +
-                ", is refused: " + PathDefectWords(*facts.modulePathDefect) + '.',
+                ", is refused: " + PathDefectText(*facts.modulePathDefect) + '.',
             remedy};
 }
 
@@ -128,29 +128,29 @@ bool HasAcceptedSigner(const SignatureFacts& signature)
     return false;
 }
 
-Verdict OfUntrustedSigner(const StartFacts& facts, const std::string& original)
+Diagnosis DiagnoseUntrustedSigner(const StartUpFacts& facts, const std::string& original)
 {
     const std::string reinstall = original + '.';
     const SignatureFacts& signature = *facts.signature;
-    const auto answer = static_cast<DWORD>(*signature.platformResult);
-    const bool untrustedRoot = answer == static_cast<DWORD>(CERT_E_UNTRUSTEDROOT);
+    const auto result = static_cast<DWORD>(*signature.platformResult);
+    const bool untrustedRoot = result == static_cast<DWORD>(CERT_E_UNTRUSTEDROOT);
     if (untrustedRoot && (HasAcceptedSigner(signature) || signature.signers.empty()))
         return {ExitCode::RootNotTrusted, StepId::Signature,
                 "The signature of " + Quoted(facts.modulePath) + " by " + SignerName(signature) +
                     " ends in a root that neither is the pinned one nor is trusted by the system.",
                 original + ", and do not make the system trust that root."};
-    if (untrustedRoot || answer == ERROR_SUCCESS) // Any other answer ends the verification before a name is looked at.
+    if (untrustedRoot || result == ERROR_SUCCESS) // With any other result the names were not compared.
         return {ExitCode::SignerNotAccepted, StepId::Signature,
                 Quoted(facts.modulePath) + " is signed by " + SignerName(signature) +
                     ", which is not an accepted name.",
                 reinstall};
     return {ExitCode::SignatureRefused, StepId::Signature,
             "The system refuses the signature of " + Quoted(facts.modulePath) + ": " +
-                TrustAnswerWords(*signature.platformResult) + '.',
+                VerifyResultText(*signature.platformResult) + '.',
             reinstall};
 }
 
-Verdict OfRefusedSignature(const StartFacts& facts)
+Diagnosis DiagnoseRefusedSignature(const StartUpFacts& facts)
 {
     const SignatureFacts& signature = *facts.signature;
     const std::string file = Quoted(facts.modulePath);
@@ -163,7 +163,7 @@ Verdict OfRefusedSignature(const StartFacts& facts)
         return {ExitCode::ModuleMissing, StepId::Signature, file + " was gone when its signature was to be verified.",
                 reinstall};
     if (signature.result == BinaryTrustResult::NotTrusted)
-        return OfUntrustedSigner(facts, original);
+        return DiagnoseUntrustedSigner(facts, original);
     switch (static_cast<DWORD>(*signature.platformResult))
     {
     case static_cast<DWORD>(TRUST_E_NOSIGNATURE):
@@ -177,15 +177,15 @@ Verdict OfRefusedSignature(const StartFacts& facts)
                 "maker, which repairing the installation of the server application brings."};
     default:
         return {ExitCode::SignatureRefused, StepId::Signature,
-                "The system refuses the signature of " + file + ": " + TrustAnswerWords(*signature.platformResult) +
+                "The system refuses the signature of " + file + ": " + VerifyResultText(*signature.platformResult) +
                     '.',
                 reinstall};
     }
 }
 
-Verdict OfFailedLoadModule(const StartFacts& facts, const LoadFinding& failure)
+Diagnosis DiagnoseFailedModuleLoad(const StartUpFacts& facts, const LoadFinding& failure)
 {
-    const std::string cause = "The system cannot load " + Quoted(facts.modulePath) + ": " + ErrorWords(failure.error);
+    const std::string cause = "The system cannot load " + Quoted(facts.modulePath) + ": " + ErrorText(failure.error);
     const std::vector<std::string>& missing = facts.load->missingLibraries;
     if (!missing.empty())
         return {ExitCode::LoadFailed, StepId::Load,
@@ -196,14 +196,14 @@ Verdict OfFailedLoadModule(const StartFacts& facts, const LoadFinding& failure)
             "itself or through another."};
 }
 
-Verdict OfFailedStep(const StartFacts& facts, const LoadFinding& failure)
+Diagnosis DiagnoseFailedStep(const StartUpFacts& facts, const LoadFinding& failure)
 {
     const std::string file = Quoted(facts.modulePath);
     const std::string maker = "Ask the plugin's maker for a module that keeps the contract.";
     switch (failure.step)
     {
     case LoadStep::LoadModule:
-        return OfFailedLoadModule(facts, failure);
+        return DiagnoseFailedModuleLoad(facts, failure);
     case LoadStep::CompareFile:
         return {ExitCode::OtherFileLoaded, StepId::Load, "The system loaded another file than " + file + '.',
                 "Find out what redirects that path: a link above it, or a module of that name loaded before."};
@@ -213,16 +213,16 @@ Verdict OfFailedStep(const StartFacts& facts, const LoadFinding& failure)
         return {ExitCode::FactoryNull, StepId::Load, "The factory function of " + file + " answers null.", maker};
     default:
         return {ExitCode::LoadFailed, StepId::Load,
-                file + " could not be loaded: " + LoadStepWords(failure.step) + ", " + ErrorWords(failure.error) + '.',
+                file + " could not be loaded: " + LoadStepText(failure.step) + ", " + ErrorText(failure.error) + '.',
                 "Run the tool again; the machine changed while it looked."};
     }
 }
 
-Verdict OfFailedLoad(const StartFacts& facts)
+Diagnosis DiagnoseFailedLoad(const StartUpFacts& facts)
 {
     const LoadOutcome& load = *facts.load;
     const std::string file = Quoted(facts.modulePath);
-    const std::string when = load.begun ? std::string(" while ") + LoadStepWords(*load.begun) : std::string();
+    const std::string when = load.begun ? std::string(" while ") + LoadStepText(*load.begun) : std::string();
     const std::string maker = "Ask the plugin's maker; the plugin's own log may say more.";
     if (load.end == LoadOutcome::End::Hung)
         return {ExitCode::PluginHung, StepId::Load,
@@ -237,119 +237,120 @@ Verdict OfFailedLoad(const StartFacts& facts)
                 "Ask the plugin's maker: the module writes to a handle that is not its own."};
     if (load.end == LoadOutcome::End::Ended)
         return {ExitCode::PluginCrashed, StepId::Load,
-                file + " ended its process" + when + ", with " + ErrorWords(load.processExitCode) + '.', maker};
+                file + " ended its process" + when + ", with " + ErrorText(load.processExitCode) + '.', maker};
     if (load.failure)
-        return OfFailedStep(facts, *load.failure);
+        return DiagnoseFailedStep(facts, *load.failure);
     return {ExitCode::ModuleInterfaceNull, StepId::Interfaces, "The factory of " + file + " has no ISSOClientModule.",
             "Ask the plugin's maker for a module that keeps the contract."};
 }
 
-std::optional<Verdict> OfMachine(const StartFacts& facts)
+std::optional<Diagnosis> DiagnoseMachine(const StartUpFacts& facts)
 {
     const ModuleFacts& module = facts.module;
     const std::string file = Quoted(facts.modulePath);
-    const std::string replace = std::string("Replace it by the module for ") + BitsWords(module.wanted) +
+    const std::string replace = std::string("Replace it by the module for ") + BitsText(module.wanted) +
                                 " hosts, or name that one in the version compatibility file.";
     if (!module.module || !module.dll)
-        return Verdict{ExitCode::ModuleFormat, StepId::ModuleFile, file + " is no Windows DLL.", replace};
+        return Diagnosis{ExitCode::ModuleFormat, StepId::ModuleFile, file + " is no Windows DLL.", replace};
     if (module.machine != module.wanted)
-        return Verdict{ExitCode::ModuleArchitecture, StepId::ModuleFile,
-                       file + " is not for " + BitsWords(module.wanted) + " x86 processes.", replace};
+        return Diagnosis{ExitCode::ModuleArchitecture, StepId::ModuleFile,
+                         file + " is not for " + BitsText(module.wanted) + " x86 processes.", replace};
     return std::nullopt;
 }
 
-std::optional<Verdict> OfFormat(const StartFacts& facts)
+std::optional<Diagnosis> DiagnoseFormat(const StartUpFacts& facts)
 {
-    if (std::optional<Verdict> failure = OfMachine(facts))
+    if (std::optional<Diagnosis> failure = DiagnoseMachine(facts))
         return failure;
     if (!facts.module.factorySymbol)
-        return Verdict{ExitCode::FactorySymbolMissing, StepId::ModuleFile,
-                       Quoted(facts.modulePath) + " does not export its factory function.",
-                       "Ask the plugin's maker for a module that keeps the contract."};
+        return Diagnosis{ExitCode::FactorySymbolMissing, StepId::ModuleFile,
+                         Quoted(facts.modulePath) + " does not export its factory function.",
+                         "Ask the plugin's maker for a module that keeps the contract."};
     return std::nullopt;
 }
 
-Verdict OfFileInUse(const StartFacts& facts, const std::string& remedy)
+Diagnosis DiagnoseFileInUse(const StartUpFacts& facts, const std::string& remedy)
 {
     return {ExitCode::FileInUse, StepId::Signature,
-            Quoted(facts.modulePath) + " cannot be kept from changing: " + ErrorWords(facts.lockError) + '.', remedy};
+            Quoted(facts.modulePath) + " cannot be kept from changing: " + ErrorText(facts.lockError) + '.', remedy};
 }
 
-std::optional<Verdict> OfLoad(const StartFacts& facts)
+std::optional<Diagnosis> DiagnoseLoad(const StartUpFacts& facts)
 {
     const LoadOutcome& load = *facts.load;
     if (load.end == LoadOutcome::End::Regular && load.loaded && load.clientModule)
         return std::nullopt;
-    if (load.libraryBegun) // The plugin was not reached.
-        return OfLibrary(facts);
-    if (std::optional<Verdict> failure = OfMachine(facts)) // It says more than the platform's error.
+    if (load.libraryBegun) // The load ended before it reached the plugin.
+        return DiagnoseLibrary(facts);
+    if (std::optional<Diagnosis> failure = DiagnoseMachine(facts)) // More precise than the platform's error.
         return failure;
-    return OfFailedLoad(facts);
+    return DiagnoseFailedLoad(facts);
 }
 
-Verdict OfStart(const StartFacts& facts)
+Diagnosis DiagnoseSuccess(const StartUpFacts& facts)
 {
     const std::string file = Quoted(facts.modulePath);
-    const std::string proviso = facts.library.exists && facts.libraryTrust == LibraryTrust::NotSaid
-                                    ? ", provided that its library trusts the root and the signers of this tool"
-                                    : "";
+    const std::string condition = facts.library.exists && facts.libraryTrust == LibraryTrust::NotSaid
+                                      ? ", provided that its library trusts the root and the signers of this tool"
+                                      : "";
     if (facts.load)
         return {ExitCode::Starts, std::nullopt,
-                "A host starts: " + file + " was loaded and has its interfaces" + proviso + '.', ""};
+                "A host starts: " + file + " was loaded and has its interfaces" + condition + '.', ""};
     return {ExitCode::Starts, std::nullopt,
-            "Everything is in place up to loading " + file + ", which was not tried (--load does)" + proviso + '.', ""};
+            "Everything is in place up to loading " + file + ", which was not tried (--load does)" + condition + '.',
+            ""};
 }
 
 } // namespace
 
-std::optional<Verdict> DiagnoseModule(const StartFacts& facts)
+std::optional<Diagnosis> DiagnoseModule(const StartUpFacts& facts)
 {
     const std::string file = Quoted(facts.modulePath);
-    if (facts.modulePathDefect) // Whether or not there is something at such a path: it is what to mend.
-        return OfRefusedPath(facts);
+    if (facts.modulePathDefect) // Before the file: the path is the cause whether or not a file exists there.
+        return DiagnoseRefusedPath(facts);
     if (!facts.module.exists)
-        return Verdict{ExitCode::ModuleMissing, StepId::ModuleFile, "The plugin module " + file + " is not there.",
-                       "Repair the installation of the server application: it brings the plugin module."};
+        return Diagnosis{ExitCode::ModuleMissing, StepId::ModuleFile, "The plugin module " + file + " is not there.",
+                         "Repair the installation of the server application: it brings the plugin module."};
     if (facts.lockError == ERROR_SHARING_VIOLATION)
-        return OfFileInUse(facts, "End the program that has the file open for writing, such as an installer or a "
-                                  "scanner.");
+        return DiagnoseFileInUse(facts, "End the program that has the file open for writing, such as an installer or a "
+                                        "scanner.");
     if (!facts.module.readable)
-        return Verdict{ExitCode::ModuleFormat, StepId::ModuleFile,
-                       file + " cannot be read: " + ErrorWords(facts.module.readError) + '.',
-                       "Give the user the right to read it; where it is a folder, repair the installation."};
+        return Diagnosis{ExitCode::ModuleFormat, StepId::ModuleFile,
+                         file + " cannot be read: " + ErrorText(facts.module.readError) + '.',
+                         "Give the user the right to read it; where it is a folder, repair the installation."};
     if (facts.signature && !LoadingAllowed(facts.signature->result))
-        return OfRefusedSignature(facts);
+        return DiagnoseRefusedSignature(facts);
     if (facts.lockError != ERROR_SUCCESS)
-        return OfFileInUse(facts, "Give the user the right to read the file, and see that nothing locks it.");
+        return DiagnoseFileInUse(facts, "Give the user the right to read the file, and see that nothing locks it.");
     if (!facts.accepted)
-        return Verdict{ExitCode::LoadFailed, StepId::Load, "The library does not load " + file + '.',
-                       "Run the tool again; the machine changed while it looked."};
+        return Diagnosis{ExitCode::LoadFailed, StepId::Load, "The library does not load " + file + '.',
+                         "Run the tool again; the machine changed while it looked."};
     if (!facts.load)
-        return OfFormat(facts);
-    return OfLoad(facts);
+        return DiagnoseFormat(facts);
+    return DiagnoseLoad(facts);
 }
 
-Verdict Diagnose(const StartFacts& facts)
+Diagnosis Diagnose(const StartUpFacts& facts)
 {
     if (facts.localSystem)
         return {ExitCode::LocalSystemAccount, StepId::Account,
                 "The account is the local system's, under which the library refuses to start.",
                 "Run the host under the account of the user who is to sign in."};
-    if (std::optional<Verdict> failure = OfLibrary(facts))
+    if (std::optional<Diagnosis> failure = DiagnoseLibrary(facts))
         return *failure;
     if (facts.modulePath.empty())
     {
         if (facts.compatibilityFile.empty())
-            return WithoutCompatibilityFile(facts);
+            return DiagnoseMissingCompatibilityFile(facts);
         if (!facts.compatibilityError.empty())
             return {ExitCode::CompatibilityFileInvalid, StepId::CompatibilityFile,
                     "The version compatibility file " + Quoted(facts.compatibilityFile) +
                         " is not used: " + facts.compatibilityError + '.',
                     "Mend that file, or repair the installation of the server application."};
-        return WithoutEntry(facts);
+        return DiagnoseEntries(facts);
     }
-    const Verdict verdict = DiagnoseModule(facts).value_or(OfStart(facts));
-    return OfOtherTrust(facts, verdict).value_or(verdict);
+    const Diagnosis diagnosis = DiagnoseModule(facts).value_or(DiagnoseSuccess(facts));
+    return DiagnoseOtherTrust(facts, diagnosis).value_or(diagnosis);
 }
 
 } // namespace Orlindex::Doctor

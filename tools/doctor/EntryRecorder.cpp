@@ -1,6 +1,6 @@
 #include "EntryRecorder.h"
 
-#include "Words.h"
+#include "Texts.h"
 #include "base/Product.h"
 #include "base/Text.h"
 #include "base/Versions.h"
@@ -11,8 +11,8 @@ using namespace Ids;
 
 namespace {
 
-constexpr std::size_t mostShown = 100;  ///< Of each kind, as lines.
-constexpr std::size_t mostOffered = 10; ///< In the verdict's sentence.
+constexpr std::size_t mostShown = 100;  ///< Findings of each kind.
+constexpr std::size_t mostOffered = 10; ///< Entries that the diagnosis names.
 
 Finding EntryLine(const EntryFinding& finding)
 {
@@ -27,18 +27,18 @@ Finding EntryLine(const EntryFinding& finding)
     {
         line.mark = Mark::Warning;
         line.result = DefectName(*finding.defect);
-        line.note = std::string("ignored, ") + DefectWords(*finding.defect);
+        line.note = std::string("ignored, ") + DefectText(*finding.defect);
     }
     else if (finding.chosen)
     {
         line.mark = Mark::Ok;
         line.result = "chosen";
-        line.note = "chosen, serves " + RangeWords(entry);
+        line.note = "chosen, serves " + RangeText(entry);
     }
     else if (finding.mismatch)
     {
         line.result = MismatchName(*finding.mismatch);
-        line.note = std::string("does not serve ") + ProductVersion + ": " + RangeWords(entry);
+        line.note = std::string("does not serve ") + ProductVersion + ": " + RangeText(entry);
     }
     else
     {
@@ -53,13 +53,13 @@ Finding EntryLine(const EntryFinding& finding)
 void EntryRecorder::Add(const EntryFinding& finding)
 {
     EntryFacts& entries = facts_.entries;
-    std::size_t& count = finding.defect ? entries.defective : entries.sound;
-    std::size_t& hidden = finding.defect ? hiddenDefective_ : hiddenSound_;
+    std::size_t& count = finding.defect ? entries.defective : entries.valid;
+    std::size_t& hidden = finding.defect ? hiddenDefective_ : hiddenValid_;
     ++count;
     if (finding.defect && !entries.firstDefective)
         entries.firstDefective = finding;
-    if (!finding.defect && entries.firstSound.size() < mostOffered)
-        entries.firstSound.push_back(finding);
+    if (!finding.defect && entries.firstValid.size() < mostOffered)
+        entries.firstValid.push_back(finding);
     if (count > mostShown && !finding.chosen)
     {
         ++hidden;
@@ -74,8 +74,8 @@ void EntryRecorder::Add(const EntryFinding& finding)
 void EntryRecorder::Finish()
 {
     AddHidden(hiddenDefective_, facts_.entries.defective, Mark::Warning, "more are ignored, for such defects");
-    AddHidden(hiddenSound_, facts_.entries.sound, Mark::Info, "more are not chosen");
-    hiddenDefective_ = hiddenSound_ = 0;
+    AddHidden(hiddenValid_, facts_.entries.valid, Mark::Info, "more are not chosen");
+    hiddenDefective_ = hiddenValid_ = 0;
 }
 
 void EntryRecorder::AddHidden(std::size_t count, std::size_t total, Mark mark, const char* note)

@@ -5,7 +5,8 @@
 
 namespace Orlindex::Doctor {
 
-/// What the tool ends with: the first step of a start that fails, and how. Numbers are never given to another meaning.
+/// The tool's exit code: the first step of a start-up that fails, and how. A number is never reused for another
+/// meaning.
 enum class ExitCode
 {
     Starts = 0,

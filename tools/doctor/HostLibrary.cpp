@@ -6,8 +6,8 @@
 
 #include "BuildData.h"
 #include "ModuleFile.h"
+#include "Texts.h"
 #include "VersionRecord.h"
-#include "Words.h"
 #include "base/Paths.h"
 #include "base/Product.h"
 #include "base/Text.h"
@@ -18,11 +18,11 @@ using namespace Ids;
 
 namespace {
 
-/// What two builds of one version may differ in, as a version record has it.
+/// The root and the signers that a build trusts, as its version record has them.
 struct TrustText
 {
     std::string pinnedRoot;
-    std::string signers; ///< Separated by semicolons, which no name holds.
+    std::string signers; ///< Separated by semicolons; no name contains one.
 };
 
 TrustText OwnTrust()
@@ -32,7 +32,7 @@ TrustText OwnTrust()
               digest.begin());
     std::string signers(Kestrany::BuildData::TrustedSigners, sizeof Kestrany::BuildData::TrustedSigners - 1);
     std::replace(signers.begin(), signers.end(), '\0', ';');
-    return {DigestWords(digest), signers};
+    return {DigestText(digest), signers};
 }
 
 std::set<std::string> NamesOf(const std::string& signers)
@@ -93,9 +93,65 @@ Finding VersionLine(const std::optional<VersionRecord>& record, const std::wstri
     return line;
 }
 
+std::string QuotedLibraryPath(const StartUpFacts& facts)
+{
+    return Quoted(JoinPath(facts.hostDirectory, ProductModuleName));
+}
+
+/// Why the host's library cannot be loaded; empty if no reason is known.
+std::string WhyLibraryDoesNotLoad(const StartUpFacts& facts)
+{
+    const ModuleFacts& library = facts.library;
+    if (!library.readable)
+        return "it cannot be read: " + ErrorText(library.readError);
+    if (!library.module || !library.dll)
+        return "it is no Windows DLL";
+    if (library.machine != library.wanted)
+        return std::string("it is not for ") + BitsText(library.wanted) + " x86 processes";
+    if (!facts.load || facts.load->libraryError == ERROR_SUCCESS)
+        return {};
+    return ErrorText(facts.load->libraryError) +
+           (facts.libraryNeeds.empty()
+                ? ""
+                : "; it needs " + Joined(facts.libraryNeeds) + ", not found beside it nor where the system looks");
+}
+
+std::string WhyLibraryEnded(const LoadOutcome& load)
+{
+    if (load.end == LoadOutcome::End::Hung)
+        return "it did not answer within " + std::to_string(load.timeoutSeconds) + " seconds";
+    if (load.end == LoadOutcome::End::CutOff)
+        return "it wrote more messages than a load has";
+    return "it ended its process, with " + ErrorText(load.processExitCode);
+}
+
+/// Whether the library may be the right one for its host, but the host is one of 32 bits and this tool one of 64, or
+/// the reverse.
+bool IsForOtherHosts(const ModuleFacts& library)
+{
+    return library.dll && library.machine != library.wanted && library.machine != Machine::Other;
+}
+
+Diagnosis DiagnoseOtherMachine(const StartUpFacts& facts)
+{
+    const std::string theirs = BitsText(facts.library.machine);
+    const std::string mine = BitsText(facts.library.wanted);
+    return {ExitCode::OtherLibraryMachine, StepId::Library,
+            "The host's library " + QuotedLibraryPath(facts) + " is for " + theirs +
+                " hosts, and this tool answers for " + mine + " ones.",
+            "Run the orlindex-doctor.exe of the kit for " + theirs + " hosts, or give a " + mine +
+                " host the library of its own kit."};
+}
+
+/// Whether the result depends on the root and the signers that this tool trusts.
+bool DependsOnTrust(ExitCode code)
+{
+    return code == ExitCode::Starts || code == ExitCode::SignerNotAccepted || code == ExitCode::RootNotTrusted;
+}
+
 } // namespace
 
-void CheckHostLibrary(const std::wstring& host, Report& report, StartFacts& facts)
+void CheckHostLibrary(const std::wstring& host, Report& report, StartUpFacts& facts)
 {
     report.Begin(StepId::Library);
     const std::wstring file = JoinPath(host, ProductModuleName);
@@ -114,6 +170,43 @@ void CheckHostLibrary(const std::wstring& host, Report& report, StartFacts& fact
     if (record)
         facts.libraryTrust = CompareTrust(*record, report);
     InspectLibraryFile(file, report, facts.library);
+}
+
+bool AppliesToLibrary(const StartUpFacts& facts)
+{
+    return facts.libraryTrust != LibraryTrust::Other && !IsForOtherHosts(facts.library);
+}
+
+std::optional<Diagnosis> DiagnoseLibrary(const StartUpFacts& facts)
+{
+    if (IsForOtherHosts(facts.library))
+        return DiagnoseOtherMachine(facts);
+    std::string why;
+    if (facts.load && facts.load->libraryBegun)
+        why = WhyLibraryEnded(*facts.load);
+    else if (facts.library.exists)
+        why = WhyLibraryDoesNotLoad(facts);
+    if (why.empty())
+        return std::nullopt;
+    return Diagnosis{ExitCode::LibraryUnusable, StepId::Library,
+                     "The host's library " + QuotedLibraryPath(facts) + " cannot be loaded: " + why + '.',
+                     facts.libraryNeeds.empty()
+                         ? "Restore it from the host's installer."
+                         : "Put " + Joined(facts.libraryNeeds) +
+                               " into its folder, or restore all of it from the host's installer."};
+}
+
+std::optional<Diagnosis> DiagnoseOtherTrust(const StartUpFacts& facts, const Diagnosis& diagnosis)
+{
+    if (facts.libraryTrust != LibraryTrust::Other || !DependsOnTrust(diagnosis.code))
+        return std::nullopt;
+    return Diagnosis{
+        ExitCode::OtherLibraryTrust, StepId::Library,
+        "The host's library " + QuotedLibraryPath(facts) +
+            " trusts another root or other signers than this tool, which therefore cannot tell whether that "
+            "library accepts the signature of " +
+            Quoted(facts.modulePath) + '.',
+        "Run the orlindex-doctor.exe that was built with that library."};
 }
 
 } // namespace Orlindex::Doctor

@@ -1,4 +1,4 @@
-#include "JsonReport.h"
+#include "ReportForms.h"
 
 #include <json/value.h>
 #include <json/writer.h>
@@ -9,7 +9,7 @@
 namespace Orlindex::Doctor {
 namespace {
 
-/// Of the document's form. A new field does not change it; a field that goes or changes its meaning does.
+/// Version of the document's format. A new field does not change it; removing a field or changing its meaning does.
 constexpr int formatVersion = 1;
 
 void SetUnlessEmpty(Json::Value& object, const char* key, const std::string& text)
@@ -44,22 +44,22 @@ Json::Value StepValue(const Step& step)
     return value;
 }
 
-Json::Value VerdictValue(const Verdict& verdict)
+Json::Value DiagnosisValue(const Diagnosis& diagnosis)
 {
-    const ExitCodeRow* row = FindExitCode(verdict.code);
+    const ExitCodeRow* row = FindExitCode(diagnosis.code);
     Json::Value value(Json::objectValue);
-    value["starts"] = verdict.code == ExitCode::Starts;
-    value["exitCode"] = static_cast<int>(verdict.code);
+    value["starts"] = diagnosis.code == ExitCode::Starts;
+    value["exitCode"] = static_cast<int>(diagnosis.code);
     value["result"] = row ? row->name : "";
-    value["step"] = verdict.step ? Json::Value(StepName(*verdict.step)) : Json::Value();
-    value["cause"] = verdict.cause;
-    SetUnlessEmpty(value, "remedy", verdict.remedy);
+    value["step"] = diagnosis.step ? Json::Value(StepName(*diagnosis.step)) : Json::Value();
+    value["cause"] = diagnosis.cause;
+    SetUnlessEmpty(value, "remedy", diagnosis.remedy);
     return value;
 }
 
 } // namespace
 
-std::string JsonReport(const Subject& subject, const Report& report, const Verdict& verdict)
+std::string JsonReport(const Subject& subject, const Report& report, const Diagnosis& diagnosis)
 {
     Json::Value root(Json::objectValue);
     root["format"] = "orlindex-doctor-report";
@@ -73,7 +73,7 @@ std::string JsonReport(const Subject& subject, const Report& report, const Verdi
     root["steps"] = Json::Value(Json::arrayValue);
     for (const Step& step : report.Steps())
         root["steps"].append(StepValue(step));
-    root["verdict"] = VerdictValue(verdict);
+    root["verdict"] = DiagnosisValue(diagnosis);
 
     Json::StreamWriterBuilder settings;
     settings["indentation"] = "  ";

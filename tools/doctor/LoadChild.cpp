@@ -1,4 +1,4 @@
-#include "LoadChild.h"
+#include "LoadProcess.h"
 
 #include <cstdint>
 #include <windows.h>
@@ -57,8 +57,8 @@ private:
     const MessagePipe& pipe_;
 };
 
-/// A plugin may call functions of the library, which every host has in its process.
-DWORD LoadHostsLibrary(const std::wstring& host)
+/// Every host has the library in its process, and a plugin may call its functions.
+DWORD LoadHostLibrary(const std::wstring& host)
 {
     const std::wstring library = JoinPath(host, ProductModuleName);
     return LoadLibraryExW(library.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH) ? ERROR_SUCCESS : GetLastError();
@@ -70,24 +70,24 @@ int RunLoadChild(const std::vector<std::wstring>& arguments)
 {
     if (arguments.size() < 2)
         return 1;
-    // Nobody sits in front of this process to close a message box.
+    // Nobody can close a message box of this process.
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
     const auto handle = static_cast<std::uintptr_t>(std::wcstoull(arguments[0].c_str(), nullptr, 10));
     const MessagePipe pipe(reinterpret_cast<HANDLE>(handle));
-    // A plugin's own processes must not keep the pipe open.
+    // Processes that the plugin starts must not keep the pipe open.
     SetHandleInformation(reinterpret_cast<HANDLE>(handle), HANDLE_FLAG_INHERIT, 0);
 
     const std::wstring& host = arguments[1];
     pipe.Send({LoadMessage::Kind::Library, 0, LoadState::Begun});
-    const DWORD error = LoadHostsLibrary(host);
+    const DWORD error = LoadHostLibrary(host);
     pipe.Send({LoadMessage::Kind::Library, 0, error == ERROR_SUCCESS ? LoadState::Done : LoadState::Failed, error});
     LoadReporter reporter(pipe);
-    StartUpOverrides surroundings = {host, host, {}, {}, &reporter};
+    StartUpOverrides overrides = {host, host, {}, {}, &reporter};
     if (arguments.size() > 2)
-        surroundings.clientPluginModule = arguments[2];
-    SSOPathResolver manager(SplitVersion(ProductVersion), DefaultLogFunction, surroundings);
+        overrides.clientPluginModule = arguments[2];
+    SSOPathResolver manager(SplitVersion(ProductVersion), DefaultLogFunction, overrides);
     pipe.Send({LoadMessage::Kind::End, manager.EnsureClientLoaded() ? 1UL : 0UL});
-    // Without the ends of the modules: a plugin may have threads that outlive them.
+    // Skip the DllMain calls of a normal exit: a plugin may have threads that outlive its module.
     TerminateProcess(GetCurrentProcess(), 0);
     return 0;
 }

@@ -4,23 +4,22 @@
 #include <optional>
 #include <string>
 
+#include "MessageLines.h"
 #include "locate/StartUpObserver.h"
 
 namespace Orlindex::Doctor {
 
-// What the process that loads a plugin says to the one that started it: a line for each thing, written as it happens,
-// so that the last one is known however the process ends.
+// The messages from the process that loads a plugin to the one that started it. Each is a line, written as soon as the
+// thing happens, so that the last step is known however the process ends.
 
 struct LoadMessage
 {
-    enum class Kind
-    {
-        Library,   ///< The host's library is loaded: `state` and `error`.
-        Step,      ///< `number` is a LoadStep, with `state` and `error`.
-        Object,    ///< `number` is a PluginObject, `error` is 1 where the plugin has it.
-        Exception, ///< `text`, UTF-8.
-        End        ///< The load came to its end; `number` is 1 where it succeeded.
-    };
+    /// Library: the host's library is loaded, `state` and `error`.
+    /// Step: `number` is a LoadStep, with `state` and `error`.
+    /// Object: `number` is a PluginObject, `error` is 1 if the plugin has it.
+    /// Exception: `text`, UTF-8.
+    /// End: the load ended, `number` is 1 if it succeeded.
+    using Kind = MessageLine::Kind;
 
     Kind kind;
     unsigned long number = 0;
@@ -29,10 +28,10 @@ struct LoadMessage
     std::string text = {};
 };
 
-/// Without line end.
+/// The message as a line, without line end.
 std::string LineOf(const LoadMessage& message);
 
-/// Nothing for a line that is none of them: a plugin may have got hold of the pipe.
+/// nullopt if the line is not a message: a plugin may write to the pipe, too.
 std::optional<LoadMessage> ParseLoadMessage(const std::string& line);
 
 } // namespace Orlindex::Doctor

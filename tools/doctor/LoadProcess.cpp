@@ -5,12 +5,11 @@
 #include <stdexcept>
 #include <windows.h>
 
-#include "Handle.h"
-#include "LoadChild.h"
 #include "LoadMessages.h"
 #include "ModuleFile.h"
 #include "PipeReader.h"
-#include "Words.h"
+#include "Texts.h"
+#include "base/Handles.h"
 #include "base/Paths.h"
 #include "base/Platform.h"
 #include "base/Product.h"
@@ -26,10 +25,10 @@ constexpr std::uint64_t millisecondsPerSecond = 1000;
 
 [[noreturn]] void ThrowLastError(const char* what)
 {
-    throw std::runtime_error(std::string(what) + ": " + ErrorWords(GetLastError()));
+    throw std::runtime_error(std::string(what) + ": " + ErrorText(GetLastError()));
 }
 
-/// Ends all its processes with its owner: also those that a plugin started.
+/// A job that ends all its processes when it is closed, including those that a plugin started.
 Handle MakeJob()
 {
     Handle job(CreateJobObjectW(nullptr, nullptr));
@@ -40,18 +39,19 @@ Handle MakeJob()
     return job;
 }
 
-Handle OpenNowhere()
+Handle OpenNullDevice()
 {
     SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
-    Handle nowhere(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable,
-                               OPEN_EXISTING, 0, nullptr));
-    if (nowhere.get() == INVALID_HANDLE_VALUE)
+    Handle nullDevice = OwnFile(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                            &inheritable, OPEN_EXISTING, 0, nullptr));
+    if (!nullDevice)
         ThrowLastError("cannot open NUL");
-    return nowhere;
+    return nullDevice;
 }
 
-/// In a command line, a folder's final backslash would take the closing quotation mark for text.
-std::wstring Quoted(const std::wstring& text)
+/// Quotes an argument of a command line. A backslash before the closing quotation mark would escape it, so the final
+/// backslashes are doubled.
+std::wstring QuotedArgument(const std::wstring& text)
 {
     std::wstring quoted = L'"' + text;
     for (std::size_t end = text.size(); end > 0 && text[end - 1] == L'\\'; --end)
@@ -59,7 +59,7 @@ std::wstring Quoted(const std::wstring& text)
     return quoted + L'"';
 }
 
-std::wstring OwnFile()
+std::wstring ExecutablePath()
 {
     std::wstring path(32768, L'\0');
     path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
@@ -68,15 +68,17 @@ std::wstring OwnFile()
 
 std::wstring CommandLine(const LoadRequest& request, HANDLE pipe)
 {
-    std::wstring command = Quoted(OwnFile()) + L' ' + LoadChildCommand + L' ' +
-                           std::to_wstring(reinterpret_cast<std::uintptr_t>(pipe)) + L' ' + Quoted(request.host);
+    std::wstring command = QuotedArgument(ExecutablePath()) + L' ' + LoadChildCommand + L' ' +
+                           std::to_wstring(reinterpret_cast<std::uintptr_t>(pipe)) + L' ' +
+                           QuotedArgument(request.host);
     if (!request.module.empty())
-        command += L' ' + Quoted(request.module);
+        command += L' ' + QuotedArgument(request.module);
     return command;
 }
 
-/// Libraries beside the host are found in a host because it runs there. Here they are, last, because the path of the
-/// new process names that folder.
+/// Appends the host's folder to PATH while the object lives, for a new process to inherit. A host finds the libraries
+/// beside it because its executable lies there; the new process, whose executable is the tool's, finds them through
+/// PATH.
 class HostInPath
 {
 public:
@@ -96,15 +98,15 @@ private:
 
 Handle StartProcess(const LoadRequest& request, const Pipe& pipe, HANDLE job)
 {
-    const Handle nowhere = OpenNowhere();
+    const Handle nullDevice = OpenNullDevice();
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdInput = startup.hStdOutput = startup.hStdError = nowhere.get();
+    startup.hStdInput = startup.hStdOutput = startup.hStdError = nullDevice.get();
     PROCESS_INFORMATION started = {};
     std::wstring command = CommandLine(request, pipe.writeEnd.get());
     const HostInPath path(request.host);
-    if (!CreateProcessW(OwnFile().c_str(), command.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
+    if (!CreateProcessW(ExecutablePath().c_str(), command.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
                         request.host.c_str(), &startup, &started))
         ThrowLastError("cannot start a process to load the plugin in");
     Handle process(started.hProcess);
@@ -118,11 +120,11 @@ Handle StartProcess(const LoadRequest& request, const Pipe& pipe, HANDLE job)
     return process;
 }
 
-/// Turns the messages into findings as they come.
+/// Makes findings of the messages as they come.
 class LoadListener
 {
 public:
-    /// A start fails with a library in the host's folder that cannot be loaded; a check of a module does not.
+    /// A library in the host's folder that cannot be loaded fails a start-up, but not the check of a module.
     LoadListener(const LoadRequest& request, Report& report, LoadOutcome& outcome)
         : libraryMark_(request.module.empty() && PathExists(JoinPath(request.host, ProductModuleName)) ? Mark::Failed
                                                                                                        : Mark::Warning),
@@ -169,7 +171,7 @@ private:
         outcome_.libraryError = message.error;
         if (message.state == LoadState::Failed)
             report_.Add({libraryMark_, "load", "host's library", Narrow(ProductModuleName), "not-loaded", "",
-                         "cannot be loaded, and the plugin may need it: " + ErrorWords(message.error)});
+                         "cannot be loaded, and the plugin may need it: " + ErrorText(message.error)});
     }
 
     void TakeStep(const LoadFinding& finding)
@@ -184,13 +186,13 @@ private:
             if (!outcome_.failure)
                 outcome_.failure = finding;
             Fail(LoadStepName(finding.step),
-                 LoadStepWords(finding.step) +
-                     (finding.error == ERROR_SUCCESS ? std::string() : ", " + ErrorWords(finding.error)));
+                 LoadStepText(finding.step) +
+                     (finding.error == ERROR_SUCCESS ? std::string() : ", " + ErrorText(finding.error)));
             return;
         }
         if (outcome_.begun == finding.step)
             outcome_.begun.reset();
-        report_.Add({Mark::Ok, "load", LoadStepName(finding.step), LoadStepWords(finding.step), "done", "", ""});
+        report_.Add({Mark::Ok, "load", LoadStepName(finding.step), LoadStepText(finding.step), "done", "", ""});
     }
 
     void TakeObject(PluginObject object, bool present)
@@ -200,17 +202,17 @@ private:
             outcome_.clientModule = present;
             report_.Begin(StepId::Interfaces);
         }
-        Finding line = {Mark::Ok, "interface", PluginObjectWords(object), "", "present", "", "present"};
+        Finding line = {Mark::Ok, "interface", PluginObjectText(object), "", "present", "", "present"};
         if (!present)
         {
             line.result = "null";
             line.mark = object == PluginObject::ClientModule ? Mark::Failed : Mark::Warning;
-            line.note = NullWords(object);
+            line.note = NullNote(object);
         }
         report_.Add(std::move(line));
     }
 
-    static std::string NullWords(PluginObject object)
+    static std::string NullNote(PluginObject object)
     {
         switch (object)
         {
@@ -241,10 +243,11 @@ private:
 
 std::string Limits()
 {
-    return std::to_string(PipeReader::MostLines) + " messages or " + std::to_string(PipeReader::MostBytes) + " bytes";
+    return std::to_string(LineSplitter::MostLines) + " messages or " + std::to_string(LineSplitter::MostBytes) +
+           " bytes";
 }
 
-/// What a load came to that did not say so itself.
+/// Adds the end of a load whose process did not report the end itself.
 void AddEnd(PipeReader::End end, Report& report, LoadOutcome& outcome)
 {
     Finding line = {Mark::Failed, "load", outcome.begun ? LoadStepName(*outcome.begun) : "load", "", "", "", ""};
@@ -255,7 +258,7 @@ void AddEnd(PipeReader::End end, Report& report, LoadOutcome& outcome)
     case PipeReader::End::ProcessEnded:
         outcome.end = LoadOutcome::End::Ended;
         line.result = "ended";
-        line.note = "the process ended: " + ErrorWords(outcome.processExitCode);
+        line.note = "the process ended: " + ErrorText(outcome.processExitCode);
         break;
     case PipeReader::End::TimedOut:
         outcome.end = LoadOutcome::End::Hung;
@@ -278,13 +281,13 @@ LoadOutcome LoadInOwnProcess(const LoadRequest& request, Report& report)
     Pipe pipe = MakePipe();
     const Handle job = MakeJob();
     const Handle process = StartProcess(request, pipe, job.get());
-    pipe.writeEnd.reset(); // Or the pipe would never end by itself.
+    pipe.writeEnd.reset(); // Otherwise the pipe would stay open after the new process ends.
 
     LoadListener listener(request, report, outcome);
     PipeReader reader(pipe.readEnd.get(), [&listener](const std::string& line) { listener.Take(line); });
     const PipeReader::End end =
         reader.ReadUntilEnd(process.get(), std::uint64_t{request.timeoutSeconds} * millisecondsPerSecond);
-    TerminateJobObject(job.get(), 1); // Also what the plugin started.
+    TerminateJobObject(job.get(), 1); // Also ends the processes that the plugin started.
 
     if (listener.Ended())
         return outcome;
@@ -297,7 +300,7 @@ LoadOutcome LoadInOwnProcess(const LoadRequest& request, Report& report)
 
 } // namespace
 
-void TryLoad(const LoadRequest& request, Report& report, StartFacts& facts)
+void TryLoad(const LoadRequest& request, Report& report, StartUpFacts& facts)
 {
     report.Begin(StepId::Load);
     for (const std::string& library : FindLibrariesOfTool(facts.modulePath, request.host))

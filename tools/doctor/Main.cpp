@@ -1,21 +1,17 @@
-// Tells why sign-in starts on this machine, or why not.
+// The program: runs a command and prints its report. README.md says which file answers which question.
 
 #include <exception>
 #include <stdexcept>
 #include <vector>
 #include <windows.h>
 
-#include <shellapi.h>
-
 #include "BuildData.h"
 #include "Commands.h"
 #include "Console.h"
-#include "FullPath.h"
-#include "JsonReport.h"
-#include "LoadChild.h"
-#include "Options.h"
-#include "TextReport.h"
-#include "Words.h"
+#include "FileAccess.h"
+#include "LoadProcess.h"
+#include "ReportForms.h"
+#include "Texts.h"
 #include "base/Log.h"
 #include "base/Paths.h"
 #include "base/Platform.h"
@@ -26,17 +22,6 @@ namespace Orlindex::Doctor {
 namespace {
 
 using namespace Kestrany::IdentityServices;
-
-std::vector<std::wstring> CommandLineArguments()
-{
-    int count = 0;
-    wchar_t** const texts = CommandLineToArgvW(GetCommandLineW(), &count);
-    std::vector<std::wstring> arguments;
-    for (int index = 1; texts && index < count; ++index)
-        arguments.emplace_back(texts[index]);
-    LocalFree(texts);
-    return arguments;
-}
 
 std::string Version()
 {
@@ -65,13 +50,12 @@ std::wstring HostFolder(const Options& options)
     return host;
 }
 
-/// Where no folder holds a client config file, a start takes one from the current directory. That is the host's folder
-/// here, as in most hosts, and not the one that the tool happens to be called from.
+/// If no searched folder holds a client config file, a start-up reads one from the current directory. Most hosts run in
+/// their own folder, so the tool does the same, whatever folder it is called from.
 void EnterHostFolder(const std::wstring& host)
 {
     if (!SetCurrentDirectoryW(host.c_str()))
-        throw std::runtime_error("cannot enter the host's folder '" + Narrow(host) +
-                                 "': " + ErrorWords(GetLastError()));
+        throw std::runtime_error("cannot enter the host's folder '" + Narrow(host) + "': " + ErrorText(GetLastError()));
 }
 
 bool UsesColor(const Options& options, Console& console)
@@ -93,21 +77,21 @@ ExitCode RunReport(Options options, Console& console)
     const std::wstring module = check ? AbsolutePath(options.module) : std::wstring();
     if (!options.compatibility.empty())
         options.compatibility = AbsolutePath(options.compatibility);
-    EnterHostFolder(host); // No relative path is left.
+    EnterHostFolder(host); // All paths are absolute by now.
     const Subject subject = {check ? "check" : "start", Narrow(host), Narrow(module), options.load};
 
-    SetPluginLogger([](const std::wstring&, LogLevel) {}); // What the library's steps log, the report says.
+    SetPluginLogger([](const std::wstring&, LogLevel) {}); // The report says what the library's steps log.
     TextReport text(console, !options.json && UsesColor(options, console));
     if (!options.json)
         text.WriteTitle(Version(), Question(subject));
     Report report(options.json ? nullptr : &text);
-    const Verdict verdict =
-        Presentable(check ? RunCheck(options, host, module, report) : RunStart(options, host, report));
+    const Diagnosis diagnosis =
+        Presentable(check ? RunCheck(options, host, module, report) : RunStartUp(options, host, report));
     if (options.json)
-        console.Write(JsonReport(subject, report, verdict));
+        console.Write(JsonReport(subject, report, diagnosis));
     else
-        text.WriteVerdict(verdict);
-    return verdict.code;
+        text.WriteDiagnosis(diagnosis);
+    return diagnosis.code;
 }
 
 ExitCode Run(const std::vector<std::wstring>& arguments)
@@ -144,7 +128,7 @@ int main()
 {
     using namespace Orlindex::Doctor;
 
-    const std::vector<std::wstring> arguments = CommandLineArguments();
+    const std::vector<std::wstring> arguments = ProcessArguments();
     if (!arguments.empty() && arguments.front() == LoadChildCommand)
         return RunLoadChild({arguments.begin() + 1, arguments.end()});
     return static_cast<int>(Run(arguments));

@@ -6,10 +6,10 @@
 #include <string_view>
 #include <windows.h>
 
-#include "MappedFile.h"
+#include "FileAccess.h"
 #include "PeFile.h"
+#include "Texts.h"
 #include "VersionRecord.h"
-#include "Words.h"
 #include "base/Paths.h"
 #include "base/Platform.h"
 #include "base/Text.h"
@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::size_t mostLibraries = 1000;
 
-std::string MachineWords(const PeFile& module)
+std::string MachineText(const PeFile& module)
 {
     switch (module.Machine())
     {
@@ -36,7 +36,7 @@ std::string MachineWords(const PeFile& module)
     }
 }
 
-/// One whose header contradicts itself is for no machine.
+/// Other if the header contradicts itself.
 Machine MachineOf(const PeFile& module)
 {
     if (module.Machine() == PeFile::MachineX64 && module.Is64Bit())
@@ -50,12 +50,12 @@ void AddFormat(const PeFile& module, Report& report, ModuleFacts& facts)
 {
     facts.dll = module.IsDll();
     facts.machine = MachineOf(module);
-    const std::string kind = MachineWords(module) + (module.IsDll() ? " DLL" : " program");
+    const std::string kind = MachineText(module) + (module.IsDll() ? " DLL" : " program");
     if (facts.dll && facts.machine == facts.wanted)
         report.Add({Mark::Ok, "module", "format", kind, facts.machine == Machine::X64 ? "x64-dll" : "x86-dll", "", ""});
     else
         report.Add({Mark::Failed, "module", "format", kind, facts.dll ? "other-machine" : "no-dll", "",
-                    std::string("a ") + BitsWords(facts.wanted) + " host cannot load it"});
+                    std::string("a ") + BitsText(facts.wanted) + " host cannot load it"});
 }
 
 void AddFactorySymbol(const PeFile& module, Report& report, ModuleFacts& facts)
@@ -87,27 +87,27 @@ void AddVersionRecord(const PeFile& module, Report& report)
     report.Add({Mark::Info, "version", "version record", record->fileVersion, "read", "", note});
 }
 
-bool LiesBeside(const std::wstring& library, const std::wstring& modulePath, const std::wstring& hostDirectory)
+bool IsBeside(const std::wstring& library, const std::wstring& modulePath, const std::wstring& hostDirectory)
 {
     return PathExists(JoinPath(ParentPath(modulePath), library)) || PathExists(JoinPath(hostDirectory, library));
 }
 
-/// Such a name stands for a set of functions. The system resolves it itself, in any letter case.
+/// Whether the name is that of an API set, which the system resolves itself, in any letter case.
 bool IsApiSet(const std::wstring& library)
 {
     return boost::algorithm::istarts_with(library, L"api-ms-", std::locale::classic()) ||
            boost::algorithm::istarts_with(library, L"ext-ms-", std::locale::classic());
 }
 
-/// Whether the system itself brings a library, or finds it by the path.
-bool IsSystems(const std::wstring& library)
+/// Whether a library is part of the system, or in a folder that the system searches.
+bool IsSystemLibrary(const std::wstring& library)
 {
     wchar_t found[MAX_PATH] = {};
     return IsApiSet(library) || GetModuleHandleW(library.c_str()) != nullptr ||
            SearchPathW(nullptr, library.c_str(), nullptr, MAX_PATH, found, nullptr) != 0;
 }
 
-/// The libraries that a module names and that `matches`.
+/// The libraries that a module imports and that `matches` accepts.
 template <class Condition>
 std::vector<std::string> FindLibraries(const std::wstring& path, const Condition& matches)
 {
@@ -120,7 +120,7 @@ std::vector<std::string> FindLibraries(const std::wstring& path, const Condition
     {
         const std::wstring library = Widen(name);
         if (matches(library))
-            libraries.push_back(Narrow(library)); // Whatever the file holds, it is UTF-8 now.
+            libraries.push_back(Narrow(library)); // Valid UTF-8, whatever bytes the file contains.
     }
     return libraries;
 }
@@ -128,10 +128,10 @@ std::vector<std::string> FindLibraries(const std::wstring& path, const Condition
 void AddUnreadable(const std::string& name, const std::wstring& path, Report& report, const ModuleFacts& facts)
 {
     report.Add(
-        {Mark::Failed, "file", name, Narrow(path), "unreadable", "", "cannot be read: " + ErrorWords(facts.readError)});
+        {Mark::Failed, "file", name, Narrow(path), "unreadable", "", "cannot be read: " + ErrorText(facts.readError)});
 }
 
-/// Takes a file's reading and format down.
+/// Parses the file, and reports its format.
 std::optional<PeFile> ReadFormat(const MappedFile& file, Report& report, ModuleFacts& facts)
 {
     const std::optional<PeFile> module = PeFile::Read(file.Bytes());
@@ -185,7 +185,7 @@ void InspectLibraryFile(const std::wstring& path, Report& report, ModuleFacts& f
 std::vector<std::string> FindMissingLibraries(const std::wstring& path, const std::wstring& hostDirectory)
 {
     return FindLibraries(path, [&](const std::wstring& library) {
-        return !LiesBeside(library, path, hostDirectory) && !IsSystems(library);
+        return !IsBeside(library, path, hostDirectory) && !IsSystemLibrary(library);
     });
 }
 
@@ -193,7 +193,7 @@ std::vector<std::string> FindLibrariesOfTool(const std::wstring& path, const std
 {
     const std::wstring toolDirectory = GetExeDirPath();
     return FindLibraries(path, [&](const std::wstring& library) {
-        return !LiesBeside(library, path, hostDirectory) && PathExists(JoinPath(toolDirectory, library));
+        return !IsBeside(library, path, hostDirectory) && PathExists(JoinPath(toolDirectory, library));
     });
 }
 

@@ -22,11 +22,11 @@ constexpr std::uint32_t neutralLanguage = 0;
 constexpr std::uint32_t usEnglish = 0x409;
 constexpr std::uint32_t leadsToTable = 0x80000000;
 
-constexpr std::size_t mostSections = 96;   ///< That the system's loader accepts.
+constexpr std::size_t mostSections = 96;   ///< The system's loader accepts no more.
 constexpr std::uint32_t mostNames = 65536; ///< A module numbers its exports with 16 bits.
 constexpr std::size_t longestText = 4096;
-constexpr std::uint16_t mostResources =
-    4096; ///< Of one table. The types that the system defines are few and come first.
+/// Entries of one resource table that are read. The types that the system defines are few and come first.
+constexpr std::uint16_t mostResources = 4096;
 
 } // namespace
 
@@ -176,7 +176,7 @@ void PeFile::VisitExports(const Visit& visit) const
     {
         const auto address = U32At(*names + index * 4);
         if (!address)
-            return; // Outside of the file, and so would be the rest.
+            return; // The rest would be outside of the file, too.
         const auto name = TextAt(*address);
         if (name && !visit(*name))
             return;
@@ -229,7 +229,7 @@ void PeFile::VisitResources(std::uint64_t table, const Visit& visit) const
     const auto numbered = U16At(table + 14);
     if (!named || !numbered)
         return;
-    const std::uint64_t first = table + 16 + std::uint64_t{*named} * 8; // Entries with names stand in front.
+    const std::uint64_t first = table + 16 + std::uint64_t{*named} * 8; // Entries with names come first.
     for (std::uint64_t index = 0; index < std::min(*numbered, mostResources); ++index)
     {
         const auto identifier = U32At(first + index * 8);
@@ -243,7 +243,7 @@ std::optional<std::uint32_t> PeFile::FindResource(std::uint64_t table, std::init
                                                   bool any) const
 {
     std::optional<std::uint32_t> found;
-    std::size_t rank = identifiers.size() + (any ? 1 : 0); // Of the one found; lower ones are better.
+    std::size_t rank = identifiers.size() + (any ? 1 : 0); // Of the entry found; a lower rank is better.
     VisitResources(table, [&](std::uint32_t identifier, std::uint32_t offset) {
         const auto own = static_cast<std::size_t>(std::find(identifiers.begin(), identifiers.end(), identifier) -
                                                   identifiers.begin());
@@ -262,7 +262,7 @@ std::optional<std::string_view> PeFile::VersionResourceBytes() const
     const Directory directory = DirectoryAt(resourceDirectory);
     if (directory.size == 0)
         return std::nullopt;
-    // Three levels, and no more, whatever the file says: type, name, language. Offsets count from the first table.
+    // Exactly three levels, whatever the file says: type, name, language. Offsets count from the first table.
     const std::uint64_t root = directory.address;
     const auto type = FindResource(root, {versionType}, false);
     if (!type || (*type & leadsToTable) == 0)

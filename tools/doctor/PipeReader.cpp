@@ -4,14 +4,17 @@
 #include <stdexcept>
 #include <utility>
 
-#include "Words.h"
+#include "Texts.h"
 
 namespace Orlindex::Doctor {
+
+using namespace Ids;
+
 namespace {
 
 constexpr DWORD bufferSize = 64 * 1024;
 
-/// Milliseconds that the system may take to cancel a read. It does so at once; nothing here waits without a limit.
+/// Milliseconds to wait for a cancelled read. The system cancels at once, but no wait may be without a time-out.
 constexpr DWORD cancelLimit = 10'000;
 
 std::wstring PipeName()
@@ -24,7 +27,7 @@ std::wstring PipeName()
 
 [[noreturn]] void ThrowNoPipe()
 {
-    throw std::runtime_error("cannot make a pipe: " + ErrorWords(GetLastError()));
+    throw std::runtime_error("cannot make a pipe: " + ErrorText(GetLastError()));
 }
 
 DWORD MillisecondsLeft(std::uint64_t start, std::uint64_t limit)
@@ -36,7 +39,7 @@ DWORD MillisecondsLeft(std::uint64_t start, std::uint64_t limit)
 
 } // namespace
 
-/// The system writes here until the read has ended.
+/// A pending read. The system writes to the object until the read has ended.
 struct PipeReader::Operation
 {
     Operation() : ended(CreateEventW(nullptr, TRUE, FALSE, nullptr))
@@ -52,25 +55,26 @@ struct PipeReader::Operation
     char buffer[4096] = {};
 };
 
-/// The pipes of CreatePipe cannot be read with a limit of time: a read there ends with the last write handle alone.
+/// CreatePipe makes pipes without overlapped reads: a read there has no time-out and ends only when the last write
+/// handle is closed.
 Pipe MakePipe()
 {
     const std::wstring name = PipeName();
-    Handle readEnd(CreateNamedPipeW(name.c_str(),
-                                    PIPE_ACCESS_INBOUND | FILE_FLAG_OVERLAPPED | FILE_FLAG_FIRST_PIPE_INSTANCE,
-                                    PIPE_TYPE_BYTE | PIPE_REJECT_REMOTE_CLIENTS, 1, 0, bufferSize, 0, nullptr));
-    if (readEnd.get() == INVALID_HANDLE_VALUE)
+    Handle readEnd = OwnFile(
+        CreateNamedPipeW(name.c_str(), PIPE_ACCESS_INBOUND | FILE_FLAG_OVERLAPPED | FILE_FLAG_FIRST_PIPE_INSTANCE,
+                         PIPE_TYPE_BYTE | PIPE_REJECT_REMOTE_CLIENTS, 1, 0, bufferSize, 0, nullptr));
+    if (!readEnd)
         ThrowNoPipe();
     SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
-    // From here on nobody else can: the pipe has one instance.
-    Handle writeEnd(CreateFileW(name.c_str(), GENERIC_WRITE, 0, &inheritable, OPEN_EXISTING, 0, nullptr));
-    if (writeEnd.get() == INVALID_HANDLE_VALUE)
+    // The pipe has one instance, so nobody else can connect after this.
+    Handle writeEnd = OwnFile(CreateFileW(name.c_str(), GENERIC_WRITE, 0, &inheritable, OPEN_EXISTING, 0, nullptr));
+    if (!writeEnd)
         ThrowNoPipe();
     return {std::move(readEnd), std::move(writeEnd)};
 }
 
 PipeReader::PipeReader(HANDLE readEnd, Taker take)
-    : readEnd_(readEnd), take_(std::move(take)), operation_(std::make_unique<Operation>())
+    : readEnd_(readEnd), lines_(std::move(take)), operation_(std::make_unique<Operation>())
 {
     StartReading();
 }
@@ -112,7 +116,7 @@ void PipeReader::StartReading()
     ResetEvent(operation_->ended.get());
     if (!ReadFile(readEnd_, operation_->buffer, sizeof operation_->buffer, nullptr, &operation_->overlapped) &&
         GetLastError() != ERROR_IO_PENDING)
-        operation_.reset(); // Nobody writes any more.
+        operation_.reset(); // The last write handle is closed.
 }
 
 bool PipeReader::TakeRead()
@@ -123,13 +127,13 @@ bool PipeReader::TakeRead()
         operation_.reset();
         return true;
     }
-    if (!Take(operation_->buffer, size))
+    if (!lines_.Take(operation_->buffer, size))
         return false;
     StartReading();
     return true;
 }
 
-/// What lies in the pipe ends a read at once. One that has to be cancelled finds it empty, and nothing more is read.
+/// A read completes at once if the pipe contains bytes. If it is cancelled, the pipe is empty, and reading stops.
 bool PipeReader::TakeRest()
 {
     while (operation_)
@@ -139,28 +143,6 @@ bool PipeReader::TakeRest()
             return true;
         if (!TakeRead())
             return false;
-    }
-    return true;
-}
-
-bool PipeReader::Take(const char* bytes, std::size_t count)
-{
-    for (std::size_t index = 0; index < count; ++index)
-    {
-        if (bytes_ == MostBytes)
-            return false;
-        ++bytes_;
-        if (bytes[index] != '\n')
-        {
-            if (line_.size() < LongestLine)
-                line_ += bytes[index];
-            continue;
-        }
-        if (lines_ == MostLines)
-            return false;
-        ++lines_;
-        take_(line_);
-        line_.clear();
     }
     return true;
 }

@@ -1,44 +1,38 @@
 #ifndef ORLINDEX_DOCTOR_PIPEREADER_H
 #define ORLINDEX_DOCTOR_PIPEREADER_H
 
-#include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
-#include <string>
 #include <windows.h>
 
-#include "Handle.h"
+#include "MessageLines.h"
+#include "base/Handles.h"
 
 namespace Orlindex::Doctor {
 
+/// A pipe from a child process to this one.
 struct Pipe
 {
-    Handle readEnd;  ///< For PipeReader.
-    Handle writeEnd; ///< Inheritable, for a child process.
+    Kestrany::IdentityServices::Handle readEnd;  ///< For PipeReader.
+    Kestrany::IdentityServices::Handle writeEnd; ///< Inheritable, for a child process.
 };
 
-/// Throws std::runtime_error if the system refuses it.
+/// Throws std::runtime_error if the platform refuses.
 Pipe MakePipe();
 
-/// Reads the lines that a process writes to a pipe. Whatever that process does, no wait is without a limit and nothing
-/// is kept but one line: a plugin may write what it likes, and it may give the pipe's write end to a process that
-/// stays, so that the pipe never ends.
+/// Reads the lines that a process writes to a pipe. Every wait has a time-out, and no more than one line is kept: a
+/// plugin may write anything, and it may give the pipe's write end to a process that stays, so that the pipe never
+/// ends.
 class PipeReader
 {
 public:
-    using Taker = std::function<void(const std::string& line)>;
-
-    /// What is taken at most. A longer line is cut; after so many lines or bytes nothing is read any more.
-    static constexpr std::size_t LongestLine = 64 * 1024;
-    static constexpr std::size_t MostLines = 1000;
-    static constexpr std::size_t MostBytes = 1024 * 1024;
+    using Taker = LineSplitter::Taker;
 
     enum class End
     {
-        ProcessEnded, ///< All that it had written before was taken.
+        ProcessEnded, ///< All that it had written was read.
         TimedOut,
-        TooMuch ///< More lines or bytes came than are taken.
+        TooMuch ///< More lines or bytes came than LineSplitter takes.
     };
 
     /// `take` is called for each line, by ReadUntilEnd. The pipe's read end must outlive the reader.
@@ -47,7 +41,7 @@ public:
     PipeReader& operator=(const PipeReader&) = delete;
     ~PipeReader();
 
-    /// Reads until the process has ended, though others may still have the pipe's write end, or the time is over.
+    /// Reads until the process has ended, even if others still have the pipe's write end, or the time-out has passed.
     /// Throws what `take` throws.
     End ReadUntilEnd(HANDLE process, std::uint64_t milliseconds);
 
@@ -55,18 +49,14 @@ private:
     struct Operation;
 
     void StartReading();
-    /// Takes what was read. False if the limits are reached.
+    /// Takes the bytes of the read that completed. False if the limits are reached.
     bool TakeRead();
-    /// Takes what the pipe holds by now. False if the limits are reached.
+    /// Takes the bytes that are still in the pipe. False if the limits are reached.
     bool TakeRest();
-    bool Take(const char* bytes, std::size_t count);
 
     const HANDLE readEnd_;
-    const Taker take_;
-    std::unique_ptr<Operation> operation_; ///< The read on its way. Null once the pipe has ended.
-    std::string line_;
-    std::size_t lines_ = 0;
-    std::size_t bytes_ = 0;
+    LineSplitter lines_;
+    std::unique_ptr<Operation> operation_; ///< The pending read. Null once the pipe has ended.
 };
 
 } // namespace Orlindex::Doctor

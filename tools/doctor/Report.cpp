@@ -8,7 +8,7 @@
 namespace Orlindex::Doctor {
 namespace {
 
-constexpr std::size_t longestText = 16 * 1024; ///< Bytes of one text that are shown: a file may hold one of millions.
+constexpr std::size_t longestText = 16 * 1024; ///< Bytes. A hostile file may contain a text of millions.
 
 std::string Shortened(const std::string& text)
 {
@@ -16,7 +16,7 @@ std::string Shortened(const std::string& text)
         return text;
     std::size_t end = longestText;
     const auto continues = [&] { return (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80; };
-    for (int back = 0; back < 3 && continues(); ++back) // A character has at most three bytes behind its first.
+    for (int back = 0; back < 3 && continues(); ++back) // A character has at most three bytes after its first.
         --end;
     return text.substr(0, end) + "... and " + std::to_string(text.size() - end) + " more bytes";
 }
@@ -25,10 +25,10 @@ std::string Shortened(const std::string& text)
 
 Mark Step::Outcome() const
 {
-    Mark gravest = Mark::Ok;
+    Mark worst = Mark::Ok;
     for (const Finding& finding : findings)
-        gravest = std::max(gravest, finding.mark);
-    return gravest == Mark::Info ? Mark::Ok : gravest;
+        worst = std::max(worst, finding.mark);
+    return worst == Mark::Info ? Mark::Ok : worst;
 }
 
 const char* StepName(StepId id)
@@ -121,9 +121,9 @@ std::string Presentable(const std::string& text)
     return Kestrany::IdentityServices::Narrow(Kestrany::IdentityServices::Widen(Shortened(text)));
 }
 
-Verdict Presentable(const Verdict& verdict)
+Diagnosis Presentable(const Diagnosis& diagnosis)
 {
-    return {verdict.code, verdict.step, Presentable(verdict.cause), Presentable(verdict.remedy)};
+    return {diagnosis.code, diagnosis.step, Presentable(diagnosis.cause), Presentable(diagnosis.remedy)};
 }
 
 void Report::Add(Finding finding)

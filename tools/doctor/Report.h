@@ -15,12 +15,12 @@ namespace Orlindex::Doctor {
 enum class Mark
 {
     Ok,
-    Info, ///< Neither good nor bad: a value, a directory that was not needed.
+    Info, ///< Neither good nor bad, such as a directory that does not contain the file.
     Warning,
     Failed
 };
 
-/// The steps of a start, in their order.
+/// The steps of a start-up, in their order.
 enum class StepId
 {
     Account,
@@ -36,17 +36,17 @@ enum class StepId
     Interfaces
 };
 
-/// One thing that a step saw.
+/// One thing that a step found.
 struct Finding
 {
     Mark mark;
-    std::string kind;   ///< What it is about: "file", "directory", "setting", "registry", "entry", ...
-    std::string name;   ///< Of the thing.
-    std::string value;  ///< What it is.
-    std::string result; ///< A word of a fixed set, depending on the kind.
+    std::string kind;   ///< "file", "directory", "setting", "registry", "entry", ...
+    std::string name;   ///< The name of the thing.
+    std::string value;  ///< The value of the thing.
+    std::string result; ///< For programs: a word of a fixed set, which depends on the kind.
     std::string source; ///< Where the value comes from: file and key, registry key and view, default, ...
-    std::string note;   ///< In words.
-    /// Where a finding stands for many that are not shown: how many there are, those that are shown included.
+    std::string note;   ///< For people.
+    /// If the finding counts others that are not shown: the number of all, including those that are shown.
     std::optional<std::size_t> total = {};
 };
 
@@ -55,28 +55,28 @@ struct Step
     StepId id;
     std::vector<Finding> findings;
 
-    /// The gravest of its findings.
+    /// The worst mark of its findings; Info counts as Ok.
     Mark Outcome() const;
 };
 
-struct Verdict
+/// The result of the tool.
+struct Diagnosis
 {
     ExitCode code;
-    std::optional<StepId> step; ///< That fails. Nothing where none does.
+    std::optional<StepId> step; ///< The step that fails; nullopt if none does.
     std::string cause;
-    std::string remedy;
+    std::string remedy; ///< Empty if no step fails.
 };
 
 const char* StepName(StepId id);  ///< As in the JSON report.
 const char* StepTitle(StepId id); ///< For people.
 const char* MarkName(Mark mark);
 
-/// The texts of files are not what they should be at times: what is no UTF-8 in one becomes U+FFFD, and one that is
-/// longer than 16 KiB is cut.
+/// Makes a text from a file presentable: what is not UTF-8 becomes U+FFFD, and a text of more than 16 KiB is cut.
 std::string Presentable(const std::string& text);
-Verdict Presentable(const Verdict& verdict);
+Diagnosis Presentable(const Diagnosis& diagnosis);
 
-/// Is told of each step and finding as it comes.
+/// Is notified of each step and finding as it comes.
 class ReportListener
 {
 public:
@@ -93,9 +93,9 @@ class Report
 public:
     explicit Report(ReportListener* listener) : listener_(listener) {}
 
-    /// Findings belong to this step from now on.
+    /// Begins a step; the findings that follow belong to it.
     void Begin(StepId id);
-    /// Its texts become presentable.
+    /// Adds a finding to the current step, with its texts made presentable.
     void Add(Finding finding);
 
     const std::vector<Step>& Steps() const { return steps_; }

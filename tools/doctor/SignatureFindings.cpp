@@ -1,7 +1,9 @@
+// Findings about a signature: its signers, their certificates, the root, and other faults of the chain.
+
 #include <cstdio>
 
-#include "StartRecorder.h"
-#include "Words.h"
+#include "StartUpRecorder.h"
+#include "Texts.h"
 #include "base/Text.h"
 
 namespace Orlindex::Doctor {
@@ -26,8 +28,8 @@ RootTrust TrustOf(const CertificateInfo& root, const SignatureFacts& signature)
 
 std::string CertificateNote(const CertificateInfo& certificate)
 {
-    return "valid from " + TimeWords(certificate.notBefore) + " to " + TimeWords(certificate.notAfter) +
-           (certificate.digest ? ", SHA-256 " + DigestWords(*certificate.digest) : std::string());
+    return "valid from " + TimeText(certificate.notBefore) + " to " + TimeText(certificate.notAfter) +
+           (certificate.digest ? ", SHA-256 " + DigestText(*certificate.digest) : std::string());
 }
 
 void AddRoot(Report& report, const CertificateInfo& root, const SignatureFacts& signature)
@@ -57,7 +59,7 @@ struct ChainFault
 {
     DWORD bit;
     const char* name;
-    const char* words;
+    const char* text;
 };
 
 constexpr ChainFault chainFaults[] = {
@@ -101,19 +103,19 @@ constexpr ChainFault chainFaults[] = {
      "a certificate has a critical extension that the system does not support"},
 };
 
-/// What the system reports about a chain beside its root. The library does not ask for it: its answer is that of the
-/// whole verification, and below the pinned root the signer's name alone decides.
+/// Adds the faults that the system reports about a chain, except for an untrusted root. The library does not check
+/// them: it uses the result of the whole verification, and below the pinned root only the signer's name counts.
 void AddChainFaults(Report& report, const SignerInfo& signer, const SignatureFacts& signature)
 {
-    const char* const loaded = LoadingAllowed(signature.result) ? "; the library does not check this" : "";
-    const auto add = [&](const std::string& name, const std::string& words) {
-        report.Add({Mark::Warning, "certificate", "chain", name, "chain-fault", "", words + loaded});
+    const char* const unchecked = LoadingAllowed(signature.result) ? "; the library does not check this" : "";
+    const auto add = [&](const std::string& name, const std::string& text) {
+        report.Add({Mark::Warning, "certificate", "chain", name, "chain-fault", "", text + unchecked});
     };
     DWORD rest = signer.otherChainFaults;
     for (const ChainFault& fault : chainFaults)
     {
         if ((signer.otherChainFaults & fault.bit) != 0)
-            add(fault.name, fault.words);
+            add(fault.name, fault.text);
         rest &= ~fault.bit;
     }
     if (rest != 0)
@@ -146,7 +148,7 @@ void AddSignature(Report& report, const SignatureFacts& signature)
         AddSigner(report, signer, signature);
     if (signature.platformResult)
         report.Add(
-            {Mark::Info, "signature", "system's answer", TrustAnswerWords(*signature.platformResult), "", "", ""});
+            {Mark::Info, "signature", "system's answer", VerifyResultText(*signature.platformResult), "", "", ""});
     const bool allowed = LoadingAllowed(signature.result);
     report.Add({allowed ? Mark::Ok : Mark::Failed, "signature", "signature", allowed ? "valid" : "not valid",
                 TrustResultName(signature.result), "",

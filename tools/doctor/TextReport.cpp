@@ -1,4 +1,4 @@
-#include "TextReport.h"
+#include "ReportForms.h"
 
 #include <algorithm>
 
@@ -46,8 +46,8 @@ const char* ColorOf(Mark mark)
     return "";
 }
 
-/// What is shown may come from a hostile file: no character of it may steer the console. A zero, at which a path ends
-/// for the system, is shown as JSON has it.
+/// A text may come from a hostile file, so its control characters must not reach the console: they become spaces. A
+/// zero character, at which the system ends a path, is shown as \u0000, as in JSON.
 std::string Shown(const std::string& text)
 {
     std::string shown;
@@ -95,16 +95,16 @@ void TextReport::OnFinding(const Finding& finding)
     console_.Write(line + '\n');
 }
 
-void TextReport::WriteVerdict(const Verdict& verdict) const
+void TextReport::WriteDiagnosis(const Diagnosis& diagnosis) const
 {
-    const bool good = verdict.code == ExitCode::Starts;
+    const bool starts = diagnosis.code == ExitCode::Starts;
     std::string text =
-        "\n" + Marked(good ? Mark::Ok : Mark::Failed, good ? "Result: " : "Cause:  ") + Shown(verdict.cause);
-    if (!verdict.remedy.empty())
-        text += "\nRemedy: " + Shown(verdict.remedy);
-    if (verdict.step)
-        text += std::string("\nStep:   ") + StepName(*verdict.step) + ", exit code " +
-                std::to_string(static_cast<int>(verdict.code));
+        "\n" + Marked(starts ? Mark::Ok : Mark::Failed, starts ? "Result: " : "Cause:  ") + Shown(diagnosis.cause);
+    if (!diagnosis.remedy.empty())
+        text += "\nRemedy: " + Shown(diagnosis.remedy);
+    if (diagnosis.step)
+        text += std::string("\nStep:   ") + StepName(*diagnosis.step) + ", exit code " +
+                std::to_string(static_cast<int>(diagnosis.code));
     console_.Write(text + '\n');
 }
 

@@ -1,6 +1,6 @@
 #include "VersionRecord.h"
 
-#include "MappedFile.h"
+#include "FileAccess.h"
 #include "VersionResource.h"
 #include "base/Text.h"
 

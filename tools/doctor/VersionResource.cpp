@@ -9,11 +9,11 @@ namespace {
 // The format: https://learn.microsoft.com/windows/win32/menurc/vs-versioninfo
 constexpr std::size_t headerSize = 6; ///< Length of the block, length of its value, type of its value.
 constexpr std::size_t unitSize = 2;
-constexpr std::uint16_t textType = 1; ///< The value's length counts units; elsewhere it counts bytes.
+constexpr std::uint16_t textType = 1; ///< The value's length counts UTF-16 units; for other types it counts bytes.
 constexpr std::size_t numbersSize = 52;
 constexpr std::size_t translationSize = 4;
 
-/// Values and blocks begin at multiples of four bytes from the beginning of the resource.
+/// Values and blocks begin at multiples of four bytes from the start of the resource.
 std::size_t Aligned(std::size_t offset)
 {
     return (offset + 3) & ~std::size_t{3};
@@ -54,7 +54,7 @@ std::optional<VersionResource::Block> VersionResource::BlockAt(std::size_t offse
         return std::nullopt;
     const std::size_t length = U16(offset);
     if (length < headerSize + unitSize)
-        return std::nullopt; // Also 0, at which a walk over the blocks would not get on.
+        return std::nullopt; // With a length of 0, a walk over the blocks would not end.
     Block block = {};
     block.end = offset + std::min(length, end - offset);
     block.key = offset + headerSize;
@@ -62,7 +62,7 @@ std::optional<VersionResource::Block> VersionResource::BlockAt(std::size_t offse
     while (block.end - keyEnd >= unitSize && U16(keyEnd) != 0)
         keyEnd += unitSize;
     if (block.end - keyEnd < unitSize)
-        return std::nullopt; // The key does not end.
+        return std::nullopt; // The key has no terminating zero.
     block.value = std::min(Aligned(keyEnd + unitSize), block.end);
     const std::size_t claimed = std::size_t{U16(offset + 2)} * (U16(offset + 4) == textType ? unitSize : 1);
     block.valueSize = std::min(claimed, block.end - block.value);
@@ -75,7 +75,7 @@ bool VersionResource::HasKey(const Block& block, std::string_view key) const
     for (std::size_t index = 0; index < key.size(); ++index)
     {
         const char16_t unit = U16(block.key + index * unitSize);
-        // The zero at the end of a shorter key differs, too: nothing behind it is read.
+        // The terminating zero of a shorter key differs, too, so nothing after it is read.
         if (Lower(unit) != Lower(static_cast<unsigned char>(key[index])))
             return false;
     }
@@ -98,7 +98,7 @@ std::optional<VersionResource::Version> VersionResource::FileVersion() const
 {
     if (root_.valueSize < numbersSize)
         return std::nullopt;
-    const std::size_t high = root_.value + 8; // Behind the signature and the structure's own version.
+    const std::size_t high = root_.value + 8; // After the signature and the structure's own version.
     return Version{U16(high + 2), U16(high), U16(high + 6), U16(high + 4)};
 }
 

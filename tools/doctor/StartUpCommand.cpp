@@ -1,9 +1,8 @@
 #include "Commands.h"
 #include "HostLibrary.h"
-#include "LibraryDiagnosis.h"
 #include "LoadProcess.h"
 #include "ModuleFile.h"
-#include "StartRecorder.h"
+#include "StartUpRecorder.h"
 #include "base/Paths.h"
 #include "base/Platform.h"
 #include "base/Product.h"
@@ -30,18 +29,18 @@ bool CheckAccount(Report& report)
 
 } // namespace
 
-Verdict RunStart(const Options& options, const std::wstring& host, Report& report)
+Diagnosis RunStartUp(const Options& options, const std::wstring& host, Report& report)
 {
-    StartFacts facts;
+    StartUpFacts facts;
     facts.hostDirectory = host;
     facts.localSystem = CheckAccount(report);
     CheckHostLibrary(host, report, facts);
 
-    StartRecorder recorder(report, facts);
+    StartUpRecorder recorder(report, facts);
     SSOPathResolver manager(SplitVersion(ProductVersion), nullptr, {host, host, {}, {}, &recorder});
     facts.accepted = manager.CheckClientPlugin();
-    // A module that this tool accepts may be one that the host's library refuses, and what is refused is never loaded.
-    if (facts.accepted && options.load && AnswersForLibrary(facts))
+    // The host's library may refuse a module that this tool accepts, and a refused module must not be loaded.
+    if (facts.accepted && options.load && AppliesToLibrary(facts))
     {
         TryLoad({host, {}, options.timeoutSeconds}, report, facts);
         if (facts.load->libraryError != ERROR_SUCCESS && facts.library.exists)

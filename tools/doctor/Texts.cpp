@@ -1,4 +1,4 @@
-#include "Words.h"
+#include "Texts.h"
 
 #include <cstdio>
 #include <iterator>
@@ -13,14 +13,14 @@ using namespace Ids;
 
 namespace {
 
-struct TrustAnswer
+struct VerifyResult
 {
-    unsigned long answer;
+    unsigned long code;
     const char* name;
-    const char* words;
+    const char* text;
 };
 
-const TrustAnswer trustAnswers[] = {
+const VerifyResult verifyResults[] = {
     {0, "success", "the signature verifies and its root is trusted by the system"},
     {0x800B0100, "TRUST_E_NOSIGNATURE", "the file has no signature"},
     {0x80096010, "TRUST_E_BAD_DIGEST", "the file was changed after it was signed"},
@@ -73,26 +73,26 @@ std::string Joined(const std::vector<std::string>& texts)
     return joined;
 }
 
-std::string ErrorWords(unsigned long error)
+std::string ErrorText(unsigned long error)
 {
     std::string text = Narrow(GetSystemErrorText(error));
-    // The point, too: the words stand within a sentence.
+    // Remove the full stop, too: the text becomes part of a sentence.
     while (!text.empty() && (text.back() == '\r' || text.back() == '\n' || text.back() == ' ' || text.back() == '.'))
         text.pop_back();
     const std::string number = "error " + std::to_string(error);
     return text.empty() ? number : text + " (" + number + ')';
 }
 
-std::string TrustAnswerWords(long answer)
+std::string VerifyResultText(long result)
 {
-    const auto code = static_cast<unsigned long>(answer);
-    for (const TrustAnswer& row : trustAnswers)
-        if (row.answer == code)
-            return std::string(row.name) + ", " + row.words;
-    return Hex(code) + ", " + ErrorWords(code);
+    const auto code = static_cast<unsigned long>(result);
+    for (const VerifyResult& row : verifyResults)
+        if (row.code == code)
+            return std::string(row.name) + ", " + row.text;
+    return Hex(code) + ", " + ErrorText(code);
 }
 
-std::string FileWords(StartUpFile file)
+std::string FileTitle(StartUpFile file)
 {
     static const Named<StartUpFile> rows[] = {{StartUpFile::ClientConfig, "client config file"},
                                               {StartUpFile::ServerApplication, "server application"},
@@ -100,7 +100,7 @@ std::string FileWords(StartUpFile file)
     return NameIn(rows, file);
 }
 
-const char* OriginWords(DirectoryOrigin origin)
+const char* OriginText(DirectoryOrigin origin)
 {
     static const Named<DirectoryOrigin> rows[] = {
         {DirectoryOrigin::Library, "library's folder"}, {DirectoryOrigin::Host, "host's folder"},
@@ -119,7 +119,7 @@ const char* StateName(DirectoryState state)
     return NameIn(rows, state);
 }
 
-std::string StateWords(DirectoryState state, const std::string& fileName)
+std::string StateText(DirectoryState state, const std::string& fileName)
 {
     switch (state)
     {
@@ -149,7 +149,7 @@ const char* DefectName(EntryDefect defect)
     return NameIn(rows, defect);
 }
 
-const char* DefectWords(EntryDefect defect)
+const char* DefectText(EntryDefect defect)
 {
     static const Named<EntryDefect> rows[] = {
         {EntryDefect::ModuleBlank, "its key \"module\" is blank or missing"},
@@ -160,7 +160,7 @@ const char* DefectWords(EntryDefect defect)
     return NameIn(rows, defect);
 }
 
-const char* PathDefectWords(ModulePathDefect defect)
+const char* PathDefectText(ModulePathDefect defect)
 {
     static const Named<ModulePathDefect> rows[] = {{ModulePathDefect::Empty, "it is empty"},
                                                    {ModulePathDefect::EmbeddedZero, "it holds a zero character"},
@@ -169,19 +169,19 @@ const char* PathDefectWords(ModulePathDefect defect)
     return NameIn(rows, defect);
 }
 
-const char* BitsWords(Machine machine)
+const char* BitsText(Machine machine)
 {
     return machine == Machine::X64 ? "64-bit" : "32-bit";
 }
 
-std::string RangeWords(const VersionCompatibilityEntry& entry)
+std::string RangeText(const VersionCompatibilityEntry& entry)
 {
-    constexpr std::size_t mostShown = 20; // A hostile file may list millions.
-    std::string words;
+    constexpr std::size_t mostShown = 20; // A hostile file may list millions of versions.
+    std::string text;
     std::size_t count = 0;
     const auto add = [&](const char* name, const VersionParts& version) {
         if (++count <= mostShown)
-            words += (words.empty() ? "" : ", ") + std::string(name) + ' ' + JoinVersion(version);
+            text += (text.empty() ? "" : ", ") + std::string(name) + ' ' + JoinVersion(version);
     };
     for (const VersionRange& range : entry.compatibleRanges)
     {
@@ -192,16 +192,16 @@ std::string RangeWords(const VersionCompatibilityEntry& entry)
         for (const VersionParts& version : range.versions)
             add("listed", version);
     }
-    return count > mostShown ? words + " and " + std::to_string(count - mostShown) + " more" : words;
+    return count > mostShown ? text + " and " + std::to_string(count - mostShown) + " more" : text;
 }
 
-const char* MismatchName(RangeMatch answer)
+const char* MismatchName(RangeMatch mismatch)
 {
     static const Named<RangeMatch> rows[] = {{RangeMatch::BelowMinimum, "below-minimum"},
                                              {RangeMatch::AboveMaximum, "above-maximum"},
                                              {RangeMatch::NotListed, "not-listed"},
                                              {RangeMatch::Excluded, "excluded"}};
-    return NameIn(rows, answer);
+    return NameIn(rows, mismatch);
 }
 
 const char* TrustResultName(BinaryTrustResult result)
@@ -231,7 +231,7 @@ const char* LoadStepName(LoadStep step)
     return NameIn(rows, step);
 }
 
-const char* LoadStepWords(LoadStep step)
+const char* LoadStepText(LoadStep step)
 {
     static const Named<LoadStep> rows[] = {
         {LoadStep::FindFile, "the file is looked for"},
@@ -248,7 +248,7 @@ const char* LoadStepWords(LoadStep step)
     return NameIn(rows, step);
 }
 
-const char* PluginObjectWords(PluginObject object)
+const char* PluginObjectText(PluginObject object)
 {
     static const Named<PluginObject> rows[] = {{PluginObject::LoggerSource, "IPluginLoggerSource"},
                                                {PluginObject::Logger, "IPluginLogger"},
@@ -259,26 +259,26 @@ const char* PluginObjectWords(PluginObject object)
     return NameIn(rows, object);
 }
 
-std::string JsonErrorWords(const JsonError& error)
+std::string JsonErrorText(const JsonError& error)
 {
     if (error.line == 0)
         return error.text;
     return "line " + std::to_string(error.line) + ", column " + std::to_string(error.column) + ": " + error.text;
 }
 
-std::string DigestWords(const Sha256& digest)
+std::string DigestText(const Sha256& digest)
 {
-    std::string words;
+    std::string text;
     for (const BYTE byte : digest)
     {
-        char text[4] = {};
-        std::snprintf(text, sizeof text, "%02x", byte);
-        words += text;
+        char digits[4] = {};
+        std::snprintf(digits, sizeof digits, "%02x", byte);
+        text += digits;
     }
-    return words;
+    return text;
 }
 
-std::string TimeWords(const FILETIME& time)
+std::string TimeText(const FILETIME& time)
 {
     SYSTEMTIME parts = {};
     if (!FileTimeToSystemTime(&time, &parts))

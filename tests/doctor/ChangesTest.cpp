@@ -1,18 +1,28 @@
-#include "Snapshot.h"
+// The tool changes nothing on the machine: snapshots of the registry and of the files before and after a run are equal.
 
+#include <filesystem>
+#include <map>
+#include <string>
 #include <vector>
+
+#include "DoctorTest.h"
+#include "support/MachineKey.h"
 
 #include <windows.h>
 
 namespace OrlindexTest {
 
 namespace fs = std::filesystem;
+using testing::HasSubstr;
 
 namespace {
 
+/// The objects of a machine by name, each with the data that shows a change.
+using Snapshot = std::map<std::wstring, std::wstring>;
+
 void AddValues(HKEY key, const std::wstring& path, Snapshot& snapshot)
 {
-    static std::vector<wchar_t> name(16384); // Made once: there are thousands of keys.
+    static std::vector<wchar_t> name(16384); // Allocated once, because there are thousands of keys.
     static std::vector<BYTE> data(1 << 20);
     for (DWORD index = 0;; ++index)
     {
@@ -29,8 +39,8 @@ void AddValues(HKEY key, const std::wstring& path, Snapshot& snapshot)
     }
 }
 
-/// The registered classes and fonts are many thousands of keys, and the 32-bit view shows the same keys once more.
-bool IsLeftOut(const std::wstring& subkey)
+/// Registered classes and fonts are many thousands of keys, and the 32-bit view contains the same keys again.
+bool IsSkipped(const std::wstring& subkey)
 {
     return subkey == L"Classes" || subkey == L"Wow6432Node" || subkey == L"Fonts";
 }
@@ -49,14 +59,13 @@ void AddKey(HKEY parent, const std::wstring& name, const std::wstring& path, Sna
         DWORD length = 256;
         if (RegEnumKeyExW(key, index, subkey, &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
             break;
-        if (!IsLeftOut(subkey))
+        if (!IsSkipped(subkey))
             AddKey(key, subkey, path + L'\\' + subkey, snapshot);
     }
     RegCloseKey(key);
 }
 
-} // namespace
-
+/// Every key and value below HKEY_LOCAL_MACHINE\SOFTWARE and HKEY_CURRENT_USER, except registered classes and fonts.
 Snapshot SnapshotOfRegistry()
 {
     Snapshot snapshot;
@@ -65,6 +74,7 @@ Snapshot SnapshotOfRegistry()
     return snapshot;
 }
 
+/// Every file and folder below a folder, with its attributes, its size and the time of its last change.
 Snapshot SnapshotOfFiles(const fs::path& folder)
 {
     Snapshot snapshot;
@@ -80,6 +90,7 @@ Snapshot SnapshotOfFiles(const fs::path& folder)
     return snapshot;
 }
 
+/// The names in which two snapshots differ.
 std::wstring Differences(const Snapshot& before, const Snapshot& after)
 {
     std::wstring names;
@@ -94,6 +105,46 @@ std::wstring Differences(const Snapshot& before, const Snapshot& after)
     addMissing(before, after);
     addMissing(after, before);
     return names;
+}
+
+} // namespace
+
+/// The prefix Machine makes these tests run alone: other tests change the machine.
+class MachineDoctorChanges : public DoctorTest
+{
+protected:
+    Snapshot TakeSnapshot() const
+    {
+        Snapshot snapshot = SnapshotOfRegistry();
+        for (const fs::path& folder : {installation.HostFolder(), installation.ServerFolder()})
+            snapshot.merge(SnapshotOfFiles(folder));
+        return snapshot;
+    }
+};
+
+TEST_F(MachineDoctorChanges, TheToolChangesNothing)
+{
+    installation.Install();
+    const std::vector<std::vector<std::wstring>> calls = {
+        {}, {L"--json"}, {L"check", installation.PluginFile().native()}, {L"--load"}};
+    Snapshot before = TakeSnapshot();
+    ASSERT_GT(before.size(), 200U);
+    for (const auto& call : calls)
+    {
+        EXPECT_EQ(RunTool(call).exitCode, 0U);
+        Snapshot after = TakeSnapshot();
+        EXPECT_EQ(ToUtf8(Differences(before, after)), "");
+        before = std::move(after);
+    }
+}
+
+TEST_F(MachineDoctorChanges, TheSnapshotShowsAChange)
+{
+    const Snapshot before = TakeSnapshot();
+    WriteFile(installation.ServerFolder() / "new", "");
+    const MachineKey key;
+    EXPECT_THAT(ToUtf8(Differences(before, TakeSnapshot())),
+                testing::AllOf(HasSubstr("HKLM\\SOFTWARE\\Kestrany\\Pellwick"), HasSubstr("\\server\\new\n")));
 }
 
 } // namespace OrlindexTest

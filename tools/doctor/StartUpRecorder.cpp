@@ -1,10 +1,10 @@
-#include "StartRecorder.h"
+#include "StartUpRecorder.h"
 
 #include <boost/filesystem/path.hpp>
 
-#include "FullPath.h"
+#include "FileAccess.h"
 #include "ModuleFile.h"
-#include "Words.h"
+#include "Texts.h"
 #include "base/Text.h"
 #include "locate/Registry.h"
 
@@ -14,10 +14,10 @@ using namespace Ids;
 
 namespace {
 
-/// This tool sees what its hosts see. Of a 32-bit one under 64-bit Windows the library looks into both.
+/// The view of hosts of the tool's kind. In a 32-bit host under 64-bit Windows the library reads both views.
 constexpr const char* registryView = ToolMachine == Machine::X64 ? "64-bit view" : "32-bit view, else the 64-bit one";
 
-/// Of one search, as lines: a hostile file can name millions.
+/// Findings of one search: a hostile file can name millions of directories.
 constexpr std::size_t mostDirectories = 100;
 
 Mark MarkOf(DirectoryState state)
@@ -27,15 +27,15 @@ Mark MarkOf(DirectoryState state)
 
 Finding DirectoryFinding(const SearchDirectory& directory, DirectoryState state, const std::string& fileName)
 {
-    return {MarkOf(state),    "directory", OriginWords(directory.origin), Narrow(directory.path),
-            StateName(state), "",          StateWords(state, fileName)};
+    return {MarkOf(state),    "directory", OriginText(directory.origin), Narrow(directory.path),
+            StateName(state), "",          StateText(state, fileName)};
 }
 
-/// What is wrong with a registry key, in words; empty where nothing is. That a subkey has no location is its right.
+/// What is wrong with a registry key; empty if nothing is. A subkey may lack the value Location.
 std::string RegistryProblem(const RegistryKeyFinding& finding)
 {
     if (finding.opened != ERROR_SUCCESS)
-        return "cannot be opened: " + ErrorWords(static_cast<unsigned long>(finding.opened));
+        return "cannot be opened: " + ErrorText(static_cast<unsigned long>(finding.opened));
     if (!finding.read)
         return {};
     switch (*finding.read)
@@ -49,13 +49,13 @@ std::string RegistryProblem(const RegistryKeyFinding& finding)
     case ERROR_DATATYPE_MISMATCH:
         return "its value Location is no text";
     default:
-        return "its value Location cannot be read: " + ErrorWords(static_cast<unsigned long>(*finding.read));
+        return "its value Location cannot be read: " + ErrorText(static_cast<unsigned long>(*finding.read));
     }
 }
 
 } // namespace
 
-void StartRecorder::AddDirectories(StartUpFile file, const SearchResult& result, Mark notFound)
+void StartUpRecorder::AddDirectories(StartUpFile file, const SearchResult& result, Mark notFound)
 {
     const std::string fileName = Narrow(result.fileName);
     std::size_t shown = 0;
@@ -75,13 +75,13 @@ void StartRecorder::AddDirectories(StartUpFile file, const SearchResult& result,
         report_.Add({Mark::Info, "directory", "further directories", std::to_string(hidden), "not-shown", "",
                      "more, of " + std::to_string(result.directories.size()) + " in all", result.directories.size()});
     if (result.found.empty())
-        report_.Add({notFound, "file", FileWords(file), "", "not-found", "",
+        report_.Add({notFound, "file", FileTitle(file), "", "not-found", "",
                      result.directories.empty() ? "no directory to search" : "no directory holds " + fileName});
     else
-        report_.Add({Mark::Ok, "file", FileWords(file), Narrow(result.found), "found", "", ""});
+        report_.Add({Mark::Ok, "file", FileTitle(file), Narrow(result.found), "found", "", ""});
 }
 
-void StartRecorder::OnSearch(StartUpFile file, const SearchResult& result)
+void StartUpRecorder::OnSearch(StartUpFile file, const SearchResult& result)
 {
     switch (file)
     {
@@ -105,7 +105,8 @@ void StartRecorder::OnSearch(StartUpFile file, const SearchResult& result)
     case StartUpFile::VersionCompatibility:
         report_.Begin(StepId::CompatibilityFile);
         facts_.compatibilityFile = result.found;
-        // The server application's directory first; where that does not hold it, the client config file's.
+        // The start-up searches the server application's directory, and then the one that the client config file names.
+        // Only the second search fails the step.
         AddDirectories(file, result,
                        result.directories.empty() || result.directories.front().origin == DirectoryOrigin::ClientConfig
                            ? Mark::Failed
@@ -114,7 +115,7 @@ void StartRecorder::OnSearch(StartUpFile file, const SearchResult& result)
     }
 }
 
-void StartRecorder::OnDocument(const DocumentFinding& finding)
+void StartUpRecorder::OnDocument(const DocumentFinding& finding)
 {
     const bool config = finding.file == StartUpFile::ClientConfig;
     report_.Begin(config ? StepId::ClientConfig : StepId::CompatibilityFile);
@@ -126,31 +127,31 @@ void StartRecorder::OnDocument(const DocumentFinding& finding)
     if (finding.readError != ERROR_SUCCESS)
     {
         line.result = "unreadable";
-        line.note = "cannot be read: " + ErrorWords(finding.readError);
+        line.note = "cannot be read: " + ErrorText(finding.readError);
     }
     else if (finding.parseError)
     {
         line.result = "invalid";
-        line.note = "no JSON, " + JsonErrorWords(*finding.parseError);
+        line.note = "no JSON, " + JsonErrorText(*finding.parseError);
     }
     if (!line.note.empty())
     {
         line.value.clear();
-        line.mark = config ? Mark::Warning : Mark::Failed; // A start goes on without the one, not without the other.
+        line.mark = config ? Mark::Warning : Mark::Failed; // A start-up goes on without a client config file.
         (config ? facts_.clientConfigError : facts_.compatibilityError) = line.note;
     }
     report_.Add(std::move(line));
 }
 
-/// No folder holds the client config file, and a start takes what has its bare name.
-void StartRecorder::TakeFromCurrentDirectory(const std::wstring& name)
+/// No searched folder holds a client config file, so the start-up reads the one in the current directory.
+void StartUpRecorder::TakeFromCurrentDirectory(const std::wstring& name)
 {
     facts_.clientConfigFile = FullPath(name);
-    report_.Add({Mark::Warning, "file", FileWords(StartUpFile::ClientConfig), Narrow(facts_.clientConfigFile), "found",
+    report_.Add({Mark::Warning, "file", FileTitle(StartUpFile::ClientConfig), Narrow(facts_.clientConfigFile), "found",
                  "current directory", "taken from the current directory: a host that runs in another one does not"});
 }
 
-void StartRecorder::OnSetting(const SettingFinding& finding)
+void StartUpRecorder::OnSetting(const SettingFinding& finding)
 {
     Finding line = {Mark::Ok, "setting", finding.key, Narrow(finding.value), "set", "", ""};
     line.source = Narrow(facts_.clientConfigFile) + ", key " + finding.key;
@@ -169,12 +170,12 @@ void StartRecorder::OnSetting(const SettingFinding& finding)
     }
     else if (finding.value.empty())
         line.note = finding.key == "ssoServer" ? "present" : "empty";
-    registry_.clear(); // What a reference in a setting made the start look for is looked for again.
+    registry_.clear(); // A path variable in a setting made the start-up search early; it searches again later.
     report_.Begin(StepId::ClientConfig);
     report_.Add(std::move(line));
 }
 
-void StartRecorder::OnRegistryKey(const RegistryKeyFinding& finding)
+void StartUpRecorder::OnRegistryKey(const RegistryKeyFinding& finding)
 {
     const bool top = finding.key == ServerApplicationKey;
     const std::string key = Narrow(top ? finding.key : ServerApplicationKey + (L'\\' + finding.key));
@@ -190,7 +191,7 @@ void StartRecorder::OnRegistryKey(const RegistryKeyFinding& finding)
     {
         line.mark = Mark::Info;
         line.result = "absent";
-        line.note = "the key is absent: " + ErrorWords(ERROR_FILE_NOT_FOUND);
+        line.note = "the key is absent: " + ErrorText(ERROR_FILE_NOT_FOUND);
     }
     else if (!problem.empty())
     {
@@ -210,14 +211,14 @@ void StartRecorder::OnRegistryKey(const RegistryKeyFinding& finding)
     registry_.push_back(std::move(line));
 }
 
-void StartRecorder::OnRegistryChoice(const std::wstring& key, const std::wstring& location)
+void StartUpRecorder::OnRegistryChoice(const std::wstring& key, const std::wstring& location)
 {
     registeredLocation_ = location;
     registry_.push_back({location.empty() ? Mark::Warning : Mark::Ok, "registry", "location", Narrow(location),
                          "chosen", Narrow(key) + ", value Location, " + registryView, "the one that counts"});
 }
 
-void StartRecorder::FlushRegistry()
+void StartUpRecorder::FlushRegistry()
 {
     report_.Begin(StepId::Registry);
     for (Finding& line : registry_)
@@ -227,23 +228,23 @@ void StartRecorder::FlushRegistry()
     facts_.registeredLocation = registeredLocation_;
 }
 
-void StartRecorder::OnCompatibilityEntry(const EntryFinding& finding)
+void StartUpRecorder::OnCompatibilityEntry(const EntryFinding& finding)
 {
     entries_.Add(finding);
 }
 
-void StartRecorder::FinishEntries()
+void StartUpRecorder::FinishEntries()
 {
     entries_.Finish();
 }
 
-void StartRecorder::OnModulePath(const std::wstring& path, std::optional<ModulePathDefect> defect)
+void StartUpRecorder::OnModulePath(const std::wstring& path, std::optional<ModulePathDefect> defect)
 {
-    entries_.Finish(); // A path is there once a choice is made.
+    entries_.Finish(); // The start-up chose an entry, so no other follows.
     facts_.modulePath = path;
     facts_.modulePathDefect = defect;
     if (path.empty())
-        return; // Nothing was chosen, which was said already.
+        return; // No entry was chosen, which the entries' findings say.
     report_.Begin(StepId::ModuleFile);
     InspectModuleFile(path, report_, facts_.module);
     if (boost::filesystem::path(path).is_relative())
@@ -251,10 +252,10 @@ void StartRecorder::OnModulePath(const std::wstring& path, std::optional<ModuleP
                      "relative to the current directory: a host that runs in another one looks there"});
     if (defect && facts_.module.exists)
         report_.Add({Mark::Failed, "file", "path", Narrow(path), "refused", "",
-                     std::string("refused, ") + PathDefectWords(*defect)});
+                     std::string("refused, ") + PathDefectText(*defect)});
 }
 
-void StartRecorder::OnSignature(const SignatureFinding& finding)
+void StartUpRecorder::OnSignature(const SignatureFinding& finding)
 {
     const SignatureVerification& verification = finding.verification;
     facts_.signature = {verification.result, verification.platformResult, {}};
@@ -264,14 +265,14 @@ void StartRecorder::OnSignature(const SignatureFinding& finding)
     AddSignature(report_, *facts_.signature);
 }
 
-void StartRecorder::OnLoadStep(const LoadFinding& finding)
+void StartUpRecorder::OnLoadStep(const LoadFinding& finding)
 {
     if (finding.step != LoadStep::LockFile)
-        return; // The others are told by OnModulePath already.
+        return; // OnModulePath and OnSignature report the other steps that run without a load.
     facts_.lockError = finding.error;
     Finding line = {Mark::Ok, "file", "kept from changing", "yes", "held", "", ""};
     if (finding.state == LoadState::Failed)
-        line = {Mark::Failed, "file", "kept from changing", "", "in-use", "", ErrorWords(finding.error)};
+        line = {Mark::Failed, "file", "kept from changing", "", "in-use", "", ErrorText(finding.error)};
     report_.Add(std::move(line));
 }
 

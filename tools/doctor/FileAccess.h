@@ -1,5 +1,5 @@
-#ifndef ORLINDEX_DOCTOR_MAPPEDFILE_H
-#define ORLINDEX_DOCTOR_MAPPEDFILE_H
+#ifndef ORLINDEX_DOCTOR_FILEACCESS_H
+#define ORLINDEX_DOCTOR_FILEACCESS_H
 
 #include <cstddef>
 #include <string>
@@ -9,7 +9,12 @@
 
 namespace Orlindex::Doctor {
 
-/// A file's bytes, mapped as data. It cannot be written meanwhile: bytes that are gone would end this process.
+/// The absolute form of a path that is relative to the current directory, without a final separator. Empty if the
+/// platform does not take it for a path.
+std::wstring FullPath(const std::wstring& path);
+
+/// A file's bytes, mapped as data. Nobody can write or shorten the file meanwhile: reading bytes that are gone would
+/// end this process.
 class MappedFile
 {
 public:
@@ -18,7 +23,7 @@ public:
     MappedFile& operator=(const MappedFile&) = delete;
     ~MappedFile();
 
-    /// Why it cannot be read; ERROR_SUCCESS if it can.
+    /// Why the file cannot be read; ERROR_SUCCESS if it can.
     DWORD Error() const { return error_; }
     std::string_view Bytes() const { return {static_cast<const char*>(view_), size_}; }
 

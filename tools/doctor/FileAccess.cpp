@@ -1,6 +1,16 @@
-#include "MappedFile.h"
+#include "FileAccess.h"
 
 namespace Orlindex::Doctor {
+
+std::wstring FullPath(const std::wstring& path)
+{
+    const DWORD size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    std::wstring full(size, L'\0');
+    full.resize(size > 0 ? GetFullPathNameW(path.c_str(), size, full.data(), nullptr) : 0);
+    while (full.size() > 3 && full.back() == L'\\')
+        full.pop_back();
+    return full;
+}
 
 MappedFile::MappedFile(const std::wstring& path) : file_(path, FILE_SHARE_READ), error_(file_.Error())
 {
@@ -13,8 +23,8 @@ MappedFile::MappedFile(const std::wstring& path) : file_(path, FILE_SHARE_READ),
         return;
     }
     if (size.QuadPart == 0)
-        return; // Readable, and cannot be mapped.
-    // Released here; the view keeps it.
+        return; // The platform cannot map an empty file.
+    // The view keeps the mapping open.
     const Kestrany::IdentityServices::Handle mapping(
         CreateFileMappingW(file_.Get(), nullptr, PAGE_READONLY, 0, 0, nullptr));
     view_ = mapping ? MapViewOfFile(mapping.get(), FILE_MAP_READ, 0, 0, 0) : nullptr;

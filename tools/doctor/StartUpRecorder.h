@@ -1,21 +1,21 @@
-#ifndef ORLINDEX_DOCTOR_STARTRECORDER_H
-#define ORLINDEX_DOCTOR_STARTRECORDER_H
+#ifndef ORLINDEX_DOCTOR_STARTUPRECORDER_H
+#define ORLINDEX_DOCTOR_STARTUPRECORDER_H
 
 #include <string>
 #include <vector>
 
 #include "EntryRecorder.h"
 #include "Report.h"
-#include "StartFacts.h"
+#include "StartUpFacts.h"
 #include "locate/StartUpObserver.h"
 
 namespace Orlindex::Doctor {
 
-/// Turns what a start sees into the report's findings, and keeps what the verdict depends on.
-class StartRecorder final : public Ids::StartUpObserver
+/// Makes findings of what a start-up notifies, and stores the facts that the diagnosis depends on.
+class StartUpRecorder final : public Ids::StartUpObserver
 {
 public:
-    StartRecorder(Report& report, StartFacts& facts) : report_(report), facts_(facts), entries_(report, facts) {}
+    StartUpRecorder(Report& report, StartUpFacts& facts) : report_(report), facts_(facts), entries_(report, facts) {}
 
     void OnSearch(Ids::StartUpFile file, const Ids::SearchResult& result) override;
     void OnDocument(const Ids::DocumentFinding& finding) override;
@@ -27,7 +27,7 @@ public:
     void OnSignature(const Ids::SignatureFinding& finding) override;
     void OnLoadStep(const Ids::LoadFinding& finding) override;
 
-    /// No entry follows.
+    /// To be called after the last entry, if no module path follows.
     void FinishEntries();
 
 private:
@@ -36,17 +36,17 @@ private:
     void TakeFromCurrentDirectory(const std::wstring& name);
 
     Report& report_;
-    StartFacts& facts_;
+    StartUpFacts& facts_;
     EntryRecorder entries_;
-    /// A start looks into the registry whenever it searches for the server application, which it may do several times.
-    /// The first search that is a real one counts.
+    /// Findings that wait for the search for the server application, to which they belong. A start-up may repeat that
+    /// search; only the first one is reported.
     std::vector<Finding> registry_;
     std::string registryProblem_;
     std::wstring registeredLocation_;
     bool serverApplicationSearched_ = false;
 };
 
-/// Findings about a plugin module's signature, at the end of the report's current step.
+/// Adds findings about a plugin module's signature to the report's current step.
 void AddSignature(Report& report, const SignatureFacts& signature);
 
 } // namespace Orlindex::Doctor
