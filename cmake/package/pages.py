@@ -9,7 +9,7 @@ import sys
 from pathlib import Path
 
 # Named one by one: an installation may go to a folder that holds other things.
-PAGES = ("README.md", "docs/*.md", "licenses/README.md", "simulator/README.md")
+PAGES = ("README.md", "docs/*.md", "licenses/README.md", "agent/README.md")
 FENCE = re.compile(r"^\s*```")
 LINK = re.compile(r"\[([^\[\]]*)\]\(([^)\s]+)\)")
 

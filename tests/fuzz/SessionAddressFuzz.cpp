@@ -7,7 +7,7 @@
 #include "Require.h"
 #include "session/SessionAddress.h"
 
-using namespace Kestrany::Simulator;
+using namespace Kestrany::Agent;
 using OrlindexTest::Require;
 
 namespace {

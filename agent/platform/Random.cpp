@@ -1,0 +1,19 @@
+#include "platform/Random.h"
+
+#include <stdexcept>
+
+#include <windows.h>
+
+#include <bcrypt.h>
+
+namespace Kestrany::Agent {
+
+void SystemRandom(void* bytes, std::size_t size)
+{
+    const NTSTATUS status =
+        BCryptGenRandom(nullptr, static_cast<PUCHAR>(bytes), static_cast<ULONG>(size), BCRYPT_USE_SYSTEM_PREFERRED_RNG);
+    if (status < 0)
+        throw std::runtime_error("the system's random generator failed");
+}
+
+} // namespace Kestrany::Agent

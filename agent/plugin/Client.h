@@ -1,0 +1,94 @@
+#ifndef AGENT_PLUGIN_CLIENT_H
+#define AGENT_PLUGIN_CLIENT_H
+
+#include "load/contract/ISSOClient.h"
+#include "plugin/Observers.h"
+#include "process/ServerLink.h"
+#include "protocol/RemoteLogins.h"
+#include "session/CallPolicy.h"
+#include "session/EventQueue.h"
+#include "session/ProxyStore.h"
+#include "session/Session.h"
+
+namespace Kestrany::Agent {
+
+/// The public operations: takes arguments over, asks the session, and writes what it answers.
+class Client final : public IdentityServices::ISSOClient
+{
+public:
+    Client(Session& session, EventQueue& events, RemoteLogins& logins, ServerLink& link, LogSink log);
+
+    /// A new start of the host: it connects to its server process, which says who is signed in.
+    void Begin();
+    /// The host ends: it leaves its server process, its observers are not called any more, and nothing waits for them.
+    void End();
+
+    void Reserved0() override {}
+    IdErrorCode GetProductConfig(Server server, IdentityServices::ProductConfig& config) override;
+    IdErrorCode SetProductConfig(Server server, const IdentityServices::ProductConfig& config) override;
+    IdErrorCode GetUserInfo(talix_user_info* info) override;
+    IdErrorCode GetSessionUri(const wchar_t* uri, std::uint16_t flag, wchar_t* buffer, int capacity) override;
+    bool IsOAuth2TokenAvailable() override;
+    IdErrorCode GetOAuth2AccessToken(wchar_t* buffer, int capacity, bool wait) override;
+    bool IsLoggedIn() override;
+    std::uint32_t GetOAuth2AccessTokenExpiryDate() override;
+    bool IsOAuth2TokenExpired() override;
+    std::uint32_t GetLoginExpiryDate() override;
+    bool IsLoginExpired() override;
+    bool IsLoginValid() override;
+    /// `flag`: only a token that has expired is replaced.
+    IdErrorCode RefreshOAuth2Token(bool flag) override;
+    Server GetServer() override;
+    IdErrorCode SetServer(Server server) override;
+    /// `result`: 0 when the user is signed out, 1 when an observer refused.
+    IdErrorCode Logout(int& result, talix_logout_flags flags) override;
+    IdErrorCode AddObserver(IdentityServices::IObserver* observer) override;
+    IdErrorCode RemoveObserver(IdentityServices::IObserver* observer) override;
+    /// A null or empty host asks whether there are settings for any proxy.
+    IdErrorCode HasProxyInfo(const char* host, unsigned int port) override;
+    /// A null or empty host asks for the settings that were stored last.
+    IdErrorCode GetProxyInfo(const char* host, unsigned int port, talix_proxy_info* info) override;
+    IdErrorCode SetProxyInfo(const talix_proxy_info* info) override;
+    IdErrorCode ClearProxyInfo() override;
+    /// `size` receives the bytes that the profile takes with its terminating zero, also when `out` holds fewer.
+    IdErrorCode GetProfileInfo(char* out, int* size) override;
+    TALIXEnvironment GetEnvironment() override;
+    talix_status_code DispatchEvent() override;
+    bool HasEvent() override;
+    /// `flag`: also when somebody else is signed in. `context` says in the log what the login is for; it may be null.
+    IdErrorCode AutomatedLogin(const wchar_t* user, const wchar_t* secret, bool flag, const wchar_t* context) override;
+    /// `result`: a LoginDetail.
+    IdErrorCode Login(int& result) override;
+    void Reserved29() override {}
+    /// The simulator shows no windows that would need an owner.
+    void SetHostApplicationWindow(std::uint64_t) override {}
+    /// No window either: `result` is 0, nothing changed.
+    IdErrorCode ShowAccountSettings(int& result) override;
+    IdErrorCode OverrideCallConfig(int interval, int failInterval, int minJitter, int maxJitter,
+                                   const char* url) override;
+    IdErrorCode OverrideBackoffConfig(int initialInterval, int maxInterval, int multiplier, int maxRetries,
+                                      int jitter) override;
+    bool IsApiAvailable(IdentityServices::ApiFeature feature) override;
+    IdErrorCode GetOAuth2IdToken(wchar_t* buffer, int capacity) override;
+    IdErrorCode SetLoginMode(talix_login_mode mode) override;
+    IdErrorCode GetLoginMode(talix_login_mode& mode) override;
+
+private:
+    /// Logs an operation that changes something, with its result, and answers the result.
+    IdErrorCode Done(const char* operation, IdErrorCode code) const;
+    /// IdFeatureNotOffered for a feature that the service does not offer; another code where nobody can be asked.
+    IdErrorCode CheckOffered(IdentityServices::ApiFeature feature) const;
+
+    const LogSink log_;
+    Session& session_;
+    EventQueue& events_;
+    RemoteLogins& logins_;
+    ServerLink& link_;
+    Observers observers_;
+    ProxyStore proxies_;
+    CallPolicy calls_;
+};
+
+} // namespace Kestrany::Agent
+
+#endif

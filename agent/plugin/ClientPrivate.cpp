@@ -1,0 +1,241 @@
+#include "plugin/ClientPrivate.h"
+
+#include <utility>
+
+#include "platform/DataProtection.h"
+#include "platform/Folders.h"
+#include "platform/Text.h"
+#include "plugin/Barrier.h"
+#include "plugin/ProductTexts.h"
+#include "plugin/TextIn.h"
+#include "process/LoginFile.h"
+#include "process/ServerInstance.h"
+#include "process/ServerRequests.h"
+#include "session/ProductJson.h"
+#include "session/ServerNames.h"
+
+namespace Kestrany::Agent {
+
+using IdentityServices::FreezeCallback;
+using IdentityServices::ProductConfig;
+using IdentityServices::IdServicesConsts::IdServicesEvent;
+
+namespace {
+
+/// Milliseconds after which a server that has not answered counts as frozen. A busy machine takes its time.
+constexpr std::int64_t AnswerLimit = 3000;
+
+/// Keeps the work's text for the caller, until the same thread comes again; an empty one when the work throws.
+template <class Text, class Work>
+const typename Text::value_type* Answered(Text& kept, Work&& work) noexcept
+{
+    kept = Guarded(Text(), std::forward<Work>(work));
+    return kept.c_str();
+}
+
+/// Asks the callback whether a frozen server is to go on.
+bool WantsThaw(FreezeCallback callback, DWORD processId)
+{
+    const std::string request = "frozen " + std::to_string(processId);
+    char answer[16] = "";
+    const int length = callback(request.c_str(), static_cast<int>(request.size() + 1), answer, sizeof answer, nullptr);
+    return length > 0 && length < static_cast<int>(sizeof answer) &&
+           std::string(answer, static_cast<std::size_t>(length)) == "thaw";
+}
+
+} // namespace
+
+ClientPrivate::ClientPrivate(Session& session, EventQueue& events, const ServerManager& servers, LogSink log)
+    : session_(session), events_(events), servers_(servers), log_(log), frozen_(std::move(log), AnswerLimit)
+{
+}
+
+const wchar_t* ClientPrivate::ServerToServerName(Server server)
+{
+    thread_local std::wstring answer;
+    return Answered(answer, [&] { return ToWide(ServerName(server)).value_or(std::wstring()); });
+}
+
+Server ClientPrivate::ServerNameToServer(const wchar_t* name)
+{
+    return Guarded(TALIX_SERVER_UNAVAILABLE, [&] {
+        std::string narrow;
+        return TakeWide(name, narrow) == IdSuccess ? ServerOfName(narrow) : TALIX_SERVER_UNAVAILABLE;
+    });
+}
+
+const wchar_t* ClientPrivate::Encrypt(const wchar_t* text)
+{
+    thread_local std::wstring answer;
+    return Answered(answer, [&] {
+        std::optional<std::wstring> encrypted;
+        if (text != nullptr)
+            encrypted = EncryptText(text);
+        if (!encrypted)
+            log_(TALIXLog::Warning, "Text not encrypted: null or not UTF-16");
+        return encrypted.value_or(std::wstring());
+    });
+}
+
+const wchar_t* ClientPrivate::GetSettingsPath()
+{
+    thread_local std::wstring answer;
+    return Answered(answer, [&] { return SettingsFolder(); });
+}
+
+void ClientPrivate::GetActiveOAuth2TokenRefreshRetrySchedule(StdUtil::RetrySchedule& schedule)
+{
+    Guarded([&] { schedule = retries_.Active(); });
+}
+
+bool ClientPrivate::SetOAuth2TokenRefreshRetrySchedule(const StdUtil::RetrySchedule& schedule)
+{
+    return Guarded(false, [&] {
+        const bool valid = retries_.Replace(schedule);
+        if (!valid)
+            log_(TALIXLog::Warning, "Retry schedule refused: a value is out of range");
+        return valid;
+    });
+}
+
+const wchar_t* ClientPrivate::GetLoginStateCacheFileWithFlag(const wchar_t* name, Server server, bool flag)
+{
+    thread_local std::wstring answer;
+    return Answered(answer, [&] {
+        const std::wstring file = CacheFile(name, server);
+        return flag && GetFileAttributesW(file.c_str()) == INVALID_FILE_ATTRIBUTES ? std::wstring() : file;
+    });
+}
+
+const wchar_t* ClientPrivate::GetLoginStateCacheFile(const wchar_t* name, Server server)
+{
+    thread_local std::wstring answer;
+    return Answered(answer, [&] { return CacheFile(name, server); });
+}
+
+bool ClientPrivate::LoadLoginFromCache(bool flag)
+{
+    return Guarded(false, [&] { return session_.Restore(flag) == IdSuccess; });
+}
+
+void ClientPrivate::RaiseEvent(IdServicesEvent event, bool flag)
+{
+    Guarded([&] { events_.Push({event, flag ? IdSuccess : IdFailed, session_.GetServer()}); });
+}
+
+const char* ClientPrivate::ToJsonString(Server server, const ProductConfig* config)
+{
+    thread_local std::string answer;
+    return Answered(answer, [&] {
+        ServerProduct product{server, {}};
+        if (config == nullptr || ReadProduct(*config, product.product) != IdSuccess)
+            return std::string();
+        return ProductToJson(product);
+    });
+}
+
+bool ClientPrivate::FromJsonString(Server* server, ProductConfig* config, const char* json)
+{
+    return Guarded(false, [&] {
+        std::string text;
+        if (server == nullptr || config == nullptr || TakeNarrow(json, text) != IdSuccess)
+            return false;
+        const std::optional<ServerProduct> product = ProductFromJson(text);
+        if (!product)
+        {
+            log_(TALIXLog::Warning, "Product configuration refused: not its JSON form");
+            return false;
+        }
+        ReplaceProduct(product->product, *config);
+        *server = product->server;
+        return true;
+    });
+}
+
+bool ClientPrivate::Equals(const ProductConfig& left, const ProductConfig& right)
+{
+    return Guarded(false, [&] { return ReadTexts(left) == ReadTexts(right); });
+}
+
+void ClientPrivate::LockLoginStateFile()
+{
+    Guarded([&] {
+        if (!loginLock_.Lock(LoginLockFile(servers_.ServerIdentity())))
+            log_(TALIXLog::Error, "Login state not locked: " + SystemMessage(GetLastError()));
+    });
+}
+
+void ClientPrivate::UnlockLoginStateFile()
+{
+    Guarded([&] {
+        if (!loginLock_.Unlock())
+            log_(TALIXLog::Warning, "Login state not unlocked: this process does not hold the lock");
+    });
+}
+
+bool ClientPrivate::Ping(std::map<std::string, std::string>& answers)
+{
+    return Guarded(false, [&] {
+        const auto processId = FindServer(servers_.ProcessIdentity());
+        if (!processId)
+            return false;
+        const std::optional<Answers> answered = PingServer(*processId, AnswerLimit);
+        if (!answered)
+        {
+            log_(TALIXLog::Warning, "Server process " + std::to_string(*processId) + " does not answer");
+            frozen_.Add(*processId);
+            return false;
+        }
+        frozen_.Remove(*processId);
+        for (const auto& [name, value] : *answered)
+            answers[name] = value;
+        return true;
+    });
+}
+
+void ClientPrivate::ClearEventQueue()
+{
+    Guarded([&] { events_.Clear(); });
+}
+
+bool ClientPrivate::FreezeSSOServerProcess(FreezeCallback callback)
+{
+    return Guarded(false, [&] {
+        const auto processId = FindServer(servers_.ProcessIdentity());
+        if (!processId || !FreezeServer(*processId, AnswerLimit))
+            return false;
+        log_(TALIXLog::Info, "Server process " + std::to_string(*processId) + " is frozen");
+        frozen_.Add(*processId);
+        if (callback == nullptr || !WantsThaw(callback, *processId))
+            return true;
+        const bool thawed = ThawServer(*processId, AnswerLimit);
+        if (thawed)
+            frozen_.Remove(*processId);
+        return thawed;
+    });
+}
+
+std::int64_t ClientPrivate::GetKillFrozenServerTimeout()
+{
+    return Guarded(std::int64_t{0}, [&] { return frozen_.KillSeconds(); });
+}
+
+bool ClientPrivate::SetKillFrozenServerTimeout(std::int64_t seconds)
+{
+    return Guarded(false, [&] { return frozen_.SetKillSeconds(seconds); });
+}
+
+const char* ClientPrivate::GetSessionState()
+{
+    thread_local std::string answer;
+    return Answered(answer, [&] { return session_.StateJson(); });
+}
+
+std::wstring ClientPrivate::CacheFile(const wchar_t* name, Server server) const
+{
+    if (name == nullptr || *name == L'\0')
+        return LoginFile(servers_.ServerIdentity(), server);
+    return LoginFile(ToUtf8(name).value_or(std::string()), server);
+}
+
+} // namespace Kestrany::Agent

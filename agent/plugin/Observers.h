@@ -1,0 +1,42 @@
+#ifndef AGENT_PLUGIN_OBSERVERS_H
+#define AGENT_PLUGIN_OBSERVERS_H
+
+#include <mutex>
+#include <vector>
+
+#include "orlindex/IObserver.h"
+#include "session/EventQueue.h"
+
+namespace Kestrany::Agent {
+
+/// The hosts' observers, and the calls to them. Any thread may call, observers included.
+///
+/// Once Remove or Clear has returned, no other thread is inside a removed observer: the host may destroy it.
+class Observers
+{
+public:
+    /// An observer that is there already is not added again.
+    void Add(IdentityServices::IObserver* observer);
+    void Remove(IdentityServices::IObserver* observer);
+    void Clear();
+
+    /// Whether every observer consents to a logout.
+    bool ConsentToLogout();
+    /// Delivers the events that wait in the queue now, on this thread; those that they cause wait for the next time.
+    void Deliver(EventQueue& events);
+
+private:
+    template <class Call>
+    void ForEach(const Call& call);
+    bool Holds(IdentityServices::IObserver* observer) const;
+
+    /// Held while observers are called; recursive, because an observer may call back.
+    std::recursive_mutex calls_;
+    /// Guards the list alone, never held during a call: adding does not wait for a delivery.
+    mutable std::mutex listMutex_;
+    std::vector<IdentityServices::IObserver*> list_;
+};
+
+} // namespace Kestrany::Agent
+
+#endif

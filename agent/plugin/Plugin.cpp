@@ -1,0 +1,39 @@
+#include "plugin/Plugin.h"
+
+#include <utility>
+
+namespace Kestrany::Agent {
+
+Plugin& Plugin::Get()
+{
+    static Plugin& plugin = *new Plugin;
+    return plugin;
+}
+
+Plugin::Plugin()
+    : log_(DefaultLogFile()),
+      sink_([this](TALIXLog::LogLevel level, const std::string& message) { Log(level, message); }), loggers_(log_),
+      serverManager_(sink_), link_(LinkParts()),
+      logins_([this](Request request) { return link_.Ask(std::move(request)); }), session_(logins_, events_),
+      client_(session_, events_, logins_, link_, sink_), module_(client_, sink_),
+      private_(session_, events_, serverManager_, sink_)
+{
+}
+
+ServerLink::Parts Plugin::LinkParts()
+{
+    // The link calls none of them before the first operation, when all members are there.
+    ServerLink::Parts parts;
+    parts.target = [this] { return serverManager_.Target(); };
+    parts.server = [this] { return session_.GetServer(); };
+    parts.onEvent = [this](const LoginEvent& event) { session_.Receive(event); };
+    parts.log = sink_;
+    return parts;
+}
+
+void Plugin::Log(TALIXLog::LogLevel level, const std::string& message) const
+{
+    log_.Write("PellwickClient", level, message);
+}
+
+} // namespace Kestrany::Agent

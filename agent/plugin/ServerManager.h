@@ -1,0 +1,73 @@
+#ifndef AGENT_PLUGIN_SERVERMANAGER_H
+#define AGENT_PLUGIN_SERVERMANAGER_H
+
+#include <cstddef>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "load/contract/ISSOServerManager.h"
+#include "process/ServerLink.h"
+
+namespace Kestrany::Agent {
+
+/// Where the server application is, under which names it runs and with which arguments, and its processes.
+class ServerManager final : public IdentityServices::ISSOServerManager
+{
+public:
+    static constexpr std::size_t ArgumentCapacity = 1024; // Bytes.
+
+    explicit ServerManager(LogSink log);
+
+    /// The name that server processes are started and found under.
+    std::string ProcessIdentity() const;
+    /// The name of the server that this process talks to.
+    std::string ServerIdentity() const;
+    /// The server of this process, and how it is started.
+    LinkTarget Target() const;
+
+    void Reserved0() override {}
+    void Reserved1() override {}
+    void ConfigureServerApp(const wchar_t* location, const wchar_t* executableFile) override;
+    /// The application is one file here: the same as GetSSOServerAppExeFile. A buffer that is too small stays
+    /// untouched.
+    void GetSSOServerAppFile(wchar_t* buffer, int capacity) override;
+    void GetSSOServerAppExeFile(wchar_t* buffer, int capacity) override;
+    void Reserved5() override {}
+    void SetProcessIdentityName(const char* name) override;
+    int GetSSOServerName(char* buffer, int capacity) override;
+    void SetServerIdentityName(const char* name) override;
+    int GetSSOEventServerName(char* buffer, int capacity) override;
+    bool StartSSOServerProcessWithArguments(const char* const* arguments, int count, std::int64_t timeout,
+                                            std::int64_t& processId) override;
+    bool StartSSOServerProcess(std::int64_t timeout, std::int64_t& processId) override;
+    /// Each buffer must have ArgumentCapacity bytes and receives one argument, those beyond the last one an empty text.
+    /// False, with all buffers untouched, when there are more arguments than buffers, or one that is too long.
+    bool GetSSOServerProcessArguments(char** buffers, int count) override;
+    void SetSSOServerProcessArguments(const char* const* arguments, int count) override;
+    bool IsSSOServerProcessRunning(std::int64_t& processId) override;
+    bool IsSSOServerProcessReady() override;
+    bool QuitSSOServerProcess(std::int64_t timeout) override;
+    bool QuitAllSSOServerProcesses(std::int64_t timeout) override;
+    /// Only logged: the library has chosen the installation by it already.
+    void SetSupportBothLocalAndAdmin(bool support) override;
+
+private:
+    using Arguments = std::vector<std::string>;
+
+    bool Start(const Arguments& arguments, std::int64_t timeout, std::int64_t& processId);
+    std::wstring Executable() const;
+    void CopyExecutable(wchar_t* buffer, int capacity) const;
+
+    LogSink log_;
+    ServerProcesses processes_;
+    mutable std::mutex mutex_;
+    std::wstring executable_;
+    std::string processIdentity_;
+    std::string serverIdentity_;
+    Arguments arguments_;
+};
+
+} // namespace Kestrany::Agent
+
+#endif

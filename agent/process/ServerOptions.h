@@ -1,0 +1,27 @@
+#ifndef AGENT_PROCESS_SERVEROPTIONS_H
+#define AGENT_PROCESS_SERVEROPTIONS_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Kestrany::Agent {
+
+/// The server application's arguments.
+struct ServerOptions
+{
+    std::string identity;
+    std::optional<unsigned int> quitAfterSeconds;
+    std::optional<unsigned int> idleAfterSeconds = 60; ///< Nothing for never.
+    std::string checkScenario;                         ///< A file to look at, instead of serving.
+    bool quit = false;                                 ///< Asks the server that runs, instead of serving.
+    bool help = false;
+    bool version = false;
+};
+
+/// Reads the arguments after the program's name. Answers what is wrong with them, empty when nothing is.
+std::string ParseServerOptions(const std::vector<std::string>& arguments, ServerOptions& options);
+
+} // namespace Kestrany::Agent
+
+#endif

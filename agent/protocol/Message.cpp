@@ -1,0 +1,163 @@
+#include "protocol/Message.h"
+
+#include "session/Json.h"
+#include "session/ServerNames.h"
+
+namespace Kestrany::Agent {
+
+namespace {
+
+bool TakeNumber(const Json::Value& object, const char* key, std::uint32_t& number)
+{
+    const Json::Value& member = object[key];
+    if (!member.isUInt())
+        return false;
+    number = member.asUInt();
+    return true;
+}
+
+bool TakeObject(const Json::Value& object, const char* key, Json::Value& taken)
+{
+    const Json::Value& member = object[key];
+    if (!member.isObject())
+        return false;
+    taken = member;
+    return true;
+}
+
+bool TakeServer(const Json::Value& object, Server& server)
+{
+    std::string name;
+    if (!TakeText(object, "server", name))
+        return false;
+    server = ServerOfName(name);
+    return server != TALIX_SERVER_UNAVAILABLE;
+}
+
+bool TakeCode(const Json::Value& object, const char* key, IdErrorCode& code)
+{
+    const Json::Value& member = object[key];
+    if (!member.isInt())
+        return false;
+    code = static_cast<IdErrorCode>(member.asInt());
+    return true;
+}
+
+std::optional<Response> ReadResponse(const Json::Value& object)
+{
+    Response response;
+    if (!TakeNumber(object, "id", response.id) || !TakeCode(object, "code", response.code) ||
+        !TakeObject(object, "result", response.result))
+        return std::nullopt;
+    return response;
+}
+
+std::optional<Extension> ReadExtension(const Json::Value& object)
+{
+    Extension extension;
+    if (!TakeNumber(object, "id", extension.id) || !TakeNumber(object, "takes", extension.milliseconds))
+        return std::nullopt;
+    return extension;
+}
+
+std::optional<LoginEvent> ReadEvent(const Json::Value& object)
+{
+    using Kind = IdentityServices::IdServicesConsts::IdServicesEvent;
+    const Json::Value& kind = object["event"];
+    LoginEvent event{};
+    if (!kind.isInt() || !TakeServer(object, event.server) || !TakeText(object, "client", event.clientId) ||
+        !TakeCode(object, "status", event.status))
+        return std::nullopt;
+    event.kind = static_cast<Kind>(kind.asInt());
+    return event;
+}
+
+} // namespace
+
+std::string WriteRequest(const Request& request)
+{
+    Json::Value object(Json::objectValue);
+    object["id"] = request.id;
+    object["do"] = request.operation;
+    object["server"] = ServerName(request.caller.server);
+    object["client"] = request.caller.clientId;
+    object["scope"] = request.caller.scope;
+    object["with"] = request.arguments;
+    return WriteJson(object);
+}
+
+std::optional<Request> ReadRequest(const std::string& message, std::string& problem)
+{
+    const std::optional<Json::Value> object = ReadJsonObject(message);
+    Request request;
+    if (!object)
+        problem = "it is not a JSON object";
+    else if (!TakeNumber(*object, "id", request.id))
+        problem = "it has no \"id\"";
+    else if (!TakeText(*object, "do", request.operation))
+        problem = "it has no operation";
+    else if (!TakeServer(*object, request.caller.server))
+        problem = "it names no server";
+    else if (!TakeText(*object, "client", request.caller.clientId) || !TakeText(*object, "scope", request.caller.scope))
+        problem = "it names no product";
+    else if (!TakeObject(*object, "with", request.arguments))
+        problem = "it has no arguments";
+    else
+        return request;
+    return std::nullopt;
+}
+
+std::string WriteResponse(const Response& response)
+{
+    Json::Value object(Json::objectValue);
+    object["id"] = response.id;
+    object["code"] = static_cast<int>(response.code);
+    object["result"] = response.result;
+    return WriteJson(object);
+}
+
+std::string WriteExtension(const Extension& extension)
+{
+    Json::Value object(Json::objectValue);
+    object["id"] = extension.id;
+    object["takes"] = extension.milliseconds;
+    return WriteJson(object);
+}
+
+std::string WriteEvent(const LoginEvent& event)
+{
+    Json::Value object(Json::objectValue);
+    object["event"] = static_cast<int>(event.kind);
+    object["server"] = ServerName(event.server);
+    object["client"] = event.clientId;
+    object["status"] = static_cast<int>(event.status);
+    return WriteJson(object);
+}
+
+std::string WriteQuits()
+{
+    Json::Value object(Json::objectValue);
+    object["quits"] = true;
+    return WriteJson(object);
+}
+
+std::optional<ServerMessage> ReadServerMessage(const std::string& message)
+{
+    const std::optional<Json::Value> object = ReadJsonObject(message);
+    if (!object)
+        return std::nullopt;
+    ServerMessage read;
+    if (object->isMember("code"))
+        read.response = ReadResponse(*object);
+    else if (object->isMember("takes"))
+        read.extension = ReadExtension(*object);
+    else if (object->isMember("event"))
+        read.event = ReadEvent(*object);
+    else
+        read.quits = (*object)["quits"] == Json::Value(true);
+    if (!read.response && !read.extension && !read.event && !read.quits)
+        return std::nullopt;
+    return read;
+}
+
+} // namespace Kestrany::Agent

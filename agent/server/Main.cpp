@@ -1,0 +1,156 @@
+// The server application of the sign-in agent. It keeps the logins that the
+// hosts of one user share.
+
+#include <cstdio>
+#include <exception>
+#include <utility>
+
+#include "platform/Folders.h"
+#include "platform/LogFile.h"
+#include "platform/Random.h"
+#include "platform/Text.h"
+#include "platform/WholeFile.h"
+#include "process/CommandLine.h"
+#include "process/ServerExitCode.h"
+#include "process/ServerInstance.h"
+#include "process/ServerOptions.h"
+#include "process/ServerProcesses.h"
+#include "server/KeyStore.h"
+#include "server/LoginFiles.h"
+#include "server/ScenarioFile.h"
+#include "server/Service.h"
+
+using namespace Kestrany;
+using namespace Kestrany::Agent;
+
+namespace {
+
+constexpr char HelpText[] =
+    "Pellwick.exe " AGENT_VERSION ": the server application of the sign-in agent.\n"
+    "\n"
+    "Usage: Pellwick.exe [--identity NAME] [--quit-after SECONDS] [--idle-after SECONDS]\n"
+    "       Pellwick.exe --quit [--identity NAME]\n"
+    "       Pellwick.exe --check-scenario FILE\n"
+    "       Pellwick.exe --help | --version\n"
+    "\n"
+    "  --identity NAME       the name to run under, 1 to 120 letters, digits and . _ -\n"
+    "                        (without it: %s)\n"
+    "  --quit-after SECONDS  quit after this time if nobody asked before\n"
+    "  --idle-after SECONDS  quit after this time without a host (without it: 60; 0 for never)\n"
+    "  --quit                ask the server that runs under the name to quit, and wait for it\n"
+    "  --check-scenario FILE say whether FILE is a valid scenario, and if not, where and why\n"
+    "\n"
+    "Hosts start it when they need it. It keeps who is signed in, for all hosts of the user.\n"
+    "It plays the scenario in the file that the environment variable PELLWICK_SCENARIO names,\n"
+    "else in Pellwick.scenario.json beside it, else its own: every login succeeds.\n"
+    "The variable PELLWICK_SIMULATOR_DATA names another folder for what it keeps.\n"
+    "\n"
+    "Exit codes: 0 it quit as asked, or the scenario is valid, 1 the system refused something,\n"
+    "            2 wrong arguments, 3 another process runs under the same name, 4 the scenario\n"
+    "            is not valid.\n";
+
+int Fail(const LogFile& log, ServerExitCode code, const std::string& message)
+{
+    log.Write("Pellwick", TALIXLog::Error, message);
+    std::fprintf(stderr, "Pellwick.exe: %s\n", message.c_str());
+    return code;
+}
+
+int CheckScenario(const std::string& file)
+{
+    const ScenarioChoice choice = LoadScenario(ToWide(file).value_or(std::wstring()));
+    if (choice.scenario)
+    {
+        std::printf("%s: valid\n", file.c_str());
+        return ServerQuit;
+    }
+    std::fprintf(stderr, "%s\n", choice.problem.c_str());
+    return ServerScenarioInvalid;
+}
+
+int QuitOther(const LogFile& log, const std::string& identity)
+{
+    constexpr std::int64_t limit = 10'000;
+    const ServerProcesses processes([&](TALIXLog::LogLevel level, const std::string& message) {
+        log.Write("Pellwick", level, message);
+        std::puts(message.c_str());
+    });
+    return processes.Quit(identity, limit) ? ServerQuit : ServerFailed;
+}
+
+SignInService MakeSignInService(const LogSink& sink)
+{
+    ScenarioChoice choice = ChooseScenario();
+    if (!choice.scenario)
+        sink(TALIXLog::Error, "Nobody can sign in: " + choice.problem);
+    else
+        sink(TALIXLog::Info, "Scenario: " + (choice.file.empty() ? std::string("built-in") : ToDisplay(choice.file)));
+
+    ServiceParts parts;
+    parts.clock = &std::chrono::system_clock::now;
+    parts.random = &SystemRandom;
+    parts.signer = OpenSigningKey(sink);
+    parts.ticks = [] { return static_cast<std::int64_t>(GetTickCount64()); };
+    parts.openStorage = [sink](const std::string& identity) { return LoginFiles::Open(identity, sink); };
+    parts.warn = [sink](const std::string& message) { sink(TALIXLog::Warning, message); };
+    parts.crash = [] { TerminateProcess(GetCurrentProcess(), ServerCrashed); };
+    return SignInService(std::move(choice.scenario), std::move(parts));
+}
+
+int Serve(const LogFile& log, const ServerOptions& options)
+{
+    const LogSink sink = [&](TALIXLog::LogLevel level, const std::string& message) {
+        log.Write("Pellwick", level, message);
+    };
+    ServerInstance instance(options.identity);
+    switch (instance.Claim())
+    {
+    case ServerInstance::Outcome::TakenByAnother:
+        return Fail(log, ServerAlreadyRunning, "another server runs as " + options.identity + " already");
+    case ServerInstance::Outcome::Failed:
+        return Fail(log, ServerFailed, "cannot serve as " + options.identity + ": " + SystemMessage(GetLastError()));
+    case ServerInstance::Outcome::Claimed:
+        break;
+    }
+    RemoveUnfinishedFiles(SettingsFolder());
+    SignInService signIn = MakeSignInService(sink);
+    Service service(options.identity, {options.quitAfterSeconds, options.idleAfterSeconds}, signIn);
+    sink(TALIXLog::Info, "Serving as " + options.identity);
+    instance.SetReady();
+    service.Run(instance.QuitEvent());
+    instance.ResetReady();
+    sink(TALIXLog::Info, "Quitting as " + options.identity);
+    service.SendAway();
+    return ServerQuit;
+}
+
+} // namespace
+
+int main()
+{
+    ServerOptions options;
+    const std::string problem = ParseServerOptions(ProcessArguments(), options);
+    if (problem.empty() && options.help)
+    {
+        std::printf(HelpText, DefaultIdentity);
+        return ServerQuit;
+    }
+    if (problem.empty() && options.version)
+    {
+        std::puts("Pellwick.exe " AGENT_VERSION);
+        return ServerQuit;
+    }
+    if (problem.empty() && !options.checkScenario.empty())
+        return CheckScenario(options.checkScenario);
+    const LogFile log(DefaultLogFile());
+    if (!problem.empty())
+        return Fail(log, ServerUsage, problem + "; see Pellwick.exe --help");
+    try
+    {
+        return options.quit ? QuitOther(log, options.identity) : Serve(log, options);
+    }
+    catch (const std::exception& error)
+    {
+        return Fail(log, ServerFailed, error.what());
+    }
+}

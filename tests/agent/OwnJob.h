@@ -1,0 +1,25 @@
+#ifndef AGENT_TESTS_OWNJOB_H
+#define AGENT_TESTS_OWNJOB_H
+
+#include <stdexcept>
+
+#include <windows.h>
+
+namespace Kestrany::Agent {
+
+/// Puts this process and all that it starts into a job that ends with it: a test that fails, or is killed, leaves no
+/// process behind. The job stays open until the system closes it at the process's end: closing it ends this process,
+/// too.
+inline void JoinOwnJob()
+{
+    const HANDLE job = CreateJobObjectW(nullptr, nullptr);
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+    if (job == nullptr || !SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits) ||
+        !AssignProcessToJobObject(job, GetCurrentProcess()))
+        throw std::runtime_error("no job for the tests");
+}
+
+} // namespace Kestrany::Agent
+
+#endif

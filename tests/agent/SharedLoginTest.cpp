@@ -1,0 +1,367 @@
+// Hosts of one user at one server process: they sign in once, and each hears of it.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+
+#include "Environment.h"
+#include "EventRecorder.h"
+#include "OtherHost.h"
+#include "load/contract/ISSOClient.h"
+#include "load/contract/ISSOClientModule.h"
+#include "load/contract/ISSOServerManager.h"
+#include "platform/Folders.h"
+#include "platform/WholeFile.h"
+#include "process/LinkPipe.h"
+#include "process/LoginFile.h"
+#include "process/Pipe.h"
+#include "process/PrivatePipe.h"
+#include "process/Scope.h"
+#include "process/ServerInstance.h"
+#include "process/ServerLink.h"
+#include "process/ServerRequests.h"
+#include "protocol/Message.h"
+#include "session/Operations.h"
+#include "session/ResultCodes.h"
+#include "support/Patience.h"
+
+#include <aclapi.h>
+
+namespace Kestrany::Agent {
+
+namespace {
+
+using namespace IdentityServices;
+
+constexpr std::int64_t Limit = OrlindexTest::PatienceMilliseconds;
+
+/// Waits until the server has ended a connection on which it sends nothing.
+bool Ends(HANDLE pipe)
+{
+    char byte = 0;
+    PendingOperation reading;
+    if (!ReadFile(pipe, &byte, 1, nullptr, reading.Get()) && GetLastError() != ERROR_IO_PENDING)
+        return true;
+    return !reading.Finish(pipe, Deadline(Limit)) && GetLastError() == ERROR_BROKEN_PIPE;
+}
+
+class SharedLoginTest : public testing::Test
+{
+protected:
+    SharedLoginTest()
+    {
+        ProductConfig product;
+        product.SetOAuth2ClientID("tests");
+        client.SetProductConfig(TALIX_SERVER_PRODUCTION, product);
+        client.AddObserver(&observer);
+        module.Initialize(false);
+    }
+    ~SharedLoginTest() override
+    {
+        module.Uninitialize();
+        servers.QuitSSOServerProcess(Limit);
+    }
+
+    IdErrorCode LogIn()
+    {
+        int detail = -1;
+        return client.Login(detail);
+    }
+
+    static Handle OpenServer()
+    {
+        const auto id = FindServer(DefaultIdentity);
+        return Handle(id ? OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, *id) : nullptr);
+    }
+
+    /// Kills the server, and waits until another one serves: the host starts it without being asked.
+    static bool ReplaceServer()
+    {
+        const Handle ready(CreateEventW(nullptr, TRUE, FALSE, ReadyEventName(DefaultIdentity).c_str()));
+        const Handle server = OpenServer();
+        ResetEvent(ready.get());
+        TerminateProcess(server.get(), 9);
+        return WaitForSingleObject(ready.get(), static_cast<DWORD>(Limit)) == WAIT_OBJECT_0;
+    }
+
+    ISSOClient& client = *PluginFactory().GetSSOClient();
+    ISSOClientModule& module = *PluginFactory().GetSSOClientModule();
+    ISSOServerManager& servers = *PluginFactory().GetSSOServerManager();
+    EventRecorder observer;
+};
+
+TEST_F(SharedLoginTest, FourHostsShareALoginAndEachHearsOfIt)
+{
+    std::vector<std::unique_ptr<OtherHost>> hosts;
+    for (const char* name : {"one", "two", "three", "four"})
+        hosts.push_back(std::make_unique<OtherHost>("watch", std::vector<std::string>{name}));
+    for (const auto& host : hosts)
+        ASSERT_TRUE(host->HasArrived());
+    ASSERT_EQ(LogIn(), IdSuccess);
+    int result = 0;
+    ASSERT_EQ(client.Logout(result, TALIX_LOGOUT_FORCE), IdSuccess);
+    for (const auto& host : hosts)
+        host->Leave();
+    for (const auto& host : hosts)
+        EXPECT_EQ(host->ExitCode(), 0u);
+    client.DispatchEvent();
+    EXPECT_EQ(observer.kinds, (std::vector<std::string>{"LoggedIn", "TokenAvailable", "LoggedOut"}));
+}
+
+TEST_F(SharedLoginTest, AHostWhoseServerDiedStartsAnotherAndHearsThatTheLoginIsRestored)
+{
+    ASSERT_EQ(LogIn(), IdSuccess);
+    client.DispatchEvent();
+    observer.kinds.clear();
+    ASSERT_TRUE(ReplaceServer());
+    EXPECT_TRUE(client.IsLoginValid());
+    client.DispatchEvent();
+    EXPECT_EQ(observer.kinds, std::vector<std::string>{"LoginRestored"});
+}
+
+TEST_F(SharedLoginTest, ALaterServerHasTheDataFolderOfTheFirst)
+{
+    ASSERT_EQ(LogIn(), IdSuccess);
+    const std::wstring folder = SettingsFolder();
+    ASSERT_TRUE(SetEnvironmentVariableW(SettingsFolderVariable, (folder + L"-other").c_str()));
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    EXPECT_TRUE(client.IsLoginValid());
+    SetEnvironmentVariableW(SettingsFolderVariable, folder.c_str());
+}
+
+TEST_F(SharedLoginTest, AServerThatWasToldToQuitStaysAwayUntilItIsNeeded)
+{
+    ASSERT_EQ(LogIn(), IdSuccess);
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    const Handle ready(CreateEventW(nullptr, TRUE, FALSE, ReadyEventName(DefaultIdentity).c_str()));
+    EXPECT_EQ(WaitForSingleObject(ready.get(), 500), static_cast<DWORD>(WAIT_TIMEOUT));
+    EXPECT_TRUE(client.IsLoginValid()) << "asked, the host starts it";
+    EXPECT_TRUE(FindServer(DefaultIdentity));
+}
+
+TEST_F(SharedLoginTest, WithoutAServerApplicationTheCodeSaysSo)
+{
+    module.Uninitialize();
+    servers.QuitSSOServerProcess(Limit);
+    servers.ConfigureServerApp(L"C:\\nowhere", L"C:\\nowhere\\Pellwick.exe");
+    EXPECT_EQ(LogIn(), IdServerUnavailable);
+    EXPECT_FALSE(client.IsLoggedIn());
+    int result = 0;
+    EXPECT_EQ(client.Logout(result, TALIX_LOGOUT_DEFAULT), IdServerUnavailable);
+    EXPECT_EQ(client.ShowAccountSettings(result), IdServerUnavailable);
+    EXPECT_EQ(client.SetLoginMode(TALIX_LOGIN_MODE_DEFAULT), IdServerUnavailable);
+    ConfigureServer(DefaultIdentity);
+    EXPECT_EQ(LogIn(), IdSuccess) << "nothing is remembered";
+}
+
+TEST_F(SharedLoginTest, AServerOfAnotherInstallationIsNotUsed)
+{
+    const std::wstring copy = SettingsFolder() + L"\\Pellwick.exe";
+    ASSERT_TRUE(CopyFileW(ServerFile().c_str(), copy.c_str(), FALSE));
+    servers.ConfigureServerApp(SettingsFolder().c_str(), copy.c_str());
+    EXPECT_EQ(LogIn(), IdServerUnavailable);
+    ConfigureServer(DefaultIdentity);
+    EXPECT_EQ(LogIn(), IdSuccess);
+}
+
+TEST_F(SharedLoginTest, AServerIsTheSameByEveryPathToItsFile)
+{
+    module.Uninitialize();
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    const std::wstring folder = SettingsFolder();
+    const std::wstring file = folder + L"\\Pellwick.exe";
+    const std::wstring link = folder + L"\\Link.exe";
+    ASSERT_TRUE(CopyFileW(ServerFile().c_str(), file.c_str(), FALSE)) << GetLastError();
+    ASSERT_TRUE(CreateHardLinkW(link.c_str(), file.c_str(), nullptr)) << GetLastError();
+
+    servers.ConfigureServerApp(folder.c_str(), file.c_str());
+    module.Initialize(false);
+    ASSERT_TRUE(FindServer(DefaultIdentity));
+    servers.ConfigureServerApp(folder.c_str(), link.c_str());
+    EXPECT_EQ(LogIn(), IdSuccess);
+    ConfigureServer(DefaultIdentity);
+}
+
+TEST_F(SharedLoginTest, ALogoutDuringAReconnectionIsHeardOf)
+{
+    ASSERT_EQ(LogIn(), IdSuccess);
+    client.DispatchEvent();
+    observer.kinds.clear();
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    // What the logout of another host at a further server leaves.
+    char name[128] = "";
+    ASSERT_GT(servers.GetSSOServerName(name, sizeof name), 0);
+    ASSERT_TRUE(DeleteFileW(LoginFile(name, TALIX_SERVER_PRODUCTION).c_str()));
+    EXPECT_FALSE(client.IsLoggedIn());
+    client.DispatchEvent();
+    EXPECT_EQ(observer.kinds, std::vector<std::string>{"LoggedOut"});
+}
+
+TEST_F(SharedLoginTest, AServerThatQuitsIsNotReady)
+{
+    LinkPipe pipe(OpenPrivatePipe(HostPipeName(DefaultIdentity), Deadline(Limit)));
+    Request request;
+    request.operation = Operations::Attach;
+    request.caller.server = TALIX_SERVER_PRODUCTION;
+    request.arguments["protocol"] = ProtocolVersion;
+    request.arguments["identity"] = "Other";
+    const Deadline deadline(Limit);
+    ASSERT_TRUE(pipe.Write(WriteRequest(request), deadline));
+    ASSERT_TRUE(pipe.Read(&deadline));
+    EXPECT_TRUE(IsServerReady(DefaultIdentity));
+    // It waits a little for hosts that do not leave, as this one.
+    servers.QuitSSOServerProcess(0);
+    const std::optional<std::string> last = pipe.Read(&deadline);
+    ASSERT_TRUE(last);
+    EXPECT_TRUE(ReadServerMessage(*last)->quits);
+    EXPECT_FALSE(IsServerReady(DefaultIdentity));
+    EXPECT_TRUE(FindServer(DefaultIdentity));
+    EXPECT_EQ(LogIn(), IdSuccess) << "waits for its end, and starts another";
+}
+
+TEST_F(SharedLoginTest, HostsThatComeAsTheServerEndsAreServed)
+{
+    module.Uninitialize();
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    const char* const arguments[] = {"--idle-after", "1"};
+    servers.SetSSOServerProcessArguments(arguments, 2);
+    std::mt19937 random(20'260'101); // The same each time.
+    for (int round = 0; round < 8; ++round)
+    {
+        ASSERT_EQ(LogIn(), IdSuccess) << round;
+        const Handle server = OpenServer();
+        module.Uninitialize();
+        // About its last moment, before or after.
+        WaitForSingleObject(server.get(), 990 + random() % 20);
+    }
+    servers.SetSSOServerProcessArguments(nullptr, 0);
+}
+
+TEST_F(SharedLoginTest, AKeyThatCannotBeReadIsNotReplaced)
+{
+    ASSERT_EQ(LogIn(), IdSuccess);
+    wchar_t token[4096] = L"";
+    ASSERT_EQ(client.GetOAuth2AccessToken(token, 4096, false), IdSuccess);
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    const std::wstring file = SettingsFolder() + L"\\signing-key.protected";
+    const std::optional<std::string> key = ReadWholeFile(file, 65'536);
+    ASSERT_TRUE(key);
+    std::int64_t processId = 0;
+    {
+        const Handle inUse = OwnValid(
+            CreateFileW(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        ASSERT_TRUE(inUse);
+        EXPECT_FALSE(servers.StartSSOServerProcess(Limit, processId));
+    }
+    ASSERT_TRUE(ReplaceWholeFile(file, "damaged"));
+    EXPECT_FALSE(servers.StartSSOServerProcess(Limit, processId));
+    EXPECT_EQ(ReadWholeFile(file, 65'536), "damaged");
+    wchar_t next[4096] = L"";
+    ASSERT_TRUE(ReplaceWholeFile(file, *key));
+    EXPECT_EQ(client.GetOAuth2AccessToken(next, 4096, false), IdSuccess);
+    EXPECT_STREQ(next, token);
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    ASSERT_TRUE(DeleteFileW(file.c_str()));
+    EXPECT_EQ(client.GetOAuth2AccessToken(next, 4096, false), IdSuccess);
+    EXPECT_STRNE(next, token) << "issued anew with the new key";
+}
+
+TEST_F(SharedLoginTest, AServerWithoutHostsEndsAfterItsIdleTime)
+{
+    module.Uninitialize();
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    const char* const arguments[] = {"--idle-after", "1"};
+    servers.SetSSOServerProcessArguments(arguments, 2);
+    ASSERT_EQ(LogIn(), IdSuccess);
+    const Handle server = OpenServer();
+    ASSERT_TRUE(server);
+    const Handle stranger = OpenPrivatePipe(HostPipeName(DefaultIdentity), Deadline(Limit));
+    EXPECT_TRUE(stranger) << "who never says what it is";
+    EXPECT_EQ(WaitForSingleObject(server.get(), 1500), static_cast<DWORD>(WAIT_TIMEOUT)) << "a host is there";
+    module.Uninitialize();
+    EXPECT_EQ(WaitForSingleObject(server.get(), static_cast<DWORD>(Limit)), WAIT_OBJECT_0);
+    EXPECT_TRUE(client.IsLoginValid()) << "the next one knows the login";
+    servers.SetSSOServerProcessArguments(nullptr, 0);
+}
+
+TEST_F(SharedLoginTest, AFrozenServerCostsTheLimitAndNoMore)
+{
+    ASSERT_EQ(LogIn(), IdSuccess);
+    const auto processId = FindServer(DefaultIdentity);
+    ASSERT_TRUE(processId);
+    ASSERT_TRUE(FreezeServer(*processId, Limit));
+    const ULONGLONG start = GetTickCount64();
+    talix_user_info info{};
+    EXPECT_EQ(client.GetUserInfo(&info), IdServerTimedOut);
+    EXPECT_LT(GetTickCount64() - start, static_cast<ULONGLONG>(Limit));
+    ASSERT_TRUE(ThawServer(*processId, Limit));
+    EXPECT_EQ(client.GetUserInfo(&info), IdSuccess);
+}
+
+TEST_F(SharedLoginTest, OnlyTheUserMayOpenThePipe)
+{
+    const Handle pipe = OpenPrivatePipe(HostPipeName(DefaultIdentity), Deadline(Limit));
+    ASSERT_TRUE(pipe);
+    PACL list = nullptr;
+    PSID owner = nullptr;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    ASSERT_EQ(GetSecurityInfo(pipe.get(), SE_KERNEL_OBJECT, OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION,
+                              &owner, nullptr, &list, nullptr, &descriptor),
+              static_cast<DWORD>(ERROR_SUCCESS));
+    ASSERT_NE(list, nullptr);
+    ASSERT_EQ(list->AceCount, 1);
+    void* entry = nullptr;
+    ASSERT_TRUE(GetAce(list, 0, &entry));
+    EXPECT_TRUE(EqualSid(&static_cast<ACCESS_ALLOWED_ACE*>(entry)->SidStart, owner));
+    LocalFree(descriptor);
+}
+
+TEST_F(SharedLoginTest, AServerWhosePipeHasAnotherOwnerEndsWithoutServing)
+{
+    module.Uninitialize();
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    const Handle squatter = CreatePrivatePipe(HostPipeName(DefaultIdentity), PipeKind::Bytes, true, 2, 4096);
+    ASSERT_TRUE(squatter);
+    EXPECT_EQ(LogIn(), IdServerUnavailable) << "and this process, which has the name, is not believed";
+    // Some systems make a further first instance all the same; the server cannot notice there.
+    std::int64_t processId = 0;
+    const bool noticed = !CreatePrivatePipe(HostPipeName(DefaultIdentity), PipeKind::Bytes, true, 2, 4096);
+    EXPECT_EQ(servers.StartSSOServerProcess(Limit, processId), !noticed);
+}
+
+TEST_F(SharedLoginTest, ConnectionsThatNeverAttachKeepNoHostOut)
+{
+    module.Uninitialize();
+    ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
+    std::int64_t processId = 0;
+    ASSERT_TRUE(servers.StartSSOServerProcess(Limit, processId));
+    std::vector<Handle> silent;
+    for (int count = 0; count < 300; ++count)
+    {
+        silent.push_back(OpenPrivatePipe(HostPipeName(DefaultIdentity), Deadline(Limit)));
+        ASSERT_TRUE(silent.back()) << count;
+    }
+    EXPECT_EQ(LogIn(), IdSuccess);
+    EXPECT_TRUE(client.IsLoginValid());
+    EXPECT_TRUE(Ends(silent.front().get())) << "the oldest is sent away";
+}
+
+TEST_F(SharedLoginTest, WhatIsNoMessageDoesNotStopTheServer)
+{
+    ASSERT_EQ(LogIn(), IdSuccess);
+    for (const std::string& bytes : {std::string("\xFF\xFF\xFF\xFFx"), std::string("\2\0\0\0{}", 6),
+                                     std::string("\5\0\0\0hello", 9), std::string("\1", 1)})
+    {
+        const Handle pipe = OpenPrivatePipe(HostPipeName(DefaultIdentity), Deadline(Limit));
+        ASSERT_TRUE(pipe);
+        PendingOperation operation;
+        WriteFile(pipe.get(), bytes.data(), static_cast<DWORD>(bytes.size()), nullptr, operation.Get());
+        EXPECT_TRUE(operation.Finish(pipe.get(), Deadline(Limit)));
+        EXPECT_TRUE(client.IsLoginValid());
+    }
+}
+
+} // namespace
+
+} // namespace Kestrany::Agent
