@@ -9,6 +9,9 @@ namespace Kestrany::Agent {
 /// other, so that tests run side by side.
 inline constexpr wchar_t SettingsFolderVariable[] = L"PELLWICK_SIMULATOR_DATA";
 
+/// Environment variable that names the scenario file of the simulated source.
+inline constexpr wchar_t ScenarioVariable[] = L"PELLWICK_SCENARIO";
+
 /// The user's own folder of the identity services; empty when the user has no local application data.
 std::wstring DataFolder();
 

@@ -2,6 +2,7 @@
 #define AGENT_PLATFORM_LOGFILE_H
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "base/LogLevel.h"
@@ -9,7 +10,10 @@
 
 namespace Kestrany::Agent {
 
-/// Where the simulator's processes write their messages; empty when the user has no local application data.
+/// Receives the messages of a process.
+using LogSink = std::function<void(TALIXLog::LogLevel, const std::string&)>;
+
+/// The log file of all processes of the agent; empty if the user has no local application data.
 std::wstring DefaultLogFile();
 
 /// A UTF-8 text file to which several processes append whole lines. A file that has grown to its limit becomes the old

@@ -7,7 +7,7 @@
 
 #include <bcrypt.h>
 
-#include "platform/Digest.h"
+#include "platform/Crypto.h"
 
 namespace Kestrany::Agent {
 

@@ -3,12 +3,11 @@
 #include <string>
 #include <utility>
 
+#include "identity/LoginService.h"
 #include "platform/Text.h"
-#include "plugin/Barrier.h"
+#include "plugin/NoThrow.h"
 #include "plugin/ProductTexts.h"
-#include "plugin/TextIn.h"
-#include "plugin/TextOut.h"
-#include "session/ServerNames.h"
+#include "plugin/Texts.h"
 
 namespace Kestrany::Agent {
 
@@ -16,7 +15,7 @@ using IdentityServices::ApiFeature;
 using IdentityServices::IObserver;
 using IdentityServices::ProductConfig;
 
-Client::Client(Session& session, EventQueue& events, RemoteLogins& logins, ServerLink& link, LogSink log)
+Client::Client(Session& session, EventQueue& events, RemoteLogins& logins, ServerConnection& link, LogSink log)
     : log_(std::move(log)), session_(session), events_(events), logins_(logins), link_(link)
 {
 }
@@ -35,7 +34,7 @@ void Client::End()
 
 IdErrorCode Client::GetProductConfig(Server server, ProductConfig& config)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         ProductSettings product;
         const IdErrorCode code = session_.GetProduct(server, product);
         if (code == IdSuccess)
@@ -46,7 +45,7 @@ IdErrorCode Client::GetProductConfig(Server server, ProductConfig& config)
 
 IdErrorCode Client::SetProductConfig(Server server, const ProductConfig& config)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         ProductSettings product;
         IdErrorCode code = ReadProduct(config, product);
         if (code == IdSuccess)
@@ -57,7 +56,7 @@ IdErrorCode Client::SetProductConfig(Server server, const ProductConfig& config)
 
 IdErrorCode Client::GetUserInfo(talix_user_info* info)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         if (info == nullptr)
             return IdFailed;
         Account account;
@@ -74,7 +73,7 @@ IdErrorCode Client::GetUserInfo(talix_user_info* info)
 
 IdErrorCode Client::GetSessionUri(const wchar_t* uri, std::uint16_t flag, wchar_t* buffer, int capacity)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         std::string target;
         std::string address;
         IdErrorCode code = TakeAddress(uri, target);
@@ -86,12 +85,12 @@ IdErrorCode Client::GetSessionUri(const wchar_t* uri, std::uint16_t flag, wchar_
 
 bool Client::IsOAuth2TokenAvailable()
 {
-    return Guarded(false, [&] { return session_.IsTokenAvailable(); });
+    return NoThrow(false, [&] { return session_.IsTokenAvailable(); });
 }
 
 IdErrorCode Client::GetOAuth2AccessToken(wchar_t* buffer, int capacity, bool wait)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         std::string token;
         const IdErrorCode code = session_.GetAccessToken(token, wait);
         return code == IdSuccess ? CopyWide(token, buffer, capacity) : code;
@@ -100,52 +99,52 @@ IdErrorCode Client::GetOAuth2AccessToken(wchar_t* buffer, int capacity, bool wai
 
 bool Client::IsLoggedIn()
 {
-    return Guarded(false, [&] { return session_.IsLoggedIn(); });
+    return NoThrow(false, [&] { return session_.IsLoggedIn(); });
 }
 
 std::uint32_t Client::GetOAuth2AccessTokenExpiryDate()
 {
-    return Guarded(std::uint32_t{0}, [&] { return session_.TokenExpiry(); });
+    return NoThrow(std::uint32_t{0}, [&] { return session_.TokenExpiry(); });
 }
 
 bool Client::IsOAuth2TokenExpired()
 {
-    return Guarded(true, [&] { return session_.IsTokenExpired(); });
+    return NoThrow(true, [&] { return session_.IsTokenExpired(); });
 }
 
 std::uint32_t Client::GetLoginExpiryDate()
 {
-    return Guarded(std::uint32_t{0}, [&] { return session_.LoginExpiry(); });
+    return NoThrow(std::uint32_t{0}, [&] { return session_.LoginExpiry(); });
 }
 
 bool Client::IsLoginExpired()
 {
-    return Guarded(false, [&] { return session_.IsLoginExpired(); });
+    return NoThrow(false, [&] { return session_.IsLoginExpired(); });
 }
 
 bool Client::IsLoginValid()
 {
-    return Guarded(false, [&] { return session_.IsLoginValid(); });
+    return NoThrow(false, [&] { return session_.IsLoginValid(); });
 }
 
 IdErrorCode Client::RefreshOAuth2Token(bool flag)
 {
-    return Guarded(IdFailed, [&] { return Done("Token refresh", session_.RefreshToken(flag)); });
+    return NoThrow(IdFailed, [&] { return Done("Token refresh", session_.RefreshToken(flag)); });
 }
 
 Server Client::GetServer()
 {
-    return Guarded(TALIX_SERVER_UNAVAILABLE, [&] { return session_.GetServer(); });
+    return NoThrow(TALIX_SERVER_UNAVAILABLE, [&] { return session_.GetServer(); });
 }
 
 IdErrorCode Client::SetServer(Server server)
 {
-    return Guarded(IdFailed, [&] { return Done("Change of server", session_.SetServer(server)); });
+    return NoThrow(IdFailed, [&] { return Done("Change of server", session_.SetServer(server)); });
 }
 
 IdErrorCode Client::Logout(int& result, talix_logout_flags flags)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         if (const IdErrorCode code = session_.CheckLoggedIn(); code != IdSuccess)
         {
             // Who waits for a user to sign in does not, any more.
@@ -165,7 +164,7 @@ IdErrorCode Client::Logout(int& result, talix_logout_flags flags)
 
 IdErrorCode Client::AddObserver(IObserver* observer)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         if (observer == nullptr)
             return IdFailed;
         observers_.Add(observer);
@@ -175,7 +174,7 @@ IdErrorCode Client::AddObserver(IObserver* observer)
 
 IdErrorCode Client::RemoveObserver(IObserver* observer)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         if (observer == nullptr)
             return IdFailed;
         observers_.Remove(observer);
@@ -185,7 +184,7 @@ IdErrorCode Client::RemoveObserver(IObserver* observer)
 
 IdErrorCode Client::HasProxyInfo(const char* host, unsigned int port)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         std::string name;
         if (const IdErrorCode code = TakeNarrow(host, name); code != IdSuccess)
             return code;
@@ -195,7 +194,7 @@ IdErrorCode Client::HasProxyInfo(const char* host, unsigned int port)
 
 IdErrorCode Client::GetProxyInfo(const char* host, unsigned int port, talix_proxy_info* info)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         if (info == nullptr)
             return IdInvalidProxyRecord;
         std::string name;
@@ -215,7 +214,7 @@ IdErrorCode Client::GetProxyInfo(const char* host, unsigned int port, talix_prox
 
 IdErrorCode Client::SetProxyInfo(const talix_proxy_info* info)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         if (info == nullptr)
             return IdInvalidProxyRecord;
         ProxySettings proxy;
@@ -231,7 +230,7 @@ IdErrorCode Client::SetProxyInfo(const talix_proxy_info* info)
 
 IdErrorCode Client::ClearProxyInfo()
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         proxies_.Clear();
         return IdSuccess;
     });
@@ -239,7 +238,7 @@ IdErrorCode Client::ClearProxyInfo()
 
 IdErrorCode Client::GetProfileInfo(char* out, int* size)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         if (size == nullptr)
             return IdFailed;
         Account account;
@@ -269,7 +268,7 @@ TALIXEnvironment Client::GetEnvironment()
 
 talix_status_code Client::DispatchEvent()
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         observers_.Deliver(events_);
         return IdSuccess;
     });
@@ -277,12 +276,12 @@ talix_status_code Client::DispatchEvent()
 
 bool Client::HasEvent()
 {
-    return Guarded(false, [&] { return events_.Size() > 0; });
+    return NoThrow(false, [&] { return events_.Size() > 0; });
 }
 
 IdErrorCode Client::AutomatedLogin(const wchar_t* user, const wchar_t* secret, bool flag, const wchar_t* context)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         std::string userName;
         std::string password;
         IdErrorCode code = TakeWide(user, userName);
@@ -297,7 +296,7 @@ IdErrorCode Client::AutomatedLogin(const wchar_t* user, const wchar_t* secret, b
 
 IdErrorCode Client::Login(int& result)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         auto detail = LoginDetail::NotLoggedIn;
         const IdErrorCode code = session_.Login(detail);
         result = static_cast<int>(detail);
@@ -307,7 +306,7 @@ IdErrorCode Client::Login(int& result)
 
 IdErrorCode Client::ShowAccountSettings(int& result)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         const IdErrorCode code = session_.CheckLoggedIn();
         if (code == IdSuccess)
             result = 0;
@@ -317,7 +316,7 @@ IdErrorCode Client::ShowAccountSettings(int& result)
 
 IdErrorCode Client::OverrideCallConfig(int interval, int failInterval, int minJitter, int maxJitter, const char* url)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         std::string address;
         IdErrorCode code = TakeNarrow(url, address);
         if (code == IdSuccess)
@@ -329,7 +328,7 @@ IdErrorCode Client::OverrideCallConfig(int interval, int failInterval, int minJi
 IdErrorCode Client::OverrideBackoffConfig(int initialInterval, int maxInterval, int multiplier, int maxRetries,
                                           int jitter)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         const BackoffSettings settings{initialInterval, maxInterval, multiplier, maxRetries, jitter};
         return Done("Backoff configuration", calls_.Override(settings));
     });
@@ -339,12 +338,12 @@ bool Client::IsApiAvailable(ApiFeature feature)
 {
     const bool known =
         feature == IdentityServices::ApiFeatureIdToken || feature == IdentityServices::ApiFeatureLoginMode;
-    return Guarded(false, [&] { return known && CheckOffered(feature) == IdSuccess; });
+    return NoThrow(false, [&] { return known && CheckOffered(feature) == IdSuccess; });
 }
 
 IdErrorCode Client::GetOAuth2IdToken(wchar_t* buffer, int capacity)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         std::string token;
         const IdErrorCode code = session_.GetIdToken(token);
         return code == IdSuccess ? CopyWide(token, buffer, capacity) : code;
@@ -353,7 +352,7 @@ IdErrorCode Client::GetOAuth2IdToken(wchar_t* buffer, int capacity)
 
 IdErrorCode Client::SetLoginMode(talix_login_mode mode)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         const IdErrorCode code = CheckOffered(IdentityServices::ApiFeatureLoginMode);
         return Done("Login mode", code == IdSuccess ? session_.SetLoginMode(mode) : code);
     });
@@ -361,7 +360,7 @@ IdErrorCode Client::SetLoginMode(talix_login_mode mode)
 
 IdErrorCode Client::GetLoginMode(talix_login_mode& mode)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         mode = session_.GetLoginMode();
         return IdSuccess;
     });

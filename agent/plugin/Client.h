@@ -1,14 +1,14 @@
 #ifndef AGENT_PLUGIN_CLIENT_H
 #define AGENT_PLUGIN_CLIENT_H
 
+#include "connection/RemoteLogins.h"
 #include "load/contract/ISSOClient.h"
+#include "plugin/CallPolicy.h"
+#include "plugin/EventQueue.h"
 #include "plugin/Observers.h"
-#include "process/ServerLink.h"
-#include "protocol/RemoteLogins.h"
-#include "session/CallPolicy.h"
-#include "session/EventQueue.h"
-#include "session/ProxyStore.h"
-#include "session/Session.h"
+#include "plugin/ProxyStore.h"
+#include "plugin/ServerConnection.h"
+#include "plugin/Session.h"
 
 namespace Kestrany::Agent {
 
@@ -16,7 +16,7 @@ namespace Kestrany::Agent {
 class Client final : public IdentityServices::ISSOClient
 {
 public:
-    Client(Session& session, EventQueue& events, RemoteLogins& logins, ServerLink& link, LogSink log);
+    Client(Session& session, EventQueue& events, RemoteLogins& logins, ServerConnection& link, LogSink log);
 
     /// A new start of the host: it connects to its server process, which says who is signed in.
     void Begin();
@@ -83,7 +83,7 @@ private:
     Session& session_;
     EventQueue& events_;
     RemoteLogins& logins_;
-    ServerLink& link_;
+    ServerConnection& link_;
     Observers observers_;
     ProxyStore proxies_;
     CallPolicy calls_;

@@ -2,9 +2,8 @@
 
 #include <utility>
 
-#include "plugin/Barrier.h"
-#include "plugin/TextIn.h"
-#include "plugin/TextOut.h"
+#include "plugin/NoThrow.h"
+#include "plugin/Texts.h"
 
 namespace Kestrany::Agent {
 
@@ -15,7 +14,7 @@ ClientModule::ClientModule(Client& client, LogSink log)
 
 void ClientModule::Initialize(bool)
 {
-    Guarded([&] {
+    NoThrow([&] {
         log_(TALIXLog::Info, "PellwickClient " AGENT_VERSION " started");
         client_.Begin();
     });
@@ -23,7 +22,7 @@ void ClientModule::Initialize(bool)
 
 void ClientModule::Uninitialize()
 {
-    Guarded([&] {
+    NoThrow([&] {
         client_.End();
         log_(TALIXLog::Info, "PellwickClient " AGENT_VERSION " ended");
     });
@@ -31,7 +30,7 @@ void ClientModule::Uninitialize()
 
 int ClientModule::GetProductName(wchar_t* buffer, int capacity)
 {
-    return Guarded(0, [&] {
+    return NoThrow(0, [&] {
         const std::lock_guard lock(mutex_);
         return CopyWideLength(productName_, buffer, capacity);
     });
@@ -39,7 +38,7 @@ int ClientModule::GetProductName(wchar_t* buffer, int capacity)
 
 void ClientModule::SetProductName(const wchar_t* name)
 {
-    Guarded([&] {
+    NoThrow([&] {
         const std::lock_guard lock(mutex_);
         if (TakeWide(name, productName_) != IdSuccess)
             log_(TALIXLog::Warning, "Product name refused: null, empty or not UTF-16");

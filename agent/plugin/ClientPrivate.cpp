@@ -2,17 +2,17 @@
 
 #include <utility>
 
+#include "connection/ServerRequests.h"
+#include "identity/LoginFile.h"
+#include "identity/LoginService.h"
 #include "platform/DataProtection.h"
 #include "platform/Folders.h"
 #include "platform/Text.h"
-#include "plugin/Barrier.h"
+#include "plugin/NoThrow.h"
+#include "plugin/ProductSettings.h"
 #include "plugin/ProductTexts.h"
-#include "plugin/TextIn.h"
-#include "process/LoginFile.h"
-#include "process/ServerInstance.h"
-#include "process/ServerRequests.h"
-#include "session/ProductJson.h"
-#include "session/ServerNames.h"
+#include "plugin/Texts.h"
+#include "server/ServerInstance.h"
 
 namespace Kestrany::Agent {
 
@@ -29,7 +29,7 @@ constexpr std::int64_t AnswerLimit = 3000;
 template <class Text, class Work>
 const typename Text::value_type* Answered(Text& kept, Work&& work) noexcept
 {
-    kept = Guarded(Text(), std::forward<Work>(work));
+    kept = NoThrow(Text(), std::forward<Work>(work));
     return kept.c_str();
 }
 
@@ -58,7 +58,7 @@ const wchar_t* ClientPrivate::ServerToServerName(Server server)
 
 Server ClientPrivate::ServerNameToServer(const wchar_t* name)
 {
-    return Guarded(TALIX_SERVER_UNAVAILABLE, [&] {
+    return NoThrow(TALIX_SERVER_UNAVAILABLE, [&] {
         std::string narrow;
         return TakeWide(name, narrow) == IdSuccess ? ServerOfName(narrow) : TALIX_SERVER_UNAVAILABLE;
     });
@@ -85,12 +85,12 @@ const wchar_t* ClientPrivate::GetSettingsPath()
 
 void ClientPrivate::GetActiveOAuth2TokenRefreshRetrySchedule(StdUtil::RetrySchedule& schedule)
 {
-    Guarded([&] { schedule = retries_.Active(); });
+    NoThrow([&] { schedule = retries_.Active(); });
 }
 
 bool ClientPrivate::SetOAuth2TokenRefreshRetrySchedule(const StdUtil::RetrySchedule& schedule)
 {
-    return Guarded(false, [&] {
+    return NoThrow(false, [&] {
         const bool valid = retries_.Replace(schedule);
         if (!valid)
             log_(TALIXLog::Warning, "Retry schedule refused: a value is out of range");
@@ -115,12 +115,12 @@ const wchar_t* ClientPrivate::GetLoginStateCacheFile(const wchar_t* name, Server
 
 bool ClientPrivate::LoadLoginFromCache(bool flag)
 {
-    return Guarded(false, [&] { return session_.Restore(flag) == IdSuccess; });
+    return NoThrow(false, [&] { return session_.Restore(flag) == IdSuccess; });
 }
 
 void ClientPrivate::RaiseEvent(IdServicesEvent event, bool flag)
 {
-    Guarded([&] { events_.Push({event, flag ? IdSuccess : IdFailed, session_.GetServer()}); });
+    NoThrow([&] { events_.Push({event, flag ? IdSuccess : IdFailed, session_.GetServer()}); });
 }
 
 const char* ClientPrivate::ToJsonString(Server server, const ProductConfig* config)
@@ -136,7 +136,7 @@ const char* ClientPrivate::ToJsonString(Server server, const ProductConfig* conf
 
 bool ClientPrivate::FromJsonString(Server* server, ProductConfig* config, const char* json)
 {
-    return Guarded(false, [&] {
+    return NoThrow(false, [&] {
         std::string text;
         if (server == nullptr || config == nullptr || TakeNarrow(json, text) != IdSuccess)
             return false;
@@ -154,12 +154,12 @@ bool ClientPrivate::FromJsonString(Server* server, ProductConfig* config, const 
 
 bool ClientPrivate::Equals(const ProductConfig& left, const ProductConfig& right)
 {
-    return Guarded(false, [&] { return ReadTexts(left) == ReadTexts(right); });
+    return NoThrow(false, [&] { return ReadTexts(left) == ReadTexts(right); });
 }
 
 void ClientPrivate::LockLoginStateFile()
 {
-    Guarded([&] {
+    NoThrow([&] {
         if (!loginLock_.Lock(LoginLockFile(servers_.ServerIdentity())))
             log_(TALIXLog::Error, "Login state not locked: " + SystemMessage(GetLastError()));
     });
@@ -167,7 +167,7 @@ void ClientPrivate::LockLoginStateFile()
 
 void ClientPrivate::UnlockLoginStateFile()
 {
-    Guarded([&] {
+    NoThrow([&] {
         if (!loginLock_.Unlock())
             log_(TALIXLog::Warning, "Login state not unlocked: this process does not hold the lock");
     });
@@ -175,7 +175,7 @@ void ClientPrivate::UnlockLoginStateFile()
 
 bool ClientPrivate::Ping(std::map<std::string, std::string>& answers)
 {
-    return Guarded(false, [&] {
+    return NoThrow(false, [&] {
         const auto processId = FindServer(servers_.ProcessIdentity());
         if (!processId)
             return false;
@@ -195,12 +195,12 @@ bool ClientPrivate::Ping(std::map<std::string, std::string>& answers)
 
 void ClientPrivate::ClearEventQueue()
 {
-    Guarded([&] { events_.Clear(); });
+    NoThrow([&] { events_.Clear(); });
 }
 
 bool ClientPrivate::FreezeSSOServerProcess(FreezeCallback callback)
 {
-    return Guarded(false, [&] {
+    return NoThrow(false, [&] {
         const auto processId = FindServer(servers_.ProcessIdentity());
         if (!processId || !FreezeServer(*processId, AnswerLimit))
             return false;
@@ -217,12 +217,12 @@ bool ClientPrivate::FreezeSSOServerProcess(FreezeCallback callback)
 
 std::int64_t ClientPrivate::GetKillFrozenServerTimeout()
 {
-    return Guarded(std::int64_t{0}, [&] { return frozen_.KillSeconds(); });
+    return NoThrow(std::int64_t{0}, [&] { return frozen_.KillSeconds(); });
 }
 
 bool ClientPrivate::SetKillFrozenServerTimeout(std::int64_t seconds)
 {
-    return Guarded(false, [&] { return frozen_.SetKillSeconds(seconds); });
+    return NoThrow(false, [&] { return frozen_.SetKillSeconds(seconds); });
 }
 
 const char* ClientPrivate::GetSessionState()

@@ -3,11 +3,11 @@
 
 #include "load/contract/ISSOClientPrivate.h"
 #include "platform/FileLock.h"
+#include "plugin/CallPolicy.h"
+#include "plugin/EventQueue.h"
 #include "plugin/ServerManager.h"
-#include "process/FrozenServers.h"
-#include "session/EventQueue.h"
-#include "session/RetryPolicy.h"
-#include "session/Session.h"
+#include "plugin/Session.h"
+#include "server/FrozenServers.h"
 
 namespace Kestrany::Agent {
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "platform/Text.h"
-#include "plugin/Barrier.h"
+#include "plugin/NoThrow.h"
 
 namespace Kestrany::Agent {
 
@@ -13,7 +13,7 @@ PluginLogger::PluginLogger(const LogFile& file, std::string component) : file_(f
 
 void PluginLogger::Log(const wchar_t* message, TALIXLog::LogLevel level)
 {
-    Guarded([&] { file_.Write(component_, level, message == nullptr ? std::string() : ToDisplay(message)); });
+    NoThrow([&] { file_.Write(component_, level, message == nullptr ? std::string() : ToDisplay(message)); });
 }
 
 PluginLoggerSource::PluginLoggerSource(const LogFile& file) : file_(file) {}
@@ -21,7 +21,7 @@ PluginLoggerSource::PluginLoggerSource(const LogFile& file) : file_(file) {}
 IdentityServices::IPluginLogger* PluginLoggerSource::GetLogger(const wchar_t* name)
 {
     IdentityServices::IPluginLogger* const none = nullptr;
-    return Guarded(none, [&]() -> IdentityServices::IPluginLogger* {
+    return NoThrow(none, [&]() -> IdentityServices::IPluginLogger* {
         if (name == nullptr || !file_.IsOpen())
             return nullptr;
         const std::lock_guard lock(mutex_);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "plugin/Barrier.h"
+#include "plugin/NoThrow.h"
 
 namespace Kestrany::Agent {
 
@@ -89,7 +89,7 @@ void Observers::ForEach(const Call& call)
     {
         // An observer that was called before may have removed this one.
         if (Holds(observer))
-            Guarded([&] { call(*observer); });
+            NoThrow([&] { call(*observer); });
     }
 }
 

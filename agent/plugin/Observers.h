@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "orlindex/IObserver.h"
-#include "session/EventQueue.h"
+#include "plugin/EventQueue.h"
 
 namespace Kestrany::Agent {
 

@@ -20,10 +20,10 @@ Plugin::Plugin()
 {
 }
 
-ServerLink::Parts Plugin::LinkParts()
+ServerConnection::Parts Plugin::LinkParts()
 {
     // The link calls none of them before the first operation, when all members are there.
-    ServerLink::Parts parts;
+    ServerConnection::Parts parts;
     parts.target = [this] { return serverManager_.Target(); };
     parts.server = [this] { return session_.GetServer(); };
     parts.onEvent = [this](const LoginEvent& event) { session_.Receive(event); };
@@ -37,3 +37,16 @@ void Plugin::Log(TALIXLog::LogLevel level, const std::string& message) const
 }
 
 } // namespace Kestrany::Agent
+
+/// The library looks this function up by the name that the Microsoft compiler gives to this declaration.
+Kestrany::IdentityServices::ISSOClientFactory* GetSSOClientFactory()
+{
+    try
+    {
+        return &Kestrany::Agent::Plugin::Get();
+    }
+    catch (...)
+    {
+        return nullptr; // Out of memory; the library then reports that the client is unavailable.
+    }
+}

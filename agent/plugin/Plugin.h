@@ -32,14 +32,14 @@ private:
     Plugin();
     ~Plugin() = default;
 
-    ServerLink::Parts LinkParts();
+    ServerConnection::Parts LinkParts();
 
     const LogFile log_;
     const LogSink sink_;
     PluginLoggerSource loggers_;
     ServerManager serverManager_;
     EventQueue events_;
-    ServerLink link_;
+    ServerConnection link_;
     RemoteLogins logins_;
     Session session_;
     Client client_;

@@ -1,9 +1,9 @@
 #ifndef AGENT_PLUGIN_PRODUCTTEXTS_H
 #define AGENT_PLUGIN_PRODUCTTEXTS_H
 
+#include "identity/ResultCodes.h"
 #include "orlindex/ProductConfig.h"
-#include "session/ProductSettings.h"
-#include "session/ResultCodes.h"
+#include "plugin/ProductSettings.h"
 
 namespace Kestrany::Agent {
 

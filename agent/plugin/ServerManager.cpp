@@ -5,10 +5,9 @@
 #include <utility>
 
 #include "platform/Text.h"
-#include "plugin/Barrier.h"
-#include "plugin/TextIn.h"
-#include "plugin/TextOut.h"
-#include "process/ServerInstance.h"
+#include "plugin/NoThrow.h"
+#include "plugin/Texts.h"
+#include "server/ServerInstance.h"
 
 namespace Kestrany::Agent {
 
@@ -62,7 +61,7 @@ std::string ServerManager::ServerIdentity() const
     return serverIdentity_;
 }
 
-LinkTarget ServerManager::Target() const
+ServerTarget ServerManager::Target() const
 {
     const std::lock_guard lock(mutex_);
     return {executable_, processIdentity_, serverIdentity_, Widen(arguments_)};
@@ -70,7 +69,7 @@ LinkTarget ServerManager::Target() const
 
 void ServerManager::ConfigureServerApp(const wchar_t* location, const wchar_t* executableFile)
 {
-    Guarded([&] {
+    NoThrow([&] {
         const std::wstring directory = location == nullptr ? L"" : location;
         const std::wstring file = executableFile == nullptr ? L"" : executableFile;
         log_(TALIXLog::Info, "Server application: " + ToDisplay(file) + " in " + ToDisplay(directory));
@@ -92,7 +91,7 @@ void ServerManager::GetSSOServerAppExeFile(wchar_t* buffer, int capacity)
 
 void ServerManager::SetProcessIdentityName(const char* name)
 {
-    Guarded([&] {
+    NoThrow([&] {
         if (name == nullptr || !IsValidIdentity(name))
             return log_(TALIXLog::Warning, "Process identity name refused: 1 to 120 of A-Z a-z 0-9 . _ -");
         const std::lock_guard lock(mutex_);
@@ -102,12 +101,12 @@ void ServerManager::SetProcessIdentityName(const char* name)
 
 int ServerManager::GetSSOServerName(char* buffer, int capacity)
 {
-    return Guarded(0, [&] { return CopyNarrowLength(ServerIdentity(), buffer, capacity); });
+    return NoThrow(0, [&] { return CopyNarrowLength(ServerIdentity(), buffer, capacity); });
 }
 
 void ServerManager::SetServerIdentityName(const char* name)
 {
-    Guarded([&] {
+    NoThrow([&] {
         if (name == nullptr || !IsValidIdentity(name))
             return log_(TALIXLog::Warning, "Server identity name refused: 1 to 120 of A-Z a-z 0-9 . _ -");
         const std::lock_guard lock(mutex_);
@@ -117,13 +116,13 @@ void ServerManager::SetServerIdentityName(const char* name)
 
 int ServerManager::GetSSOEventServerName(char* buffer, int capacity)
 {
-    return Guarded(0, [&] { return CopyNarrowLength(ServerIdentity() + ".Events", buffer, capacity); });
+    return NoThrow(0, [&] { return CopyNarrowLength(ServerIdentity() + ".Events", buffer, capacity); });
 }
 
 bool ServerManager::StartSSOServerProcessWithArguments(const char* const* arguments, int count, std::int64_t timeout,
                                                        std::int64_t& processId)
 {
-    return Guarded(false, [&] {
+    return NoThrow(false, [&] {
         const std::optional<Arguments> taken = TakeArguments(arguments, count);
         if (!taken)
         {
@@ -136,7 +135,7 @@ bool ServerManager::StartSSOServerProcessWithArguments(const char* const* argume
 
 bool ServerManager::StartSSOServerProcess(std::int64_t timeout, std::int64_t& processId)
 {
-    return Guarded(false, [&] {
+    return NoThrow(false, [&] {
         Arguments arguments;
         {
             const std::lock_guard lock(mutex_);
@@ -148,7 +147,7 @@ bool ServerManager::StartSSOServerProcess(std::int64_t timeout, std::int64_t& pr
 
 bool ServerManager::GetSSOServerProcessArguments(char** buffers, int count)
 {
-    return Guarded(false, [&] {
+    return NoThrow(false, [&] {
         const std::lock_guard lock(mutex_);
         if (count < 0 || (buffers == nullptr && count > 0) || static_cast<std::size_t>(count) < arguments_.size())
             return false;
@@ -168,7 +167,7 @@ bool ServerManager::GetSSOServerProcessArguments(char** buffers, int count)
 
 void ServerManager::SetSSOServerProcessArguments(const char* const* arguments, int count)
 {
-    Guarded([&] {
+    NoThrow([&] {
         std::optional<Arguments> taken = TakeArguments(arguments, count);
         if (!taken)
             return log_(TALIXLog::Warning, "Server arguments refused: a null text, or one that is not UTF-8");
@@ -179,7 +178,7 @@ void ServerManager::SetSSOServerProcessArguments(const char* const* arguments, i
 
 bool ServerManager::IsSSOServerProcessRunning(std::int64_t& processId)
 {
-    return Guarded(false, [&] {
+    return NoThrow(false, [&] {
         const auto running = FindServer(ProcessIdentity());
         if (running)
             processId = *running;
@@ -189,22 +188,22 @@ bool ServerManager::IsSSOServerProcessRunning(std::int64_t& processId)
 
 bool ServerManager::IsSSOServerProcessReady()
 {
-    return Guarded(false, [&] { return IsServerReady(ProcessIdentity()); });
+    return NoThrow(false, [&] { return IsServerReady(ProcessIdentity()); });
 }
 
 bool ServerManager::QuitSSOServerProcess(std::int64_t timeout)
 {
-    return Guarded(false, [&] { return processes_.Quit(ProcessIdentity(), timeout); });
+    return NoThrow(false, [&] { return processes_.Quit(ProcessIdentity(), timeout); });
 }
 
 bool ServerManager::QuitAllSSOServerProcesses(std::int64_t timeout)
 {
-    return Guarded(false, [&] { return processes_.QuitAll(FileName(Executable()), timeout); });
+    return NoThrow(false, [&] { return processes_.QuitAll(FileName(Executable()), timeout); });
 }
 
 void ServerManager::SetSupportBothLocalAndAdmin(bool support)
 {
-    Guarded([&] {
+    NoThrow([&] {
         log_(TALIXLog::Info,
              std::string("Per-user and per-machine installations may both serve: ") + (support ? "yes" : "no"));
     });
@@ -229,7 +228,7 @@ std::wstring ServerManager::Executable() const
 
 void ServerManager::CopyExecutable(wchar_t* buffer, int capacity) const
 {
-    Guarded([&] {
+    NoThrow([&] {
         const std::wstring executable = Executable();
         if (buffer != nullptr && capacity > 0 && executable.size() < static_cast<std::size_t>(capacity))
             std::copy_n(executable.c_str(), executable.size() + 1, buffer);

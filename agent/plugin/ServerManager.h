@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "load/contract/ISSOServerManager.h"
-#include "process/ServerLink.h"
+#include "plugin/ServerConnection.h"
 
 namespace Kestrany::Agent {
 
@@ -24,7 +24,7 @@ public:
     /// The name of the server that this process talks to.
     std::string ServerIdentity() const;
     /// The server of this process, and how it is started.
-    LinkTarget Target() const;
+    ServerTarget Target() const;
 
     void Reserved0() override {}
     void Reserved1() override {}

@@ -13,8 +13,8 @@ constexpr std::size_t MaxWaiting = 4 * 1024 * 1024;
 
 } // namespace
 
-Connection::Connection(SignInService& service, Handle pipe)
-    : pipe_(std::move(pipe)), host_(service, [this](std::string message) { Send(std::move(message)); })
+Connection::Connection(HostRegistry& registry, Handle pipe)
+    : pipe_(std::move(pipe)), host_(registry, [this](std::string message) { Send(std::move(message)); })
 {
     // Operations that end in a call have no event: the place is free for their owner.
     read_.hEvent = this;

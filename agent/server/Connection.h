@@ -5,9 +5,9 @@
 #include <deque>
 #include <string>
 
+#include "connection/Message.h"
 #include "platform/Handle.h"
-#include "protocol/Frame.h"
-#include "protocol/ServiceHost.h"
+#include "server/HostSession.h"
 
 namespace Kestrany::Agent {
 
@@ -16,7 +16,7 @@ namespace Kestrany::Agent {
 class Connection
 {
 public:
-    Connection(SignInService& service, Handle pipe);
+    Connection(HostRegistry& registry, Handle pipe);
     /// Waits until the system has let go of the buffers.
     ~Connection();
     Connection(const Connection&) = delete;
@@ -26,7 +26,7 @@ public:
     bool IsOver() const { return over_ || host_.IsGivenUp() || (leaving_ && !writing_); }
     /// Somebody who came, and has not said that it is a host, does not keep the server running.
     bool IsHost() const { return host_.IsAttached(); }
-    void SayQuits() { host_.SayQuits(); }
+    void SendShutdown() { host_.SendShutdown(); }
 
 private:
     static constexpr std::size_t ReadSize = 16 * 1024;
@@ -52,7 +52,7 @@ private:
     FrameReader frames_;
     std::deque<std::string> waiting_; ///< Frames; the first one is on its way.
     std::size_t waitingSize_ = 0;
-    ServiceHost host_; ///< The last member: it sends through the others.
+    HostSession host_; ///< The last member: it sends through the others.
 };
 
 } // namespace Kestrany::Agent

@@ -3,8 +3,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "connection/PrivatePipe.h"
 #include "platform/Text.h"
-#include "process/PrivatePipe.h"
 
 namespace Kestrany::Agent {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "process/Pipe.h"
+#include "connection/Pipe.h"
 
 namespace Kestrany::Agent {
 

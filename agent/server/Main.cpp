@@ -5,20 +5,16 @@
 #include <exception>
 #include <utility>
 
+#include "platform/AtomicFile.h"
 #include "platform/Folders.h"
 #include "platform/LogFile.h"
-#include "platform/Random.h"
 #include "platform/Text.h"
-#include "platform/WholeFile.h"
-#include "process/CommandLine.h"
-#include "process/ServerExitCode.h"
-#include "process/ServerInstance.h"
-#include "process/ServerOptions.h"
-#include "process/ServerProcesses.h"
-#include "server/KeyStore.h"
-#include "server/LoginFiles.h"
-#include "server/ScenarioFile.h"
-#include "server/Service.h"
+#include "server/ChooseSource.h"
+#include "server/HostRegistry.h"
+#include "server/ServerApplication.h"
+#include "server/ServerInstance.h"
+#include "server/ServerOptions.h"
+#include "server/ServerProcesses.h"
 
 using namespace Kestrany;
 using namespace Kestrany::Agent;
@@ -56,15 +52,15 @@ int Fail(const LogFile& log, ServerExitCode code, const std::string& message)
     return code;
 }
 
-int CheckScenario(const std::string& file)
+int CheckScenarioFile(const std::string& file)
 {
-    const ScenarioChoice choice = LoadScenario(ToWide(file).value_or(std::wstring()));
-    if (choice.scenario)
+    const std::string problem = CheckScenario(ToWide(file).value_or(std::wstring()));
+    if (problem.empty())
     {
         std::printf("%s: valid\n", file.c_str());
         return ServerQuit;
     }
-    std::fprintf(stderr, "%s\n", choice.problem.c_str());
+    std::fprintf(stderr, "%s\n", problem.c_str());
     return ServerScenarioInvalid;
 }
 
@@ -78,23 +74,13 @@ int QuitOther(const LogFile& log, const std::string& identity)
     return processes.Quit(identity, limit) ? ServerQuit : ServerFailed;
 }
 
-SignInService MakeSignInService(const LogSink& sink)
+ServerParts MakeServerParts(const LogSink& sink)
 {
-    ScenarioChoice choice = ChooseScenario();
-    if (!choice.scenario)
-        sink(TALIXLog::Error, "Nobody can sign in: " + choice.problem);
-    else
-        sink(TALIXLog::Info, "Scenario: " + (choice.file.empty() ? std::string("built-in") : ToDisplay(choice.file)));
-
-    ServiceParts parts;
-    parts.clock = &std::chrono::system_clock::now;
-    parts.random = &SystemRandom;
-    parts.signer = OpenSigningKey(sink);
+    ServerParts parts;
     parts.ticks = [] { return static_cast<std::int64_t>(GetTickCount64()); };
-    parts.openStorage = [sink](const std::string& identity) { return LoginFiles::Open(identity, sink); };
     parts.warn = [sink](const std::string& message) { sink(TALIXLog::Warning, message); };
     parts.crash = [] { TerminateProcess(GetCurrentProcess(), ServerCrashed); };
-    return SignInService(std::move(choice.scenario), std::move(parts));
+    return parts;
 }
 
 int Serve(const LogFile& log, const ServerOptions& options)
@@ -113,14 +99,15 @@ int Serve(const LogFile& log, const ServerOptions& options)
         break;
     }
     RemoveUnfinishedFiles(SettingsFolder());
-    SignInService signIn = MakeSignInService(sink);
-    Service service(options.identity, {options.quitAfterSeconds, options.idleAfterSeconds}, signIn);
+    const std::unique_ptr<IdentitySource> source = ChooseIdentitySource(sink);
+    HostRegistry hosts(*source, MakeServerParts(sink));
+    ServerApplication application(options.identity, {options.quitAfterSeconds, options.idleAfterSeconds}, hosts);
     sink(TALIXLog::Info, "Serving as " + options.identity);
     instance.SetReady();
-    service.Run(instance.QuitEvent());
+    application.Run(instance.QuitEvent());
     instance.ResetReady();
     sink(TALIXLog::Info, "Quitting as " + options.identity);
-    service.SendAway();
+    application.DisconnectHosts();
     return ServerQuit;
 }
 
@@ -141,7 +128,7 @@ int main()
         return ServerQuit;
     }
     if (problem.empty() && !options.checkScenario.empty())
-        return CheckScenario(options.checkScenario);
+        return CheckScenarioFile(options.checkScenario);
     const LogFile log(DefaultLogFile());
     if (!problem.empty())
         return Fail(log, ServerUsage, problem + "; see Pellwick.exe --help");

@@ -2,9 +2,9 @@
 
 #include <json/json.h>
 
-#include "session/Account.h"
+#include "identity/simulated/Scenario.h"
 
-namespace Kestrany::Agent {
+namespace Kestrany::Agent::Simulated {
 
 namespace {
 
@@ -29,8 +29,7 @@ TEST(AccountTest, TheProfileHoldsEveryAttributeButTheSecret)
     EXPECT_EQ(profile["lastName"].asString(), "Example");
     EXPECT_EQ(profile["email"].asString(), account.email);
     EXPECT_EQ(profile["displayName"].asString(), account.displayName);
-    EXPECT_EQ(profile["source"].asString(), "simulator");
-    EXPECT_EQ(profile.size(), 7u);
+    EXPECT_EQ(profile.size(), 6u);
     EXPECT_NE(text.find("Zo\xC3\xAB"), std::string::npos) << "stays UTF-8: " << text;
 }
 
@@ -43,4 +42,4 @@ TEST(AccountTest, TheDefaultUserIsKnownForASimulatedOne)
 
 } // namespace
 
-} // namespace Kestrany::Agent
+} // namespace Kestrany::Agent::Simulated

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "session/CallPolicy.h"
+#include "plugin/CallPolicy.h"
 
 namespace Kestrany::Agent {
 

@@ -7,7 +7,7 @@
 
 #include "load/contract/ISSOServerManager.h"
 #include "platform/Folders.h"
-#include "process/ServerProcesses.h"
+#include "server/ServerProcesses.h"
 #include "support/Patience.h"
 
 namespace Kestrany::Agent {

@@ -4,10 +4,10 @@
 
 #include "Environment.h"
 #include "OtherHost.h"
+#include "identity/LoginFile.h"
 #include "load/contract/ISSOClientPrivate.h"
 #include "platform/FileLock.h"
 #include "platform/Folders.h"
-#include "process/LoginFile.h"
 #include "support/Patience.h"
 
 namespace Kestrany::Agent {

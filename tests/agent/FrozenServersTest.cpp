@@ -1,8 +1,8 @@
 #include "ServerTest.h"
 
-#include "process/FrozenServers.h"
-#include "process/ServerExitCode.h"
-#include "process/ServerRequests.h"
+#include "connection/ServerRequests.h"
+#include "server/FrozenServers.h"
+#include "server/ServerProcesses.h"
 
 namespace Kestrany::Agent {
 

@@ -11,9 +11,9 @@
 #include "load/contract/ISSOClientModule.h"
 #include "load/contract/ISSOClientPrivate.h"
 #include "load/contract/ISSOServerManager.h"
+#include "platform/AtomicFile.h"
 #include "platform/Handle.h"
 #include "platform/Text.h"
-#include "platform/WholeFile.h"
 #include "support/Patience.h"
 
 namespace Kestrany::Agent {
@@ -105,7 +105,7 @@ bool WriteTokens(const std::string&, const Arguments& arguments)
         Begin("verified-client") && client.Login(detail) == ::IdSuccess &&
         client.GetOAuth2AccessToken(access, 4096, true) == ::IdSuccess &&
         client.GetOAuth2IdToken(id, 4096) == ::IdSuccess &&
-        ReplaceWholeFile(ToWide(arguments.at(0)).value(), ToDisplay(access) + "\n" + ToDisplay(id) + "\n");
+        ReplaceFileAtomically(ToWide(arguments.at(0)).value(), ToDisplay(access) + "\n" + ToDisplay(id) + "\n");
     PluginFactory().GetSSOClientModule()->Uninitialize();
     return PluginFactory().GetSSOServerManager()->QuitSSOServerProcess(MeetingLimit) && done;
 }

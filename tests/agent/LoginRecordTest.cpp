@@ -2,10 +2,10 @@
 
 #include <json/json.h>
 
-#include "session/Json.h"
-#include "session/LoginRecord.h"
+#include "identity/Json.h"
+#include "identity/simulated/LoginRecord.h"
 
-namespace Kestrany::Agent {
+namespace Kestrany::Agent::Simulated {
 
 namespace {
 
@@ -114,4 +114,4 @@ TEST_F(LoginRecordTest, OtherTextsAreNoRecords)
 
 } // namespace
 
-} // namespace Kestrany::Agent
+} // namespace Kestrany::Agent::Simulated

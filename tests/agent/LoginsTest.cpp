@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "TestSession.h"
-#include "session/Json.h"
+#include "identity/Json.h"
 
-namespace Kestrany::Agent {
+namespace Kestrany::Agent::Simulated {
 
 namespace {
 
@@ -254,14 +254,25 @@ TEST_F(LoginsTest, TheScenarioDecidesWhatALoginDoes)
     EXPECT_EQ(account.userName, "bob");
 }
 
+TEST_F(LoginsTest, TheProfileSaysThatTheUserIsSimulated)
+{
+    scenario.users.front().profile["source"] = "elsewhere";
+    scenario.users.front().profile["team"] = "tests";
+    LogIn();
+    Account account;
+    ASSERT_EQ(logins.GetAccount(caller, account), IdSuccess);
+    EXPECT_EQ(account.profile["source"], "simulator");
+    EXPECT_EQ(account.profile["team"], "tests");
+}
+
 TEST_F(LoginsTest, AnIdTokenThatIsNotOfferedIsNotGiven)
 {
     LogIn();
-    scenario.offersIdToken = false;
+    scenario.features.idToken = false;
     std::string token;
     EXPECT_EQ(logins.GetIdToken(caller, token), IdFeatureNotOffered);
 }
 
 } // namespace
 
-} // namespace Kestrany::Agent
+} // namespace Kestrany::Agent::Simulated

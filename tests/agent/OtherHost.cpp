@@ -6,7 +6,7 @@
 #include "HostRoles.h"
 #include "Worker.h"
 #include "platform/Text.h"
-#include "process/CommandLine.h"
+#include "server/ServerLaunch.h"
 #include "support/Patience.h"
 
 namespace Kestrany::Agent {

@@ -6,10 +6,10 @@
 #include <string>
 
 #include "Environment.h"
+#include "identity/ResultCodes.h"
 #include "load/contract/IPluginLogger.h"
 #include "load/contract/ISSOClient.h"
 #include "load/contract/ISSOClientModule.h"
-#include "session/ResultCodes.h"
 
 #include <windows.h>
 

@@ -7,15 +7,15 @@
 
 #include "Environment.h"
 #include "OtherHost.h"
+#include "identity/ResultCodes.h"
 #include "load/contract/ISSOClient.h"
 #include "load/contract/ISSOClientModule.h"
 #include "load/contract/ISSOClientPrivate.h"
 #include "load/contract/ISSOServerManager.h"
+#include "platform/AtomicFile.h"
 #include "platform/Folders.h"
 #include "platform/LogFile.h"
 #include "platform/Text.h"
-#include "platform/WholeFile.h"
-#include "session/ResultCodes.h"
 
 namespace Kestrany::Agent {
 
@@ -55,10 +55,10 @@ protected:
     /// Ends the login in this process alone, as if another one had kept it: the file comes back.
     void LogOutButKeepTheFile()
     {
-        const std::optional<std::string> bytes = ReadWholeFile(file, MaxFile);
+        const std::optional<std::string> bytes = ReadFileWithin(file, MaxFile);
         ASSERT_TRUE(bytes);
         LogOut();
-        ASSERT_TRUE(ReplaceWholeFile(file, *bytes));
+        ASSERT_TRUE(ReplaceFileAtomically(file, *bytes));
     }
     std::wstring Token()
     {
@@ -108,7 +108,7 @@ TEST_F(PluginLoginStateTest, AnAutomatedLoginIsKeptToo)
 TEST_F(PluginLoginStateTest, TheFileShowsNothingOfTheLogin)
 {
     LogIn();
-    const std::string bytes = ReadWholeFile(file, MaxFile).value();
+    const std::string bytes = ReadFileWithin(file, MaxFile).value();
     const std::wstring token = Token();
     for (const std::string& secret : {std::string(token.begin(), token.end()), std::string("eyJ"),
                                       std::string("accessToken"), std::string("userId")})
@@ -141,10 +141,10 @@ TEST_F(PluginLoginStateTest, ARefreshedTokenIsTheOneThatIsRestored)
 TEST_F(PluginLoginStateTest, SomebodyWhoIsSignedInIsReplacedOnlyWhenTold)
 {
     LogIn();
-    const std::string kept = ReadWholeFile(file, MaxFile).value();
+    const std::string kept = ReadFileWithin(file, MaxFile).value();
     const std::wstring first = Token();
     client.RefreshOAuth2Token(false);
-    ASSERT_TRUE(ReplaceWholeFile(file, kept));
+    ASSERT_TRUE(ReplaceFileAtomically(file, kept));
     EXPECT_FALSE(tool.LoadLoginFromCache(false));
     EXPECT_NE(Token(), first);
     EXPECT_TRUE(tool.LoadLoginFromCache(true));
@@ -162,28 +162,28 @@ TEST_F(PluginLoginStateTest, WithoutAFileNothingIsRestored)
 TEST_F(PluginLoginStateTest, ADamagedFileIsRefusedWithALogLine)
 {
     LogIn();
-    const std::string bytes = ReadWholeFile(file, MaxFile).value();
+    const std::string bytes = ReadFileWithin(file, MaxFile).value();
     LogOut();
     std::string changed = bytes;
     changed.back() ^= 1;
     for (const std::string& damaged :
          {std::string(), std::string("{}"), changed, bytes.substr(0, bytes.size() / 2), std::string(100'000, 'x')})
     {
-        ASSERT_TRUE(ReplaceWholeFile(file, damaged));
+        ASSERT_TRUE(ReplaceFileAtomically(file, damaged));
         EXPECT_FALSE(tool.LoadLoginFromCache(false)) << damaged.size();
         EXPECT_FALSE(client.IsLoggedIn());
         EXPECT_NE(LastLogLine().find("Login state refused in "), std::string::npos) << LastLogLine();
     }
-    ASSERT_TRUE(ReplaceWholeFile(file, bytes));
+    ASSERT_TRUE(ReplaceFileAtomically(file, bytes));
     EXPECT_TRUE(tool.LoadLoginFromCache(false)) << "the file itself was good";
 }
 
 TEST_F(PluginLoginStateTest, AFileOfAnotherServerIsRefusedWithALogLine)
 {
     LogIn();
-    const std::string bytes = ReadWholeFile(file, MaxFile).value();
+    const std::string bytes = ReadFileWithin(file, MaxFile).value();
     const std::wstring staging = tool.GetLoginStateCacheFile(nullptr, TALIX_SERVER_STAGING);
-    ASSERT_TRUE(ReplaceWholeFile(staging, bytes));
+    ASSERT_TRUE(ReplaceFileAtomically(staging, bytes));
     client.SetServer(TALIX_SERVER_STAGING);
     EXPECT_FALSE(tool.LoadLoginFromCache(false));
     EXPECT_FALSE(client.IsLoggedIn());

@@ -5,9 +5,9 @@
 #include <thread>
 
 #include "Environment.h"
+#include "identity/ResultCodes.h"
 #include "load/contract/ISSOClient.h"
 #include "load/contract/ISSOClientModule.h"
-#include "session/ResultCodes.h"
 
 namespace Kestrany::Agent {
 

@@ -10,7 +10,7 @@
 #include "load/contract/ISSOServerManager.h"
 #include "platform/DataProtection.h"
 #include "platform/Folders.h"
-#include "process/ServerExitCode.h"
+#include "server/ServerProcesses.h"
 
 namespace Kestrany::Agent {
 

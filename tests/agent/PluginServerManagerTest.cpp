@@ -4,7 +4,7 @@
 
 #include "Environment.h"
 #include "load/contract/ISSOServerManager.h"
-#include "process/ServerInstance.h"
+#include "server/ServerInstance.h"
 #include "support/Patience.h"
 
 namespace Kestrany::Agent {

@@ -7,26 +7,26 @@
 #include <random>
 
 #include "TestSession.h"
-#include "protocol/Frame.h"
-#include "protocol/RemoteLogins.h"
-#include "protocol/ServiceHost.h"
-#include "session/Operations.h"
+#include "connection/RemoteLogins.h"
+#include "identity/simulated/SimulatedSource.h"
+#include "server/HostSession.h"
 
 namespace Kestrany::Agent {
 
 namespace {
 
+using namespace Simulated;
 namespace Events = IdentityServices::IdServicesConsts;
 
-/// A service with hosts in this process. Its time stands still until the test moves it.
+/// A server with hosts in this process. Its time stands still until the test moves it.
 class ProtocolTest : public testing::Test
 {
 protected:
     /// One host: its end of the connection, and the service's.
     struct Host
     {
-        explicit Host(SignInService& service)
-            : end(service, [this](std::string message) { messages.push_back(std::move(message)); })
+        explicit Host(HostRegistry& registry)
+            : end(registry, [this](std::string message) { messages.push_back(std::move(message)); })
         {
         }
 
@@ -42,8 +42,8 @@ protected:
                     response = message->response;
                 else if (message->event)
                     events.push_back(message->event->kind);
-                else if (message->extension)
-                    extensions.push_back(message->extension->milliseconds);
+                else if (message->deadlineExtension)
+                    extensions.push_back(message->deadlineExtension->milliseconds);
             }
             messages.clear();
             return response;
@@ -71,20 +71,27 @@ protected:
         std::vector<Events::IdServicesEvent> events;
         std::vector<std::uint32_t> extensions;
         std::uint32_t lastId = 0;
-        ServiceHost end;
+        HostSession end;
         RemoteLogins logins{[this](Request request) { return Ask(std::move(request)); }};
     };
 
-    ServiceParts Parts()
+    SourceParts MakeSourceParts()
     {
-        ServiceParts parts;
+        SourceParts parts;
         parts.clock = [this] { return session.now; };
+        parts.ticks = [this] { return ticks; };
         parts.random = session.Parts().random;
         parts.signer = session.Parts().signer;
-        parts.ticks = [this] { return ticks; };
         parts.openStorage = [](const std::string& identity) -> std::unique_ptr<LoginStorage> {
             return identity == "bad" ? nullptr : std::make_unique<MemoryStorage>();
         };
+        return parts;
+    }
+
+    ServerParts MakeServerParts()
+    {
+        ServerParts parts;
+        parts.ticks = [this] { return ticks; };
         parts.warn = [this](const std::string& message) { warnings.push_back(message); };
         parts.crash = [this] { ++crashes; };
         return parts;
@@ -107,8 +114,9 @@ protected:
 
 TEST_F(ProtocolTest, EveryOperationGoesThereAndBack)
 {
-    SignInService service(scenario, Parts());
-    Host host(service);
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
+    Host host(registry);
     EXPECT_EQ(host.Attach().code, IdSuccess);
     auto detail = LoginDetail::NotLoggedIn;
     EXPECT_EQ(host.logins.Login(caller, detail), IdSuccess);
@@ -149,10 +157,11 @@ TEST_F(ProtocolTest, EveryOperationGoesThereAndBack)
 
 TEST_F(ProtocolTest, HostsOfOneIdentityShareTheLoginAndOthersDoNot)
 {
-    SignInService service(scenario, Parts());
-    Host first(service);
-    Host second(service);
-    Host stranger(service);
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
+    Host first(registry);
+    Host second(registry);
+    Host stranger(registry);
     first.Attach();
     second.Attach();
     stranger.Attach("Strangers");
@@ -165,17 +174,18 @@ TEST_F(ProtocolTest, HostsOfOneIdentityShareTheLoginAndOthersDoNot)
     stranger.logins.GetStatus(caller, status);
     EXPECT_FALSE(status.loggedIn);
     EXPECT_TRUE(stranger.events.empty());
-    Host late(service);
+    Host late(registry);
     EXPECT_TRUE(late.Attach().result["restored"].asBool());
 }
 
 TEST_F(ProtocolTest, AHostThatDoesNotAttachIsSentAway)
 {
-    SignInService service(scenario, Parts());
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
     Request request;
     request.operation = Operations::GetStatus;
     request.caller = caller;
-    Host early(service);
+    Host early(registry);
     EXPECT_FALSE(early.end.Receive(WriteRequest(request)));
     request.operation = Operations::Attach;
     request.arguments["protocol"] = ProtocolVersion + 1;
@@ -190,8 +200,9 @@ TEST_F(ProtocolTest, AHostThatDoesNotAttachIsSentAway)
 
 TEST_F(ProtocolTest, WithoutAScenarioNobodySignsIn)
 {
-    SignInService service(std::nullopt, Parts());
-    Host host(service);
+    SimulatedSource source(std::nullopt, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
+    Host host(registry);
     host.Attach();
     auto detail = LoginDetail::LoggedIn;
     EXPECT_EQ(host.logins.Login(caller, detail), IdScenarioInvalid);
@@ -205,8 +216,9 @@ TEST_F(ProtocolTest, ALoginWaitsUntilItsTimeIsOver)
 {
     scenario.login = LoginBehavior::Wait;
     scenario.loginWait = std::chrono::seconds(5);
-    SignInService service(scenario, Parts());
-    Host host(service);
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
+    Host host(registry);
     host.Attach();
     Request request;
     request.id = 77;
@@ -216,26 +228,27 @@ TEST_F(ProtocolTest, ALoginWaitsUntilItsTimeIsOver)
     EXPECT_FALSE(host.TakeResponse());
     ASSERT_EQ(host.extensions.size(), 1u);
     EXPECT_GE(host.extensions.front(), 5000u);
-    EXPECT_EQ(service.NextReview(), ticks + 5000);
+    EXPECT_EQ(registry.NextTimer(), ticks + 5000);
     ticks += 4999;
-    service.Review();
+    registry.RunTimers();
     EXPECT_FALSE(host.TakeResponse());
     ticks += 1;
-    service.Review();
+    registry.RunTimers();
     const std::optional<Response> response = host.TakeResponse();
     ASSERT_TRUE(response);
     EXPECT_EQ(response->id, 77u);
     EXPECT_EQ(response->code, IdLoginTimedOut);
     EXPECT_EQ(host.events.back(), Events::LoginDialogTimeoutInIdIPCServer);
-    EXPECT_FALSE(service.NextReview());
+    EXPECT_FALSE(registry.NextTimer());
 }
 
 TEST_F(ProtocolTest, AWaitingLoginIsCancelledOrOvertakenByAnotherHost)
 {
     scenario.login = LoginBehavior::Wait;
-    SignInService service(scenario, Parts());
-    Host host(service);
-    Host other(service);
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
+    Host host(registry);
+    Host other(registry);
     host.Attach();
     other.Attach();
     Request request;
@@ -243,11 +256,11 @@ TEST_F(ProtocolTest, AWaitingLoginIsCancelledOrOvertakenByAnotherHost)
     request.caller = caller;
     host.end.Receive(WriteRequest(request));
     other.logins.CancelLogin(caller);
-    service.Review();
+    registry.RunTimers();
     EXPECT_EQ(host.TakeResponse()->code, IdLoginCancelled);
     host.end.Receive(WriteRequest(request));
     other.logins.AutomatedLogin(caller, "bob", "b-secret", false);
-    service.Review();
+    registry.RunTimers();
     const std::optional<Response> response = host.TakeResponse();
     ASSERT_TRUE(response);
     EXPECT_EQ(response->code, IdSuccess);
@@ -257,8 +270,9 @@ TEST_F(ProtocolTest, AWaitingLoginIsCancelledOrOvertakenByAnotherHost)
 TEST_F(ProtocolTest, LatencyHoldsAnswersBackInTheirOrder)
 {
     scenario.latency = std::chrono::milliseconds(300);
-    SignInService service(scenario, Parts());
-    Host host(service);
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
+    Host host(registry);
     EXPECT_EQ(host.Attach().code, IdSuccess) << "a connection has a limit of its own";
     EXPECT_TRUE(host.extensions.empty());
     Request request;
@@ -266,20 +280,21 @@ TEST_F(ProtocolTest, LatencyHoldsAnswersBackInTheirOrder)
     request.caller = caller;
     for (request.id = 21; request.id <= 22; ++request.id)
         ASSERT_TRUE(host.end.Receive(WriteRequest(request)));
-    service.Review();
+    registry.RunTimers();
     EXPECT_FALSE(host.TakeResponse());
     EXPECT_EQ(host.extensions.size(), 2u);
-    EXPECT_EQ(service.NextReview(), ticks + 300);
+    EXPECT_EQ(registry.NextTimer(), ticks + 300);
     ticks += 300;
-    service.Review();
+    registry.RunTimers();
     EXPECT_EQ(host.TakeResponse()->id, 22u);
 }
 
 TEST_F(ProtocolTest, AnswersThatAreHeldBackAreCounted)
 {
     scenario.latency = std::chrono::milliseconds(300);
-    SignInService service(scenario, Parts());
-    Host host(service);
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
+    Host host(registry);
     host.Attach();
     EXPECT_EQ(host.end.HeldBack(), 0u);
     Request request;
@@ -293,44 +308,46 @@ TEST_F(ProtocolTest, AnswersThatAreHeldBackAreCounted)
     ASSERT_TRUE(host.end.Receive(WriteRequest(request)));
     EXPECT_EQ(host.end.HeldBack(), 2 * one);
     ticks += 200;
-    service.Review();
+    registry.RunTimers();
     EXPECT_EQ(host.end.HeldBack(), one);
     ticks += 100;
-    service.Review();
+    registry.RunTimers();
     EXPECT_EQ(host.end.HeldBack(), 0u);
 }
 
 TEST_F(ProtocolTest, WhoDoesNotAttachInTimeIsSentAway)
 {
-    SignInService service(scenario, Parts());
-    Host first(service);
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
+    Host first(registry);
     ticks += 5;
-    Host second(service);
-    Host host(service);
+    Host second(registry);
+    Host host(registry);
     host.Attach();
-    EXPECT_EQ(service.NextReview(), ticks - 5 + ServiceHost::AttachLimit);
-    ticks += ServiceHost::AttachLimit - 6;
-    service.Review();
+    EXPECT_EQ(registry.NextTimer(), ticks - 5 + HostSession::AttachLimit);
+    ticks += HostSession::AttachLimit - 6;
+    registry.RunTimers();
     EXPECT_FALSE(first.end.IsGivenUp());
     ticks += 1;
-    service.Review();
+    registry.RunTimers();
     EXPECT_TRUE(first.end.IsGivenUp());
     EXPECT_FALSE(second.end.IsGivenUp());
-    EXPECT_EQ(service.NextReview(), ticks + 5);
+    EXPECT_EQ(registry.NextTimer(), ticks + 5);
     ticks += 5;
-    service.Review();
+    registry.RunTimers();
     EXPECT_TRUE(second.end.IsGivenUp());
     EXPECT_FALSE(host.end.IsGivenUp()) << "a host may be silent";
-    EXPECT_FALSE(service.NextReview());
+    EXPECT_FALSE(registry.NextTimer());
     EXPECT_EQ(warnings.size(), 2u);
 }
 
 TEST_F(ProtocolTest, WhoWasSentAwayCannotAttachAnyMore)
 {
-    SignInService service(scenario, Parts());
-    Host host(service);
-    ticks += ServiceHost::AttachLimit;
-    service.Review();
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
+    Host host(registry);
+    ticks += HostSession::AttachLimit;
+    registry.RunTimers();
     Request request;
     request.operation = Operations::Attach;
     request.caller = caller;
@@ -342,49 +359,52 @@ TEST_F(ProtocolTest, WhoWasSentAwayCannotAttachAnyMore)
 
 TEST_F(ProtocolTest, ConnectionsThatDoNotAttachMakeRoomForOthersTheOldestFirst)
 {
-    SignInService service(scenario, Parts());
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
     std::list<Host> silent;
-    for (std::size_t count = 0; count < SignInService::MaxUnattached; ++count)
+    for (std::size_t count = 0; count < HostRegistry::MaxUnattached; ++count)
     {
-        ASSERT_TRUE(service.MakeRoom());
-        silent.emplace_back(service);
+        ASSERT_TRUE(registry.MakeRoom());
+        silent.emplace_back(registry);
     }
     EXPECT_TRUE(warnings.empty());
-    ASSERT_TRUE(service.MakeRoom());
+    ASSERT_TRUE(registry.MakeRoom());
     EXPECT_TRUE(silent.front().end.IsGivenUp());
     EXPECT_FALSE(std::next(silent.begin())->end.IsGivenUp());
-    Host host(service);
+    Host host(registry);
     EXPECT_EQ(host.Attach().code, IdSuccess);
-    ASSERT_TRUE(service.MakeRoom());
+    ASSERT_TRUE(registry.MakeRoom());
     EXPECT_FALSE(std::next(silent.begin())->end.IsGivenUp()) << "the host takes none of their places";
     EXPECT_FALSE(host.end.IsGivenUp());
 }
 
 TEST_F(ProtocolTest, HostsTakeThePlacesOfThoseThatDoNotAttach)
 {
-    SignInService service(scenario, Parts());
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
     std::list<Host> hosts;
-    Host silent(service);
-    while (hosts.size() < SignInService::MaxConnections - 1)
+    Host silent(registry);
+    while (hosts.size() < HostRegistry::MaxConnections - 1)
     {
-        ASSERT_TRUE(service.MakeRoom());
-        EXPECT_EQ(hosts.emplace_back(service).Attach().code, IdSuccess);
+        ASSERT_TRUE(registry.MakeRoom());
+        EXPECT_EQ(hosts.emplace_back(registry).Attach().code, IdSuccess);
     }
     EXPECT_FALSE(silent.end.IsGivenUp());
-    ASSERT_TRUE(service.MakeRoom());
+    ASSERT_TRUE(registry.MakeRoom());
     EXPECT_TRUE(silent.end.IsGivenUp());
-    EXPECT_EQ(hosts.emplace_back(service).Attach().code, IdSuccess);
-    EXPECT_FALSE(service.MakeRoom()) << "all of them are hosts";
+    EXPECT_EQ(hosts.emplace_back(registry).Attach().code, IdSuccess);
+    EXPECT_FALSE(registry.MakeRoom()) << "all of them are hosts";
     hosts.pop_front();
-    EXPECT_TRUE(service.MakeRoom());
+    EXPECT_TRUE(registry.MakeRoom());
 }
 
 TEST_F(ProtocolTest, AHostThatIsRefusedHearsItAtOnce)
 {
     scenario.latency = std::chrono::milliseconds(300);
     scenario.faults = {{Operations::Attach, 1, false, FaultEffect::Result, IdLoginRefused}};
-    SignInService service(scenario, Parts());
-    Host host(service);
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
+    Host host(registry);
     EXPECT_EQ(host.Attach().code, IdLoginRefused);
     Request request;
     request.operation = Operations::Attach;
@@ -398,15 +418,16 @@ TEST_F(ProtocolTest, AHostThatIsRefusedHearsItAtOnce)
 
 TEST_F(ProtocolTest, AnOperationThatThrowsFailsAndTheServiceGoesOn)
 {
-    ServiceParts parts = Parts();
+    SourceParts parts = MakeSourceParts();
     bool fails = true;
     parts.random = [&, random = parts.random](void* bytes, std::size_t size) {
         if (fails)
             throw std::runtime_error("no random bytes");
         random(bytes, size);
     };
-    SignInService service(scenario, std::move(parts));
-    Host host(service);
+    SimulatedSource source(scenario, std::move(parts));
+    HostRegistry registry(source, MakeServerParts());
+    Host host(registry);
     host.Attach();
     LoginDetail detail{};
     EXPECT_EQ(host.logins.Login(caller, detail), IdFailed);
@@ -419,8 +440,9 @@ TEST_F(ProtocolTest, AnOperationThatThrowsFailsAndTheServiceGoesOn)
 TEST_F(ProtocolTest, AnAnswerThatDoesNotFitAMessageIsACode)
 {
     scenario.users.front().profile["long"] = std::string(300'000, 'x');
-    SignInService service(scenario, Parts());
-    Host host(service);
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
+    Host host(registry);
     host.Attach();
     LoginDetail detail{};
     ASSERT_EQ(host.logins.Login(caller, detail), IdSuccess);
@@ -435,8 +457,9 @@ TEST_F(ProtocolTest, FaultsHitTheCallsThatTheyName)
                        {Operations::GetStatus, 4, true, FaultEffect::Result, IdNotLoggedIn},
                        {Operations::Logout, 1, false, FaultEffect::Crash, IdFailed},
                        {Operations::Restore, 1, false, FaultEffect::Hang, IdFailed}};
-    SignInService service(scenario, Parts());
-    Host host(service);
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
+    Host host(registry);
     host.Attach();
     std::vector<int> codes;
     LoginStatus status;
@@ -455,8 +478,9 @@ TEST_F(ProtocolTest, FaultsHitTheCallsThatTheyName)
 
 TEST_F(ProtocolTest, TextsThatAreTooLongLeaveTheMessageSmall)
 {
-    SignInService service(scenario, Parts());
-    Host host(service);
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
+    Host host(registry);
     host.Attach();
     caller.scope.assign(1'000'000, 's');
     LoginStatus status;
@@ -467,7 +491,8 @@ TEST_F(ProtocolTest, TextsThatAreTooLongLeaveTheMessageSmall)
 
 TEST_F(ProtocolTest, DamagedMessagesEndNothingButTheirConnection)
 {
-    SignInService service(scenario, Parts());
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
     Request request;
     request.operation = Operations::AutomatedLogin;
     request.caller = caller;
@@ -495,7 +520,7 @@ TEST_F(ProtocolTest, DamagedMessagesEndNothingButTheirConnection)
                 message.insert(place, good.substr(random() % good.size(), 12));
             }
         }
-        Host host(service);
+        Host host(registry);
         host.Attach();
         taken += host.end.Receive(message) ? 1 : 0;
         host.TakeResponse();
@@ -503,7 +528,7 @@ TEST_F(ProtocolTest, DamagedMessagesEndNothingButTheirConnection)
     }
     EXPECT_GT(taken, 0) << "some changes are harmless";
     EXPECT_LT(taken, 5'000);
-    Host last(service);
+    Host last(registry);
     EXPECT_EQ(last.Attach().code, IdSuccess);
 }
 
@@ -513,7 +538,7 @@ TEST(ServerMessageTest, OtherTextsAreNone)
                              R"({"id":-1,"code":1000,"result":{}})", R"({"id":1,"code":"1000","result":{}})",
                              R"({"event":1,"server":"nowhere","client":"","status":1000})", R"({"id":1,"takes":-5})"})
         EXPECT_FALSE(ReadServerMessage(text)) << text;
-    EXPECT_TRUE(ReadServerMessage(WriteQuits())->quits);
+    EXPECT_TRUE(ReadServerMessage(WriteShutdown())->shutdown);
 }
 
 TEST(FrameTest, MessagesAreFoundHoweverTheyAreCut)

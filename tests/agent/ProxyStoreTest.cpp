@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "session/ProxyStore.h"
+#include "plugin/ProxyStore.h"
 
 namespace Kestrany::Agent {
 

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "session/RetryPolicy.h"
+#include "plugin/CallPolicy.h"
 
 namespace Kestrany::Agent {
 

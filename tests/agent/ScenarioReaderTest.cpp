@@ -4,10 +4,10 @@
 #include <fstream>
 #include <iterator>
 
-#include "session/Nearest.h"
-#include "session/ScenarioReader.h"
+#include "identity/simulated/Scenario.h"
+#include "identity/simulated/Suggestion.h"
 
-namespace Kestrany::Agent {
+namespace Kestrany::Agent::Simulated {
 
 namespace {
 
@@ -26,7 +26,7 @@ TEST(ScenarioReaderTest, AnEmptyObjectIsTheBuiltInScenario)
     EXPECT_EQ(scenario->login, LoginBehavior::Accept);
     EXPECT_EQ(scenario->users.front().userName, DefaultAccounts().front().userName);
     EXPECT_EQ(scenario->tokenLifetime.count(), 3600);
-    EXPECT_TRUE(scenario->offersIdToken);
+    EXPECT_TRUE(scenario->features.idToken);
 }
 
 TEST(ScenarioReaderTest, EveryKeyIsTaken)
@@ -56,8 +56,8 @@ TEST(ScenarioReaderTest, EveryKeyIsTaken)
     EXPECT_EQ(scenario->loginLifetime.count(), 8);
     EXPECT_EQ(scenario->tokenLifetime.count(), 9);
     EXPECT_EQ(scenario->latency.count(), 10);
-    EXPECT_FALSE(scenario->offersIdToken);
-    EXPECT_TRUE(scenario->offersLoginMode);
+    EXPECT_FALSE(scenario->features.idToken);
+    EXPECT_TRUE(scenario->features.loginMode);
     ASSERT_EQ(scenario->faults.size(), 3u);
     EXPECT_EQ(scenario->faults[0].result, static_cast<IdErrorCode>(4001));
     EXPECT_FALSE(scenario->faults[0].onwards);
@@ -192,13 +192,13 @@ TEST(ScenarioReaderTest, TheSamplesAreTaken)
 TEST(NearestTest, OnlyACloseWordIsSuggested)
 {
     const std::vector<std::string> words = {"users", "login", "tokens"};
-    EXPECT_EQ(Nearest("user", words), "users");
-    EXPECT_EQ(Nearest("tokns", words), "tokens");
-    EXPECT_EQ(Nearest("somethingelse", words), "");
-    EXPECT_EQ(Nearest("", words), "");
-    EXPECT_EQ(Nearest(std::string(100'000, 'x'), words), "");
+    EXPECT_EQ(Suggestion("user", words), "users");
+    EXPECT_EQ(Suggestion("tokns", words), "tokens");
+    EXPECT_EQ(Suggestion("somethingelse", words), "");
+    EXPECT_EQ(Suggestion("", words), "");
+    EXPECT_EQ(Suggestion(std::string(100'000, 'x'), words), "");
 }
 
 } // namespace
 
-} // namespace Kestrany::Agent
+} // namespace Kestrany::Agent::Simulated

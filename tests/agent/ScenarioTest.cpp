@@ -7,21 +7,21 @@
 #include <vector>
 
 #include "Environment.h"
+#include "connection/LinkPipe.h"
+#include "connection/Message.h"
+#include "connection/PrivatePipe.h"
+#include "identity/IdentitySource.h"
+#include "identity/ResultCodes.h"
 #include "load/contract/ISSOClient.h"
 #include "load/contract/ISSOClientModule.h"
 #include "load/contract/ISSOServerManager.h"
+#include "platform/AtomicFile.h"
 #include "platform/Folders.h"
 #include "platform/LogFile.h"
+#include "platform/ObjectNamespace.h"
 #include "platform/Text.h"
-#include "platform/WholeFile.h"
-#include "process/LinkPipe.h"
-#include "process/PrivatePipe.h"
-#include "process/Scope.h"
-#include "process/ServerInstance.h"
-#include "process/ServerLink.h"
-#include "protocol/Message.h"
-#include "session/Operations.h"
-#include "session/ResultCodes.h"
+#include "plugin/ServerConnection.h"
+#include "server/ServerInstance.h"
 #include "support/Patience.h"
 
 namespace Kestrany::Agent {
@@ -58,7 +58,7 @@ protected:
     static void Choose(const std::string& text)
     {
         const std::wstring file = SettingsFolder() + L"\\scenario.json";
-        ASSERT_TRUE(ReplaceWholeFile(file, text));
+        ASSERT_TRUE(ReplaceFileAtomically(file, text));
         ASSERT_TRUE(SetEnvironmentVariableW(L"PELLWICK_SCENARIO", file.c_str()));
     }
     static Request AttachRequest()
@@ -163,7 +163,7 @@ TEST_F(ScenarioTest, AHangEndsWithTheLimit)
     talix_user_info info{};
     const ULONGLONG start = GetTickCount64();
     EXPECT_EQ(client.GetUserInfo(&info), IdServerTimedOut);
-    EXPECT_GE(GetTickCount64() - start + 50, static_cast<ULONGLONG>(ServerLink::AnswerLimit.count()));
+    EXPECT_GE(GetTickCount64() - start + 50, static_cast<ULONGLONG>(ServerConnection::AnswerLimit.count()));
     EXPECT_LT(GetTickCount64() - start, static_cast<ULONGLONG>(Limit));
     EXPECT_EQ(client.GetUserInfo(&info), IdSuccess);
 }
@@ -173,7 +173,7 @@ TEST_F(ScenarioTest, ALatencyBeyondTheLimitsIsWaitedFor)
     Play(R"({"latencyMilliseconds": 11000})");
     const ULONGLONG start = GetTickCount64();
     EXPECT_EQ(LogIn(), IdSuccess);
-    EXPECT_GT(GetTickCount64() - start, static_cast<ULONGLONG>(ServerLink::AnswerLimit.count()));
+    EXPECT_GT(GetTickCount64() - start, static_cast<ULONGLONG>(ServerConnection::AnswerLimit.count()));
     // What follows need not wait.
     module.Uninitialize();
     servers.QuitSSOServerProcess(Limit);
@@ -216,7 +216,7 @@ TEST_F(ScenarioTest, AServerThatRefusesTheHostSaysWhy)
     Play(R"({"latencyMilliseconds": 500, "faults": [{"operation": "attach", "fromCall": 1, "result": 4321}]})");
     const ULONGLONG start = GetTickCount64();
     EXPECT_EQ(static_cast<int>(LogIn()), 4321);
-    EXPECT_LT(GetTickCount64() - start, static_cast<ULONGLONG>(ServerLink::ConnectLimit.count()))
+    EXPECT_LT(GetTickCount64() - start, static_cast<ULONGLONG>(ServerConnection::ConnectLimit.count()))
         << "tried again, it takes all of the limit";
     int result = 0;
     EXPECT_EQ(static_cast<int>(client.Logout(result, TALIX_LOGOUT_DEFAULT)), 4321);

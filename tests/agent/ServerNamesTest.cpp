@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "session/ServerNames.h"
+#include "identity/LoginService.h"
 
 namespace Kestrany::Agent {
 

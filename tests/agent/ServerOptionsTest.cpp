@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "process/CommandLine.h"
-#include "process/ServerInstance.h"
-#include "process/ServerOptions.h"
+#include "server/ServerInstance.h"
+#include "server/ServerLaunch.h"
+#include "server/ServerOptions.h"
 
 #include <windows.h>
 

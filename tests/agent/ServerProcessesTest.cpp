@@ -8,11 +8,9 @@
 #include "platform/Folders.h"
 #include "platform/Handle.h"
 #include "platform/Text.h"
-#include "process/CommandLine.h"
-#include "process/ServerEnvironment.h"
-#include "process/ServerExitCode.h"
-#include "process/ServerInstance.h"
-#include "process/ServerProcesses.h"
+#include "server/ServerInstance.h"
+#include "server/ServerLaunch.h"
+#include "server/ServerProcesses.h"
 #include "support/Patience.h"
 
 namespace Kestrany::Agent {

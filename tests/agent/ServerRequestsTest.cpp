@@ -2,10 +2,10 @@
 
 #include <future>
 
-#include "process/Pipe.h"
-#include "process/ServerExitCode.h"
-#include "process/ServerInstance.h"
-#include "process/ServerRequests.h"
+#include "connection/Pipe.h"
+#include "connection/ServerRequests.h"
+#include "server/ServerInstance.h"
+#include "server/ServerProcesses.h"
 
 namespace Kestrany::Agent {
 
@@ -19,7 +19,7 @@ protected:
     /// A client of the test's own. Waits for its turn.
     Handle OpenPipe() const
     {
-        const std::wstring name = ServerPipeName(processId);
+        const std::wstring name = ProcessPipeName(processId);
         Handle pipe;
         while (!pipe && WaitNamedPipeW(name.c_str(), static_cast<DWORD>(Limit)))
             pipe = OwnValid(CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
@@ -68,9 +68,9 @@ TEST_F(ServerRequestsTest, APipeOfAnotherProcessIsNotBelieved)
 {
     // This process takes the name that another server would have, and answers.
     const DWORD stranger = 123456;
-    Pipe squatter(OwnValid(CreateNamedPipeW(ServerPipeName(stranger).c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
-                                            PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, Pipe::MaxMessage,
-                                            Pipe::MaxMessage, 0, nullptr)));
+    Pipe squatter(OwnValid(CreateNamedPipeW(
+        ProcessPipeName(stranger).c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
+        PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, Pipe::MaxMessage, Pipe::MaxMessage, 0, nullptr)));
     ASSERT_NE(squatter.Get(), nullptr);
     PendingOperation connection;
     ConnectNamedPipe(squatter.Get(), connection.Get());

@@ -7,7 +7,7 @@
 
 #include "Environment.h"
 #include "platform/Handle.h"
-#include "process/ServerProcesses.h"
+#include "server/ServerProcesses.h"
 #include "support/Patience.h"
 
 namespace Kestrany::Agent {

@@ -1,8 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "session/SessionAddress.h"
+#include "identity/LoginService.h"
+#include "identity/simulated/SessionAddress.h"
 
-namespace Kestrany::Agent {
+namespace Kestrany::Agent::Simulated {
 
 namespace {
 
@@ -29,4 +30,4 @@ TEST(SessionAddressTest, AZeroByteIsEncodedLikeOthers)
 
 } // namespace
 
-} // namespace Kestrany::Agent
+} // namespace Kestrany::Agent::Simulated

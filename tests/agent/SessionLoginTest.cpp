@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "TestSession.h"
-#include "session/Json.h"
+#include "identity/Json.h"
 
 namespace Kestrany::Agent {
+
+using namespace Simulated;
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "TestSession.h"
-#include "protocol/RemoteLogins.h"
+#include "connection/RemoteLogins.h"
 
 namespace Kestrany::Agent {
 

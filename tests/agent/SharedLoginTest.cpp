@@ -8,22 +8,21 @@
 #include "Environment.h"
 #include "EventRecorder.h"
 #include "OtherHost.h"
+#include "connection/LinkPipe.h"
+#include "connection/Message.h"
+#include "connection/Pipe.h"
+#include "connection/PrivatePipe.h"
+#include "connection/ServerRequests.h"
+#include "identity/IdentitySource.h"
+#include "identity/LoginFile.h"
+#include "identity/ResultCodes.h"
 #include "load/contract/ISSOClient.h"
 #include "load/contract/ISSOClientModule.h"
 #include "load/contract/ISSOServerManager.h"
+#include "platform/AtomicFile.h"
 #include "platform/Folders.h"
-#include "platform/WholeFile.h"
-#include "process/LinkPipe.h"
-#include "process/LoginFile.h"
-#include "process/Pipe.h"
-#include "process/PrivatePipe.h"
-#include "process/Scope.h"
-#include "process/ServerInstance.h"
-#include "process/ServerLink.h"
-#include "process/ServerRequests.h"
-#include "protocol/Message.h"
-#include "session/Operations.h"
-#include "session/ResultCodes.h"
+#include "platform/ObjectNamespace.h"
+#include "server/ServerInstance.h"
 #include "support/Patience.h"
 
 #include <aclapi.h>
@@ -214,7 +213,7 @@ TEST_F(SharedLoginTest, AServerThatQuitsIsNotReady)
     servers.QuitSSOServerProcess(0);
     const std::optional<std::string> last = pipe.Read(&deadline);
     ASSERT_TRUE(last);
-    EXPECT_TRUE(ReadServerMessage(*last)->quits);
+    EXPECT_TRUE(ReadServerMessage(*last)->shutdown);
     EXPECT_FALSE(IsServerReady(DefaultIdentity));
     EXPECT_TRUE(FindServer(DefaultIdentity));
     EXPECT_EQ(LogIn(), IdSuccess) << "waits for its end, and starts another";
@@ -245,7 +244,7 @@ TEST_F(SharedLoginTest, AKeyThatCannotBeReadIsNotReplaced)
     ASSERT_EQ(client.GetOAuth2AccessToken(token, 4096, false), IdSuccess);
     ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
     const std::wstring file = SettingsFolder() + L"\\signing-key.protected";
-    const std::optional<std::string> key = ReadWholeFile(file, 65'536);
+    const std::optional<std::string> key = ReadFileWithin(file, 65'536);
     ASSERT_TRUE(key);
     std::int64_t processId = 0;
     {
@@ -254,11 +253,11 @@ TEST_F(SharedLoginTest, AKeyThatCannotBeReadIsNotReplaced)
         ASSERT_TRUE(inUse);
         EXPECT_FALSE(servers.StartSSOServerProcess(Limit, processId));
     }
-    ASSERT_TRUE(ReplaceWholeFile(file, "damaged"));
+    ASSERT_TRUE(ReplaceFileAtomically(file, "damaged"));
     EXPECT_FALSE(servers.StartSSOServerProcess(Limit, processId));
-    EXPECT_EQ(ReadWholeFile(file, 65'536), "damaged");
+    EXPECT_EQ(ReadFileWithin(file, 65'536), "damaged");
     wchar_t next[4096] = L"";
-    ASSERT_TRUE(ReplaceWholeFile(file, *key));
+    ASSERT_TRUE(ReplaceFileAtomically(file, *key));
     EXPECT_EQ(client.GetOAuth2AccessToken(next, 4096, false), IdSuccess);
     EXPECT_STREQ(next, token);
     ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));

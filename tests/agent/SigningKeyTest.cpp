@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "platform/Digest.h"
+#include "platform/Crypto.h"
 #include "platform/SigningKey.h"
 
 namespace Kestrany::Agent {

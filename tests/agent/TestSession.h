@@ -3,25 +3,25 @@
 
 #include <vector>
 
-#include "session/Logins.h"
-#include "session/Session.h"
+#include "identity/simulated/Logins.h"
+#include "plugin/Session.h"
 
 namespace Kestrany::Agent {
 
 /// Keeps logins in memory, and can be told to fail.
-class MemoryStorage final : public LoginStorage
+class MemoryStorage final : public Simulated::LoginStorage
 {
 public:
-    bool Save(Server server, const std::optional<LoginRecord>& record) override
+    bool Save(Server server, const std::optional<Simulated::LoginRecord>& record) override
     {
         if (!fails)
             records[server] = record;
         return !fails;
     }
-    std::optional<LoginRecord> Load(Server server) override { return records[server]; }
+    std::optional<Simulated::LoginRecord> Load(Server server) override { return records[server]; }
     void Refuse(Server, const std::string& reason) override { refusal = reason; }
 
-    std::map<Server, std::optional<LoginRecord>> records;
+    std::map<Server, std::optional<Simulated::LoginRecord>> records;
     std::string refusal;
     bool fails = false;
 };
@@ -65,10 +65,11 @@ public:
         return {ann, bob};
     }
 
-    /// What the session's logins are made of. The signature says what was signed, and protects nothing.
-    LoginParts Parts()
+    /// The parts of the session's logins. The signature repeats what was signed, and protects nothing.
+    Simulated::LoginParts Parts()
     {
         return {[this] { return now; },
+                [this] { return ticks; },
                 [this](void* bytes, std::size_t size) {
                     for (std::size_t index = 0; index < size; ++index)
                         static_cast<unsigned char*>(bytes)[index] = nextByte++;
@@ -77,18 +78,19 @@ public:
                 [this](const LoginEvent& event) { session.Receive(event); }};
     }
 
-    TimePoint now{std::chrono::seconds(1'700'000'000)};
+    Simulated::TimePoint now{std::chrono::seconds(1'700'000'000)};
+    std::int64_t ticks = 1'000'000;
     unsigned char nextByte = 0;
     EventQueue events;
     MemoryStorage storage;
-    Scenario scenario = MakeScenario();
-    Logins logins{scenario, Parts(), storage};
+    Simulated::Scenario scenario = MakeScenario();
+    Simulated::Logins logins{scenario, Parts(), storage};
     Session session{logins, events};
 
 private:
-    static Scenario MakeScenario()
+    static Simulated::Scenario MakeScenario()
     {
-        Scenario scenario;
+        Simulated::Scenario scenario;
         scenario.users = Accounts();
         return scenario;
     }

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "session/Token.h"
+#include "identity/simulated/Token.h"
 
-namespace Kestrany::Agent {
+namespace Kestrany::Agent::Simulated {
 
 namespace {
 
@@ -37,4 +37,4 @@ TEST(TokenTest, AFailureOfTheRandomSourceIsNotHidden)
 
 } // namespace
 
-} // namespace Kestrany::Agent
+} // namespace Kestrany::Agent::Simulated

@@ -1,7 +1,7 @@
 #include "ServerTest.h"
 
 #include "OtherHost.h"
-#include "process/ServerInstance.h"
+#include "server/ServerInstance.h"
 #include "support/Patience.h"
 
 namespace Kestrany::Agent {

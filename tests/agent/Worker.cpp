@@ -5,10 +5,10 @@
 
 #include "Environment.h"
 #include "HostRoles.h"
+#include "identity/ResultCodes.h"
 #include "load/contract/ISSOClient.h"
 #include "load/contract/ISSOClientModule.h"
 #include "platform/Handle.h"
-#include "session/ResultCodes.h"
 
 namespace Kestrany::Agent {
 

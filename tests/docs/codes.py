@@ -25,7 +25,7 @@ def status_codes(errors):
 
 
 def agent_codes(errors):
-    header = (ROOT / 'agent/session/ResultCodes.h').read_text(encoding='utf-8')
+    header = (ROOT / 'agent/identity/ResultCodes.h').read_text(encoding='utf-8')
     values = re.findall(r'static_cast<IdErrorCode>\((\d+)\)', header)
     agent = page('docs/simulator.md')
     described = []

@@ -4,10 +4,11 @@
 #include <string>
 
 #include "Require.h"
-#include "session/LoginRecord.h"
-#include "session/ProductJson.h"
+#include "identity/simulated/LoginRecord.h"
+#include "plugin/ProductSettings.h"
 
 using namespace Kestrany::Agent;
+using namespace Kestrany::Agent::Simulated;
 using OrlindexTest::Require;
 
 namespace {

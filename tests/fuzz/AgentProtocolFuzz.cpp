@@ -4,8 +4,7 @@
 #include <string>
 
 #include "Require.h"
-#include "protocol/Frame.h"
-#include "protocol/Message.h"
+#include "connection/Message.h"
 
 using namespace Kestrany::Agent;
 using OrlindexTest::Require;
@@ -52,9 +51,9 @@ std::string Write(const ServerMessage& message)
 {
     if (message.response)
         return WriteResponse(*message.response);
-    if (message.extension)
-        return WriteExtension(*message.extension);
-    return message.event ? WriteEvent(*message.event) : WriteQuits();
+    if (message.deadlineExtension)
+        return WriteDeadlineExtension(*message.deadlineExtension);
+    return message.event ? WriteEvent(*message.event) : WriteShutdown();
 }
 
 void RequireServerMessageKept(const std::string& text)
@@ -62,8 +61,8 @@ void RequireServerMessageKept(const std::string& text)
     const auto message = ReadServerMessage(text);
     if (!message)
         return;
-    const int kinds = message->response.has_value() + message->extension.has_value() + message->event.has_value() +
-                      static_cast<int>(message->quits);
+    const int kinds = message->response.has_value() + message->deadlineExtension.has_value() +
+                      message->event.has_value() + static_cast<int>(message->shutdown);
     Require(kinds == 1, "a message of a server is of one kind");
     const std::string written = Write(*message);
     const auto again = ReadServerMessage(written);

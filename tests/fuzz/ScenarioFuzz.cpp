@@ -6,11 +6,12 @@
 #include <string>
 
 #include "Require.h"
-#include "session/Json.h"
-#include "session/ScenarioReader.h"
-#include "session/Utf8.h"
+#include "identity/Json.h"
+#include "identity/simulated/Scenario.h"
+#include "identity/simulated/Utf8.h"
 
 using namespace Kestrany::Agent;
+using namespace Kestrany::Agent::Simulated;
 using OrlindexTest::Require;
 
 namespace {

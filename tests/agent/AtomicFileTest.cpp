@@ -1,0 +1,99 @@
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "Environment.h"
+#include "platform/AtomicFile.h"
+#include "platform/Folders.h"
+#include "platform/Handle.h"
+
+namespace Kestrany::Agent {
+
+namespace {
+
+/// A folder and a file in it that no other test has; both are gone afterwards.
+class AtomicFileTest : public testing::Test
+{
+protected:
+    ~AtomicFileTest() override
+    {
+        DeleteFileW(file.c_str());
+        EXPECT_TRUE(RemoveDirectoryW(folder.c_str())) << "something else was left in the folder";
+    }
+
+    const std::string name = OwnIdentity("Folder");
+    const std::wstring folder = DataFolder() + L"\\" + std::wstring(name.begin(), name.end());
+    const std::wstring file = folder + L"\\file";
+};
+
+TEST_F(AtomicFileTest, AFileAndTheFoldersAboveItAreMade)
+{
+    const std::string bytes("a\0\r\n\x1A", 5);
+    ASSERT_TRUE(ReplaceFileAtomically(file, bytes));
+    EXPECT_EQ(ReadFileWithin(file, 100), bytes);
+    ASSERT_TRUE(ReplaceFileAtomically(file, ""));
+    EXPECT_EQ(ReadFileWithin(file, 100), "");
+}
+
+TEST_F(AtomicFileTest, AFileOverTheLimitIsNotRead)
+{
+    ASSERT_TRUE(ReplaceFileAtomically(file, std::string(101, 'x')));
+    EXPECT_FALSE(ReadFileWithin(file, 100));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_TOO_LARGE));
+    EXPECT_EQ(ReadFileWithin(file, 101)->size(), 101u);
+}
+
+TEST_F(AtomicFileTest, AMissingFileSaysSo)
+{
+    CreateFoldersAbove(file);
+    EXPECT_FALSE(ReadFileWithin(file, 100));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+}
+
+TEST_F(AtomicFileTest, TheOldFileIsReplacedAndNotWrittenTo)
+{
+    const std::wstring oldFile = folder + L"\\old";
+    ASSERT_TRUE(ReplaceFileAtomically(file, "old"));
+    ASSERT_TRUE(CreateHardLinkW(oldFile.c_str(), file.c_str(), nullptr)) << "a second name of the old file";
+    ASSERT_TRUE(ReplaceFileAtomically(file, "new"));
+    EXPECT_EQ(ReadFileWithin(file, 100), "new");
+    EXPECT_EQ(ReadFileWithin(oldFile, 100), "old");
+    DeleteFileW(oldFile.c_str());
+}
+
+TEST_F(AtomicFileTest, WhatCannotBeReplacedStaysWhole)
+{
+    ASSERT_TRUE(ReplaceFileAtomically(file, "old"));
+    {
+        // Somebody reads it who does not let it be replaced.
+        const Handle reader =
+            OwnValid(CreateFileW(file.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+        ASSERT_TRUE(reader);
+        EXPECT_FALSE(ReplaceFileAtomically(file, "new"));
+        EXPECT_NE(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS));
+    }
+    EXPECT_EQ(ReadFileWithin(file, 100), "old");
+}
+
+TEST_F(AtomicFileTest, WhatAProcessThatEndedWasAboutToWriteIsRemoved)
+{
+    CreateFoldersAbove(file);
+    const auto make = [&](const std::wstring& path) {
+        return OwnValid(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
+                                    nullptr)) != nullptr;
+    };
+    const std::wstring ended = file + L".4294967292.new"; // No process has such a number.
+    const std::wstring others[] = {file + L"." + std::to_wstring(GetCurrentProcessId()) + L".new", file + L".x1.new",
+                                   file + L"..new", folder + L"\\5.new"};
+    ASSERT_TRUE(make(ended));
+    for (const std::wstring& other : others)
+        ASSERT_TRUE(make(other));
+    RemoveUnfinishedFiles(folder);
+    EXPECT_FALSE(DeleteFileW(ended.c_str()));
+    for (const std::wstring& other : others)
+        EXPECT_TRUE(DeleteFileW(other.c_str()));
+}
+
+} // namespace
+
+} // namespace Kestrany::Agent
