@@ -35,6 +35,12 @@ bool TakeServer(const Json::Value& object, Server& server)
     return server != TALIX_SERVER_UNAVAILABLE;
 }
 
+/// Whether a request is on behalf of a caller.
+bool HasCaller(const Json::Value& object)
+{
+    return object.isMember("server") || object.isMember("client") || object.isMember("scope");
+}
+
 bool TakeCode(const Json::Value& object, const char* key, IdErrorCode& code)
 {
     const Json::Value& member = object[key];
@@ -108,9 +114,12 @@ std::string WriteRequest(const Request& request)
     Json::Value object(Json::objectValue);
     object["id"] = request.id;
     object["do"] = request.operation;
-    object["server"] = ServerName(request.caller.server);
-    object["client"] = request.caller.clientId;
-    object["scope"] = request.caller.scope;
+    if (request.caller.server != TALIX_SERVER_UNAVAILABLE)
+    {
+        object["server"] = ServerName(request.caller.server);
+        object["client"] = request.caller.clientId;
+        object["scope"] = request.caller.scope;
+    }
     object["with"] = request.arguments;
     return WriteJson(object);
 }
@@ -125,9 +134,10 @@ std::optional<Request> ReadRequest(const std::string& message, std::string& prob
         problem = "it has no \"id\"";
     else if (!TakeText(*object, "do", request.operation))
         problem = "it has no operation";
-    else if (!TakeServer(*object, request.caller.server))
+    else if (HasCaller(*object) && !TakeServer(*object, request.caller.server))
         problem = "it names no server";
-    else if (!TakeText(*object, "client", request.caller.clientId) || !TakeText(*object, "scope", request.caller.scope))
+    else if (HasCaller(*object) && (!TakeText(*object, "client", request.caller.clientId) ||
+                                    !TakeText(*object, "scope", request.caller.scope)))
         problem = "it names no product";
     else if (!TakeObject(*object, "with", request.arguments))
         problem = "it has no arguments";

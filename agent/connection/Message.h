@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -12,7 +13,7 @@
 
 namespace Kestrany::Agent {
 
-// What goes over a pipe between a host's plugin module and the server process: messages, each of them a JSON object.
+// What goes over the pipes between plugin modules and the server process: messages, each of them a JSON object.
 
 /// To be raised with every change that the other side would misunderstand.
 inline constexpr int ProtocolVersion = 2;
@@ -42,12 +43,12 @@ private:
 
 // --- Messages -------------------------------------------------------------------------------------------------------
 
-/// From the host. The first one on a connection is "attach".
+/// From a client. The first one of a host is "attach".
 struct Request
 {
     std::uint32_t id = 0;
     std::string operation;
-    Caller caller;
+    Caller caller; ///< Without a server in requests that concern the process itself.
     Json::Value arguments{Json::objectValue};
 };
 
@@ -85,6 +86,25 @@ std::string WriteEvent(const LoginEvent& event);
 std::string WriteShutdown();
 /// nullopt if the text is no message of a server.
 std::optional<ServerMessage> ReadServerMessage(const std::string& message);
+
+// --- Server ---------------------------------------------------------------------------------------------------------
+
+/// Handles the messages of one client at the server.
+class MessageHandler
+{
+public:
+    /// Sends a message to the client. Must not call back.
+    using Send = std::function<void(std::string message)>;
+
+    virtual ~MessageHandler() = default;
+    /// Handles one message. False if the client violates the protocol: it is disconnected once the messages to it are
+    /// written.
+    virtual bool Receive(const std::string& message) = 0;
+    /// Whether the client is to be disconnected at once.
+    virtual bool IsGivenUp() const = 0;
+    /// Bytes of messages to the client that are held back.
+    virtual std::size_t HeldBack() const { return 0; }
+};
 
 } // namespace Kestrany::Agent
 

@@ -1,27 +1,33 @@
 #include "connection/ServerRequests.h"
 
+#include <utility>
+
 #include "connection/Pipe.h"
-#include "connection/PrivatePipe.h"
-#include "platform/Deadline.h"
+#include "identity/Json.h"
 #include "platform/ObjectNamespace.h"
 
 namespace Kestrany::Agent {
 
 namespace {
 
-std::optional<std::string> Ask(DWORD processId, const std::string& request, const Deadline& deadline)
+/// The result of a request that succeeded.
+std::optional<Json::Value> Ask(DWORD processId, const char* operation, const Deadline& deadline)
 {
-    Handle file = OpenPrivatePipe(ProcessPipeName(processId), deadline);
-    DWORD mode = PIPE_READMODE_MESSAGE;
+    Handle file = OpenPipe(ProcessPipeName(processId), deadline);
     ULONG owner = 0;
-    // Any process could have made a pipe of the name.
-    if (!file || !GetNamedPipeServerProcessId(file.get(), &owner) || owner != processId ||
-        !SetNamedPipeHandleState(file.get(), &mode, nullptr, nullptr))
+    // Another process could have created a pipe of that name.
+    if (!file || !GetNamedPipeServerProcessId(file.get(), &owner) || owner != processId)
         return std::nullopt;
-    Pipe pipe(std::move(file));
-    if (!pipe.Write(request, deadline))
+    PipeClient pipe(std::move(file));
+    Request request;
+    request.operation = operation;
+    if (!pipe.Write(WriteRequest(request), deadline))
         return std::nullopt;
-    return pipe.Read(deadline);
+    const std::optional<std::string> text = pipe.Read(&deadline);
+    const std::optional<ServerMessage> message = text ? ReadServerMessage(*text) : std::nullopt;
+    if (!message || !message->response || message->response->code != IdSuccess)
+        return std::nullopt;
+    return message->response->result;
 }
 
 bool IsSet(HANDLE event)
@@ -31,18 +37,24 @@ bool IsSet(HANDLE event)
 
 } // namespace
 
-std::optional<Answers> PingServer(unsigned long processId, std::int64_t limit)
+std::optional<std::map<std::string, std::string>> PingServer(unsigned long processId, std::int64_t limit)
 {
-    const std::optional<std::string> message = Ask(processId, PingRequest, Deadline(limit));
-    if (!message)
+    const std::optional<Json::Value> result = Ask(processId, Operations::Ping, Deadline(limit));
+    if (!result)
         return std::nullopt;
-    return ReadAnswers(*message);
+    std::map<std::string, std::string> texts;
+    for (const std::string& name : result->getMemberNames())
+    {
+        if (std::string text; TakeText(*result, name.c_str(), text))
+            texts[name] = text;
+    }
+    return texts;
 }
 
 bool FreezeServer(unsigned long processId, std::int64_t limit)
 {
     const Handle frozen(OpenEventW(SYNCHRONIZE, FALSE, FrozenEventName(processId).c_str()));
-    return IsSet(frozen.get()) || Ask(processId, FreezeRequest, Deadline(limit)) == FreezeAnswer;
+    return IsSet(frozen.get()) || Ask(processId, Operations::Freeze, Deadline(limit)).has_value();
 }
 
 bool ThawServer(unsigned long processId, std::int64_t limit)

@@ -179,7 +179,7 @@ bool ClientPrivate::Ping(std::map<std::string, std::string>& answers)
         const auto processId = FindServer(servers_.ProcessIdentity());
         if (!processId)
             return false;
-        const std::optional<Answers> answered = PingServer(*processId, AnswerLimit);
+        const auto answered = PingServer(*processId, AnswerLimit);
         if (!answered)
         {
             log_(TALIXLog::Warning, "Server process " + std::to_string(*processId) + " does not answer");

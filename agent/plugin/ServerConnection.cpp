@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "connection/PrivatePipe.h"
-#include "connection/ServerTrust.h"
 #include "identity/IdentitySource.h"
 #include "platform/ObjectNamespace.h"
 
@@ -118,7 +116,7 @@ Response ServerConnection::AskOnce(Lock& lock, Request& request, unsigned int ge
     if (message.size() > MaxMessage)
         return Refusal(IdTextTooLong);
     pending_[id].limit = SteadyClock::now() + AnswerLimit;
-    const std::shared_ptr<LinkPipe> pipe = pipe_;
+    const std::shared_ptr<PipeClient> pipe = pipe_;
     lock.unlock();
     try
     {
@@ -266,22 +264,22 @@ IdErrorCode ServerConnection::Connect(const ServerTarget& target)
 std::optional<IdErrorCode> ServerConnection::ConnectOnce(const ServerTarget& target, const Deadline& deadline)
 {
     const std::wstring name = HostPipeName(target.processIdentity);
-    Handle file = OpenPrivatePipe(name, deadline);
+    Handle file = OpenPipe(name, deadline);
     if (!file)
     {
         std::int64_t processId = 0;
         if (!processes_.Start(target.executable, target.processIdentity, target.arguments, deadline.Left(), processId))
             return IdServerUnavailable;
-        file = OpenPrivatePipe(name, deadline);
+        file = OpenPipe(name, deadline);
     }
     if (!file)
         return std::nullopt;
-    if (const std::string reason = Distrust(file.get(), target.executable); !reason.empty())
+    if (const std::string reason = WhyNotTrusted(file.get(), target.executable); !reason.empty())
     {
         parts_.log(TALIXLog::Error, "The server of " + target.processIdentity + " is not used: " + reason);
         return IdServerUnavailable;
     }
-    const auto pipe = std::make_shared<LinkPipe>(std::move(file));
+    const auto pipe = std::make_shared<PipeClient>(std::move(file));
     if (!Adopt(pipe))
         return IdServerLost;
     return Attach(*pipe, target, deadline);
@@ -294,7 +292,7 @@ bool ServerConnection::Ends()
 }
 
 /// From now on, Close can break it.
-bool ServerConnection::Adopt(const std::shared_ptr<LinkPipe>& pipe)
+bool ServerConnection::Adopt(const std::shared_ptr<PipeClient>& pipe)
 {
     const Lock lock(mutex_);
     if (!ends_)
@@ -302,7 +300,7 @@ bool ServerConnection::Adopt(const std::shared_ptr<LinkPipe>& pipe)
     return !ends_;
 }
 
-std::optional<IdErrorCode> ServerConnection::Attach(LinkPipe& pipe, const ServerTarget& target,
+std::optional<IdErrorCode> ServerConnection::Attach(PipeClient& pipe, const ServerTarget& target,
                                                     const Deadline& connecting)
 {
     Request request;
@@ -358,7 +356,7 @@ void ServerConnection::Hear(const LoginEvent& event)
     parts_.onEvent(event);
 }
 
-bool ServerConnection::ReadOn(LinkPipe& pipe)
+bool ServerConnection::ReadOn(PipeClient& pipe)
 {
     while (const std::optional<std::string> text = pipe.Read(nullptr))
     {

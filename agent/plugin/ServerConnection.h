@@ -15,8 +15,8 @@
 #include <thread>
 #include <vector>
 
-#include "connection/LinkPipe.h"
 #include "connection/Message.h"
+#include "connection/Pipe.h"
 #include "server/ServerProcesses.h"
 
 namespace Kestrany::Agent {
@@ -115,14 +115,14 @@ private:
     IdErrorCode Connect(const ServerTarget& target);
     /// Nothing where another try may succeed.
     std::optional<IdErrorCode> ConnectOnce(const ServerTarget& target, const Deadline& deadline);
-    std::optional<IdErrorCode> Attach(LinkPipe& pipe, const ServerTarget& target, const Deadline& connecting);
+    std::optional<IdErrorCode> Attach(PipeClient& pipe, const ServerTarget& target, const Deadline& connecting);
     bool Ends();
-    bool Adopt(const std::shared_ptr<LinkPipe>& pipe);
+    bool Adopt(const std::shared_ptr<PipeClient>& pipe);
     /// Whether somebody is signed in as the connection is made: what differs from before is an event.
     void HearAtConnection(const std::string& identity, Server server, bool signedIn);
     void Hear(const LoginEvent& event);
     /// Until the connection ends. True when the server said that it quits.
-    bool ReadOn(LinkPipe& pipe);
+    bool ReadOn(PipeClient& pipe);
     void Take(const ServerMessage& message);
     void Fail();
 
@@ -139,7 +139,7 @@ private:
     unsigned int attempts_ = 0;                ///< Connections tried; who waits for one sees it end without success.
     IdErrorCode result_ = IdServerUnavailable; ///< What came of the last one.
     ServerTarget connected_;
-    std::shared_ptr<LinkPipe> pipe_;
+    std::shared_ptr<PipeClient> pipe_;
     std::uint32_t nextId_ = 1;
     std::map<std::uint32_t, Pending> pending_;
     Heard heard_; ///< The link's thread alone.

@@ -159,7 +159,9 @@ bool HostSession::Receive(const std::string& message)
         return false;
     std::string problem;
     const std::optional<Request> request = ReadRequest(message, problem);
-    if (!request)
+    if (request && request->caller.server == TALIX_SERVER_UNAVAILABLE)
+        problem = "it names no server";
+    if (!problem.empty())
     {
         registry_.Parts().warn("A connection is closed for an invalid message: " + problem);
         return false;

@@ -17,29 +17,25 @@ namespace Kestrany::Agent {
 
 /// One connected host at the server: performs its requests at the source of identity, and sends it responses and
 /// events.
-class HostSession
+class HostSession final : public MessageHandler
 {
 public:
-    /// Sends a message to the host. Must not call back.
-    using Send = std::function<void(std::string message)>;
-
     /// Milliseconds from the connection within which a host has to attach.
     static constexpr std::int64_t AttachLimit = 20'000;
 
     HostSession(HostRegistry& registry, Send send);
-    ~HostSession();
+    ~HostSession() override;
     HostSession(const HostSession&) = delete;
     HostSession& operator=(const HostSession&) = delete;
 
-    /// Handles one message. False if the host violates the protocol: the connection is to be closed.
-    bool Receive(const std::string& message);
+    bool Receive(const std::string& message) override;
     void Deliver(const std::string& identity, const LoginEvent& event) const;
     bool IsAttached() const { return logins_ != nullptr; }
     /// Ends the session: no further message is handled.
     void GiveUp() { givenUp_ = true; }
-    bool IsGivenUp() const { return givenUp_; }
+    bool IsGivenUp() const override { return givenUp_; }
     /// Bytes of the responses that the source's latency holds back.
-    std::size_t HeldBack() const { return heldBack_; }
+    std::size_t HeldBack() const override { return heldBack_; }
     void SendShutdown() { send_(WriteShutdown()); }
 
     /// See HostRegistry.

@@ -4,16 +4,24 @@
 #include <stdexcept>
 #include <utility>
 
-#include "connection/KeyValueMessage.h"
+#include "connection/ServerRequests.h"
+#include "platform/Deadline.h"
 #include "platform/ObjectNamespace.h"
 #include "platform/Text.h"
+#include "server/ToolSession.h"
 
 namespace Kestrany::Agent {
 
 namespace {
 
-/// Milliseconds that hosts have to leave by themselves once they were told that the server quits.
+/// Milliseconds within which hosts leave by themselves once they know that the server shuts down.
 constexpr std::int64_t LeaveLimit = 500;
+
+/// Milliseconds that a tool may stay connected.
+constexpr std::int64_t ToolLimit = 1000;
+
+/// Tools that may be connected at once. The oldest one makes room for another.
+constexpr std::size_t MaxTools = 64;
 
 Handle MakeEvent(const std::wstring& name)
 {
@@ -37,10 +45,20 @@ std::optional<std::int64_t> EndOf(std::int64_t start, std::optional<unsigned int
 
 } // namespace
 
+ServerApplication::HostConnection::HostConnection(HostRegistry& registry, Handle pipe)
+    : connection(std::move(pipe), [&](MessageHandler::Send send) {
+          auto made = std::make_unique<HostSession>(registry, std::move(send));
+          session = made.get();
+          return made;
+      })
+{
+}
+
 ServerApplication::ServerApplication(std::string identity, ServerLimits limits, HostRegistry& registry)
     : identity_(std::move(identity)), start_(Ticks()), limits_(limits), end_(EndOf(start_, limits.quitAfter)),
       lastUse_(start_), registry_(registry), frozen_(MakeEvent(FrozenEventName(GetCurrentProcessId()))),
-      thaw_(MakeEvent(ThawEventName(GetCurrentProcessId()))), listener_(HostPipeName(identity_))
+      thaw_(MakeEvent(ThawEventName(GetCurrentProcessId()))), toolListener_(ProcessPipeName(GetCurrentProcessId())),
+      hostListener_(HostPipeName(identity_))
 {
 }
 
@@ -51,89 +69,105 @@ void ServerApplication::Run(HANDLE quit)
         if (freezes_)
             StayFrozen();
         registry_.RunTimers();
-        RemoveHosts();
-        if (IsOver(end_) || IsOver(IdleEnd()))
+        RemoveConnections();
+        if (IsPast(end_) || IsPast(IdleEnd()))
             break;
     }
 }
 
 bool ServerApplication::WaitOnce(HANDLE quit)
 {
-    const HANDLE objects[] = {quit, requests_.Arrived(), listener_.Arrived()};
-    // Quitting comes first: the wait answers the first object that is signalled.
-    switch (WaitForMultipleObjectsEx(3, objects, FALSE, TimeToWait(), TRUE))
-    {
-    case WAIT_OBJECT_0:
+    const HANDLE objects[] = {quit, toolListener_.Connected(), hostListener_.Connected()};
+    // Of several objects that are set the wait returns the first one: quitting comes before everything else.
+    const DWORD result = WaitForMultipleObjectsEx(3, objects, FALSE, TimeToWait(), TRUE);
+    if (result == WAIT_OBJECT_0)
         return false;
+    // Messages that have arrived count before limits do.
+    SleepEx(0, TRUE);
+    switch (result)
+    {
     case WAIT_OBJECT_0 + 1:
-        ServeRequest();
+        AcceptTool();
         return true;
     case WAIT_OBJECT_0 + 2:
-        TakeHost();
+        AcceptHost();
         return true;
     case WAIT_FAILED:
-        throw std::runtime_error("the wait for hosts failed: " + SystemMessage(GetLastError()));
-    default: // A host's message has been taken, or a time has come.
+        throw std::runtime_error("the wait for clients failed: " + SystemMessage(GetLastError()));
+    default: // A message has been handled, or a limit has passed.
         return true;
     }
 }
 
-void ServerApplication::RemoveHosts()
+void ServerApplication::RemoveConnections()
 {
+    tools_.remove_if([](const PipeConnection& tool) { return tool.IsOver(); });
     const std::size_t before = hosts_.size();
-    hosts_.remove_if([](const Connection& host) { return host.IsOver(); });
+    hosts_.remove_if([](const HostConnection& host) { return host.connection.IsOver(); });
     if (hosts_.size() != before)
         lastUse_ = Ticks();
 }
 
-void ServerApplication::TakeHost()
+void ServerApplication::AcceptHost()
 {
-    Handle pipe = listener_.Take();
-    SleepEx(0, TRUE); // What hosts wrote by now is taken first: one that has attached is not given up.
+    Handle pipe = hostListener_.Accept();
     if (pipe && registry_.MakeRoom())
         hosts_.emplace_back(registry_, std::move(pipe));
     lastUse_ = Ticks();
 }
 
-void ServerApplication::ServeRequest()
+void ServerApplication::AcceptTool()
 {
-    requests_.Serve([this](const std::string& request) { return Answer(request); });
     lastUse_ = Ticks();
+    Handle pipe = toolListener_.Accept();
+    if (!pipe)
+        return;
+    if (tools_.size() == MaxTools)
+        tools_.pop_front();
+    const auto limit = lastUse_ + ToolLimit;
+    tools_.emplace_back(std::move(pipe), [&](MessageHandler::Send send) {
+        return std::make_unique<ToolSession>(
+            [this](const std::string& operation) { return PerformToolOperation(operation); }, std::move(send), &Ticks,
+            limit);
+    });
+    toolsEnd_ = limit;
 }
 
-/// A host that is told does not start another server. What is still on its way to it is sent.
 void ServerApplication::DisconnectHosts()
 {
-    for (Connection& host : hosts_)
-        host.SendShutdown();
+    for (HostConnection& host : hosts_)
+        host.session->SendShutdown();
     const Deadline deadline(LeaveLimit);
     while (!hosts_.empty() && deadline.Left() > 0)
     {
         SleepEx(deadline.Left(), TRUE);
-        RemoveHosts();
+        RemoveConnections();
     }
     hosts_.clear();
 }
 
-std::string ServerApplication::Answer(const std::string& request)
+std::optional<Json::Value> ServerApplication::PerformToolOperation(const std::string& operation)
 {
-    if (request == PingRequest)
-        return Ping();
-    if (request != FreezeRequest)
-        return "unknown request";
-    // Set before the answer: whoever reads it finds the service frozen.
+    lastUse_ = Ticks();
+    if (operation == Operations::Ping)
+        return Describe();
+    if (operation != Operations::Freeze)
+        return std::nullopt;
+    // Set before the response: the tool then finds the process frozen. The loop freezes once the response is written.
     ResetEvent(thaw_.get());
     SetEvent(frozen_.get());
     freezes_ = true;
-    return FreezeAnswer;
+    return Json::Value(Json::objectValue);
 }
 
-std::string ServerApplication::Ping() const
+Json::Value ServerApplication::Describe() const
 {
-    return WriteAnswers({{"processId", std::to_string(GetCurrentProcessId())},
-                         {"identity", identity_},
-                         {"version", AGENT_VERSION},
-                         {"uptimeMilliseconds", std::to_string(Ticks() - start_)}});
+    Json::Value result(Json::objectValue);
+    result["processId"] = std::to_string(GetCurrentProcessId());
+    result["identity"] = identity_;
+    result["version"] = AGENT_VERSION;
+    result["uptimeMilliseconds"] = std::to_string(Ticks() - start_);
+    return result;
 }
 
 void ServerApplication::StayFrozen()
@@ -146,14 +180,17 @@ void ServerApplication::StayFrozen()
 
 std::optional<std::int64_t> ServerApplication::IdleEnd() const
 {
-    const bool used = std::any_of(hosts_.begin(), hosts_.end(), [](const Connection& host) { return host.IsHost(); });
+    // A client that connected without attaching does not keep the server running.
+    const bool used = std::any_of(hosts_.begin(), hosts_.end(),
+                                  [](const HostConnection& host) { return host.session->IsAttached(); });
     return used ? std::nullopt : EndOf(lastUse_, limits_.idleAfter);
 }
 
 DWORD ServerApplication::TimeToWait() const
 {
+    const std::optional<std::int64_t> toolsEnd = tools_.empty() ? std::nullopt : toolsEnd_;
     std::optional<std::int64_t> next;
-    for (const std::optional<std::int64_t> end : {end_, IdleEnd(), registry_.NextTimer()})
+    for (const std::optional<std::int64_t> end : {end_, IdleEnd(), registry_.NextTimer(), toolsEnd})
     {
         if (end && (!next || *end < *next))
             next = end;
@@ -161,7 +198,7 @@ DWORD ServerApplication::TimeToWait() const
     return next ? Deadline(*next - Ticks()).Left() : INFINITE;
 }
 
-bool ServerApplication::IsOver(std::optional<std::int64_t> end) const
+bool ServerApplication::IsPast(std::optional<std::int64_t> end) const
 {
     return end && Ticks() >= *end;
 }

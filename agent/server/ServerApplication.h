@@ -6,46 +6,54 @@
 #include <optional>
 #include <string>
 
-#include "connection/RequestPipe.h"
-#include "server/Connection.h"
-#include "server/HostListener.h"
+#include "connection/PipeConnection.h"
+#include "connection/PipeListener.h"
 #include "server/HostRegistry.h"
+#include "server/HostSession.h"
 
 namespace Kestrany::Agent {
 
-/// When the server application ends by itself. Seconds; nothing for never.
+/// When the server application ends by itself. Seconds; nullopt for never.
 struct ServerLimits
 {
     std::optional<unsigned int> quitAfter; ///< In any case.
-    std::optional<unsigned int> idleAfter; ///< Without a host, and without anybody's asking.
+    std::optional<unsigned int> idleAfter; ///< Without a host and without a request of a tool.
 };
 
-/// What the server application does while it runs: serves hosts, answers requests of tools, and hangs where it is told
-/// to. All of it on one thread, so that a hang is one for everybody.
+/// The main loop of the server application: accepts hosts and tools, and freezes on request. All of it runs on one
+/// thread, so that a frozen server process is frozen for everybody.
 class ServerApplication
 {
 public:
-    /// Throws std::runtime_error when the system is out of resources, or another process has the name of its pipe.
+    /// Throws std::runtime_error if the system is out of resources, or if another process has the name of a pipe.
     ServerApplication(std::string identity, ServerLimits limits, HostRegistry& registry);
 
-    /// Returns when `quit` is set, or a limit has passed. A frozen service notices its longest time alone.
+    /// Returns when `quit` is set, or a limit has passed. While frozen, only the `quitAfter` limit counts.
     void Run(HANDLE quit);
-    /// Tells hosts that the service ends, after Run, and waits a little until they have left.
+    /// After Run: tells the hosts that the server shuts down, and waits a short time until they have left.
     void DisconnectHosts();
 
 private:
-    /// False when the service is asked to quit.
+    struct HostConnection
+    {
+        HostConnection(HostRegistry& registry, Handle pipe);
+
+        HostSession* session = nullptr; ///< Owned by the connection.
+        PipeConnection connection;
+    };
+
+    /// False if the process is asked to quit.
     bool WaitOnce(HANDLE quit);
-    void RemoveHosts();
-    void TakeHost();
-    void ServeRequest();
-    std::string Answer(const std::string& request);
-    std::string Ping() const;
+    void RemoveConnections();
+    void AcceptHost();
+    void AcceptTool();
+    std::optional<Json::Value> PerformToolOperation(const std::string& operation);
+    Json::Value Describe() const;
     void StayFrozen();
 
     std::optional<std::int64_t> IdleEnd() const;
     DWORD TimeToWait() const;
-    bool IsOver(std::optional<std::int64_t> end) const;
+    bool IsPast(std::optional<std::int64_t> end) const;
 
     const std::string identity_;
     const std::int64_t start_;
@@ -53,12 +61,14 @@ private:
     const std::optional<std::int64_t> end_;
     std::int64_t lastUse_;
     HostRegistry& registry_;
-    Handle frozen_; ///< Set while the service is.
+    Handle frozen_; ///< Set while the process is frozen.
     Handle thaw_;
-    bool freezes_ = false;
-    RequestPipe requests_;
-    HostListener listener_;
-    std::list<Connection> hosts_;
+    bool freezes_ = false; ///< The next step of the loop freezes.
+    PipeListener toolListener_;
+    PipeListener hostListener_;
+    std::list<PipeConnection> tools_; ///< The oldest first.
+    std::list<HostConnection> hosts_;
+    std::optional<std::int64_t> toolsEnd_; ///< When the newest tool is disconnected at the latest.
 };
 
 } // namespace Kestrany::Agent

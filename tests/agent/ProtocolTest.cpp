@@ -10,6 +10,7 @@
 #include "connection/RemoteLogins.h"
 #include "identity/simulated/SimulatedSource.h"
 #include "server/HostSession.h"
+#include "server/ToolSession.h"
 
 namespace Kestrany::Agent {
 
@@ -196,6 +197,19 @@ TEST_F(ProtocolTest, AHostThatDoesNotAttachIsSentAway)
     request.arguments["identity"] = "bad";
     EXPECT_FALSE(early.end.Receive(WriteRequest(request)));
     EXPECT_EQ(warnings.size(), 3u);
+}
+
+TEST_F(ProtocolTest, AHostsRequestNamesAServer)
+{
+    SimulatedSource source(scenario, MakeSourceParts());
+    HostRegistry registry(source, MakeServerParts());
+    Host host(registry);
+    host.Attach();
+    Request request;
+    request.operation = Operations::GetStatus;
+    EXPECT_FALSE(host.end.Receive(WriteRequest(request)));
+    EXPECT_TRUE(host.messages.empty());
+    EXPECT_EQ(warnings.size(), 1u);
 }
 
 TEST_F(ProtocolTest, WithoutAScenarioNobodySignsIn)
@@ -530,6 +544,46 @@ TEST_F(ProtocolTest, DamagedMessagesEndNothingButTheirConnection)
     EXPECT_LT(taken, 5'000);
     Host last(registry);
     EXPECT_EQ(last.Attach().code, IdSuccess);
+}
+
+TEST(ToolSessionTest, EachRequestGetsAResponseUntilTheTimeIsOver)
+{
+    std::int64_t ticks = 99;
+    std::vector<std::string> messages;
+    ToolSession session(
+        [](const std::string& operation) {
+            return operation == "known" ? std::optional<Json::Value>(Json::objectValue) : std::nullopt;
+        },
+        [&](std::string message) { messages.push_back(std::move(message)); }, [&] { return ticks; }, 100);
+    Request request;
+    request.id = 3;
+    for (const char* const operation : {"known", "unknown"})
+    {
+        request.operation = operation;
+        EXPECT_TRUE(session.Receive(WriteRequest(request)));
+    }
+    ASSERT_EQ(messages.size(), 2u);
+    EXPECT_EQ(ReadServerMessage(messages[0])->response->id, 3u);
+    EXPECT_EQ(ReadServerMessage(messages[0])->response->code, IdSuccess);
+    EXPECT_EQ(ReadServerMessage(messages[1])->response->code, IdProtocolError);
+    EXPECT_FALSE(session.Receive("{}")) << "no request";
+    EXPECT_FALSE(session.IsGivenUp());
+    ticks = 100;
+    EXPECT_TRUE(session.IsGivenUp());
+}
+
+TEST(RequestTest, ACallerIsWholeOrMissing)
+{
+    std::string problem;
+    const std::string withoutCaller = R"({"id":1,"do":"ping","with":{}})";
+    const std::optional<Request> request = ReadRequest(withoutCaller, problem);
+    ASSERT_TRUE(request) << problem;
+    EXPECT_EQ(request->caller.server, TALIX_SERVER_UNAVAILABLE);
+    for (const char* text :
+         {R"({"id":1,"do":"ping","client":"","scope":"","with":{}})", R"({"id":1,"do":"ping","scope":"","with":{}})",
+          R"({"id":1,"do":"ping","server":"","client":"","scope":"","with":{}})",
+          R"({"id":1,"do":"ping","server":"production","client":"","with":{}})"})
+        EXPECT_FALSE(ReadRequest(text, problem)) << text;
 }
 
 TEST(ServerMessageTest, OtherTextsAreNone)

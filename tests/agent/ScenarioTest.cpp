@@ -7,9 +7,8 @@
 #include <vector>
 
 #include "Environment.h"
-#include "connection/LinkPipe.h"
 #include "connection/Message.h"
-#include "connection/PrivatePipe.h"
+#include "connection/Pipe.h"
 #include "identity/IdentitySource.h"
 #include "identity/ResultCodes.h"
 #include "load/contract/ISSOClient.h"
@@ -186,7 +185,7 @@ TEST_F(ScenarioTest, AHostForWhichTooMuchIsHeldBackIsSentAway)
              "secret": "s", "profile": {"long": ")" +
          std::string(60'000, 'x') + R"("}}]})");
     const Deadline deadline(Limit);
-    LinkPipe greedy(OpenPrivatePipe(HostPipeName(DefaultIdentity), deadline));
+    PipeClient greedy(OpenPipe(HostPipeName(DefaultIdentity), deadline));
     Request request = AttachRequest();
     ASSERT_TRUE(greedy.Write(WriteRequest(request), deadline));
     ASSERT_TRUE(greedy.Read(&deadline));
@@ -202,7 +201,7 @@ TEST_F(ScenarioTest, AHostForWhichTooMuchIsHeldBackIsSentAway)
         ++taken;
     EXPECT_GT(taken, 40) << "60 KB each";
     EXPECT_LT(taken, 100) << "4 MiB are the limit";
-    LinkPipe other(OpenPrivatePipe(HostPipeName(DefaultIdentity), deadline));
+    PipeClient other(OpenPipe(HostPipeName(DefaultIdentity), deadline));
     EXPECT_TRUE(other.Write(WriteRequest(AttachRequest()), deadline));
     EXPECT_TRUE(other.Read(&deadline));
     // What follows need not wait.

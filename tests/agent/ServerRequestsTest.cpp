@@ -1,8 +1,10 @@
 #include "ServerTest.h"
 
+#include <atomic>
 #include <future>
 
 #include "connection/Pipe.h"
+#include "connection/PipeListener.h"
 #include "connection/ServerRequests.h"
 #include "server/ServerInstance.h"
 #include "server/ServerProcesses.h"
@@ -16,21 +18,13 @@ constexpr std::int64_t Short = 100; // Milliseconds, where no answer is to come.
 class ServerRequestsTest : public ServerTest
 {
 protected:
-    /// A client of the test's own. Waits for its turn.
-    Handle OpenPipe() const
-    {
-        const std::wstring name = ProcessPipeName(processId);
-        Handle pipe;
-        while (!pipe && WaitNamedPipeW(name.c_str(), static_cast<DWORD>(Limit)))
-            pipe = OwnValid(CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                                        FILE_FLAG_OVERLAPPED, nullptr));
-        return pipe;
-    }
+    /// A client of the test's own.
+    Handle Connect() const { return OpenPipe(ProcessPipeName(processId), Deadline(Limit)); }
 };
 
 TEST_F(ServerRequestsTest, AServerTellsWhatItIs)
 {
-    const std::optional<Answers> answers = PingServer(processId, Limit);
+    const auto answers = PingServer(processId, Limit);
     ASSERT_TRUE(answers);
     EXPECT_EQ(answers->at("processId"), std::to_string(processId));
     EXPECT_EQ(answers->at("identity"), identity);
@@ -66,31 +60,76 @@ TEST_F(ServerRequestsTest, AProcessThatIsNoServerDoesNotAnswer)
 
 TEST_F(ServerRequestsTest, APipeOfAnotherProcessIsNotBelieved)
 {
-    // This process takes the name that another server would have, and answers.
+    // This process takes the name that another server would have, and responds.
     const DWORD stranger = 123456;
-    Pipe squatter(OwnValid(CreateNamedPipeW(
-        ProcessPipeName(stranger).c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
-        PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, Pipe::MaxMessage, Pipe::MaxMessage, 0, nullptr)));
-    ASSERT_NE(squatter.Get(), nullptr);
-    PendingOperation connection;
-    ConnectNamedPipe(squatter.Get(), connection.Get());
-    const auto answered = std::async(std::launch::async, [&] {
-        WaitForSingleObject(connection.Event(), static_cast<DWORD>(Limit));
-        squatter.Write("processId=123456\n", Deadline(Limit));
+    PipeListener squatter(ProcessPipeName(stranger));
+    std::atomic<bool> asked = false;
+    const auto served = std::async(std::launch::async, [&] {
+        WaitForSingleObject(squatter.Connected(), static_cast<DWORD>(Limit));
+        Handle pipe = squatter.Accept();
+        PipeClient client(std::move(pipe)); // Frames are the same in both directions.
+        Response response;
+        response.code = IdSuccess;
+        client.Write(WriteResponse(response), Deadline(Limit));
+        const Deadline deadline(Limit);
+        asked = client.Read(&deadline).has_value();
     });
     EXPECT_FALSE(PingServer(stranger, Limit));
+    served.wait();
+    EXPECT_FALSE(asked) << "nothing was sent to it";
 }
 
 TEST_F(ServerRequestsTest, ClientsThatMisbehaveDoNotStopTheServer)
 {
-    OpenPipe(); // comes and leaves
+    Connect(); // connects and leaves
     {
-        Pipe asks(OpenPipe()); // asks for what there is not
-        EXPECT_TRUE(asks.Write("frob", Deadline(Limit)));
-        EXPECT_EQ(asks.Read(Deadline(Limit)), "unknown request");
+        PipeClient asks(Connect());
+        Request request;
+        request.id = 7;
+        request.operation = "frob";
+        const Deadline deadline(Limit);
+        EXPECT_TRUE(asks.Write(WriteRequest(request), deadline));
+        const std::optional<std::string> text = asks.Read(&deadline);
+        ASSERT_TRUE(text);
+        const std::optional<ServerMessage> message = ReadServerMessage(*text);
+        ASSERT_TRUE(message && message->response);
+        EXPECT_EQ(message->response->id, 7u);
+        EXPECT_EQ(message->response->code, IdProtocolError);
     }
-    const Pipe silent(OpenPipe()); // asks nothing, and stays
-    EXPECT_TRUE(PingServer(processId, Limit)) << "somebody who says nothing is sent away";
+    for (const std::string& bytes :
+         {std::string("\xFF\xFF\xFF\xFFx"), std::string("\2\0\0\0{}", 6), std::string("\5\0\0\0hello", 9)})
+    {
+        const Handle pipe = Connect();
+        PendingOperation writing;
+        WriteFile(pipe.get(), bytes.data(), static_cast<DWORD>(bytes.size()), nullptr, writing.Get());
+        EXPECT_TRUE(writing.Finish(pipe.get(), Deadline(Limit)));
+        char byte = 0;
+        PendingOperation reading;
+        ReadFile(pipe.get(), &byte, 1, nullptr, reading.Get());
+        EXPECT_FALSE(reading.Finish(pipe.get(), Deadline(Limit))) << "disconnected without a response";
+        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_BROKEN_PIPE));
+    }
+    const PipeClient silent(Connect()); // asks nothing, and stays
+    EXPECT_TRUE(PingServer(processId, Limit));
+}
+
+TEST_F(ServerRequestsTest, ASilentClientIsDisconnected)
+{
+    PipeClient silent(Connect());
+    const Deadline deadline(Limit);
+    EXPECT_FALSE(silent.Read(&deadline));
+    EXPECT_GT(deadline.Left(), 0u) << "by the server, not by the test's own limit";
+}
+
+TEST_F(ServerRequestsTest, ManySilentClientsKeepNobodyOut)
+{
+    std::vector<Handle> silent;
+    for (int count = 0; count < 100; ++count)
+    {
+        silent.push_back(Connect());
+        ASSERT_TRUE(silent.back()) << count;
+    }
+    EXPECT_TRUE(PingServer(processId, Limit));
 }
 
 TEST_F(ServerRequestsTest, AFrozenServerDoesNotAnswerUntilItIsThawed)
@@ -133,14 +172,6 @@ TEST(ServerTimeTest, AFrozenServerStillEndsAfterItsTime)
     const Handle process(OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(processId)));
     FreezeServer(static_cast<DWORD>(processId), OrlindexTest::PatienceMilliseconds);
     EXPECT_EQ(WaitForSingleObject(process.get(), OrlindexTest::PatienceMilliseconds), WAIT_OBJECT_0);
-}
-
-TEST(AnswersTest, OnlyLinesOfTheFormAreTaken)
-{
-    EXPECT_EQ(ReadAnswers(WriteAnswers({{"a", "1"}, {"b", ""}, {"c", "x=y"}})),
-              (Answers{{"a", "1"}, {"b", ""}, {"c", "x=y"}}));
-    EXPECT_EQ(ReadAnswers("=1\nno\n\nlast=1"), (Answers{{"last", "1"}}));
-    EXPECT_EQ(ReadAnswers(std::string("a=\0b", 4)), (Answers{{"a", std::string("\0b", 2)}}));
 }
 
 } // namespace

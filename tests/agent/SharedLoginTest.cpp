@@ -8,10 +8,8 @@
 #include "Environment.h"
 #include "EventRecorder.h"
 #include "OtherHost.h"
-#include "connection/LinkPipe.h"
 #include "connection/Message.h"
 #include "connection/Pipe.h"
-#include "connection/PrivatePipe.h"
 #include "connection/ServerRequests.h"
 #include "identity/IdentitySource.h"
 #include "identity/LoginFile.h"
@@ -199,7 +197,7 @@ TEST_F(SharedLoginTest, ALogoutDuringAReconnectionIsHeardOf)
 
 TEST_F(SharedLoginTest, AServerThatQuitsIsNotReady)
 {
-    LinkPipe pipe(OpenPrivatePipe(HostPipeName(DefaultIdentity), Deadline(Limit)));
+    PipeClient pipe(OpenPipe(HostPipeName(DefaultIdentity), Deadline(Limit)));
     Request request;
     request.operation = Operations::Attach;
     request.caller.server = TALIX_SERVER_PRODUCTION;
@@ -275,7 +273,7 @@ TEST_F(SharedLoginTest, AServerWithoutHostsEndsAfterItsIdleTime)
     ASSERT_EQ(LogIn(), IdSuccess);
     const Handle server = OpenServer();
     ASSERT_TRUE(server);
-    const Handle stranger = OpenPrivatePipe(HostPipeName(DefaultIdentity), Deadline(Limit));
+    const Handle stranger = OpenPipe(HostPipeName(DefaultIdentity), Deadline(Limit));
     EXPECT_TRUE(stranger) << "who never says what it is";
     EXPECT_EQ(WaitForSingleObject(server.get(), 1500), static_cast<DWORD>(WAIT_TIMEOUT)) << "a host is there";
     module.Uninitialize();
@@ -300,7 +298,7 @@ TEST_F(SharedLoginTest, AFrozenServerCostsTheLimitAndNoMore)
 
 TEST_F(SharedLoginTest, OnlyTheUserMayOpenThePipe)
 {
-    const Handle pipe = OpenPrivatePipe(HostPipeName(DefaultIdentity), Deadline(Limit));
+    const Handle pipe = OpenPipe(HostPipeName(DefaultIdentity), Deadline(Limit));
     ASSERT_TRUE(pipe);
     PACL list = nullptr;
     PSID owner = nullptr;
@@ -320,12 +318,12 @@ TEST_F(SharedLoginTest, AServerWhosePipeHasAnotherOwnerEndsWithoutServing)
 {
     module.Uninitialize();
     ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
-    const Handle squatter = CreatePrivatePipe(HostPipeName(DefaultIdentity), PipeKind::Bytes, true, 2, 4096);
+    const Handle squatter = CreatePipeInstance(HostPipeName(DefaultIdentity), true);
     ASSERT_TRUE(squatter);
     EXPECT_EQ(LogIn(), IdServerUnavailable) << "and this process, which has the name, is not believed";
     // Some systems make a further first instance all the same; the server cannot notice there.
     std::int64_t processId = 0;
-    const bool noticed = !CreatePrivatePipe(HostPipeName(DefaultIdentity), PipeKind::Bytes, true, 2, 4096);
+    const bool noticed = !CreatePipeInstance(HostPipeName(DefaultIdentity), true);
     EXPECT_EQ(servers.StartSSOServerProcess(Limit, processId), !noticed);
 }
 
@@ -338,7 +336,7 @@ TEST_F(SharedLoginTest, ConnectionsThatNeverAttachKeepNoHostOut)
     std::vector<Handle> silent;
     for (int count = 0; count < 300; ++count)
     {
-        silent.push_back(OpenPrivatePipe(HostPipeName(DefaultIdentity), Deadline(Limit)));
+        silent.push_back(OpenPipe(HostPipeName(DefaultIdentity), Deadline(Limit)));
         ASSERT_TRUE(silent.back()) << count;
     }
     EXPECT_EQ(LogIn(), IdSuccess);
@@ -352,7 +350,7 @@ TEST_F(SharedLoginTest, WhatIsNoMessageDoesNotStopTheServer)
     for (const std::string& bytes : {std::string("\xFF\xFF\xFF\xFFx"), std::string("\2\0\0\0{}", 6),
                                      std::string("\5\0\0\0hello", 9), std::string("\1", 1)})
     {
-        const Handle pipe = OpenPrivatePipe(HostPipeName(DefaultIdentity), Deadline(Limit));
+        const Handle pipe = OpenPipe(HostPipeName(DefaultIdentity), Deadline(Limit));
         ASSERT_TRUE(pipe);
         PendingOperation operation;
         WriteFile(pipe.get(), bytes.data(), static_cast<DWORD>(bytes.size()), nullptr, operation.Get());

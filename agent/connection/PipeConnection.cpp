@@ -1,4 +1,4 @@
-#include "server/Connection.h"
+#include "connection/PipeConnection.h"
 
 #include <exception>
 #include <utility>
@@ -7,22 +7,22 @@ namespace Kestrany::Agent {
 
 namespace {
 
-/// Bytes that may wait for a host, because it does not read or because the scenario holds them back, before it is given
-/// up.
+/// Bytes that may wait for a client, because it does not read or because its handler holds them back. Beyond them the
+/// connection ends.
 constexpr std::size_t MaxWaiting = 4 * 1024 * 1024;
 
 } // namespace
 
-Connection::Connection(HostRegistry& registry, Handle pipe)
-    : pipe_(std::move(pipe)), host_(registry, [this](std::string message) { Send(std::move(message)); })
+PipeConnection::PipeConnection(Handle pipe, const MakeHandler& makeHandler)
+    : pipe_(std::move(pipe)), handler_(makeHandler([this](std::string message) { Send(std::move(message)); }))
 {
-    // Operations that end in a call have no event: the place is free for their owner.
+    // Operations that end in a callback use no event: the member is free for their owner.
     read_.hEvent = this;
     write_.hEvent = this;
     StartReading();
 }
 
-Connection::~Connection()
+PipeConnection::~PipeConnection()
 {
     over_ = true;
     CancelIoEx(pipe_.get(), nullptr);
@@ -30,9 +30,9 @@ Connection::~Connection()
         SleepEx(INFINITE, TRUE);
 }
 
-void Connection::OnRead(DWORD error, DWORD size, OVERLAPPED* operation)
+void PipeConnection::OnRead(DWORD error, DWORD size, OVERLAPPED* operation)
 {
-    Connection& self = Of(operation);
+    PipeConnection& self = Of(operation);
     self.reading_ = false;
     if (error != ERROR_SUCCESS || size == 0)
         self.over_ = true;
@@ -40,19 +40,19 @@ void Connection::OnRead(DWORD error, DWORD size, OVERLAPPED* operation)
         return;
     try
     {
-        self.Take(size);
+        self.HandleBytes(size);
     }
     catch (const std::exception&)
     {
-        // The system called: nothing may pass to it. A host that cannot be answered is given up.
+        // The caller is the system, which no exception may reach. Without memory for a response the connection ends.
         self.over_ = true;
     }
     self.StartReading();
 }
 
-void Connection::OnWritten(DWORD error, DWORD size, OVERLAPPED* operation)
+void PipeConnection::OnWritten(DWORD error, DWORD size, OVERLAPPED* operation)
 {
-    Connection& self = Of(operation);
+    PipeConnection& self = Of(operation);
     self.writing_ = false;
     const std::size_t frameSize = self.waiting_.front().size();
     self.waitingSize_ -= frameSize;
@@ -62,15 +62,15 @@ void Connection::OnWritten(DWORD error, DWORD size, OVERLAPPED* operation)
     self.StartWriting();
 }
 
-void Connection::StartReading()
+void PipeConnection::StartReading()
 {
-    if (over_ || leaving_)
+    if (over_ || closing_)
         return;
     reading_ = ReadFileEx(pipe_.get(), buffer_.data(), ReadSize, &read_, OnRead) != 0;
     over_ = !reading_;
 }
 
-void Connection::StartWriting()
+void PipeConnection::StartWriting()
 {
     if (over_ || writing_ || waiting_.empty())
         return;
@@ -79,14 +79,14 @@ void Connection::StartWriting()
     over_ = !writing_;
 }
 
-void Connection::Take(std::size_t size)
+void PipeConnection::HandleBytes(std::size_t size)
 {
     frames_.Add(buffer_.data(), size);
     while (const std::optional<std::string> message = frames_.Next())
     {
-        if (!host_.Receive(*message))
+        if (!handler_->Receive(*message))
         {
-            leaving_ = true;
+            closing_ = true;
             return;
         }
         if (HasTooMuchWaiting())
@@ -95,15 +95,15 @@ void Connection::Take(std::size_t size)
             return;
     }
     if (frames_.IsBroken())
-        leaving_ = true;
+        closing_ = true;
 }
 
-bool Connection::HasTooMuchWaiting() const
+bool PipeConnection::HasTooMuchWaiting() const
 {
-    return waitingSize_ + host_.HeldBack() > MaxWaiting;
+    return waitingSize_ + handler_->HeldBack() > MaxWaiting;
 }
 
-void Connection::Send(std::string message)
+void PipeConnection::Send(std::string message)
 {
     if (over_)
         return;

@@ -1,0 +1,34 @@
+#ifndef AGENT_SERVER_TOOLSESSION_H
+#define AGENT_SERVER_TOOLSESSION_H
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+#include "connection/Message.h"
+
+namespace Kestrany::Agent {
+
+/// One connected tool at the server process's own pipe: somebody who asks what the process is, or freezes it.
+class ToolSession final : public MessageHandler
+{
+public:
+    /// Returns the result of an operation; nullopt for an unknown one.
+    using Perform = std::function<std::optional<Json::Value>(const std::string& operation)>;
+
+    /// The connection ends when `ticks` (milliseconds) reaches `limit`.
+    ToolSession(Perform perform, Send send, std::function<std::int64_t()> ticks, std::int64_t limit);
+
+    bool Receive(const std::string& message) override;
+    bool IsGivenUp() const override { return ticks_() >= limit_; }
+
+private:
+    const Perform perform_;
+    const Send send_;
+    const std::function<std::int64_t()> ticks_;
+    const std::int64_t limit_;
+};
+
+} // namespace Kestrany::Agent
+
+#endif
