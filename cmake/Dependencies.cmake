@@ -2,7 +2,11 @@
 
 set(Boost_USE_STATIC_LIBS ON)
 if(WIN32)
-    find_package(Boost 1.81 CONFIG REQUIRED COMPONENTS filesystem)
+    set(components filesystem)
+    if(ORLINDEX_BUILD_AGENT)
+        list(APPEND components program_options)
+    endif()
+    find_package(Boost 1.81 CONFIG REQUIRED COMPONENTS ${components})
 else()
     find_package(Boost 1.81 CONFIG REQUIRED)
 endif()

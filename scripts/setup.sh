@@ -85,7 +85,7 @@ build_boost()
     unpack "boost${boost}_*.orig.tar.*" "$deps/src/boost" --no-wildcards-match-slash \
         --exclude='*/test' --exclude='*/doc' --exclude='*/example'
     cross_install "$deps/src/boost" -DBOOST_INSTALL_LAYOUT=system \
-        -DBOOST_INCLUDE_LIBRARIES='filesystem;format;algorithm;system;exception'
+        -DBOOST_INCLUDE_LIBRARIES='filesystem;format;algorithm;system;exception;program_options'
     local version package
     version=$(sed -n 's/^#define BOOST_LIB_VERSION "\(.*\)"/\1/p' "$prefix/include/boost/version.hpp")
     version=${version//_/.}

@@ -21,29 +21,26 @@ using namespace Kestrany::Agent;
 
 namespace {
 
-constexpr char HelpText[] =
-    "Pellwick.exe " AGENT_VERSION ": the server application of the sign-in agent.\n"
-    "\n"
-    "Usage: Pellwick.exe [--identity NAME] [--quit-after SECONDS] [--idle-after SECONDS]\n"
-    "       Pellwick.exe --quit [--identity NAME]\n"
-    "       Pellwick.exe --check-scenario FILE\n"
-    "       Pellwick.exe --help | --version\n"
-    "\n"
-    "  --identity NAME       the name to run under, 1 to 120 letters, digits and . _ -\n"
-    "                        (without it: %s)\n"
-    "  --quit-after SECONDS  quit after this time if nobody asked before\n"
-    "  --idle-after SECONDS  quit after this time without a host (without it: 60; 0 for never)\n"
-    "  --quit                ask the server that runs under the name to quit, and wait for it\n"
-    "  --check-scenario FILE say whether FILE is a valid scenario, and if not, where and why\n"
-    "\n"
-    "Hosts start it when they need it. It keeps who is signed in, for all hosts of the user.\n"
-    "It plays the scenario in the file that the environment variable PELLWICK_SCENARIO names,\n"
-    "else in Pellwick.scenario.json beside it, else its own: every login succeeds.\n"
-    "The variable PELLWICK_SIMULATOR_DATA names another folder for what it keeps.\n"
-    "\n"
-    "Exit codes: 0 it quit as asked, or the scenario is valid, 1 the system refused something,\n"
-    "            2 wrong arguments, 3 another process runs under the same name, 4 the scenario\n"
-    "            is not valid.\n";
+std::string HelpText()
+{
+    return "Pellwick.exe " AGENT_VERSION ": the server application of the sign-in agent.\n"
+           "\n"
+           "Usage: Pellwick.exe [--identity NAME] [--quit-after SECONDS] [--idle-after SECONDS]\n"
+           "       Pellwick.exe --quit [--identity NAME]\n"
+           "       Pellwick.exe --check-scenario FILE\n"
+           "       Pellwick.exe --help | --version\n"
+           "\n" +
+           DescribeServerOptions() +
+           "\n"
+           "Hosts start it when they need it. It keeps who is signed in, for all hosts of the user.\n"
+           "It plays the scenario in the file that the environment variable PELLWICK_SCENARIO names,\n"
+           "else in Pellwick.scenario.json beside it, else its own: every login succeeds.\n"
+           "The variable PELLWICK_SIMULATOR_DATA names another folder for what it keeps.\n"
+           "\n"
+           "Exit codes: 0 it quit as asked, or the scenario is valid, 1 the system refused something,\n"
+           "            2 wrong arguments, 3 another process runs under the same name, 4 the scenario\n"
+           "            is not valid.\n";
+}
 
 int Fail(const LogFile& log, ServerExitCode code, const std::string& message)
 {
@@ -119,7 +116,7 @@ int main()
     const std::string problem = ParseServerOptions(ProcessArguments(), options);
     if (problem.empty() && options.help)
     {
-        std::printf(HelpText, DefaultIdentity);
+        std::fputs(HelpText().c_str(), stdout);
         return ServerQuit;
     }
     if (problem.empty() && options.version)

@@ -1,10 +1,10 @@
 #include "server/ServerOptions.h"
 
-#include <algorithm>
 #include <charconv>
 #include <memory>
-#include <set>
+#include <sstream>
 
+#include <boost/program_options.hpp>
 #include <windows.h>
 
 #include <shellapi.h>
@@ -14,10 +14,40 @@
 
 namespace Kestrany::Agent {
 
+namespace options = boost::program_options;
+
 namespace {
 
-/// A week: what is left behind by mistake is gone some day.
+/// A week: a server that was left running by mistake ends some day.
 constexpr unsigned int MaxSeconds = 7 * 24 * 60 * 60;
+
+constexpr unsigned int LineLength = 100;
+
+options::options_description DescribedOptions()
+{
+    const auto text = [](const char* name) { return options::value<std::string>()->value_name(name); };
+    const std::string defaultIdentity = std::string("(without it: ") + DefaultIdentity + ")";
+    options::options_description described(LineLength);
+    auto add = described.add_options();
+    add("identity", text("NAME")->default_value(DefaultIdentity, ""),
+        ("the name to run under, 1 to 120 letters, digits and . _ -\n" + defaultIdentity).c_str());
+    add("quit-after", text("SECONDS"), "quit after this time if nobody asked before");
+    add("idle-after", text("SECONDS")->default_value("60", ""),
+        "quit after this time without a host (without it: 60; 0 for never)");
+    add("quit", options::bool_switch(), "ask the server that runs under the name to quit, and wait for it");
+    add("check-scenario", text("FILE"), "say whether FILE is a valid scenario, and if not, where and why");
+    return described;
+}
+
+options::options_description AllOptions()
+{
+    options::options_description all;
+    all.add(DescribedOptions());
+    auto add = all.add_options();
+    add("help", options::bool_switch());
+    add("version", options::bool_switch());
+    return all;
+}
 
 std::optional<unsigned int> ParseSeconds(const std::string& text, unsigned int minimum)
 {
@@ -29,66 +59,38 @@ std::optional<unsigned int> ParseSeconds(const std::string& text, unsigned int m
     return seconds;
 }
 
-std::string SecondsProblem(const std::string& option, unsigned int minimum, const std::string& text)
+std::string SecondsProblem(const char* option, unsigned int minimum, const std::string& text)
 {
-    return option + " takes " + std::to_string(minimum) + " to " + std::to_string(MaxSeconds) + " seconds, not \"" +
-           text + "\"";
+    return std::string(option) + " takes " + std::to_string(minimum) + " to " + std::to_string(MaxSeconds) +
+           " seconds, not \"" + text + "\"";
 }
 
-std::string TakeQuitAfter(const std::string& value, ServerOptions& options)
+/// Converts the values. Returns what is wrong with one, empty if nothing is.
+std::string Convert(const options::variables_map& values, ServerOptions& result)
 {
-    options.quitAfterSeconds = ParseSeconds(value, 1);
-    return options.quitAfterSeconds ? std::string() : SecondsProblem("--quit-after", 1, value);
-}
-
-std::string TakeIdleAfter(const std::string& value, ServerOptions& options)
-{
-    const std::optional<unsigned int> seconds = ParseSeconds(value, 0);
-    if (!seconds)
-        return SecondsProblem("--idle-after", 0, value);
-    options.idleAfterSeconds = *seconds == 0 ? std::nullopt : seconds;
+    const auto text = [&](const char* name) {
+        return values.count(name) == 0 ? std::string() : values[name].as<std::string>();
+    };
+    result.quit = values["quit"].as<bool>();
+    result.help = values["help"].as<bool>();
+    result.version = values["version"].as<bool>();
+    result.identity = text("identity");
+    if (!IsValidIdentity(result.identity))
+        return "--identity takes 1 to 120 letters, digits and . _ -, not \"" + result.identity + "\"";
+    if (values.count("quit-after") != 0)
+    {
+        result.quitAfterSeconds = ParseSeconds(text("quit-after"), 1);
+        if (!result.quitAfterSeconds)
+            return SecondsProblem("--quit-after", 1, text("quit-after"));
+    }
+    const std::optional<unsigned int> idleAfter = ParseSeconds(text("idle-after"), 0);
+    if (!idleAfter)
+        return SecondsProblem("--idle-after", 0, text("idle-after"));
+    result.idleAfterSeconds = *idleAfter == 0 ? std::nullopt : idleAfter;
+    result.checkScenario = text("check-scenario");
+    if (values.count("check-scenario") != 0 && result.checkScenario.empty())
+        return "--check-scenario takes the name of a file";
     return {};
-}
-
-std::string TakeIdentity(const std::string& value, ServerOptions& options)
-{
-    options.identity = value;
-    return IsValidIdentity(value) ? std::string()
-                                  : "--identity takes 1 to 120 letters, digits and . _ -, not \"" + value + "\"";
-}
-
-std::string TakeScenario(const std::string& value, ServerOptions& options)
-{
-    options.checkScenario = value;
-    return value.empty() ? "--check-scenario takes the name of a file" : std::string();
-}
-
-struct ValueOption
-{
-    const char* name;
-    std::string (*take)(const std::string& value, ServerOptions& options);
-};
-
-constexpr ValueOption ValueOptions[] = {{"--identity", TakeIdentity},
-                                        {"--quit-after", TakeQuitAfter},
-                                        {"--idle-after", TakeIdleAfter},
-                                        {"--check-scenario", TakeScenario}};
-
-struct FlagOption
-{
-    const char* name;
-    bool ServerOptions::* flag;
-};
-
-constexpr FlagOption FlagOptions[] = {
-    {"--help", &ServerOptions::help}, {"--version", &ServerOptions::version}, {"--quit", &ServerOptions::quit}};
-
-template <class Option, std::size_t Count>
-const Option* FindOption(const Option (&options)[Count], const std::string& name)
-{
-    const auto* found =
-        std::find_if(options, options + Count, [&](const Option& option) { return name == option.name; });
-    return found == options + Count ? nullptr : found;
 }
 
 struct LocalFreer
@@ -108,29 +110,48 @@ std::vector<std::string> ProcessArguments()
     return arguments;
 }
 
-std::string ParseServerOptions(const std::vector<std::string>& arguments, ServerOptions& options)
+std::string ParseServerOptions(const std::vector<std::string>& arguments, ServerOptions& result)
 {
-    std::set<std::string> given;
-    options.identity = DefaultIdentity;
-    for (std::size_t index = 0; index < arguments.size(); ++index)
+    using namespace options::command_line_style;
+    const options::options_description all = AllOptions();
+    try
     {
-        const std::string& name = arguments[index];
-        if (const FlagOption* flag = FindOption(FlagOptions, name))
+        // Names in full, and values as arguments of their own.
+        const options::parsed_options parsed = options::command_line_parser(arguments)
+                                                   .options(all)
+                                                   .style(allow_long | long_allow_next)
+                                                   .allow_unregistered()
+                                                   .run();
+        for (const options::option& option : parsed.options)
         {
-            options.*flag->flag = true;
-            continue;
+            if (option.unregistered || option.position_key >= 0)
+                return "unknown argument \"" + option.original_tokens.front() + "\"";
         }
-        const ValueOption* option = FindOption(ValueOptions, name);
-        if (option == nullptr)
-            return "unknown argument \"" + name + "\"";
-        if (++index == arguments.size())
-            return name + " needs a value";
-        if (!given.insert(name).second)
-            return name + " is given twice";
-        if (std::string problem = option->take(arguments[index], options); !problem.empty())
-            return problem;
+        options::variables_map values;
+        options::store(parsed, values);
+        return Convert(values, result);
     }
-    return {};
+    catch (const options::multiple_occurrences& error)
+    {
+        return error.get_option_name() + " is given twice";
+    }
+    catch (const options::invalid_command_line_syntax& error)
+    {
+        if (error.kind() == options::invalid_syntax::missing_parameter)
+            return error.get_option_name() + " needs a value";
+        return error.what();
+    }
+    catch (const options::error& error)
+    {
+        return error.what();
+    }
+}
+
+std::string DescribeServerOptions()
+{
+    std::ostringstream text;
+    text << DescribedOptions();
+    return text.str();
 }
 
 } // namespace Kestrany::Agent

@@ -12,9 +12,9 @@ struct ServerOptions
 {
     std::string identity;
     std::optional<unsigned int> quitAfterSeconds;
-    std::optional<unsigned int> idleAfterSeconds = 60; ///< Nothing for never.
-    std::string checkScenario;                         ///< A file to look at, instead of serving.
-    bool quit = false;                                 ///< Asks the server that runs, instead of serving.
+    std::optional<unsigned int> idleAfterSeconds; ///< nullopt for never.
+    std::string checkScenario;                    ///< A file to check, instead of serving; empty for none.
+    bool quit = false;                            ///< Asks the server that runs to quit, instead of serving.
     bool help = false;
     bool version = false;
 };
@@ -24,6 +24,9 @@ std::vector<std::string> ProcessArguments();
 
 /// Parses the arguments after the program's name. Returns what is wrong with them, empty if nothing is.
 std::string ParseServerOptions(const std::vector<std::string>& arguments, ServerOptions& options);
+
+/// The lines of the help text that describe the options.
+std::string DescribeServerOptions();
 
 } // namespace Kestrany::Agent
 

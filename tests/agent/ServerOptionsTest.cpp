@@ -30,12 +30,26 @@ TEST(ServerOptionsTest, EveryOptionIsTaken)
     EXPECT_EQ(options.quitAfterSeconds, 30u);
     EXPECT_TRUE(options.help);
     EXPECT_TRUE(options.version);
+    EXPECT_FALSE(options.quit);
+    EXPECT_EQ(ParseServerOptions({"--quit", "--identity=B", "--idle-after", "0"}, options), "");
+    EXPECT_EQ(options.identity, "B");
+    EXPECT_TRUE(options.quit);
+    EXPECT_FALSE(options.idleAfterSeconds) << "0 stands for never";
+    EXPECT_EQ(ParseServerOptions({"--check-scenario", "a file.json"}, options), "");
+    EXPECT_EQ(options.checkScenario, "a file.json");
+    EXPECT_EQ(options.idleAfterSeconds, 60u) << "without the option";
 }
 
 TEST(ServerOptionsTest, WhatIsWrongIsNamed)
 {
     const std::pair<std::vector<std::string>, const char*> cases[] = {
-        {{"--frob"}, "--frob"},
+        {{"--frob"}, "unknown argument \"--frob\""},
+        {{"--ident", "a"}, "unknown argument \"--ident\""}, // Names are not completed.
+        {{"frob"}, "unknown argument \"frob\""},
+        {{"-q"}, "unknown argument \"-q\""},
+        {{"--quit", "--quit"}, "--quit is given twice"},
+        {{"--identity", "--quit"}, "not \"--quit\""},
+        {{"--check-scenario", ""}, "the name of a file"},
         {{"--identity"}, "needs a value"},
         {{"--identity", "a", "--identity", "b"}, "twice"},
         {{"--identity", "a\\b"}, "a\\b"},
@@ -52,6 +66,17 @@ TEST(ServerOptionsTest, WhatIsWrongIsNamed)
         const std::string problem = ParseServerOptions(arguments, options);
         EXPECT_NE(problem.find(expected), std::string::npos) << "'" << problem << "' names " << expected;
     }
+}
+
+TEST(ServerOptionsTest, TheHelpTextDescribesTheOptions)
+{
+    EXPECT_EQ(DescribeServerOptions(),
+              "  --identity NAME       the name to run under, 1 to 120 letters, digits and . _ -\n"
+              "                        (without it: Kestrany.TALIX.DefaultProcess-v2)\n"
+              "  --quit-after SECONDS  quit after this time if nobody asked before\n"
+              "  --idle-after SECONDS  quit after this time without a host (without it: 60; 0 for never)\n"
+              "  --quit                ask the server that runs under the name to quit, and wait for it\n"
+              "  --check-scenario FILE say whether FILE is a valid scenario, and if not, where and why\n");
 }
 
 TEST(CommandLineTest, TextsSurviveTheRuntimesSplitting)
