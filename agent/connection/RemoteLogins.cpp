@@ -7,7 +7,7 @@ namespace Kestrany::Agent {
 
 namespace {
 
-/// An answer of the right code that lacks what it should hold.
+/// The code of a response; IdProtocolError for a success whose result is not complete.
 IdErrorCode CodeOf(const Response& response, bool complete)
 {
     return response.code == IdSuccess && !complete ? IdProtocolError : response.code;
@@ -142,7 +142,8 @@ Response RemoteLogins::Send(const char* operation, const Caller& caller, Json::V
     request.operation = operation;
     request.caller = caller;
     request.arguments = std::move(arguments);
-    // Too long for a token in any case, which the service says; the message stays small for what needs no token.
+    // Shortened texts are still too long for a token, so that the source refuses them. Requests that need no token stay
+    // small.
     if (request.caller.scope.size() > MaxProductText)
         request.caller.scope.assign(MaxProductText + 1, 'x');
     if (request.caller.clientId.size() > MaxProductText)

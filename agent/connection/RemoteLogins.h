@@ -7,11 +7,11 @@
 
 namespace Kestrany::Agent {
 
-/// The logins of another process, reached by messages. Any thread may call where `ask` allows it.
+/// The logins in the server process, reached by messages. Any thread may call if `ask` allows it.
 class RemoteLogins final : public LoginService
 {
 public:
-    /// Sends a request and answers its response; a response of its own where there is none. Chooses the ID.
+    /// Sends a request and returns its response; one with an error code if there is none. Chooses the ID.
     using Ask = std::function<Response(Request request)>;
 
     explicit RemoteLogins(Ask ask) : ask_(std::move(ask)) {}
@@ -30,7 +30,7 @@ public:
                             std::string& address) override;
     IdErrorCode Restore(const Caller& caller, bool replace) override;
 
-    /// What the service offers: asked of the service each time.
+    /// What the source offers. Asks the server process each time.
     IdErrorCode GetFeatures(const Caller& caller, bool& idToken, bool& loginMode);
 
 private:

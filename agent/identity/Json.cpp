@@ -29,7 +29,7 @@ std::optional<Json::Value> ReadJsonObject(const std::string& text)
     }
     catch (const std::exception&)
     {
-        // The reader throws where a document nests deeper than its limit.
+        // The parser throws if a document nests deeper than its limit.
     }
     return std::nullopt;
 }

@@ -8,13 +8,13 @@
 
 namespace Kestrany::Agent {
 
-/// The value on one line of UTF-8.
+/// Writes the value on one line of UTF-8.
 std::string WriteJson(const Json::Value& value);
 
-/// Nothing for a text that is not exactly one JSON object without repeated members.
+/// nullopt if the text is anything but one JSON object without repeated members.
 std::optional<Json::Value> ReadJsonObject(const std::string& text);
 
-/// Takes a text member over. False where it is missing, no text, or holds a zero, which no text of the contract can.
+/// Reads a text member. False if it is missing, no text, or holds a zero, which no text of the contract can.
 bool TakeText(const Json::Value& object, const char* key, std::string& text);
 
 } // namespace Kestrany::Agent

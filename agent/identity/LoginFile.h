@@ -7,12 +7,12 @@
 
 namespace Kestrany::Agent {
 
-/// File of the login at `server` that hosts of the server identity `identity` share; empty where either is invalid. The
-/// server process alone writes it.
+/// File of the login at `server` that the hosts of a server identity share; empty if either is invalid. Only the server
+/// process writes it.
 std::wstring LoginFile(const std::string& identity, Server server);
 
-/// File, empty for an invalid identity, whose lock hosts and tools take that look at the login files. The server does
-/// not need it: it replaces them whole.
+/// File that hosts and tools lock while they read the login files; empty for an invalid identity. The server process
+/// does not lock it: it replaces login files atomically.
 std::wstring LoginLockFile(const std::string& identity);
 
 } // namespace Kestrany::Agent

@@ -10,19 +10,19 @@ namespace Kestrany::Agent {
 
 namespace {
 
-constexpr wchar_t UnfinishedEnd[] = L".new";
+constexpr wchar_t TemporaryEnd[] = L".new";
 
 struct SearchCloser
 {
     void operator()(void* search) const { FindClose(search); }
 };
 
-/// The process that was writing a file of this name; 0 when it is no such name.
+/// The process that created the temporary file of this name; 0 for any other name.
 DWORD WriterOf(const std::wstring& name)
 {
-    const std::size_t end = name.rfind(UnfinishedEnd);
+    const std::size_t end = name.rfind(TemporaryEnd);
     const std::size_t start = end == std::wstring::npos || end == 0 ? end : name.rfind(L'.', end - 1);
-    if (start == std::wstring::npos || end + std::size(UnfinishedEnd) - 1 != name.size())
+    if (start == std::wstring::npos || end + std::size(TemporaryEnd) - 1 != name.size())
         return 0;
     const std::wstring number = name.substr(start + 1, end - start - 1);
     constexpr std::size_t mostDigits = 10;
@@ -42,7 +42,7 @@ bool WriteNewFile(const std::wstring& path, const std::string& bytes)
     const Handle file =
         OwnValid(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     DWORD written = 0;
-    // On the disk before the name changes, or a crash could leave an empty file under the name.
+    // Flushed before the file is renamed: a crash could otherwise leave an empty file under the final name.
     return file && WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
            written == bytes.size() && FlushFileBuffers(file.get());
 }
@@ -77,7 +77,7 @@ bool IsMissingFile(unsigned long error)
 bool ReplaceFileAtomically(const std::wstring& path, const std::string& bytes)
 {
     CreateFoldersAbove(path);
-    const std::wstring next = path + L"." + std::to_wstring(GetCurrentProcessId()) + UnfinishedEnd;
+    const std::wstring next = path + L"." + std::to_wstring(GetCurrentProcessId()) + TemporaryEnd;
     if (WriteNewFile(next, bytes) &&
         MoveFileExW(next.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
         return true;
@@ -90,7 +90,7 @@ bool ReplaceFileAtomically(const std::wstring& path, const std::string& bytes)
 void RemoveUnfinishedFiles(const std::wstring& folder)
 {
     WIN32_FIND_DATAW found{};
-    const HANDLE first = FindFirstFileW((folder + L"\\*" + UnfinishedEnd).c_str(), &found);
+    const HANDLE first = FindFirstFileW((folder + L"\\*" + TemporaryEnd).c_str(), &found);
     if (first == INVALID_HANDLE_VALUE)
         return;
     const std::unique_ptr<void, SearchCloser> search(first);

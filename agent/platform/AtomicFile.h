@@ -7,17 +7,17 @@
 
 namespace Kestrany::Agent {
 
-/// The file's bytes; nothing, with GetLastError, when it cannot be read or has more than `limit` bytes.
+/// Reads a file. nullopt, with GetLastError, if it cannot be read or has more than `limit` bytes.
 std::optional<std::string> ReadFileWithin(const std::wstring& path, std::size_t limit);
 
-/// Whether an error says that there is no such file.
+/// Whether an error code means that there is no such file.
 bool IsMissingFile(unsigned long error);
 
-/// Puts a file with these bytes in the place of the one that is there, if any. Whoever reads, and a crash, meets the
-/// old file or the new one, whole. False, with GetLastError, when the old one stays.
+/// Creates or replaces a file. Readers, and a crash, find either the complete old file or the complete new one. False,
+/// with GetLastError, on failure: the old file then stays.
 bool ReplaceFileAtomically(const std::wstring& path, const std::string& bytes);
 
-/// Removes what ReplaceFileAtomically was about to put into the folder in processes that have ended since.
+/// Removes the temporary files of ReplaceFileAtomically in a folder that ended processes have left.
 void RemoveUnfinishedFiles(const std::wstring& folder);
 
 } // namespace Kestrany::Agent

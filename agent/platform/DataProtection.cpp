@@ -23,11 +23,11 @@ struct LocalFreer
 
 DATA_BLOB BlobOf(std::string_view bytes)
 {
-    // The system takes inputs by pointers to non-const bytes, and does not write there.
+    // The system takes input by pointers to non-const bytes, but does not write to it.
     return {static_cast<DWORD>(bytes.size()), reinterpret_cast<BYTE*>(const_cast<char*>(bytes.data()))};
 }
 
-/// Takes over what the system allocated.
+/// Copies and frees memory that the system allocated.
 std::string Take(const DATA_BLOB& blob)
 {
     const std::unique_ptr<BYTE, LocalFreer> owner(blob.pbData);
@@ -45,7 +45,7 @@ std::wstring ToBase64(const std::string& bytes)
     std::wstring text(length, L'\0');
     if (!CryptBinaryToStringW(data, size, format, text.data(), &length))
         throw std::runtime_error("no base64 text: " + SystemMessage(GetLastError()));
-    text.resize(length); // without the terminating zero
+    text.resize(length); // Without the terminating zero.
     return text;
 }
 
@@ -53,7 +53,7 @@ std::optional<std::string> FromBase64(std::wstring_view text)
 {
     const auto length = static_cast<DWORD>(text.size());
     DWORD size = 0;
-    // A length of 0 would mean that the system is to look for the zero.
+    // With a length of 0 the system would search for a terminating zero.
     if (text.empty() ||
         !CryptStringToBinaryW(text.data(), length, CRYPT_STRING_BASE64, nullptr, &size, nullptr, nullptr))
         return std::nullopt;

@@ -7,17 +7,17 @@
 
 namespace Kestrany::Agent {
 
-// The system's data protection: only the same user on the same machine gets the bytes back. `purpose` keeps what was
-// protected for one use from being taken for another.
+// The system's data protection: only the same user on the same machine can decrypt. Bytes that were encrypted for one
+// `purpose` cannot be decrypted for another.
 
-/// Throws std::runtime_error when the system refuses.
+/// Throws std::runtime_error on failure.
 std::string Protect(std::string_view bytes, std::string_view purpose);
-/// Nothing for bytes that are damaged, or that another user or another purpose protected.
+/// nullopt if the bytes are damaged, or were encrypted by another user or for another purpose.
 std::optional<std::string> Unprotect(std::string_view bytes, std::string_view purpose);
 
-/// What SSOClientPrivate::Encrypt answers: the protected UTF-8 as base64 text. Nothing for a text that is not UTF-16.
+/// The result of SSOClientPrivate::Encrypt: the encrypted UTF-8 as base64 text. nullopt if `text` is not UTF-16.
 std::optional<std::wstring> EncryptText(std::wstring_view text);
-/// Takes EncryptText back; nothing for any other text.
+/// Decrypts the result of EncryptText; nullopt for any other text.
 std::optional<std::wstring> DecryptText(std::wstring_view encrypted);
 
 } // namespace Kestrany::Agent

@@ -7,17 +7,17 @@
 
 namespace Kestrany::Agent {
 
-/// A point in time that several waits share.
+/// A point in time that limits several waits.
 class Deadline
 {
 public:
-    /// A limit of 0 or less has passed already.
+    /// A limit of 0 or less has already passed.
     explicit Deadline(std::int64_t milliseconds)
         : limit_(milliseconds < 0 ? 0 : static_cast<std::uint64_t>(milliseconds)), start_(GetTickCount64())
     {
     }
 
-    /// Milliseconds left, as the wait functions take them. Never INFINITE: a wait longer than 49 days ends early.
+    /// Milliseconds left, for wait functions. Never INFINITE: a wait of more than 49 days ends early.
     DWORD Left() const
     {
         const std::uint64_t passed = GetTickCount64() - start_;

@@ -8,7 +8,7 @@ namespace Kestrany::Agent {
 
 namespace {
 
-/// The range that stands for the whole file.
+/// The locked range, which stands for the whole file.
 constexpr DWORD LockedBytes = 1;
 
 } // namespace
@@ -38,7 +38,7 @@ bool FileLock::Unlock()
         return false;
     if (--count_ == 0)
     {
-        // Closing alone would release it, but the system does not say when.
+        // Closing alone releases the lock at some later time.
         OVERLAPPED start{};
         UnlockFileEx(file_.get(), 0, LockedBytes, 0, &start);
         file_.reset();

@@ -8,14 +8,14 @@
 
 namespace Kestrany::Agent {
 
-/// A lock that one process holds at a time, by a file that all of them know. The process may take it several times, on
-/// any of its threads, and has to give it back as often. The system gives back what a process held that ended.
+/// A lock on a file that one process holds at a time. The process may lock several times, on any thread, and has to
+/// unlock as often. The system releases the lock of a process that ends.
 class FileLock
 {
 public:
-    /// Waits while another process holds the lock. False when the file cannot be locked; GetLastError tells why.
+    /// Waits while another process holds the lock. False, with GetLastError, if the file cannot be locked.
     bool Lock(const std::wstring& path);
-    /// False when the process does not hold the lock.
+    /// False if the process does not hold the lock.
     bool Unlock();
 
 private:

@@ -20,7 +20,7 @@ std::wstring LocalAppData()
 {
     PWSTR folder = nullptr;
     const HRESULT result = SHGetKnownFolderPath(FOLDERID_LocalAppData, KF_FLAG_DONT_VERIFY, nullptr, &folder);
-    // The text is to be freed after a failure, too.
+    // To be freed after a failure, too.
     const std::unique_ptr<wchar_t, TaskMemoryFreer> owner(folder);
     return SUCCEEDED(result) && folder != nullptr ? std::wstring(folder) : std::wstring();
 }

@@ -47,42 +47,41 @@ std::string Indented(const std::string& message)
     return text;
 }
 
-/// Milliseconds that a line waits for its turn: longer than any other one takes, unless its process was stopped.
-constexpr DWORD TurnLimit = 2000;
+/// Milliseconds that a line waits for the mutex: longer than other lines take, unless their process is suspended.
+constexpr DWORD LockLimit = 2000;
 
-/// The same name in every process that writes to the file, whatever letters it spells the path with.
-std::wstring TurnName(const std::wstring& path)
+/// The same name in every process that writes to the file, whatever the case of its path.
+std::wstring MutexName(const std::wstring& path)
 {
     std::wstring name = path;
     CharUpperBuffW(name.data(), static_cast<DWORD>(name.size()));
-    std::uint64_t hash = 14695981039346656037u; // FNV-1a: short, and no secret.
+    std::uint64_t hash = 14695981039346656037u; // FNV-1a. The name is no secret.
     for (const wchar_t character : name)
         hash = (hash ^ character) * 1099511628211u;
     return L"Local\\Kestrany.TALIX.Log." + std::to_wstring(hash);
 }
 
-/// A process's turn to write.
-class Turn
+class MutexLock
 {
 public:
-    explicit Turn(HANDLE mutex) : mutex_(mutex)
+    explicit MutexLock(HANDLE mutex) : mutex_(mutex)
     {
-        const DWORD result = WaitForSingleObject(mutex_, TurnLimit);
-        taken_ = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
+        const DWORD result = WaitForSingleObject(mutex_, LockLimit);
+        held_ = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
     }
-    ~Turn()
+    ~MutexLock()
     {
-        if (taken_)
+        if (held_)
             ReleaseMutex(mutex_);
     }
-    Turn(const Turn&) = delete;
-    Turn& operator=(const Turn&) = delete;
+    MutexLock(const MutexLock&) = delete;
+    MutexLock& operator=(const MutexLock&) = delete;
 
-    bool IsTaken() const { return taken_; }
+    bool IsHeld() const { return held_; }
 
 private:
     HANDLE mutex_;
-    bool taken_ = false;
+    bool held_ = false;
 };
 
 } // namespace
@@ -99,20 +98,20 @@ LogFile::LogFile(const std::wstring& path, std::uint64_t limit) : path_(path), l
         return;
     CreateFoldersAbove(path);
     if (OpenForAppending())
-        turn_.reset(CreateMutexW(nullptr, FALSE, TurnName(path).c_str()));
+        mutex_.reset(CreateMutexW(nullptr, FALSE, MutexName(path).c_str()));
 }
 
 void LogFile::Write(const std::string& component, TALIXLog::LogLevel level, const std::string& message) const
 {
-    if (!turn_)
+    if (!mutex_)
         return;
     const std::string line = TimeStamp() + " simulator[" + std::to_string(GetCurrentProcessId()) + "] " +
                              LevelName(level) + " " + component + ": " + Indented(message) + "\r\n";
-    const Turn turn(turn_.get());
+    const MutexLock lock(mutex_.get());
     Handle file = OpenForAppending();
     LARGE_INTEGER size{};
-    // Who does not have its turn writes, but leaves the files where they are.
-    if (turn.IsTaken() && file && GetFileSizeEx(file.get(), &size) && size.QuadPart > 0 &&
+    // Without the mutex the line is written, but the files are not renamed.
+    if (lock.IsHeld() && file && GetFileSizeEx(file.get(), &size) && size.QuadPart > 0 &&
         static_cast<std::uint64_t>(size.QuadPart) + line.size() > limit_)
     {
         file.reset();
@@ -135,7 +134,7 @@ std::wstring LogFile::OldFile(const std::wstring& path)
 
 Handle LogFile::OpenForAppending() const
 {
-    // The right to append, and no other right to write, makes each WriteFile land at the end as one piece.
+    // With the right to append alone, each WriteFile appends its bytes as one piece.
     return OwnValid(CreateFileW(path_.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                 nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
 }

@@ -16,19 +16,19 @@ using LogSink = std::function<void(TALIXLog::LogLevel, const std::string&)>;
 /// The log file of all processes of the agent; empty if the user has no local application data.
 std::wstring DefaultLogFile();
 
-/// A UTF-8 text file to which several processes append whole lines. A file that has grown to its limit becomes the old
-/// one, in the place of the old one before, and a new one begins. Any thread may call.
+/// A UTF-8 text file to which several processes append whole lines. A file that has reached its limit is renamed to the
+/// old file, which it replaces. Any thread may call.
 class LogFile
 {
 public:
     static constexpr std::uint64_t DefaultLimit = 4 * 1024 * 1024;
 
-    /// Creates the file and the folders above it, where there are none. Without success the object drops what is
-    /// written. `limit`: bytes of one file.
+    /// Creates the file and the folders above it if they do not exist. On failure the object discards what is written.
+    /// `limit`: bytes of one file.
     explicit LogFile(const std::wstring& path, std::uint64_t limit = DefaultLimit);
 
-    bool IsOpen() const { return turn_ != nullptr; }
-    /// Appends one message of a component. Further lines of the message are indented.
+    bool IsOpen() const { return mutex_ != nullptr; }
+    /// Appends a message of a component. Its second line and further ones are indented.
     void Write(const std::string& component, TALIXLog::LogLevel level, const std::string& message) const;
 
     /// The path of the old file: "Name.old.log" for "Name.log".
@@ -39,7 +39,7 @@ private:
 
     const std::wstring path_;
     const std::uint64_t limit_;
-    Handle turn_; ///< Mutex of all processes that write to the file; null when it cannot be written.
+    Handle mutex_; ///< Of all processes that write to the file; null if it cannot be written.
 };
 
 } // namespace Kestrany::Agent

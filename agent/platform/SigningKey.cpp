@@ -21,7 +21,7 @@ void Check(NTSTATUS status, const char* what)
         throw std::runtime_error(std::string("the system's signing failed: ") + what);
 }
 
-/// Opened once a process: opening takes longer than signing.
+/// Opened once per process: opening takes longer than signing.
 BCRYPT_ALG_HANDLE Algorithm()
 {
     static const BCRYPT_ALG_HANDLE algorithm = [] {

@@ -10,12 +10,12 @@ namespace Kestrany::Agent {
 class SigningKey
 {
 public:
-    /// Makes a new key. Throws std::runtime_error when the system refuses, as all of these do.
+    /// Creates a key. Throws std::runtime_error on failure, like all of these functions.
     static SigningKey Generate();
-    /// Takes over what Export answered. Throws std::invalid_argument for any other bytes.
+    /// Imports the result of Export. Throws std::invalid_argument for any other bytes.
     static SigningKey Import(const std::string& bytes);
 
-    /// The private key as bytes: to be protected.
+    /// The private key as bytes, which the caller has to protect.
     std::string Export() const;
     /// Coordinates of the public key, 32 bytes each.
     const std::string& X() const { return x_; }

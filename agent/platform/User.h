@@ -7,10 +7,10 @@
 
 namespace Kestrany::Agent {
 
-/// The SID of this process's user as text (S-1-...). Throws std::runtime_error when the system does not tell.
+/// The SID of this process's user as text (S-1-...). Throws std::runtime_error on failure.
 const std::wstring& OwnUserSid();
 
-/// The SID of another process's user; empty when the system does not tell.
+/// The SID of a process's user; empty on failure.
 std::wstring UserSidOf(HANDLE process);
 
 } // namespace Kestrany::Agent

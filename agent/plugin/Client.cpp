@@ -15,19 +15,19 @@ using IdentityServices::ApiFeature;
 using IdentityServices::IObserver;
 using IdentityServices::ProductConfig;
 
-Client::Client(Session& session, EventQueue& events, RemoteLogins& logins, ServerConnection& link, LogSink log)
-    : log_(std::move(log)), session_(session), events_(events), logins_(logins), link_(link)
+Client::Client(Session& session, EventQueue& events, RemoteLogins& logins, ServerConnection& connection, LogSink log)
+    : log_(std::move(log)), session_(session), events_(events), logins_(logins), connection_(connection)
 {
 }
 
 void Client::Begin()
 {
-    link_.Open();
+    connection_.Open();
 }
 
 void Client::End()
 {
-    link_.Close();
+    connection_.Close();
     observers_.Clear();
     events_.Clear();
 }
@@ -147,7 +147,7 @@ IdErrorCode Client::Logout(int& result, talix_logout_flags flags)
     return NoThrow(IdFailed, [&] {
         if (const IdErrorCode code = session_.CheckLoggedIn(); code != IdSuccess)
         {
-            // Who waits for a user to sign in does not, any more.
+            // A login that waits for its user ends.
             if (code == IdNotLoggedIn)
                 session_.CancelLogin();
             return Done("Logout", code);

@@ -12,15 +12,15 @@
 
 namespace Kestrany::Agent {
 
-/// The public operations: takes arguments over, asks the session, and writes what it answers.
+/// The public operations: converts arguments, calls the session, and writes its results.
 class Client final : public IdentityServices::ISSOClient
 {
 public:
-    Client(Session& session, EventQueue& events, RemoteLogins& logins, ServerConnection& link, LogSink log);
+    Client(Session& session, EventQueue& events, RemoteLogins& logins, ServerConnection& connection, LogSink log);
 
-    /// A new start of the host: it connects to its server process, which says who is signed in.
+    /// Starts the client: connects to the server process, which reports who is signed in.
     void Begin();
-    /// The host ends: it leaves its server process, its observers are not called any more, and nothing waits for them.
+    /// Ends the client: disconnects from the server process, removes all observers and discards pending events.
     void End();
 
     void Reserved0() override {}
@@ -36,33 +36,33 @@ public:
     std::uint32_t GetLoginExpiryDate() override;
     bool IsLoginExpired() override;
     bool IsLoginValid() override;
-    /// `flag`: only a token that has expired is replaced.
+    /// `flag`: only an expired token is replaced.
     IdErrorCode RefreshOAuth2Token(bool flag) override;
     Server GetServer() override;
     IdErrorCode SetServer(Server server) override;
-    /// `result`: 0 when the user is signed out, 1 when an observer refused.
+    /// `result`: 0 if the user is signed out, 1 if an observer refused.
     IdErrorCode Logout(int& result, talix_logout_flags flags) override;
     IdErrorCode AddObserver(IdentityServices::IObserver* observer) override;
     IdErrorCode RemoveObserver(IdentityServices::IObserver* observer) override;
-    /// A null or empty host asks whether there are settings for any proxy.
+    /// With a null or empty host: whether there are settings for any proxy.
     IdErrorCode HasProxyInfo(const char* host, unsigned int port) override;
-    /// A null or empty host asks for the settings that were stored last.
+    /// With a null or empty host: the settings that were stored last.
     IdErrorCode GetProxyInfo(const char* host, unsigned int port, talix_proxy_info* info) override;
     IdErrorCode SetProxyInfo(const talix_proxy_info* info) override;
     IdErrorCode ClearProxyInfo() override;
-    /// `size` receives the bytes that the profile takes with its terminating zero, also when `out` holds fewer.
+    /// `size` receives the bytes that the profile needs with its terminating zero, also if `out` is smaller.
     IdErrorCode GetProfileInfo(char* out, int* size) override;
     TALIXEnvironment GetEnvironment() override;
     talix_status_code DispatchEvent() override;
     bool HasEvent() override;
-    /// `flag`: also when somebody else is signed in. `context` says in the log what the login is for; it may be null.
+    /// `flag`: also if another user is signed in. `context` is the purpose of the login for the log; it may be null.
     IdErrorCode AutomatedLogin(const wchar_t* user, const wchar_t* secret, bool flag, const wchar_t* context) override;
     /// `result`: a LoginDetail.
     IdErrorCode Login(int& result) override;
     void Reserved29() override {}
-    /// The simulator shows no windows that would need an owner.
+    /// No window is shown that would need an owner.
     void SetHostApplicationWindow(std::uint64_t) override {}
-    /// No window either: `result` is 0, nothing changed.
+    /// Shows no window. `result` is 0: nothing was changed.
     IdErrorCode ShowAccountSettings(int& result) override;
     IdErrorCode OverrideCallConfig(int interval, int failInterval, int minJitter, int maxJitter,
                                    const char* url) override;
@@ -74,16 +74,17 @@ public:
     IdErrorCode GetLoginMode(talix_login_mode& mode) override;
 
 private:
-    /// Logs an operation that changes something, with its result, and answers the result.
+    /// Logs the result of an operation that changes something, and returns it.
     IdErrorCode Done(const char* operation, IdErrorCode code) const;
-    /// IdFeatureNotOffered for a feature that the service does not offer; another code where nobody can be asked.
+    /// IdFeatureNotOffered if the source does not offer the feature; another code if the server process cannot be
+    /// asked.
     IdErrorCode CheckOffered(IdentityServices::ApiFeature feature) const;
 
     const LogSink log_;
     Session& session_;
     EventQueue& events_;
     RemoteLogins& logins_;
-    ServerConnection& link_;
+    ServerConnection& connection_;
     Observers observers_;
     ProxyStore proxies_;
     CallPolicy calls_;

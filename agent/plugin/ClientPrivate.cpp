@@ -22,18 +22,18 @@ using IdentityServices::IdServicesConsts::IdServicesEvent;
 
 namespace {
 
-/// Milliseconds after which a server that has not answered counts as frozen. A busy machine takes its time.
-constexpr std::int64_t AnswerLimit = 3000;
+/// Milliseconds after which a server process without a response counts as frozen. Long enough for a busy machine.
+constexpr std::int64_t ResponseLimit = 3000;
 
-/// Keeps the work's text for the caller, until the same thread comes again; an empty one when the work throws.
+/// Stores the work's text, an empty one if it throws. The pointer is valid until the next call on the same thread.
 template <class Text, class Work>
-const typename Text::value_type* Answered(Text& kept, Work&& work) noexcept
+const typename Text::value_type* StoredText(Text& stored, Work&& work) noexcept
 {
-    kept = NoThrow(Text(), std::forward<Work>(work));
-    return kept.c_str();
+    stored = NoThrow(Text(), std::forward<Work>(work));
+    return stored.c_str();
 }
 
-/// Asks the callback whether a frozen server is to go on.
+/// Asks the callback whether to thaw a frozen server process.
 bool WantsThaw(FreezeCallback callback, DWORD processId)
 {
     const std::string request = "frozen " + std::to_string(processId);
@@ -46,14 +46,14 @@ bool WantsThaw(FreezeCallback callback, DWORD processId)
 } // namespace
 
 ClientPrivate::ClientPrivate(Session& session, EventQueue& events, const ServerManager& servers, LogSink log)
-    : session_(session), events_(events), servers_(servers), log_(log), frozen_(std::move(log), AnswerLimit)
+    : session_(session), events_(events), servers_(servers), log_(log), frozen_(std::move(log), ResponseLimit)
 {
 }
 
 const wchar_t* ClientPrivate::ServerToServerName(Server server)
 {
-    thread_local std::wstring answer;
-    return Answered(answer, [&] { return ToWide(ServerName(server)).value_or(std::wstring()); });
+    thread_local std::wstring stored;
+    return StoredText(stored, [&] { return ToWide(ServerName(server)).value_or(std::wstring()); });
 }
 
 Server ClientPrivate::ServerNameToServer(const wchar_t* name)
@@ -66,8 +66,8 @@ Server ClientPrivate::ServerNameToServer(const wchar_t* name)
 
 const wchar_t* ClientPrivate::Encrypt(const wchar_t* text)
 {
-    thread_local std::wstring answer;
-    return Answered(answer, [&] {
+    thread_local std::wstring stored;
+    return StoredText(stored, [&] {
         std::optional<std::wstring> encrypted;
         if (text != nullptr)
             encrypted = EncryptText(text);
@@ -79,8 +79,8 @@ const wchar_t* ClientPrivate::Encrypt(const wchar_t* text)
 
 const wchar_t* ClientPrivate::GetSettingsPath()
 {
-    thread_local std::wstring answer;
-    return Answered(answer, [&] { return SettingsFolder(); });
+    thread_local std::wstring stored;
+    return StoredText(stored, [&] { return SettingsFolder(); });
 }
 
 void ClientPrivate::GetActiveOAuth2TokenRefreshRetrySchedule(StdUtil::RetrySchedule& schedule)
@@ -100,8 +100,8 @@ bool ClientPrivate::SetOAuth2TokenRefreshRetrySchedule(const StdUtil::RetrySched
 
 const wchar_t* ClientPrivate::GetLoginStateCacheFileWithFlag(const wchar_t* name, Server server, bool flag)
 {
-    thread_local std::wstring answer;
-    return Answered(answer, [&] {
+    thread_local std::wstring stored;
+    return StoredText(stored, [&] {
         const std::wstring file = CacheFile(name, server);
         return flag && GetFileAttributesW(file.c_str()) == INVALID_FILE_ATTRIBUTES ? std::wstring() : file;
     });
@@ -109,8 +109,8 @@ const wchar_t* ClientPrivate::GetLoginStateCacheFileWithFlag(const wchar_t* name
 
 const wchar_t* ClientPrivate::GetLoginStateCacheFile(const wchar_t* name, Server server)
 {
-    thread_local std::wstring answer;
-    return Answered(answer, [&] { return CacheFile(name, server); });
+    thread_local std::wstring stored;
+    return StoredText(stored, [&] { return CacheFile(name, server); });
 }
 
 bool ClientPrivate::LoadLoginFromCache(bool flag)
@@ -125,8 +125,8 @@ void ClientPrivate::RaiseEvent(IdServicesEvent event, bool flag)
 
 const char* ClientPrivate::ToJsonString(Server server, const ProductConfig* config)
 {
-    thread_local std::string answer;
-    return Answered(answer, [&] {
+    thread_local std::string stored;
+    return StoredText(stored, [&] {
         ServerProduct product{server, {}};
         if (config == nullptr || ReadProduct(*config, product.product) != IdSuccess)
             return std::string();
@@ -179,15 +179,15 @@ bool ClientPrivate::Ping(std::map<std::string, std::string>& answers)
         const auto processId = FindServer(servers_.ProcessIdentity());
         if (!processId)
             return false;
-        const auto answered = PingServer(*processId, AnswerLimit);
-        if (!answered)
+        const auto texts = PingServer(*processId, ResponseLimit);
+        if (!texts)
         {
-            log_(TALIXLog::Warning, "Server process " + std::to_string(*processId) + " does not answer");
+            log_(TALIXLog::Warning, "Server process " + std::to_string(*processId) + " does not respond");
             frozen_.Add(*processId);
             return false;
         }
         frozen_.Remove(*processId);
-        for (const auto& [name, value] : *answered)
+        for (const auto& [name, value] : *texts)
             answers[name] = value;
         return true;
     });
@@ -202,13 +202,13 @@ bool ClientPrivate::FreezeSSOServerProcess(FreezeCallback callback)
 {
     return NoThrow(false, [&] {
         const auto processId = FindServer(servers_.ProcessIdentity());
-        if (!processId || !FreezeServer(*processId, AnswerLimit))
+        if (!processId || !FreezeServer(*processId, ResponseLimit))
             return false;
         log_(TALIXLog::Info, "Server process " + std::to_string(*processId) + " is frozen");
         frozen_.Add(*processId);
         if (callback == nullptr || !WantsThaw(callback, *processId))
             return true;
-        const bool thawed = ThawServer(*processId, AnswerLimit);
+        const bool thawed = ThawServer(*processId, ResponseLimit);
         if (thawed)
             frozen_.Remove(*processId);
         return thawed;
@@ -227,8 +227,8 @@ bool ClientPrivate::SetKillFrozenServerTimeout(std::int64_t seconds)
 
 const char* ClientPrivate::GetSessionState()
 {
-    thread_local std::string answer;
-    return Answered(answer, [&] { return session_.StateJson(); });
+    thread_local std::string stored;
+    return StoredText(stored, [&] { return session_.StateJson(); });
 }
 
 std::wstring ClientPrivate::CacheFile(const wchar_t* name, Server server) const

@@ -11,7 +11,7 @@
 
 namespace Kestrany::Agent {
 
-/// The operations for tools. What the contract leaves to the plugin is said there, where it is the simulator's choice.
+/// The operations for tools. The contract describes this plugin's choices where it leaves a choice to the plugin.
 class ClientPrivate final : public IdentityServices::ISSOClientPrivate
 {
 public:

@@ -16,10 +16,10 @@ struct Event
 {
     IdentityServices::IdServicesConsts::IdServicesEvent kind;
     std::int32_t status = ::IdSuccess;
-    Server server = TALIX_SERVER_UNAVAILABLE; ///< Only of ServerChanged.
+    Server server = TALIX_SERVER_UNAVAILABLE; ///< Of ServerChanged alone.
 };
 
-/// Events in the order in which they happened, until somebody fetches them. Any thread may call.
+/// Events in their order, until they are fetched. Any thread may call.
 class EventQueue
 {
 public:

@@ -40,7 +40,7 @@ public:
     explicit PluginLoggerSource(const LogFile& file);
 
     void Reserved0() override {}
-    /// Null for a null name, and while the log file cannot be written: its caller then keeps its own way of logging.
+    /// Null for a null name, and while the log file cannot be written: the library then keeps its own logging.
     IdentityServices::IPluginLogger* GetLogger(const wchar_t* name) override;
 
 private:

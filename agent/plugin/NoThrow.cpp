@@ -37,7 +37,7 @@ void ReportException() noexcept
     }
     catch (...)
     {
-        // Out of memory, most likely: the debugger's output needs none.
+        // Most likely out of memory, of which the debugger's output needs none.
         OutputDebugStringW(L"PellwickClient: an operation failed, and so did the log\n");
     }
 }

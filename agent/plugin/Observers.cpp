@@ -11,7 +11,7 @@ namespace Events = IdentityServices::IdServicesConsts;
 
 namespace {
 
-void Tell(IObserver& observer, const Event& event)
+void Notify(IObserver& observer, const Event& event)
 {
     switch (event.kind)
     {
@@ -72,7 +72,7 @@ void Observers::Deliver(EventQueue& events)
         const std::optional<Event> event = events.Pop();
         if (!event)
             return;
-        ForEach([&](IObserver& observer) { Tell(observer, *event); });
+        ForEach([&](IObserver& observer) { Notify(observer, *event); });
     }
 }
 
@@ -87,7 +87,7 @@ void Observers::ForEach(const Call& call)
     }
     for (IObserver* observer : snapshot)
     {
-        // An observer that was called before may have removed this one.
+        // A previous observer may have removed this one.
         if (Holds(observer))
             NoThrow([&] { call(*observer); });
     }

@@ -9,20 +9,21 @@
 
 namespace Kestrany::Agent {
 
-/// The hosts' observers, and the calls to them. Any thread may call, observers included.
+/// The host's observers, and the calls to them. Any thread may call, also an observer.
 ///
 /// Once Remove or Clear has returned, no other thread is inside a removed observer: the host may destroy it.
 class Observers
 {
 public:
-    /// An observer that is there already is not added again.
+    /// Does nothing for an observer that was added before.
     void Add(IdentityServices::IObserver* observer);
     void Remove(IdentityServices::IObserver* observer);
     void Clear();
 
     /// Whether every observer consents to a logout.
     bool ConsentToLogout();
-    /// Delivers the events that wait in the queue now, on this thread; those that they cause wait for the next time.
+    /// Delivers the events that are in the queue now, on this thread. Events that observers cause stay for the next
+    /// call.
     void Deliver(EventQueue& events);
 
 private:
@@ -30,9 +31,9 @@ private:
     void ForEach(const Call& call);
     bool Holds(IdentityServices::IObserver* observer) const;
 
-    /// Held while observers are called; recursive, because an observer may call back.
+    /// Held while observers are called. Recursive, because an observer may call back.
     std::recursive_mutex calls_;
-    /// Guards the list alone, never held during a call: adding does not wait for a delivery.
+    /// Guards the list alone. Not held during a call: Add does not wait for a delivery.
     mutable std::mutex listMutex_;
     std::vector<IdentityServices::IObserver*> list_;
 };

@@ -13,16 +13,16 @@ Plugin& Plugin::Get()
 Plugin::Plugin()
     : log_(DefaultLogFile()),
       sink_([this](TALIXLog::LogLevel level, const std::string& message) { Log(level, message); }), loggers_(log_),
-      serverManager_(sink_), link_(LinkParts()),
-      logins_([this](Request request) { return link_.Ask(std::move(request)); }), session_(logins_, events_),
-      client_(session_, events_, logins_, link_, sink_), module_(client_, sink_),
+      serverManager_(sink_), connection_(ConnectionParts()),
+      logins_([this](Request request) { return connection_.Ask(std::move(request)); }), session_(logins_, events_),
+      client_(session_, events_, logins_, connection_, sink_), module_(client_, sink_),
       private_(session_, events_, serverManager_, sink_)
 {
 }
 
-ServerConnection::Parts Plugin::LinkParts()
+ServerConnection::Parts Plugin::ConnectionParts()
 {
-    // The link calls none of them before the first operation, when all members are there.
+    // Called from the first operation on, when all members are initialized.
     ServerConnection::Parts parts;
     parts.target = [this] { return serverManager_.Target(); };
     parts.server = [this] { return session_.GetServer(); };

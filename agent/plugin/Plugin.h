@@ -11,14 +11,14 @@
 
 namespace Kestrany::Agent {
 
-/// The module's one object, which owns all others, and the contract's factory.
+/// The module's one object, which owns all others. Implements the contract's factory.
 class Plugin final : public IdentityServices::ISSOClientFactory
 {
 public:
-    /// Made on first use, never destroyed: another thread may still be inside while the process ends.
+    /// Created on first use and never destroyed: at process exit another thread may still use it.
     static Plugin& Get();
 
-    /// Writes a message of the plugin's own.
+    /// Logs a message of the plugin itself.
     void Log(TALIXLog::LogLevel level, const std::string& message) const;
 
     void Reserved0() override {}
@@ -32,14 +32,14 @@ private:
     Plugin();
     ~Plugin() = default;
 
-    ServerConnection::Parts LinkParts();
+    ServerConnection::Parts ConnectionParts();
 
     const LogFile log_;
     const LogSink sink_;
     PluginLoggerSource loggers_;
     ServerManager serverManager_;
     EventQueue events_;
-    ServerConnection link_;
+    ServerConnection connection_;
     RemoteLogins logins_;
     Session session_;
     Client client_;

@@ -16,7 +16,7 @@ namespace {
 
 using Getter = int (ProductConfig::*)(char*, int) const;
 
-/// One text of the host's object, and what it is here.
+/// One text of the host's object, and the member that holds it here.
 struct Entry
 {
     std::string ProductSettings::* text;
@@ -45,7 +45,7 @@ void __cdecl IgnoreInvalidParameter(const wchar_t*, const wchar_t*, const wchar_
 
 SetThreadHandler FindSetThreadHandler()
 {
-    // ProductConfig copies with the universal runtime, whatever runtime this module is built with.
+    // ProductConfig copies with the universal runtime, whatever this module's own runtime is.
     const HMODULE runtime = GetModuleHandleW(L"ucrtbase.dll");
     if (runtime == nullptr)
         return nullptr;
@@ -53,7 +53,7 @@ SetThreadHandler FindSetThreadHandler()
     return reinterpret_cast<SetThreadHandler>(reinterpret_cast<void*>(address));
 }
 
-/// While it lives, a text that does not fit its buffer does not end the process, on this thread.
+/// During its lifetime a text that does not fit its buffer does not end the process. For this thread alone.
 class ToleratedOverflow
 {
 public:
@@ -75,7 +75,7 @@ private:
     InvalidParameterHandler previous_ = nullptr;
 };
 
-/// A getter does not tell how long its text is before it has copied, but it does tell after a copy that failed.
+/// A getter returns the length of its text only after a copy, but also after one that failed.
 std::string ReadText(const ProductConfig& config, Getter getter)
 {
     std::string text(4096, '\0');

@@ -9,11 +9,11 @@ namespace Kestrany::Agent {
 
 /// Reads the host's object as it is; texts that were never set are empty.
 ProductSettings ReadTexts(const IdentityServices::ProductConfig& config);
-/// Reads the host's object. IdInvalidText when one of its texts is not UTF-8.
+/// Reads the host's object. IdInvalidText if one of its texts is not UTF-8.
 IdErrorCode ReadProduct(const IdentityServices::ProductConfig& config, ProductSettings& product);
-/// Fills the host's object; texts that were never set stay as they are there.
+/// Writes the texts that are set to the host's object; its other texts stay.
 void WriteProduct(const ProductSettings& product, IdentityServices::ProductConfig& config);
-/// Makes the host's object say `product` and nothing else; texts that were never set become empty there.
+/// Writes all texts to the host's object; those that were never set become empty.
 void ReplaceProduct(const ProductSettings& product, IdentityServices::ProductConfig& config);
 
 } // namespace Kestrany::Agent

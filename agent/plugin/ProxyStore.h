@@ -19,19 +19,19 @@ struct ProxySettings
     std::int32_t port = 0;
 };
 
-/// Settings of proxy servers, one set for each host and port. Host names match without regard to case.
+/// Settings of proxy servers, one set for each host and port. Host names are not case-sensitive.
 /// Any thread may call.
 class ProxyStore
 {
 public:
     IdErrorCode Store(ProxySettings settings);
-    /// What is stored for `host` and `port`; with an empty host, what was stored last.
+    /// The settings for `host` and `port`; with an empty host those that were stored last.
     std::optional<ProxySettings> Find(const std::string& host, unsigned int port) const;
     void Clear();
 
 private:
     mutable std::mutex mutex_;
-    std::vector<ProxySettings> proxies_; ///< In the order in which they were stored last.
+    std::vector<ProxySettings> proxies_; ///< The latest one last.
 };
 
 } // namespace Kestrany::Agent

@@ -14,7 +14,7 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-/// A server that dies sooner is not started again until somebody asks, or a fault would start servers for ever.
+/// A server process that dies sooner is started again only by a call: a fault could otherwise start processes for ever.
 constexpr std::chrono::seconds QuickLoss{1};
 constexpr int MaxQuickLosses = 5;
 
@@ -52,11 +52,11 @@ Response ServerConnection::Ask(Request request)
     Lock lock(mutex_);
     const unsigned int generation = generation_;
     Response response = AskOnce(lock, request, generation);
-    // The server that is started in its place knows all that this one had answered: asking again is safe.
+    // A new server process knows everything that the lost one had responded to: repeating the request is safe.
     if (response.code == IdServerLost && generation_ == generation)
     {
         response = AskOnce(lock, request, generation);
-        // The first one may have done it before it died.
+        // The lost process may have performed the logout.
         if (request.operation == Operations::Logout && response.code == IdNotLoggedIn)
             response.code = IdSuccess;
     }
@@ -69,7 +69,7 @@ void ServerConnection::Close()
     std::thread thread;
     {
         const Lock lock(mutex_);
-        ends_ = true;
+        stopping_ = true;
         ++generation_;
         if (pipe_)
             pipe_->Break();
@@ -79,13 +79,13 @@ void ServerConnection::Close()
     if (thread.joinable())
         thread.join();
     const Lock lock(mutex_);
-    ends_ = false;
-    heard_ = {};
+    stopping_ = false;
+    known_ = {};
 }
 
 IdErrorCode ServerConnection::AwaitOpen(Lock& lock, unsigned int generation)
 {
-    if (ends_ || generation_ != generation)
+    if (stopping_ || generation_ != generation)
         return IdServerLost;
     DropOtherServer();
     if (state_ == State::Open)
@@ -103,7 +103,7 @@ IdErrorCode ServerConnection::AwaitOpen(Lock& lock, unsigned int generation)
         return IdSuccess;
     if (!ended)
         return IdServerTimedOut;
-    // A connection that was there and is not any more is asked for again.
+    // The connection was lost since: the caller connects again.
     return result_ == IdSuccess ? IdServerLost : result_;
 }
 
@@ -115,13 +115,13 @@ Response ServerConnection::AskOnce(Lock& lock, Request& request, unsigned int ge
     const std::string message = WriteRequest(request);
     if (message.size() > MaxMessage)
         return Refusal(IdTextTooLong);
-    pending_[id].limit = SteadyClock::now() + AnswerLimit;
+    pending_[id].limit = SteadyClock::now() + ResponseLimit;
     const std::shared_ptr<PipeClient> pipe = pipe_;
     lock.unlock();
     try
     {
-        // Without success the pipe breaks, and the link's thread finds that out.
-        pipe->Write(message, Deadline(Count(AnswerLimit)));
+        // A failure breaks the pipe, which the connection's thread notices.
+        pipe->Write(message, Deadline(Count(ResponseLimit)));
     }
     catch (...)
     {
@@ -130,20 +130,20 @@ Response ServerConnection::AskOnce(Lock& lock, Request& request, unsigned int ge
         throw;
     }
     lock.lock();
-    return AwaitAnswer(lock, id);
+    return AwaitResponse(lock, id);
 }
 
-Response ServerConnection::AwaitAnswer(Lock& lock, std::uint32_t id)
+Response ServerConnection::AwaitResponse(Lock& lock, std::uint32_t id)
 {
     Pending& pending = pending_[id];
     while (pending.outcome == Outcome::Waiting)
     {
-        // The limit may be extended while it is waited for.
+        // The deadline may be extended meanwhile.
         if (changed_.wait_until(lock, pending.limit) == std::cv_status::timeout && SteadyClock::now() >= pending.limit)
             break;
     }
     Response response = Refusal(pending.outcome == Outcome::Waiting ? IdServerTimedOut : IdServerLost);
-    if (pending.outcome == Outcome::Answered)
+    if (pending.outcome == Outcome::Responded)
         response = std::move(pending.response);
     pending_.erase(id);
     return response;
@@ -164,8 +164,8 @@ void ServerConnection::Run()
     Lock lock(mutex_);
     for (;;)
     {
-        changed_.wait(lock, [this] { return wanted_ || ends_; });
-        if (ends_)
+        changed_.wait(lock, [this] { return wanted_ || stopping_; });
+        if (stopping_)
             break;
         wanted_ = false;
         state_ = State::Connecting;
@@ -174,18 +174,18 @@ void ServerConnection::Run()
         const auto since = SteadyClock::now();
         const bool lost = opened && ReadUntilLost();
         lock.lock();
-        Fail();
-        // What other hosts do, this one is to hear of, though nobody here may ask for long.
+        Disconnect();
+        // Reconnect even when idle, to keep receiving the events of other hosts.
         quickLosses = lost && SteadyClock::now() - since < QuickLoss ? quickLosses + 1 : 0;
         if (quickLosses == MaxQuickLosses)
             quickLosses = 0;
         else if (lost)
             wanted_ = true;
     }
-    Fail();
+    Disconnect();
 }
 
-void ServerConnection::Fail()
+void ServerConnection::Disconnect()
 {
     pipe_.reset();
     state_ = State::Idle;
@@ -223,11 +223,11 @@ bool ServerConnection::ReadUntilLost() noexcept
 {
     try
     {
-        return !ReadOn(*pipe_); // Nobody else replaces it.
+        return !ReadMessages(*pipe_); // Only this thread replaces it.
     }
     catch (const std::exception& error)
     {
-        Report("The connection to the server is given up", error);
+        Report("The connection to the server is closed", error);
         return true;
     }
 }
@@ -240,7 +240,7 @@ void ServerConnection::Report(const char* what, const std::exception& error) con
     }
     catch (const std::exception&)
     {
-        // Nowhere is left to say so.
+        // Logging failed, too.
     }
 }
 
@@ -251,9 +251,9 @@ IdErrorCode ServerConnection::Connect(const ServerTarget& target)
         parts_.log(TALIXLog::Error, "No server: no server application was found");
         return IdServerUnavailable;
     }
-    const Deadline deadline(Count(ConnectLimit) * 3 / 4); // Who waits gets to hear of the end.
-    // A server may end, or be killed, between any two steps.
-    for (int tries = 0; tries < ConnectTries && deadline.Left() > 0 && !Ends(); ++tries)
+    const Deadline deadline(Count(ConnectLimit) * 3 / 4); // Ends before the callers that wait for it.
+    // The server process may end between any two steps.
+    for (int tries = 0; tries < ConnectTries && deadline.Left() > 0 && !IsStopping(); ++tries)
     {
         if (const std::optional<IdErrorCode> code = ConnectOnce(target, deadline))
             return *code;
@@ -285,19 +285,19 @@ std::optional<IdErrorCode> ServerConnection::ConnectOnce(const ServerTarget& tar
     return Attach(*pipe, target, deadline);
 }
 
-bool ServerConnection::Ends()
+bool ServerConnection::IsStopping()
 {
     const Lock lock(mutex_);
-    return ends_;
+    return stopping_;
 }
 
-/// From now on, Close can break it.
+/// Makes the pipe known to Close, which breaks it.
 bool ServerConnection::Adopt(const std::shared_ptr<PipeClient>& pipe)
 {
     const Lock lock(mutex_);
-    if (!ends_)
+    if (!stopping_)
         pipe_ = pipe;
-    return !ends_;
+    return !stopping_;
 }
 
 std::optional<IdErrorCode> ServerConnection::Attach(PipeClient& pipe, const ServerTarget& target,
@@ -308,10 +308,10 @@ std::optional<IdErrorCode> ServerConnection::Attach(PipeClient& pipe, const Serv
     request.caller.server = parts_.server();
     request.arguments["protocol"] = ProtocolVersion;
     request.arguments["identity"] = target.serverIdentity;
-    const Deadline deadline(std::min<std::int64_t>(Count(AnswerLimit), connecting.Left()));
+    const Deadline deadline(std::min<std::int64_t>(Count(ResponseLimit), connecting.Left()));
     if (!pipe.Write(WriteRequest(request), deadline))
         return std::nullopt;
-    std::vector<LoginEvent> events; // What happened after the answer was made, and overtook it.
+    std::vector<LoginEvent> events; // Of changes after the response was made, but received before it.
     while (const std::optional<std::string> text = pipe.Read(&deadline))
     {
         const std::optional<ServerMessage> message = ReadServerMessage(*text);
@@ -320,78 +320,78 @@ std::optional<IdErrorCode> ServerConnection::Attach(PipeClient& pipe, const Serv
         if (message->event)
             events.push_back(*message->event);
         if (!message->response)
-            continue; // It may take its time.
+            continue; // A deadline extension.
         const Response& response = *message->response;
         if (response.code != IdSuccess)
         {
             parts_.log(TALIXLog::Error,
-                       "The server does not take this host: result " + std::to_string(static_cast<int>(response.code)));
+                       "The server refuses this host: result " + std::to_string(static_cast<int>(response.code)));
             return response.code;
         }
-        HearAtConnection(target.serverIdentity, request.caller.server,
-                         response.result["restored"] == Json::Value(true));
+        HandleAttached(target.serverIdentity, request.caller.server, response.result["restored"] == Json::Value(true));
         for (const LoginEvent& event : events)
-            Hear(event);
+            HandleEvent(event);
         return IdSuccess;
     }
     return std::nullopt;
 }
 
-void ServerConnection::HearAtConnection(const std::string& identity, Server server, bool signedIn)
+void ServerConnection::HandleAttached(const std::string& identity, Server server, bool signedIn)
 {
-    const bool was = heard_.identity == identity && heard_.signedIn.count(server) != 0;
-    heard_ = {identity, {}};
+    const bool was = known_.identity == identity && known_.signedIn.count(server) != 0;
+    known_ = {identity, {}};
     if (signedIn)
-        Hear({Events::LoginRestored, server, {}, IdSuccess});
+        HandleEvent({Events::LoginRestored, server, {}, IdSuccess});
     else if (was)
-        Hear({Events::LoggedOut, server, {}, IdSuccess});
+        HandleEvent({Events::LoggedOut, server, {}, IdSuccess});
 }
 
-void ServerConnection::Hear(const LoginEvent& event)
+void ServerConnection::HandleEvent(const LoginEvent& event)
 {
     if (event.kind == Events::LoggedIn || event.kind == Events::LoginRestored)
-        heard_.signedIn.insert(event.server);
+        known_.signedIn.insert(event.server);
     if (event.kind == Events::LoggedOut)
-        heard_.signedIn.erase(event.server);
+        known_.signedIn.erase(event.server);
     parts_.onEvent(event);
 }
 
-bool ServerConnection::ReadOn(PipeClient& pipe)
+bool ServerConnection::ReadMessages(PipeClient& pipe)
 {
     while (const std::optional<std::string> text = pipe.Read(nullptr))
     {
         const std::optional<ServerMessage> message = ReadServerMessage(*text);
         if (!message)
         {
-            parts_.log(TALIXLog::Error, "The server sent what is no message; the connection to it ends");
+            parts_.log(TALIXLog::Error, "The server sent an invalid message; the connection is closed");
             break;
         }
         if (message->shutdown)
             return true;
-        Take(*message);
+        HandleMessage(*message);
     }
     return false;
 }
 
-void ServerConnection::Take(const ServerMessage& message)
+void ServerConnection::HandleMessage(const ServerMessage& message)
 {
     if (message.event)
-        Hear(*message.event);
+        HandleEvent(*message.event);
     const Lock lock(mutex_);
     const std::uint32_t id = message.response            ? message.response->id
                              : message.deadlineExtension ? message.deadlineExtension->id
                                                          : 0;
     const auto found = pending_.find(id);
     if (found == pending_.end())
-        return; // Nobody waits any more.
+        return; // The caller no longer waits.
     if (message.deadlineExtension)
         found->second.limit =
-            SteadyClock::now() + std::min<std::chrono::milliseconds>(
-                                     std::chrono::milliseconds(message.deadlineExtension->milliseconds), MaxExtension);
+            SteadyClock::now() +
+            std::min<std::chrono::milliseconds>(std::chrono::milliseconds(message.deadlineExtension->milliseconds),
+                                                MaxDeadlineExtension);
     if (message.response)
     {
         found->second.response = *message.response;
-        found->second.outcome = Outcome::Answered;
+        found->second.outcome = Outcome::Responded;
     }
     changed_.notify_all();
 }

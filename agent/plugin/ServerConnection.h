@@ -21,7 +21,7 @@
 
 namespace Kestrany::Agent {
 
-/// Which server a host talks to, and how it is started where none runs.
+/// The server process that a host uses, and how to start it.
 struct ServerTarget
 {
     std::wstring executable;
@@ -29,7 +29,7 @@ struct ServerTarget
     std::string serverIdentity;
     std::vector<std::wstring> arguments;
 
-    /// Whether a connection to one serves for the other. Arguments matter at a start alone.
+    /// Whether a connection to the one server serves for the other. Arguments only matter when a process is started.
     bool IsSameServer(const ServerTarget& other) const
     {
         return executable == other.executable && processIdentity == other.processIdentity &&
@@ -37,24 +37,24 @@ struct ServerTarget
     }
 };
 
-/// A host's connection to its server process: made when it is needed first, and made again, with a new server process,
-/// when the server dies. Any thread may call. No call takes longer than its limits.
+/// A host's connection to its server process: opened when it is needed first, and opened again, with a new server
+/// process, if the process dies. Any thread may call. No call takes longer than its limits.
 class ServerConnection
 {
 public:
-    /// Until a server has started and taken the host.
+    /// For starting a server process and attaching to it.
     static constexpr std::chrono::milliseconds ConnectLimit{20'000};
-    /// Until the answer to a request, unless the server says that it takes longer.
-    static constexpr std::chrono::milliseconds AnswerLimit{10'000};
-    /// No server may make a host wait longer for one answer.
-    static constexpr std::chrono::milliseconds MaxExtension{15 * 60'000};
+    /// For the response to a request, unless the server extends the deadline.
+    static constexpr std::chrono::milliseconds ResponseLimit{10'000};
+    /// The longest deadline extension that a host accepts.
+    static constexpr std::chrono::milliseconds MaxDeadlineExtension{15 * 60'000};
 
     struct Parts
     {
         std::function<ServerTarget()> target;
-        /// The identity server that the host uses: whether somebody is signed in there is asked at each connection.
+        /// The identity server that the host uses. Each new connection asks whether somebody is signed in there.
         std::function<Server()> server;
-        /// Called on the link's own thread, before the answers that come after.
+        /// Called on the connection's own thread, before responses that the server sent later.
         std::function<void(const LoginEvent&)> onEvent;
         LogSink log;
     };
@@ -64,12 +64,12 @@ public:
     ServerConnection(const ServerConnection&) = delete;
     ServerConnection& operator=(const ServerConnection&) = delete;
 
-    /// Connects, unless that is done. Who asks later connects in any case.
+    /// Connects, unless that is done. Ask connects in any case.
     void Open();
-    /// The server's answer, that to the attempt to connect where it refuses the host, or one of the codes
-    /// IdServerUnavailable, IdServerLost, IdServerTimedOut, IdTextTooLong.
+    /// Returns the server's response; the code of its refusal if it refuses the host; else IdServerUnavailable,
+    /// IdServerLost, IdServerTimedOut or IdTextTooLong.
     Response Ask(Request request);
-    /// Ends the connection and the link's thread; who waits gets IdServerLost.
+    /// Ends the connection and its thread. Pending calls return IdServerLost.
     void Close();
 
 private:
@@ -82,7 +82,7 @@ private:
     enum class Outcome
     {
         Waiting,
-        Answered,
+        Responded,
         Lost
     };
     using TimeLimit = std::chrono::steady_clock::time_point;
@@ -92,57 +92,57 @@ private:
         TimeLimit limit;
         Response response;
     };
-    /// What the host heard of logins, which may change while it has no connection.
-    struct Heard
+    /// The logins that were reported to the host. They may change while it has no connection.
+    struct KnownLogins
     {
-        std::string identity; ///< Server identity that it was at.
+        std::string identity; ///< The server identity of the logins.
         std::set<Server> signedIn;
     };
     using Lock = std::unique_lock<std::mutex>;
 
     IdErrorCode AwaitOpen(Lock& lock, unsigned int generation);
     Response AskOnce(Lock& lock, Request& request, unsigned int generation);
-    Response AwaitAnswer(Lock& lock, std::uint32_t id);
+    Response AwaitResponse(Lock& lock, std::uint32_t id);
     void DropOtherServer();
 
-    // On the link's own thread, which no exception may leave: it would end the host.
+    // On the connection's own thread. An exception that left it would end the host.
     void Run();
     bool TryConnect() noexcept;
-    /// True when the connection was lost; false when the server said that it quits.
+    /// True if the connection was lost; false if the server announced its shutdown.
     bool ReadUntilLost() noexcept;
     void Report(const char* what, const std::exception& error) const noexcept;
-    /// With success, `pipe_` is the connection.
+    /// On success `pipe_` is connected.
     IdErrorCode Connect(const ServerTarget& target);
-    /// Nothing where another try may succeed.
+    /// nullopt if another attempt may succeed.
     std::optional<IdErrorCode> ConnectOnce(const ServerTarget& target, const Deadline& deadline);
     std::optional<IdErrorCode> Attach(PipeClient& pipe, const ServerTarget& target, const Deadline& connecting);
-    bool Ends();
+    bool IsStopping();
     bool Adopt(const std::shared_ptr<PipeClient>& pipe);
-    /// Whether somebody is signed in as the connection is made: what differs from before is an event.
-    void HearAtConnection(const std::string& identity, Server server, bool signedIn);
-    void Hear(const LoginEvent& event);
-    /// Until the connection ends. True when the server said that it quits.
-    bool ReadOn(PipeClient& pipe);
-    void Take(const ServerMessage& message);
-    void Fail();
+    /// Handles whether somebody is signed in at a new connection: a difference from before is an event.
+    void HandleAttached(const std::string& identity, Server server, bool signedIn);
+    void HandleEvent(const LoginEvent& event);
+    /// Reads until the connection ends. True if the server announced its shutdown.
+    bool ReadMessages(PipeClient& pipe);
+    void HandleMessage(const ServerMessage& message);
+    void Disconnect();
 
     const Parts parts_;
     const ServerProcesses processes_;
 
-    std::mutex closing_; ///< One closes at a time.
+    std::mutex closing_; ///< One thread closes at a time.
     std::mutex mutex_;
     std::condition_variable changed_;
     State state_ = State::Idle;
-    bool wanted_ = false;                      ///< Somebody asks for a connection.
-    bool ends_ = false;                        ///< The thread is to end.
-    unsigned int generation_ = 0;              ///< Grows when the link is closed; who asked before gets no further.
-    unsigned int attempts_ = 0;                ///< Connections tried; who waits for one sees it end without success.
-    IdErrorCode result_ = IdServerUnavailable; ///< What came of the last one.
+    bool wanted_ = false;                      ///< A connection is requested.
+    bool stopping_ = false;                    ///< The thread is to end.
+    unsigned int generation_ = 0;              ///< Grows with each Close, which ends the calls before it.
+    unsigned int attempts_ = 0;                ///< Attempts to connect that have ended.
+    IdErrorCode result_ = IdServerUnavailable; ///< Of the last attempt.
     ServerTarget connected_;
     std::shared_ptr<PipeClient> pipe_;
     std::uint32_t nextId_ = 1;
     std::map<std::uint32_t, Pending> pending_;
-    Heard heard_; ///< The link's thread alone.
+    KnownLogins known_; ///< Used on the connection's thread alone.
     std::thread thread_;
 };
 

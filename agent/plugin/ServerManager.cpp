@@ -15,7 +15,7 @@ namespace {
 
 constexpr char DefaultServerIdentity[] = "Kestrany.TALIX.DefaultServer-v2";
 
-/// Takes a list of texts over; nothing when there is a null or one that is not UTF-8 among them.
+/// Copies a list of texts; nullopt if one of them is null or not UTF-8.
 std::optional<std::vector<std::string>> TakeArguments(const char* const* arguments, int count)
 {
     if (count < 0 || (arguments == nullptr && count > 0))

@@ -11,7 +11,7 @@
 
 namespace Kestrany::Agent {
 
-/// Where the server application is, under which names it runs and with which arguments, and its processes.
+/// The path, identity names and arguments of the server application, and its processes.
 class ServerManager final : public IdentityServices::ISSOServerManager
 {
 public:
@@ -19,18 +19,17 @@ public:
 
     explicit ServerManager(LogSink log);
 
-    /// The name that server processes are started and found under.
+    /// The identity under which server processes are started and found.
     std::string ProcessIdentity() const;
-    /// The name of the server that this process talks to.
+    /// The server identity whose logins this process uses.
     std::string ServerIdentity() const;
-    /// The server of this process, and how it is started.
+    /// The server of this process, and how to start it.
     ServerTarget Target() const;
 
     void Reserved0() override {}
     void Reserved1() override {}
     void ConfigureServerApp(const wchar_t* location, const wchar_t* executableFile) override;
-    /// The application is one file here: the same as GetSSOServerAppExeFile. A buffer that is too small stays
-    /// untouched.
+    /// The same as GetSSOServerAppExeFile: the application is one file. A buffer that is too small stays untouched.
     void GetSSOServerAppFile(wchar_t* buffer, int capacity) override;
     void GetSSOServerAppExeFile(wchar_t* buffer, int capacity) override;
     void Reserved5() override {}
@@ -41,15 +40,15 @@ public:
     bool StartSSOServerProcessWithArguments(const char* const* arguments, int count, std::int64_t timeout,
                                             std::int64_t& processId) override;
     bool StartSSOServerProcess(std::int64_t timeout, std::int64_t& processId) override;
-    /// Each buffer must have ArgumentCapacity bytes and receives one argument, those beyond the last one an empty text.
-    /// False, with all buffers untouched, when there are more arguments than buffers, or one that is too long.
+    /// Each buffer must have ArgumentCapacity bytes and receives one argument; further buffers receive an empty text.
+    /// False, with all buffers untouched, if there are more arguments than buffers, or one that is too long.
     bool GetSSOServerProcessArguments(char** buffers, int count) override;
     void SetSSOServerProcessArguments(const char* const* arguments, int count) override;
     bool IsSSOServerProcessRunning(std::int64_t& processId) override;
     bool IsSSOServerProcessReady() override;
     bool QuitSSOServerProcess(std::int64_t timeout) override;
     bool QuitAllSSOServerProcesses(std::int64_t timeout) override;
-    /// Only logged: the library has chosen the installation by it already.
+    /// Only logged: the library has already chosen the installation.
     void SetSupportBothLocalAndAdmin(bool support) override;
 
 private:

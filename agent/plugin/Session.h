@@ -13,10 +13,10 @@
 
 namespace Kestrany::Agent {
 
-/// One host's view of the identity service: the product that it set for each server, the server that it uses, and the
-/// shared logins as they are for both. What happens there is queued as events. Texts are UTF-8. Any thread may call.
+/// One host's view of the logins: its products, one for each server, the server in use, and the events that concern
+/// both. Texts are UTF-8. Any thread may call.
 ///
-/// Holds no lock while it asks the service, which may take its time.
+/// Holds no lock while it calls the service, which may take long.
 class Session
 {
 public:
@@ -30,7 +30,7 @@ public:
     talix_login_mode GetLoginMode() const;
     IdErrorCode SetLoginMode(talix_login_mode mode);
 
-    /// Queues what happened, where it concerns the server in use and the product there.
+    /// Queues an event that concerns the server in use and the product there.
     void Receive(const LoginEvent& event);
 
     IdErrorCode Login(LoginDetail& detail);
@@ -38,31 +38,31 @@ public:
     IdErrorCode Logout();
     /// Ends logins that wait at the server in use.
     IdErrorCode CancelLogin();
-    /// Takes over the login that is kept. `replace`: also when somebody is signed in.
+    /// Restores the stored login. `replace`: also if somebody is signed in.
     IdErrorCode Restore(bool replace);
 
     bool IsLoggedIn() const;
-    /// IdNotLoggedIn when nobody is signed in, or why that is not known.
+    /// IdNotLoggedIn if nobody is signed in; another code if the service cannot be called.
     IdErrorCode CheckLoggedIn() const;
     bool IsLoginExpired() const;
     bool IsLoginValid() const;
     bool IsTokenAvailable() const;
     bool IsTokenExpired() const;
-    /// Seconds since 1970-01-01 00:00 UTC; 0 when nobody is signed in.
+    /// Seconds since 1970-01-01 00:00 UTC; 0 if nobody is signed in.
     std::uint32_t LoginExpiry() const;
-    /// Seconds since 1970-01-01 00:00 UTC; 0 when nobody is signed in.
+    /// Seconds since 1970-01-01 00:00 UTC; 0 if nobody is signed in.
     std::uint32_t TokenExpiry() const;
 
     IdErrorCode GetAccount(Account& account) const;
     /// `renew`: an expired token is replaced instead of refused.
     IdErrorCode GetAccessToken(std::string& token, bool renew);
     IdErrorCode GetIdToken(std::string& token) const;
-    /// `onlyExpired`: a token that is still good stays.
+    /// `onlyExpired`: a token that has not expired stays.
     IdErrorCode RefreshToken(bool onlyExpired);
-    /// An address with a new ticket that opens `target` in the user's session.
+    /// Returns an address, with a new ticket, that opens `target` in the user's session.
     IdErrorCode OpenAddress(const std::string& target, std::uint16_t flag, std::string& address) const;
 
-    /// What holds now, as a JSON object: "server" by its name, whether it has a "product", the "login" ("none",
+    /// The present state as a JSON object: "server" by its name, whether it has a "product", the "login" ("none",
     /// "valid", "expired") and the "token" ("none", "valid", "expired"), the "user" that is signed in, and how many
     /// "events" wait.
     std::string StateJson() const;

@@ -9,7 +9,10 @@
 
 namespace Kestrany::Agent {
 
-FrozenServers::FrozenServers(LogSink log, std::int64_t answerLimit) : log_(std::move(log)), answerLimit_(answerLimit) {}
+FrozenServers::FrozenServers(LogSink log, std::int64_t responseLimit)
+    : log_(std::move(log)), responseLimit_(responseLimit)
+{
+}
 
 std::int64_t FrozenServers::KillSeconds() const
 {
@@ -46,7 +49,7 @@ void FrozenServers::Add(DWORD processId)
 
 void FrozenServers::Remove(DWORD processId)
 {
-    std::unique_ptr<Watch> watch; // Waits for its end without the lock.
+    std::unique_ptr<Watch> watch; // Its destructor waits, after the lock is released.
     const std::lock_guard lock(mutex_);
     if (const auto found = watches_.find(processId); found != watches_.end())
     {
@@ -60,8 +63,8 @@ void FrozenServers::WaitAndKill(const Watch& watch, DWORD processId, std::int64_
     const HANDLE objects[] = {watch.process.get(), watch.cancelled.get()};
     if (WaitForMultipleObjects(2, objects, FALSE, Deadline(seconds * 1000).Left()) != WAIT_TIMEOUT)
         return;
-    // It may go on by now without anybody having asked.
-    if (PingServer(processId, answerLimit_))
+    // It may have gone on unnoticed.
+    if (PingServer(processId, responseLimit_))
         return;
     TerminateProcess(watch.process.get(), ServerFailed);
     log_(TALIXLog::Warning, "Server process " + std::to_string(processId) + " was frozen for " +

@@ -16,37 +16,37 @@ namespace Kestrany::Agent {
 class FrozenServers
 {
 public:
-    /// No time is longer than a week.
+    /// The longest time: a week.
     static constexpr std::int64_t MaxKillSeconds = 7 * 24 * 60 * 60;
 
-    /// `answerLimit`: milliseconds after which a server that has not answered counts as frozen.
-    FrozenServers(LogSink log, std::int64_t answerLimit);
+    /// `responseLimit`: milliseconds after which a server without a response counts as frozen.
+    FrozenServers(LogSink log, std::int64_t responseLimit);
 
     std::int64_t KillSeconds() const;
-    /// The time that a server may stay frozen, for those that are found frozen from now on; 0 leaves them alone. False,
-    /// and no change, for a time that is out of range.
+    /// How long a server may stay frozen that is found frozen from now on; 0 for any time. False, and no change, for a
+    /// time out of range.
     bool SetKillSeconds(std::int64_t seconds);
 
-    /// A server was found frozen: its time begins, unless it runs already.
+    /// A server was found frozen: its time starts, unless it has started before.
     void Add(DWORD processId);
-    /// A server answers again.
+    /// A server responds again: it is no longer watched.
     void Remove(DWORD processId);
 
 private:
-    /// One server's time.
+    /// The wait for one server.
     struct Watch
     {
         ~Watch() { SetEvent(cancelled.get()); }
 
         Handle process;
         Handle cancelled;
-        std::future<void> end; ///< The last member: its destructor waits, for the work that uses the others.
+        std::future<void> end; ///< The last member: its destructor waits for the task that uses the others.
     };
 
     void WaitAndKill(const Watch& watch, DWORD processId, std::int64_t seconds) const;
 
     const LogSink log_;
-    const std::int64_t answerLimit_;
+    const std::int64_t responseLimit_;
     mutable std::mutex mutex_;
     std::int64_t killSeconds_ = 60;
     std::map<DWORD, std::unique_ptr<Watch>> watches_;

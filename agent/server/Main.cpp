@@ -1,5 +1,4 @@
-// The server application of the sign-in agent. It keeps the logins that the
-// hosts of one user share.
+// The server application of the sign-in agent. It keeps the logins that the hosts of one user share.
 
 #include <cstdio>
 #include <exception>

@@ -17,7 +17,7 @@ namespace Kestrany::Agent {
 
 namespace {
 
-/// Held by whoever starts a server of the identity: its event and its process then belong together.
+/// Held by the process that starts a server of the identity, so that the ready event belongs to the process it starts.
 class StartLock
 {
 public:
@@ -45,7 +45,7 @@ private:
 struct ServerProcess
 {
     DWORD id = 0;
-    Handle process; ///< Null when there is none.
+    Handle process; ///< Null if there is none.
 };
 
 Handle OpenForWait(DWORD processId)
@@ -61,7 +61,7 @@ ServerProcess FindRunning(const std::string& identity)
     return {*id, OpenForWait(*id)};
 }
 
-/// Starts the program without a window of its own and without anything of this process's but the environment.
+/// Starts the program without a window. It inherits nothing but the environment.
 ServerProcess Launch(const std::wstring& executable, const std::string& identity,
                      const std::vector<std::wstring>& arguments)
 {
@@ -70,7 +70,7 @@ ServerProcess Launch(const std::wstring& executable, const std::string& identity
     std::wstring commandLine = JoinCommandLine(texts);
 
     std::wstring environment = ServerEnvironment();
-    // Not this process's folder, which nobody could remove as long as the server runs.
+    // Not this process's current folder: nobody could remove it while the server runs.
     const std::wstring folder = FullPath(executable.substr(0, executable.find_last_of(L"\\/") + 1));
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
@@ -116,7 +116,7 @@ bool SameName(const wchar_t* left, const std::wstring& right)
     return CompareStringOrdinal(left, -1, right.c_str(), -1, TRUE) == CSTR_EQUAL;
 }
 
-/// The event exists only in processes of the server application, so that a stranger of the same name is left alone.
+/// Only processes of the server application have the event: other programs of the same name are left alone.
 bool CanBeAskedToQuit(DWORD processId)
 {
     return Handle(OpenEventW(EVENT_MODIFY_STATE, FALSE, QuitEventName(processId).c_str())) != nullptr;
@@ -162,7 +162,7 @@ bool ServerProcesses::Start(const std::wstring& executable, const std::string& i
         const bool found = server.process != nullptr;
         if (!found)
         {
-            // A server that crashed may have left it set, and somebody may have kept it.
+            // It may be left set by a server that crashed, if another process holds it open.
             ResetEvent(ready.get());
             server = Launch(executable, identity, arguments);
         }
@@ -174,8 +174,8 @@ bool ServerProcesses::Start(const std::wstring& executable, const std::string& i
             return false;
         }
         result = WaitUntilReady(server.process.get(), ready.get(), deadline);
-        // One that was there was about to end. One that met another of its name has to look again: that other one has
-        // not yet made itself known, or is about to end.
+        // A server that was found was about to end. A started one that met another of its identity ended: look again,
+        // the other one has not published its process ID yet, or is about to end.
         again = (found || ExitCode(server.process.get()) == ServerAlreadyRunning) && deadline.Left() > 0;
     }
 
@@ -213,13 +213,13 @@ bool ServerProcesses::QuitProcesses(const std::vector<unsigned long>& processIds
     const Deadline deadline(limit);
     std::vector<std::pair<DWORD, Handle>> processes;
     bool allReached = true;
-    // All are asked before the first is waited for: they share the time.
+    // All are asked before the first wait: they share the limit.
     for (const DWORD id : processIds)
     {
         Handle process = OpenForWait(id);
         if (!process)
         {
-            // One that is gone by now is what was asked for; one that denies access is not.
+            // A process that has ended is a success; one that denies access is not.
             allReached = allReached && GetLastError() == ERROR_INVALID_PARAMETER;
             continue;
         }

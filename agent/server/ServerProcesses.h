@@ -26,14 +26,14 @@ class ServerProcesses
 public:
     explicit ServerProcesses(LogSink log);
 
-    /// Starts `executable` under `identity`, unless a server runs under it already, and waits until it serves. True
-    /// when it does within the limit; `processId` is the server's, also of one that is not ready yet.
+    /// Starts `executable` under `identity`, unless a server runs under it, and waits until it is ready. True if it is
+    /// within the limit. `processId` is set also for a server that is not ready yet.
     bool Start(const std::wstring& executable, const std::string& identity, const std::vector<std::wstring>& arguments,
                std::int64_t limit, std::int64_t& processId) const;
-    /// Asks the server of `identity` to quit. True when none runs, or when it ended within the limit. One that did not
-    /// is frozen: it is terminated, unless the call was not to wait at all.
+    /// Asks the server of `identity` to quit. True if none runs, or if it ended within the limit. One that did not end
+    /// is terminated, unless the limit is 0 or less.
     bool Quit(const std::string& identity, std::int64_t limit) const;
-    /// Asks every server process that was started from a file of this name, as Quit does.
+    /// Quit for every server process that was started from a file of this name.
     bool QuitAll(const std::wstring& executableName, std::int64_t limit) const;
 
 private:

@@ -9,7 +9,7 @@
 
 namespace Kestrany::Agent {
 
-/// One connected tool at the server process's own pipe: somebody who asks what the process is, or freezes it.
+/// One connected tool at the server process's own pipe, which pings or freezes the process.
 class ToolSession final : public MessageHandler
 {
 public:

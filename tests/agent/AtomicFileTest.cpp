@@ -11,14 +11,14 @@ namespace Kestrany::Agent {
 
 namespace {
 
-/// A folder and a file in it that no other test has; both are gone afterwards.
+/// A folder and a file that no other test uses. Both are removed afterwards.
 class AtomicFileTest : public testing::Test
 {
 protected:
     ~AtomicFileTest() override
     {
         DeleteFileW(file.c_str());
-        EXPECT_TRUE(RemoveDirectoryW(folder.c_str())) << "something else was left in the folder";
+        EXPECT_TRUE(RemoveDirectoryW(folder.c_str())) << "another file is left in the folder";
     }
 
     const std::string name = OwnIdentity("Folder");
@@ -26,7 +26,7 @@ protected:
     const std::wstring file = folder + L"\\file";
 };
 
-TEST_F(AtomicFileTest, AFileAndTheFoldersAboveItAreMade)
+TEST_F(AtomicFileTest, CreatesAFileAndTheFoldersAboveIt)
 {
     const std::string bytes("a\0\r\n\x1A", 5);
     ASSERT_TRUE(ReplaceFileAtomically(file, bytes));
@@ -43,14 +43,14 @@ TEST_F(AtomicFileTest, AFileOverTheLimitIsNotRead)
     EXPECT_EQ(ReadFileWithin(file, 101)->size(), 101u);
 }
 
-TEST_F(AtomicFileTest, AMissingFileSaysSo)
+TEST_F(AtomicFileTest, AMissingFileHasItsErrorCode)
 {
     CreateFoldersAbove(file);
     EXPECT_FALSE(ReadFileWithin(file, 100));
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
 }
 
-TEST_F(AtomicFileTest, TheOldFileIsReplacedAndNotWrittenTo)
+TEST_F(AtomicFileTest, ReplacesTheOldFileWithoutWritingToIt)
 {
     const std::wstring oldFile = folder + L"\\old";
     ASSERT_TRUE(ReplaceFileAtomically(file, "old"));
@@ -61,11 +61,11 @@ TEST_F(AtomicFileTest, TheOldFileIsReplacedAndNotWrittenTo)
     DeleteFileW(oldFile.c_str());
 }
 
-TEST_F(AtomicFileTest, WhatCannotBeReplacedStaysWhole)
+TEST_F(AtomicFileTest, AFileThatCannotBeReplacedStays)
 {
     ASSERT_TRUE(ReplaceFileAtomically(file, "old"));
     {
-        // Somebody reads it who does not let it be replaced.
+        // A reader that does not share the file for deletion.
         const Handle reader =
             OwnValid(CreateFileW(file.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
         ASSERT_TRUE(reader);
@@ -75,7 +75,7 @@ TEST_F(AtomicFileTest, WhatCannotBeReplacedStaysWhole)
     EXPECT_EQ(ReadFileWithin(file, 100), "old");
 }
 
-TEST_F(AtomicFileTest, WhatAProcessThatEndedWasAboutToWriteIsRemoved)
+TEST_F(AtomicFileTest, TemporaryFilesOfEndedProcessesAreRemoved)
 {
     CreateFoldersAbove(file);
     const auto make = [&](const std::wstring& path) {

@@ -6,7 +6,7 @@ namespace Kestrany::Agent {
 
 namespace {
 
-TEST(DataProtectionTest, BytesComeBackForTheSamePurposeOnly)
+TEST(DataProtectionTest, BytesAreDecryptedForTheSamePurposeOnly)
 {
     const std::string bytes("a\0b\xFF", 4);
     const std::string protectedBytes = Protect(bytes, "one");
@@ -26,7 +26,7 @@ TEST(DataProtectionTest, OtherBytesAreRefused)
         EXPECT_FALSE(Unprotect(other, "one"));
 }
 
-TEST(DataProtectionTest, ATextIsEncryptedToBase64AndBack)
+TEST(DataProtectionTest, ATextIsEncryptedToBase64AndDecrypted)
 {
     for (const std::wstring& text :
          {std::wstring(), std::wstring(L"secret"), std::wstring(L"Zo\x00EB \xD83D\xDE00"), std::wstring(100'000, L'x')})
@@ -40,7 +40,7 @@ TEST(DataProtectionTest, ATextIsEncryptedToBase64AndBack)
     }
 }
 
-TEST(DataProtectionTest, WhatWasNotEncryptedIsNotDecrypted)
+TEST(DataProtectionTest, OtherTextsAreNotDecrypted)
 {
     const wchar_t notUtf16[] = {L'a', 0xD800, 0};
     EXPECT_FALSE(EncryptText(notUtf16));

@@ -95,7 +95,7 @@ void CleanUp()
     const std::wstring file = ServerFile();
     constexpr std::int64_t limit = OrlindexTest::PatienceMilliseconds;
     processes.QuitAll(file.substr(file.rfind(L'\\') + 1), limit);
-    std::error_code ignored; // The prefix is thrown away with the rest.
+    std::error_code ignored; // The prefix is deleted afterwards.
     std::filesystem::remove_all(SettingsFolder(), ignored);
 }
 

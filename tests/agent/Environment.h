@@ -7,7 +7,7 @@
 
 namespace Kestrany::Agent {
 
-/// Gives this process, and those that it starts, a settings folder of its own: nobody else sees its servers.
+/// Gives this process and its child processes their own settings folder: other processes do not see their servers.
 void UseOwnFolder();
 
 /// The server application's file in this build tree.
@@ -16,7 +16,7 @@ std::wstring ServerFile();
 /// The plugin module's factory, as the library gets it: by its exported name.
 IdentityServices::ISSOClientFactory& PluginFactory();
 
-/// Tells the plugin module where its server application is, and under which name it runs.
+/// Sets the path of the plugin module's server application, and the identity that it runs under.
 void ConfigureServer(const std::string& identity);
 
 /// A name that no other process uses.

@@ -8,7 +8,7 @@
 
 namespace Kestrany::Agent {
 
-/// Writes down which events it is told of.
+/// Records the events.
 class EventRecorder final : public IdentityServices::IObserver
 {
 public:

@@ -22,7 +22,7 @@ class FileLockTest : public testing::Test
 protected:
     ~FileLockTest() override { DeleteFileW(file.c_str()); }
 
-    /// Another handle stands for another process: the system locks for the handle.
+    /// Another handle stands for another process: locks belong to handles.
     bool IsLocked() const
     {
         const Handle other = OwnValid(CreateFileW(file.c_str(), GENERIC_READ | GENERIC_WRITE,
@@ -37,10 +37,10 @@ protected:
     FileLock lock;
 };
 
-TEST_F(FileLockTest, AProcessGivesTheLockBackAsOftenAsItTookIt)
+TEST_F(FileLockTest, AProcessUnlocksAsOftenAsItLocked)
 {
     ASSERT_TRUE(lock.Lock(file));
-    EXPECT_TRUE(std::async(std::launch::async, [&] { return lock.Lock(file); }).get()) << "any thread of it";
+    EXPECT_TRUE(std::async(std::launch::async, [&] { return lock.Lock(file); }).get()) << "on any thread";
     EXPECT_TRUE(lock.Unlock());
     EXPECT_TRUE(IsLocked());
     EXPECT_TRUE(lock.Unlock());
@@ -48,7 +48,7 @@ TEST_F(FileLockTest, AProcessGivesTheLockBackAsOftenAsItTookIt)
     EXPECT_FALSE(lock.Unlock()) << "it was not held";
 }
 
-TEST_F(FileLockTest, AFileThatCannotBeMadeIsNotLocked)
+TEST_F(FileLockTest, AFileThatCannotBeCreatedIsNotLocked)
 {
     EXPECT_FALSE(lock.Lock(L"C:\\a|b\\lock"));
     EXPECT_FALSE(lock.Unlock());
@@ -69,7 +69,7 @@ protected:
     IdentityServices::ISSOClientPrivate& tool = *PluginFactory().GetSSOClientPrivate();
 };
 
-TEST_F(LoginStateLockTest, AnotherProcessWaitsUntilTheLockIsGivenBack)
+TEST_F(LoginStateLockTest, AnotherProcessWaitsUntilTheLockIsReleased)
 {
     const OtherHost other("lock", {"Kestrany.TALIX.DefaultServer-v2"});
     ASSERT_TRUE(other.HasArrived());
@@ -80,7 +80,7 @@ TEST_F(LoginStateLockTest, AnotherProcessWaitsUntilTheLockIsGivenBack)
     EXPECT_EQ(other.ExitCode(), 0u);
 }
 
-TEST_F(LoginStateLockTest, TheLockOfAProcessThatDiedIsFree)
+TEST_F(LoginStateLockTest, TheLockOfAProcessThatDiedIsReleased)
 {
     const OtherHost other("lock", {"Kestrany.TALIX.DefaultServer-v2"});
     ASSERT_TRUE(other.HasArrived());
@@ -90,7 +90,7 @@ TEST_F(LoginStateLockTest, TheLockOfAProcessThatDiedIsFree)
     EXPECT_EQ(locked.wait_for(OrlindexTest::Patience), std::future_status::ready);
 }
 
-TEST_F(LoginStateLockTest, EachServerHasALockOfItsOwn)
+TEST_F(LoginStateLockTest, EachServerHasItsOwnLock)
 {
     const OtherHost other("lock", {OwnIdentity("OtherServer")});
     ASSERT_TRUE(other.HasArrived());
@@ -99,7 +99,7 @@ TEST_F(LoginStateLockTest, EachServerHasALockOfItsOwn)
     EXPECT_EQ(other.ExitCode(), 0u);
 }
 
-TEST(LoginLockFileTest, ANameThatIsNoIdentityLeadsNowhere)
+TEST(LoginLockFileTest, AnInvalidIdentityHasNoLockFile)
 {
     EXPECT_EQ(LoginLockFile("a"), SettingsFolder() + L"\\a.lock");
     for (const char* const name : {"", "..\\a", "a/b", "-a"})

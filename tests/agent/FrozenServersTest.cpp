@@ -35,20 +35,20 @@ TEST_F(FrozenServersTest, AServerThatIsFoundFrozenAgainKeepsItsTime)
     frozen.Add(processId);
     ASSERT_TRUE(frozen.SetKillSeconds(3600));
     frozen.Add(processId);
-    EXPECT_TRUE(HasEnded(Limit)) << "its time is that of when it was found first";
+    EXPECT_TRUE(HasEnded(Limit)) << "its time starts when it is found first";
 }
 
-TEST_F(FrozenServersTest, AServerThatAnswersAgainGoesOn)
+TEST_F(FrozenServersTest, AServerThatRespondsAgainIsNotTerminated)
 {
-    FrozenServers patient{log, Limit}; // A busy machine may be long about an answer.
+    FrozenServers patient{log, Limit}; // A busy machine may respond slowly.
     ASSERT_TRUE(patient.SetKillSeconds(1));
     ASSERT_TRUE(FreezeServer(processId, Limit));
     patient.Add(processId);
-    ASSERT_TRUE(ThawServer(processId, Limit)); // Nobody tells the watch.
+    ASSERT_TRUE(ThawServer(processId, Limit)); // The watch is not told.
     EXPECT_FALSE(HasEnded(1500));
 }
 
-TEST_F(FrozenServersTest, AServerThatIsRemovedGoesOnThoughItFreezesAnew)
+TEST_F(FrozenServersTest, ARemovedServerIsNotTerminatedIfItFreezesAgain)
 {
     ASSERT_TRUE(frozen.SetKillSeconds(1));
     frozen.Add(processId);
@@ -57,7 +57,7 @@ TEST_F(FrozenServersTest, AServerThatIsRemovedGoesOnThoughItFreezesAnew)
     EXPECT_FALSE(HasEnded(1000 + AnswerLimit + 500));
 }
 
-TEST_F(FrozenServersTest, ATimeOfZeroLeavesServersAlone)
+TEST_F(FrozenServersTest, WithATimeOfZeroServersAreNotTerminated)
 {
     ASSERT_TRUE(frozen.SetKillSeconds(0));
     ASSERT_TRUE(FreezeServer(processId, Limit));

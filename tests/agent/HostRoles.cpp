@@ -24,7 +24,7 @@ using Arguments = std::vector<std::string>;
 
 constexpr DWORD MeetingLimit = OrlindexTest::PatienceMilliseconds;
 
-/// Tells the test that the host is where it should be, and waits until it may go on.
+/// Signals the test that the host is ready, and waits until it may continue.
 bool Meet(const std::string& meeting)
 {
     const Handle arrived(OpenEventW(EVENT_MODIFY_STATE, FALSE, ArrivedEventName(meeting).c_str()));
@@ -45,10 +45,10 @@ bool UseServer(const std::string& meeting, const Arguments& arguments)
     ConfigureServer(arguments.at(0));
     std::int64_t started = 0;
     std::int64_t running = 0;
-    std::map<std::string, std::string> answers;
+    std::map<std::string, std::string> texts;
     return servers.StartSSOServerProcessWithArguments(quitAfterAnHour, 2, MeetingLimit, started) &&
-           servers.IsSSOServerProcessRunning(running) && running == started && Private().Ping(answers) &&
-           answers["processId"] == std::to_string(started) && Meet(meeting);
+           servers.IsSSOServerProcessRunning(running) && running == started && Private().Ping(texts) &&
+           texts["processId"] == std::to_string(started) && Meet(meeting);
 }
 
 /// lock IDENTITY: holds the lock of the login's file until it is told to leave.
@@ -61,7 +61,7 @@ bool HoldLock(const std::string& meeting, const Arguments& arguments)
     return met;
 }
 
-/// Starts as a host does, with a product of the name.
+/// Starts the client as a host does, with a product of that name.
 bool Begin(const std::string& clientId)
 {
     PluginFactory().GetSSOClientModule()->Initialize(false);
@@ -79,7 +79,7 @@ bool LogIn(const std::string&, const Arguments& arguments)
     return Begin("other-host") && PluginFactory().GetSSOClient()->Login(detail) == ::IdSuccess && detail == 0;
 }
 
-/// watch CLIENT: stays until it is told to leave, and hears meanwhile of a login, of tokens and of a logout, each once.
+/// watch CLIENT: stays until it is told to leave, and receives one event each of a login, of tokens and of a logout.
 bool Watch(const std::string& meeting, const Arguments& arguments)
 {
     IdentityServices::ISSOClient& client = *PluginFactory().GetSSOClient();
@@ -88,7 +88,7 @@ bool Watch(const std::string& meeting, const Arguments& arguments)
         return false;
     if (!Meet(meeting))
         return false;
-    // An answer comes after the events before it: no need to wait for them.
+    // A response arrives after earlier events: no need to wait for them.
     const bool out = !client.IsLoggedIn();
     client.DispatchEvent();
     return out && observer.kinds == std::vector<std::string>{"LoggedIn", "TokenAvailable", "LoggedOut"};

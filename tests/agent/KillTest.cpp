@@ -1,4 +1,4 @@
-// Hosts and servers that are killed at any moment: nothing that was answered is lost, and nothing hangs.
+// Hosts and servers that are killed at any moment: nothing that was reported is lost, and nothing hangs.
 
 #include <gtest/gtest.h>
 
@@ -28,12 +28,12 @@ constexpr unsigned int Spread = 25;
 
 unsigned int SeedOf(unsigned int part)
 {
-    // Another run, and one that failed again: set the variable to the number that was printed.
+    // For another run, or to repeat one that failed: set the variable to the printed seed.
     const char* given = std::getenv("AGENT_TEST_SEED");
     return (given == nullptr ? 20'260'101u : static_cast<unsigned int>(std::strtoul(given, nullptr, 10))) + part;
 }
 
-/// scripts/test.sh gathers these lines, and adds up the parts.
+/// scripts/test.sh collects these lines, and adds up the parts.
 void PrintCount(const char* name, int value)
 {
     std::printf("count: %s = %d\n", name, value);
@@ -47,12 +47,12 @@ protected:
         workers_[index] = std::make_unique<OtherHost>("worker", std::vector{std::to_string(random_() % 1'000'000)});
     }
 
-    /// Whether the worker has had a whole round since now. The first sign may be of the round before.
-    static bool GetsOn(const OtherHost& worker)
+    /// Whether the worker completes a round from now on. The first signal may belong to the round before.
+    static bool MakesProgress(const OtherHost& worker)
     {
         const HANDLE objects[] = {worker.Progress(), worker.Process()};
         ResetEvent(worker.Progress());
-        for (int signs = 0; signs < 2; ++signs)
+        for (int signals = 0; signals < 2; ++signals)
         {
             if (WaitForMultipleObjects(2, objects, FALSE, RoundLimit) != WAIT_OBJECT_0)
                 return false;
@@ -60,11 +60,11 @@ protected:
         return true;
     }
 
-    bool AllGetOn() const
+    bool AllMakeProgress() const
     {
         for (const auto& worker : workers_)
         {
-            if (!GetsOn(*worker))
+            if (!MakesProgress(*worker))
                 return false;
         }
         return true;
@@ -80,7 +80,7 @@ protected:
         ++serverKills_;
     }
 
-    /// As a host starts. Whoever asks meanwhile waits for the server's end.
+    /// While another host starts. Calls wait for the server's end meanwhile.
     void QuitServerAndKillHost(std::size_t index)
     {
         const auto processId = FindServer(DefaultIdentity);
@@ -110,15 +110,15 @@ protected:
     int hostKills_ = 0;
 };
 
-TEST_P(KillTest, NothingThatWasAnsweredIsLost)
+TEST_P(KillTest, NothingThatWasReportedIsLost)
 {
     const ULONGLONG start = GetTickCount64();
     for (std::size_t index = 0; index < Hosts; ++index)
         StartWorker(index);
-    ASSERT_TRUE(AllGetOn()) << "AGENT_TEST_SEED=" << seed_ - GetParam();
+    ASSERT_TRUE(AllMakeProgress()) << "AGENT_TEST_SEED=" << seed_ - GetParam();
     for (int round = 0; round < Rounds; ++round)
     {
-        // Somewhere in the workers' rounds: a moment that nobody has arranged.
+        // Some moment of the workers' rounds.
         WaitForSingleObject(workers_[0]->Process(), random_() % Spread);
         const unsigned int kind = random_() % 4;
         if (kind == 0)
@@ -127,7 +127,7 @@ TEST_P(KillTest, NothingThatWasAnsweredIsLost)
             KillHost(random_() % Hosts);
         else
             KillServer();
-        ASSERT_TRUE(AllGetOn()) << "round " << round << ", AGENT_TEST_SEED=" << seed_ - GetParam();
+        ASSERT_TRUE(AllMakeProgress()) << "round " << round << ", AGENT_TEST_SEED=" << seed_ - GetParam();
     }
     for (const auto& worker : workers_)
         worker->Leave();

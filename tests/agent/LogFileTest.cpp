@@ -29,13 +29,13 @@ protected:
     const std::wstring old = LogFile::OldFile(path);
 };
 
-TEST_F(LogFileTest, TheOldFileHasANameOfItsOwn)
+TEST_F(LogFileTest, TheOldFileHasAnotherName)
 {
     EXPECT_EQ(LogFile::OldFile(L"C:\\a.b\\Name.log"), L"C:\\a.b\\Name.old.log");
     EXPECT_EQ(LogFile::OldFile(L"C:\\a.b\\Name"), L"C:\\a.b\\Name.old");
 }
 
-TEST_F(LogFileTest, AFullFileBecomesTheOldOneAndTheOldestGoes)
+TEST_F(LogFileTest, AFullFileReplacesTheOldFile)
 {
     const LogFile log(path, 1000);
     ASSERT_TRUE(log.IsOpen());
@@ -50,7 +50,7 @@ TEST_F(LogFileTest, AFullFileBecomesTheOldOneAndTheOldestGoes)
     EXPECT_NE(recent.back().find(": 9m"), std::string::npos);
 }
 
-TEST_F(LogFileTest, ALineLongerThanTheLimitIsWrittenWhole)
+TEST_F(LogFileTest, ALineLongerThanTheLimitIsWrittenCompletely)
 {
     const LogFile log(path, 100);
     log.Write("Tests", TALIXLog::Info, std::string(500, 'm'));
@@ -59,7 +59,7 @@ TEST_F(LogFileTest, ALineLongerThanTheLimitIsWrittenWhole)
     EXPECT_GT(Lines(old).front().size(), 500u);
 }
 
-TEST_F(LogFileTest, WritersAtTheSameTimeLoseNoLineOfTheFilesThatAreKept)
+TEST_F(LogFileTest, SimultaneousWritersLoseNoLine)
 {
     constexpr int Writers = 4;
     constexpr int Count = 60;
@@ -67,7 +67,7 @@ TEST_F(LogFileTest, WritersAtTheSameTimeLoseNoLineOfTheFilesThatAreKept)
     for (int writer = 0; writer < Writers; ++writer)
     {
         threads.emplace_back([this, writer] {
-            // An object each, as in processes of their own: they share the mutex by its name alone.
+            // One object for each, as in separate processes: they share only the name of the mutex.
             const LogFile log(path, 12'000);
             for (int line = 0; line < Count; ++line)
                 log.Write("Tests", TALIXLog::Info, std::to_string(writer) + "-" + std::to_string(line) + ".");

@@ -73,7 +73,7 @@ TEST_F(LoginRecordTest, ARecordOfAnotherOriginIsRefusedAndNamed)
     EXPECT_NE(problem.find("Tests.Server"), std::string::npos) << problem;
 }
 
-TEST_F(LoginRecordTest, EveryMemberIsNeeded)
+TEST_F(LoginRecordTest, EveryMemberIsRequired)
 {
     for (const char* key : {"format", "identity", "server", "userId", "expiry", "clients"})
     {
@@ -84,7 +84,7 @@ TEST_F(LoginRecordTest, EveryMemberIsNeeded)
     }
 }
 
-TEST_F(LoginRecordTest, EveryMemberOfAClientIsNeeded)
+TEST_F(LoginRecordTest, EveryMemberOfAClientIsRequired)
 {
     for (const char* key : {"clientId", "scope", "accessToken", "idToken"})
     {

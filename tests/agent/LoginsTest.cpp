@@ -1,4 +1,4 @@
-// The logins that hosts share: what is stored before it holds, and the tokens of each product.
+// The logins that hosts share: storing before a change takes effect, and the tokens of each product.
 
 #include <gtest/gtest.h>
 
@@ -72,7 +72,7 @@ TEST_F(LoginsTest, AnAccessTokenHoldsItsClaims)
     EXPECT_EQ(FromBase64Url(token.substr(token.rfind('.') + 1)), "signed " + signedText.substr(0, 57));
 }
 
-TEST_F(LoginsTest, AnIdTokenTellsOfTheUser)
+TEST_F(LoginsTest, AnIdTokenDescribesTheUser)
 {
     scenario.users.front().displayName = "Ann Example";
     scenario.users.front().email = "ann@example.invalid";
@@ -86,7 +86,7 @@ TEST_F(LoginsTest, AnIdTokenTellsOfTheUser)
     EXPECT_NE(claims["jti"], Part(AccessToken(caller), 1)["jti"]);
 }
 
-TEST_F(LoginsTest, EachProductHasTokensOfItsOwn)
+TEST_F(LoginsTest, EachProductHasItsOwnTokens)
 {
     LogIn();
     EXPECT_EQ(Part(AccessToken(other), 1)["aud"].asString(), "other");
@@ -96,7 +96,7 @@ TEST_F(LoginsTest, EachProductHasTokensOfItsOwn)
     EXPECT_EQ(AccessToken(other), before);
 }
 
-TEST_F(LoginsTest, ARefreshIsHeardOfByItsProductAlone)
+TEST_F(LoginsTest, ARefreshIsReportedToItsProductAlone)
 {
     LogIn();
     AccessToken(other);
@@ -107,7 +107,7 @@ TEST_F(LoginsTest, ARefreshIsHeardOfByItsProductAlone)
     EXPECT_EQ(events.Size(), 1u);
 }
 
-TEST_F(LoginsTest, TokensOfTheOldestProductsGiveWay)
+TEST_F(LoginsTest, TokensOfTheOldestProductsAreDropped)
 {
     LogIn();
     for (std::size_t index = 0; index < 2 * Logins::MaxClients; ++index)
@@ -115,7 +115,7 @@ TEST_F(LoginsTest, TokensOfTheOldestProductsGiveWay)
     EXPECT_EQ(storage.records[TALIX_SERVER_PRODUCTION]->clients.size(), Logins::MaxClients);
 }
 
-TEST_F(LoginsTest, WhatDoesNotFitATokenIsRefusedAndTheStatusStillAnswered)
+TEST_F(LoginsTest, TextsThatFitNoTokenAreRefusedAndTheStatusIsAvailable)
 {
     LogIn();
     caller.scope.assign(MaxProductText, 'x');
@@ -130,13 +130,13 @@ TEST_F(LoginsTest, WhatDoesNotFitATokenIsRefusedAndTheStatusStillAnswered)
 TEST_F(LoginsTest, TheLongestAccessTokenIsOneThatAHostCanFetch)
 {
     LogIn();
-    caller.clientId.assign(1000, 'c'); // Stands in the token twice.
+    caller.clientId.assign(1000, 'c'); // The token holds it twice.
     std::string token;
     std::size_t longest = 0;
     for (caller.scope.assign(1, 's'); logins.GetAccessToken(caller, true, token) == IdSuccess; caller.scope += 's')
         longest = token.size();
     EXPECT_EQ(logins.GetAccessToken(caller, true, token), IdTextTooLong);
-    // Three bytes of the claims are four characters.
+    // Three bytes of the claims become four characters.
     EXPECT_LE(longest, MaxToken);
     EXPECT_GT(longest, MaxToken - 3);
     auto detail = LoginDetail::LoggedIn;
@@ -166,7 +166,7 @@ TEST_F(LoginsTest, AUserWhoseTextsFitNoIdTokenCanSignIn)
     EXPECT_GT(longest, MaxToken - 3);
 }
 
-TEST_F(LoginsTest, WhatCannotBeStoredDoesNotHappen)
+TEST_F(LoginsTest, AChangeThatCannotBeStoredHasNoEffect)
 {
     storage.fails = true;
     auto detail = LoginDetail::LoggedIn;
@@ -184,7 +184,7 @@ TEST_F(LoginsTest, WhatCannotBeStoredDoesNotHappen)
     EXPECT_EQ(events.Size(), 0u);
 }
 
-TEST_F(LoginsTest, ALoginThatReplacesAnotherHappensWholeOrNotAtAll)
+TEST_F(LoginsTest, ALoginReplacesAnotherCompletelyOrNotAtAll)
 {
     ASSERT_EQ(logins.AutomatedLogin(caller, "ann", "a-secret", false), IdSuccess);
     TakeEvents();
@@ -203,7 +203,7 @@ TEST_F(LoginsTest, ALoginThatReplacesAnotherHappensWholeOrNotAtAll)
               (std::vector<Events::IdServicesEvent>{Events::LoggedOut, Events::LoggedIn, Events::TokenAvailable}));
 }
 
-TEST_F(LoginsTest, TokensOfAKeyThatIsGoneAreIssuedAnew)
+TEST_F(LoginsTest, TokensOfAnotherKeyAreIssuedAnew)
 {
     LogIn();
     const std::string before = AccessToken(caller);
@@ -223,7 +223,7 @@ TEST_F(LoginsTest, TokensOfAKeyThatIsGoneAreIssuedAnew)
     EXPECT_EQ(storage.records[TALIX_SERVER_PRODUCTION]->clients.size(), 1u);
 }
 
-TEST_F(LoginsTest, EverythingThatWasAnsweredIsStored)
+TEST_F(LoginsTest, EverythingThatWasReportedIsStored)
 {
     LogIn();
     const auto& record = storage.records[TALIX_SERVER_PRODUCTION];
@@ -265,7 +265,7 @@ TEST_F(LoginsTest, TheProfileSaysThatTheUserIsSimulated)
     EXPECT_EQ(account.profile["team"], "tests");
 }
 
-TEST_F(LoginsTest, AnIdTokenThatIsNotOfferedIsNotGiven)
+TEST_F(LoginsTest, AnIdTokenThatIsNotOfferedIsRefused)
 {
     LogIn();
     scenario.features.idToken = false;

@@ -4,7 +4,7 @@
 #include "HostRoles.h"
 #include "OwnJob.h"
 
-/// The tests, or one of the other hosts that some of them need.
+/// Runs the tests, or one of the other hosts that some tests need.
 int main(int argc, char** argv)
 {
     using namespace Kestrany::Agent;

@@ -14,19 +14,19 @@ class OtherHost
 {
 public:
     OtherHost(const std::string& role, const std::vector<std::string>& arguments);
-    /// Ends a process that a failing test has left.
+    /// Ends a process that a failed test has left.
     ~OtherHost();
     OtherHost(const OtherHost&) = delete;
     OtherHost& operator=(const OtherHost&) = delete;
 
-    /// Waits until the host has got to where it waits for the test. False when it has ended instead.
+    /// Waits until the host waits for the test. False if it has ended instead.
     bool HasArrived() const;
     void Leave() const { SetEvent(leave_.get()); }
-    /// Waits for the end of the process. Nothing when it goes on.
+    /// Waits for the end of the process. nullopt if it goes on.
     std::optional<DWORD> ExitCode() const;
     void Kill() const { TerminateProcess(process_.get(), 9); }
     HANDLE Process() const { return process_.get(); }
-    /// Set when a worker gets on, see Worker.h.
+    /// Set by a worker after each round, see Worker.h.
     HANDLE Progress() const { return progress_.get(); }
 
 private:

@@ -7,9 +7,8 @@
 
 namespace Kestrany::Agent {
 
-/// Puts this process and all that it starts into a job that ends with it: a test that fails, or is killed, leaves no
-/// process behind. The job stays open until the system closes it at the process's end: closing it ends this process,
-/// too.
+/// Puts this process and its child processes into a job that ends with it: a failed or killed test leaves no process
+/// behind. The handle stays open until the process ends, because closing it ends this process, too.
 inline void JoinOwnJob()
 {
     const HANDLE job = CreateJobObjectW(nullptr, nullptr);

@@ -1,4 +1,4 @@
-// The plugin module behind its contract: what the session answers is tested there, here it is the boundary.
+// The plugin module's operations: conversion of arguments and results. The session has its own tests.
 
 #include <gtest/gtest.h>
 
@@ -69,7 +69,7 @@ TEST_F(PluginClientTest, TextsFitABufferOfTheirLengthAndAZero)
     }
 }
 
-TEST_F(PluginClientTest, NullArgumentsAreAnswered)
+TEST_F(PluginClientTest, NullArgumentsAreRefused)
 {
     LogIn();
     int number = 0;
@@ -108,13 +108,13 @@ TEST_F(PluginClientTest, TextsThatAreNotWellFormedAreRefused)
     EXPECT_EQ(client.SetProductConfig(TALIX_SERVER_PRODUCTION, product), IdInvalidText);
 }
 
-TEST_F(PluginClientTest, AnAddressThatWasNoUtf8BeforeTheLibraryConvertedItIsRefused)
+TEST_F(PluginClientTest, AnAddressWithAReplacementCharacterIsRefused)
 {
     LogIn();
     wchar_t wide[256] = L"untouched";
     for (const char* const illFormed : {"https://a.example/\xED\xA0\x80", "https://a.example/\xC3(", "https://a\xFF"})
     {
-        wchar_t address[64] = L""; // As the library converts it: without flags.
+        wchar_t address[64] = L""; // Converted without flags, as by the library.
         ASSERT_GT(MultiByteToWideChar(CP_UTF8, 0, illFormed, -1, address, 64), 0);
         EXPECT_EQ(client.GetSessionUri(address, 0, wide, 256), IdInvalidText) << illFormed;
         EXPECT_STREQ(wide, L"untouched");
@@ -122,7 +122,7 @@ TEST_F(PluginClientTest, AnAddressThatWasNoUtf8BeforeTheLibraryConvertedItIsRefu
     EXPECT_EQ(client.GetSessionUri(L"https://a.example/\u0416", 0, wide, 256), IdSuccess);
 }
 
-TEST_F(PluginClientTest, ProductConfigurationComesBackAsItWasSet)
+TEST_F(PluginClientTest, ProductConfigurationIsReturnedAsItWasSet)
 {
     ProductConfig product;
     product.SetOAuth2ClientID("client");
@@ -147,7 +147,7 @@ TEST_F(PluginClientTest, ProductConfigurationComesBackAsItWasSet)
     EXPECT_STREQ(text, "kept");
 }
 
-TEST_F(PluginClientTest, AProductTextOfAnyLengthIsTakenWhole)
+TEST_F(PluginClientTest, AProductTextMayHaveAnyLength)
 {
     for (const std::size_t length : {4095u, 4096u, 4097u, 300'000u})
     {
@@ -191,7 +191,7 @@ TEST_F(PluginClientTest, UserAttributesAreWrittenAllOrNone)
     EXPECT_EQ(client.GetUserInfo(&info), IdBufferTooSmall);
 }
 
-TEST_F(PluginClientTest, ProfileTellsTheSizeThatItNeeds)
+TEST_F(PluginClientTest, ProfileReportsTheSizeThatItNeeds)
 {
     LogIn();
     int needed = 0;
@@ -252,7 +252,7 @@ TEST_F(PluginClientTest, IdTokenAndLoginModesAreOffered)
     EXPECT_EQ(mode, TALIX_LOGIN_MODE_EMBEDDED);
 }
 
-TEST(PluginModuleTest, ProductNameSaysSimulatorUntilTheHostNamesItsOwn)
+TEST(PluginModuleTest, TheDefaultProductNameContainsSimulator)
 {
     IdentityServices::ISSOClientModule& module = *PluginFactory().GetSSOClientModule();
     wchar_t name[256] = L"";

@@ -1,4 +1,4 @@
-// A login outlives the process in which the user signed in: its file, what is taken from it, and who else reads it.
+// A login outlives the process in which the user signed in: its file, restoring it, and access by others.
 
 #include <gtest/gtest.h>
 
@@ -52,7 +52,7 @@ protected:
         client.Logout(result, TALIX_LOGOUT_FORCE);
         tool.ClearEventQueue();
     }
-    /// Ends the login in this process alone, as if another one had kept it: the file comes back.
+    /// Ends the login in this process and puts its file back, as if another process had stored it.
     void LogOutButKeepTheFile()
     {
         const std::optional<std::string> bytes = ReadFileWithin(file, MaxFile);
@@ -68,7 +68,7 @@ protected:
     }
     bool HasFile() const { return GetFileAttributesW(file.c_str()) != INVALID_FILE_ATTRIBUTES; }
 
-    /// The last line of the log about this process's files: the server process writes it.
+    /// The last log line of the server process about this process's files.
     static std::string LastLogLine()
     {
         const std::string own = ToDisplay(SettingsFolder());
@@ -88,7 +88,7 @@ protected:
     const std::wstring file = tool.GetLoginStateCacheFile(nullptr, TALIX_SERVER_PRODUCTION);
 };
 
-TEST_F(PluginLoginStateTest, TheFileComesWithTheLoginAndGoesWithIt)
+TEST_F(PluginLoginStateTest, TheFileIsCreatedByALoginAndDeletedByALogout)
 {
     EXPECT_FALSE(HasFile());
     EXPECT_STREQ(tool.GetLoginStateCacheFileWithFlag(nullptr, TALIX_SERVER_PRODUCTION, true), L"");
@@ -99,13 +99,13 @@ TEST_F(PluginLoginStateTest, TheFileComesWithTheLoginAndGoesWithIt)
     EXPECT_FALSE(HasFile());
 }
 
-TEST_F(PluginLoginStateTest, AnAutomatedLoginIsKeptToo)
+TEST_F(PluginLoginStateTest, AnAutomatedLoginIsStored)
 {
     ASSERT_EQ(client.AutomatedLogin(L"sam.example@simulator", L"simulator", false, nullptr), IdSuccess);
     EXPECT_TRUE(HasFile());
 }
 
-TEST_F(PluginLoginStateTest, TheFileShowsNothingOfTheLogin)
+TEST_F(PluginLoginStateTest, TheFileIsEncrypted)
 {
     LogIn();
     const std::string bytes = ReadFileWithin(file, MaxFile).value();
@@ -128,7 +128,7 @@ TEST_F(PluginLoginStateTest, ALoginIsRestoredWithItsTokensAndAnEvent)
     EXPECT_TRUE(client.HasEvent()) << "LoginRestored";
 }
 
-TEST_F(PluginLoginStateTest, ARefreshedTokenIsTheOneThatIsRestored)
+TEST_F(PluginLoginStateTest, ARefreshedTokenIsRestored)
 {
     LogIn();
     ASSERT_EQ(client.RefreshOAuth2Token(false), IdSuccess);
@@ -138,7 +138,7 @@ TEST_F(PluginLoginStateTest, ARefreshedTokenIsTheOneThatIsRestored)
     EXPECT_EQ(Token(), token);
 }
 
-TEST_F(PluginLoginStateTest, SomebodyWhoIsSignedInIsReplacedOnlyWhenTold)
+TEST_F(PluginLoginStateTest, ASignedInUserIsReplacedOnlyOnRequest)
 {
     LogIn();
     const std::string kept = ReadFileWithin(file, MaxFile).value();
@@ -192,7 +192,7 @@ TEST_F(PluginLoginStateTest, AFileOfAnotherServerIsRefusedWithALogLine)
     DeleteFileW(staging.c_str());
 }
 
-TEST_F(PluginLoginStateTest, ALoginGoesOnInTheNextProcess)
+TEST_F(PluginLoginStateTest, ALoginIsRestoredInTheNextProcess)
 {
     const OtherHost other("login", {"Kestrany.TALIX.DefaultServer-v2"});
     ASSERT_EQ(other.ExitCode(), 0u);
@@ -202,10 +202,10 @@ TEST_F(PluginLoginStateTest, ALoginGoesOnInTheNextProcess)
     EXPECT_EQ(Token().rfind(L"eyJ", 0), 0u) << "a token";
     EXPECT_TRUE(client.HasEvent()) << "LoginRestored";
     LogOut();
-    EXPECT_FALSE(HasFile()) << "and ends for the ones after it";
+    EXPECT_FALSE(HasFile()) << "the logout ends it for later processes";
 }
 
-TEST_F(PluginLoginStateTest, ALoginIsKeptForItsServerIdentityAlone)
+TEST_F(PluginLoginStateTest, ALoginIsStoredForItsServerIdentityAlone)
 {
     const OtherHost other("login", {OwnIdentity("OtherServer")});
     ASSERT_EQ(other.ExitCode(), 0u);

@@ -15,7 +15,7 @@ namespace {
 
 using namespace IdentityServices;
 
-/// Writes down what it is told, and does what the test wants meanwhile.
+/// Records the events, and runs the action of the test during each.
 class RecordingObserver final : public IObserver
 {
 public:
@@ -172,7 +172,7 @@ TEST_F(PluginObserversTest, RemovalWaitsForACallOnAnotherThread)
     });
     EXPECT_EQ(removal.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
     release.set_value();
-    EXPECT_TRUE(removal.get()) << "removed while a call to it was under way";
+    EXPECT_TRUE(removal.get()) << "removed during a call to it";
     dispatcher.join();
 }
 
@@ -187,7 +187,7 @@ TEST_F(PluginObserversTest, AnObserverMayRefuseALogout)
     EXPECT_TRUE(client.IsLoggedIn());
 }
 
-TEST_F(PluginObserversTest, AForcedLogoutDoesNotAsk)
+TEST_F(PluginObserversTest, AForcedLogoutDoesNotAskObservers)
 {
     LogInSilently();
     observer.consents = false;
@@ -199,7 +199,7 @@ TEST_F(PluginObserversTest, AForcedLogoutDoesNotAsk)
     EXPECT_EQ(observer.calls, Calls{"LoggedOut"});
 }
 
-TEST_F(PluginObserversTest, TheEndOfAHostForgetsItsObserversAndEvents)
+TEST_F(PluginObserversTest, UninitializeRemovesObserversAndEvents)
 {
     LogIn();
     PluginFactory().GetSSOClientModule()->Uninitialize();
@@ -209,7 +209,7 @@ TEST_F(PluginObserversTest, TheEndOfAHostForgetsItsObserversAndEvents)
     EXPECT_EQ(observer.calls, Calls{});
 }
 
-TEST_F(PluginObserversTest, ALoginOutlivesTheHostsEndAndIsRestored)
+TEST_F(PluginObserversTest, ALoginOutlivesUninitializeAndIsRestored)
 {
     LogIn();
     ISSOClientModule& module = *PluginFactory().GetSSOClientModule();

@@ -20,7 +20,7 @@ using namespace IdentityServices;
 
 constexpr wchar_t NotUtf16[] = {L'a', 0xD800, L'b', 0};
 
-/// Writes down what it is told by its event and its status.
+/// Records events with their status.
 class RecordingObserver final : public IObserver
 {
 public:
@@ -66,7 +66,7 @@ TEST_F(PluginPrivateTest, ServersHaveNamesAndNamesHaveServers)
     EXPECT_EQ(tool.ServerNameToServer(NotUtf16), TALIX_SERVER_UNAVAILABLE);
 }
 
-TEST_F(PluginPrivateTest, AnAnsweredTextStaysUntilTheSameThreadAsksForItAgain)
+TEST_F(PluginPrivateTest, AReturnedTextIsValidUntilTheNextCallOnTheSameThread)
 {
     const wchar_t* production = tool.ServerToServerName(TALIX_SERVER_PRODUCTION);
     std::thread([this] { tool.ServerToServerName(TALIX_SERVER_STAGING); }).join();
@@ -74,7 +74,7 @@ TEST_F(PluginPrivateTest, AnAnsweredTextStaysUntilTheSameThreadAsksForItAgain)
     EXPECT_STREQ(production, L"production");
 }
 
-TEST_F(PluginPrivateTest, OnlyTheUserReadsWhatWasEncrypted)
+TEST_F(PluginPrivateTest, OnlyTheUserCanDecrypt)
 {
     const std::wstring encrypted = tool.Encrypt(L"secret \x00EB");
     EXPECT_EQ(encrypted.find(L"secret"), std::wstring::npos);
@@ -84,7 +84,7 @@ TEST_F(PluginPrivateTest, OnlyTheUserReadsWhatWasEncrypted)
     EXPECT_STREQ(tool.Encrypt(NotUtf16), L"");
 }
 
-TEST_F(PluginPrivateTest, SettingsLieInTheUsersOwnFolder)
+TEST_F(PluginPrivateTest, SettingsAreInTheUsersFolder)
 {
     EXPECT_EQ(tool.GetSettingsPath(), SettingsFolder());
 }
@@ -105,7 +105,7 @@ TEST_F(PluginPrivateTest, EachIdentityAndServerHasItsOwnCacheFile)
         EXPECT_STREQ(tool.GetLoginStateCacheFile(refused, TALIX_SERVER_STAGING), L"");
 }
 
-TEST_F(PluginPrivateTest, RaisedEventsWaitLikeOthersWithTheStatusTheyWereGiven)
+TEST_F(PluginPrivateTest, RaisedEventsAreQueuedWithTheirStatus)
 {
     tool.RaiseEvent(IdServicesConsts::LoggedIn, true);
     tool.RaiseEvent(IdServicesConsts::TokenRefreshed, false);
@@ -129,7 +129,7 @@ TEST_F(PluginPrivateTest, AClearedQueueHoldsNoEvent)
     EXPECT_TRUE(observer.calls.empty());
 }
 
-TEST_F(PluginPrivateTest, RetrySchedulesAreKept)
+TEST_F(PluginPrivateTest, RetrySchedulesAreStored)
 {
     ASSERT_TRUE(tool.SetOAuth2TokenRefreshRetrySchedule({9, {{10, 11}, {12, 13}}}));
     EXPECT_FALSE(tool.SetOAuth2TokenRefreshRetrySchedule({-9, {}}));
@@ -141,7 +141,7 @@ TEST_F(PluginPrivateTest, RetrySchedulesAreKept)
     EXPECT_EQ(schedule.steps[1].tries, 13);
 }
 
-TEST_F(PluginPrivateTest, TheSessionStateIsAText)
+TEST_F(PluginPrivateTest, TheSessionStateIsJson)
 {
     EXPECT_EQ(std::string(tool.GetSessionState()).rfind(R"({"events":0,"login":"none")", 0), 0u)
         << tool.GetSessionState();
@@ -164,7 +164,7 @@ protected:
     ISSOClientPrivate& tool = *PluginFactory().GetSSOClientPrivate();
 };
 
-TEST_F(PluginProductJsonTest, AConfigurationGoesThereAndBack)
+TEST_F(PluginProductJsonTest, AConfigurationIsWrittenAndParsed)
 {
     const ProductConfig config = Filled("Zo\xC3\xAB");
     const std::string json = tool.ToJsonString(TALIX_SERVER_STAGING, &config);
@@ -175,7 +175,7 @@ TEST_F(PluginProductJsonTest, AConfigurationGoesThereAndBack)
     EXPECT_TRUE(tool.Equals(read, config));
 }
 
-TEST_F(PluginProductJsonTest, ATextThatIsMissingIsEmptyAfterwards)
+TEST_F(PluginProductJsonTest, AMissingTextBecomesEmpty)
 {
     ProductConfig config = Filled("kept?");
     auto server = TALIX_SERVER_UNAVAILABLE;
@@ -201,7 +201,7 @@ TEST_F(PluginProductJsonTest, BadInputChangesNothing)
     EXPECT_TRUE(tool.Equals(config, before));
 }
 
-TEST_F(PluginProductJsonTest, WhatHasNoFormIsEmpty)
+TEST_F(PluginProductJsonTest, WithoutAJsonFormTheTextIsEmpty)
 {
     ProductConfig config = Filled("line");
     EXPECT_STREQ(tool.ToJsonString(TALIX_SERVER_PRODUCTION, nullptr), "");
@@ -210,7 +210,7 @@ TEST_F(PluginProductJsonTest, WhatHasNoFormIsEmpty)
     EXPECT_STREQ(tool.ToJsonString(TALIX_SERVER_PRODUCTION, &config), "");
 }
 
-TEST_F(PluginProductJsonTest, EveryTextCountsWhenConfigurationsAreCompared)
+TEST_F(PluginProductJsonTest, ConfigurationsAreComparedByEveryText)
 {
     EXPECT_TRUE(tool.Equals(ProductConfig(), ProductConfig()));
     EXPECT_TRUE(tool.Equals(Filled("a"), Filled("a")));
@@ -251,39 +251,39 @@ protected:
     static inline std::string lastRequest;
 };
 
-TEST_F(PluginPingTest, TheServersAnswersAreAdded)
+TEST_F(PluginPingTest, ThePingAddsTheServersTexts)
 {
-    std::map<std::string, std::string> answers{{"own", "kept"}, {"processId", "replaced"}};
-    ASSERT_TRUE(tool.Ping(answers));
-    EXPECT_EQ(answers["own"], "kept");
-    EXPECT_EQ(answers["processId"], std::to_string(processId));
-    EXPECT_EQ(answers["identity"], identity);
-    EXPECT_EQ(answers["version"], AGENT_VERSION);
-    EXPECT_EQ(answers.count("uptimeMilliseconds"), 1u);
+    std::map<std::string, std::string> texts{{"own", "kept"}, {"processId", "replaced"}};
+    ASSERT_TRUE(tool.Ping(texts));
+    EXPECT_EQ(texts["own"], "kept");
+    EXPECT_EQ(texts["processId"], std::to_string(processId));
+    EXPECT_EQ(texts["identity"], identity);
+    EXPECT_EQ(texts["version"], AGENT_VERSION);
+    EXPECT_EQ(texts.count("uptimeMilliseconds"), 1u);
 }
 
-TEST_F(PluginPingTest, WithoutAServerNobodyAnswers)
+TEST_F(PluginPingTest, WithoutAServerThePingFails)
 {
     ConfigureServer(OwnIdentity("Nobody"));
-    std::map<std::string, std::string> answers;
-    EXPECT_FALSE(tool.Ping(answers));
-    EXPECT_TRUE(answers.empty());
+    std::map<std::string, std::string> texts;
+    EXPECT_FALSE(tool.Ping(texts));
+    EXPECT_TRUE(texts.empty());
     EXPECT_FALSE(tool.FreezeSSOServerProcess(nullptr));
 }
 
-TEST_F(PluginPingTest, AFrozenServerThatDoesNotAnswerIsTerminatedAfterItsTime)
+TEST_F(PluginPingTest, AFrozenServerIsTerminatedAfterItsTime)
 {
     ASSERT_TRUE(tool.SetKillFrozenServerTimeout(1));
     ASSERT_TRUE(tool.FreezeSSOServerProcess(nullptr));
-    std::map<std::string, std::string> answers;
-    EXPECT_FALSE(tool.Ping(answers));
-    EXPECT_TRUE(answers.empty());
+    std::map<std::string, std::string> texts;
+    EXPECT_FALSE(tool.Ping(texts));
+    EXPECT_TRUE(texts.empty());
     EXPECT_TRUE(HasEnded(Limit));
     EXPECT_EQ(ExitCode(), static_cast<DWORD>(ServerFailed));
-    EXPECT_FALSE(tool.Ping(answers));
+    EXPECT_FALSE(tool.Ping(texts));
 }
 
-TEST_F(PluginPingTest, TheCallbackDecidesWhetherAFrozenServerGoesOn)
+TEST_F(PluginPingTest, TheCallbackDecidesWhetherAFrozenServerIsThawed)
 {
     ASSERT_TRUE(tool.FreezeSSOServerProcess(WriteButKeep));
     EXPECT_FALSE(processes.Quit(identity, 0));
@@ -293,11 +293,11 @@ TEST_F(PluginPingTest, TheCallbackDecidesWhetherAFrozenServerGoesOn)
     EXPECT_TRUE(HasEnded(Limit)) << "it was asked to quit";
 }
 
-TEST_F(PluginPingTest, AServerThatWasThawedAnswers)
+TEST_F(PluginPingTest, AThawedServerResponds)
 {
     ASSERT_TRUE(tool.FreezeSSOServerProcess(Thaw));
-    std::map<std::string, std::string> answers;
-    EXPECT_TRUE(tool.Ping(answers));
+    std::map<std::string, std::string> texts;
+    EXPECT_TRUE(tool.Ping(texts));
 }
 
 TEST_F(PluginPingTest, TheTimeIsInSeconds)

@@ -20,7 +20,7 @@ protected:
     PluginServerManagerTest()
     {
         ConfigureServer(OwnIdentity("Manager"));
-        // What a test that fails leaves behind ends by itself.
+        // A server that a failed test leaves behind ends by itself.
         manager.SetSSOServerProcessArguments(quitAfterAnHour, 2);
     }
     ~PluginServerManagerTest() override
@@ -58,7 +58,7 @@ TEST_F(PluginServerManagerTest, StoredArgumentsReachTheServer)
     EXPECT_TRUE(manager.StartSSOServerProcessWithArguments(quitAfterAnHour, 2, Limit, processId));
 }
 
-TEST_F(PluginServerManagerTest, ArgumentsAreAnsweredWhenThereIsRoomForAll)
+TEST_F(PluginServerManagerTest, ArgumentsAreReturnedIfAllFit)
 {
     constexpr std::size_t ArgumentCapacity = 1024;
     char buffers[3][ArgumentCapacity] = {"untouched", "untouched", "untouched"};
@@ -81,7 +81,7 @@ TEST_F(PluginServerManagerTest, ArgumentsAreAnsweredWhenThereIsRoomForAll)
     EXPECT_STREQ(read[0], "--quit-after");
 }
 
-TEST_F(PluginServerManagerTest, ArgumentsWithAFaultAreRefusedWhole)
+TEST_F(PluginServerManagerTest, ArgumentsWithAnErrorAreAllRefused)
 {
     const char* const faulty[] = {"--quit-after", nullptr};
     const char* const notUtf8[] = {"\xFF"};
@@ -96,7 +96,7 @@ TEST_F(PluginServerManagerTest, ArgumentsWithAFaultAreRefusedWhole)
     EXPECT_TRUE(manager.GetSSOServerProcessArguments(nullptr, 0)) << "none are stored";
 }
 
-TEST_F(PluginServerManagerTest, FileNamesFitTheirBufferOrLeaveIt)
+TEST_F(PluginServerManagerTest, FileNamesFitTheirBufferOrLeaveItUntouched)
 {
     const std::wstring file = ServerFile();
     std::wstring buffer(file.size() + 1, L'?');
@@ -111,7 +111,7 @@ TEST_F(PluginServerManagerTest, FileNamesFitTheirBufferOrLeaveIt)
     EXPECT_STREQ(buffer.c_str(), file.c_str());
 }
 
-TEST_F(PluginServerManagerTest, ABareExecutableNameLiesAtTheLocation)
+TEST_F(PluginServerManagerTest, ABareExecutableNameIsInTheLocation)
 {
     manager.ConfigureServerApp(L"C:\\Somewhere", L"Pellwick.exe");
     wchar_t buffer[64] = L"";

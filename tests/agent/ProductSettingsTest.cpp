@@ -6,7 +6,7 @@ namespace Kestrany::Agent {
 
 namespace {
 
-TEST(ProductJsonTest, EveryTextGoesThereAndBack)
+TEST(ProductJsonTest, EveryTextIsWrittenAndParsed)
 {
     const ServerProduct product{TALIX_SERVER_STAGING,
                                 {"client", "openid \"q\"", "Zo\xC3\xAB \xF0\x9F\x98\x80", "3", "3.1\n"}};
@@ -18,7 +18,7 @@ TEST(ProductJsonTest, EveryTextGoesThereAndBack)
     EXPECT_TRUE(read->product == product.product);
 }
 
-TEST(ProductJsonTest, TextsThatAreEmptyAreLeftOut)
+TEST(ProductJsonTest, EmptyTextsAreOmitted)
 {
     EXPECT_EQ(ProductToJson({TALIX_SERVER_PRODUCTION, {"a", "", "", "", "b"}}),
               R"({"buildId":"b","clientId":"a","server":"production"})");
@@ -26,13 +26,13 @@ TEST(ProductJsonTest, TextsThatAreEmptyAreLeftOut)
     EXPECT_TRUE(ProductFromJson(R"({"server":"production"})")->product == ProductSettings());
 }
 
-TEST(ProductJsonTest, AServerThatDoesNotExistHasNoForm)
+TEST(ProductJsonTest, AnUnknownServerHasNoJsonForm)
 {
     EXPECT_EQ(ProductToJson({TALIX_SERVER_UNAVAILABLE, {"a", "", "", "", ""}}), "");
     EXPECT_EQ(ProductToJson({static_cast<Server>(3), {"a", "", "", "", ""}}), "");
 }
 
-TEST(ProductJsonTest, WhatIsNotTheFormIsRefusedWhole)
+TEST(ProductJsonTest, OtherJsonIsRefused)
 {
     for (const char* refused : {"",
                                 " ",

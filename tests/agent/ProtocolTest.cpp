@@ -1,4 +1,4 @@
-// Messages between hosts and the server, from end to end in one process, and what is not one.
+// Messages between hosts and the server, end to end within one process, and invalid messages.
 
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ namespace Events = IdentityServices::IdServicesConsts;
 class ProtocolTest : public testing::Test
 {
 protected:
-    /// One host: its end of the connection, and the service's.
+    /// One host: its end of the connection and the server's.
     struct Host
     {
         explicit Host(HostRegistry& registry)
@@ -105,7 +105,7 @@ protected:
         return scenario;
     }
 
-    TestSession session; // For its clock and its accounts.
+    TestSession session; // For its clock and accounts.
     std::int64_t ticks = 1'000'000;
     int crashes = 0;
     std::vector<std::string> warnings;
@@ -113,7 +113,7 @@ protected:
     Caller caller{TALIX_SERVER_PRODUCTION, "tests", "openid"};
 };
 
-TEST_F(ProtocolTest, EveryOperationGoesThereAndBack)
+TEST_F(ProtocolTest, EveryOperationIsPerformedRemotely)
 {
     SimulatedSource source(scenario, MakeSourceParts());
     HostRegistry registry(source, MakeServerParts());
@@ -131,7 +131,7 @@ TEST_F(ProtocolTest, EveryOperationGoesThereAndBack)
     Account account;
     EXPECT_EQ(host.logins.GetAccount(caller, account), IdSuccess);
     EXPECT_EQ(account.userId, "1");
-    EXPECT_EQ(account.secret, "") << "stays at the service";
+    EXPECT_EQ(account.secret, "") << "stays in the server process";
     std::string access;
     std::string id;
     std::string address;
@@ -179,7 +179,7 @@ TEST_F(ProtocolTest, HostsOfOneIdentityShareTheLoginAndOthersDoNot)
     EXPECT_TRUE(late.Attach().result["restored"].asBool());
 }
 
-TEST_F(ProtocolTest, AHostThatDoesNotAttachIsSentAway)
+TEST_F(ProtocolTest, AHostThatDoesNotAttachIsDisconnected)
 {
     SimulatedSource source(scenario, MakeSourceParts());
     HostRegistry registry(source, MakeServerParts());
@@ -226,7 +226,7 @@ TEST_F(ProtocolTest, WithoutAScenarioNobodySignsIn)
     EXPECT_EQ(host.logins.GetStatus(caller, status), IdSuccess);
 }
 
-TEST_F(ProtocolTest, ALoginWaitsUntilItsTimeIsOver)
+TEST_F(ProtocolTest, ALoginWaitsUntilItsLimit)
 {
     scenario.login = LoginBehavior::Wait;
     scenario.loginWait = std::chrono::seconds(5);
@@ -281,13 +281,13 @@ TEST_F(ProtocolTest, AWaitingLoginIsCancelledOrOvertakenByAnotherHost)
     EXPECT_EQ(response->result["detail"].asInt(), static_cast<int>(LoginDetail::AlreadyLoggedIn));
 }
 
-TEST_F(ProtocolTest, LatencyHoldsAnswersBackInTheirOrder)
+TEST_F(ProtocolTest, LatencyHoldsResponsesBackInTheirOrder)
 {
     scenario.latency = std::chrono::milliseconds(300);
     SimulatedSource source(scenario, MakeSourceParts());
     HostRegistry registry(source, MakeServerParts());
     Host host(registry);
-    EXPECT_EQ(host.Attach().code, IdSuccess) << "a connection has a limit of its own";
+    EXPECT_EQ(host.Attach().code, IdSuccess) << "attaching has its own limit";
     EXPECT_TRUE(host.extensions.empty());
     Request request;
     request.operation = Operations::GetStatus;
@@ -303,7 +303,7 @@ TEST_F(ProtocolTest, LatencyHoldsAnswersBackInTheirOrder)
     EXPECT_EQ(host.TakeResponse()->id, 22u);
 }
 
-TEST_F(ProtocolTest, AnswersThatAreHeldBackAreCounted)
+TEST_F(ProtocolTest, ResponsesThatAreHeldBackAreCounted)
 {
     scenario.latency = std::chrono::milliseconds(300);
     SimulatedSource source(scenario, MakeSourceParts());
@@ -329,7 +329,7 @@ TEST_F(ProtocolTest, AnswersThatAreHeldBackAreCounted)
     EXPECT_EQ(host.end.HeldBack(), 0u);
 }
 
-TEST_F(ProtocolTest, WhoDoesNotAttachInTimeIsSentAway)
+TEST_F(ProtocolTest, AHostThatDoesNotAttachInTimeIsDisconnected)
 {
     SimulatedSource source(scenario, MakeSourceParts());
     HostRegistry registry(source, MakeServerParts());
@@ -355,7 +355,7 @@ TEST_F(ProtocolTest, WhoDoesNotAttachInTimeIsSentAway)
     EXPECT_EQ(warnings.size(), 2u);
 }
 
-TEST_F(ProtocolTest, WhoWasSentAwayCannotAttachAnyMore)
+TEST_F(ProtocolTest, ADisconnectedHostCannotAttach)
 {
     SimulatedSource source(scenario, MakeSourceParts());
     HostRegistry registry(source, MakeServerParts());
@@ -371,7 +371,7 @@ TEST_F(ProtocolTest, WhoWasSentAwayCannotAttachAnyMore)
     EXPECT_FALSE(host.end.IsAttached());
 }
 
-TEST_F(ProtocolTest, ConnectionsThatDoNotAttachMakeRoomForOthersTheOldestFirst)
+TEST_F(ProtocolTest, TheOldestUnattachedConnectionMakesRoom)
 {
     SimulatedSource source(scenario, MakeSourceParts());
     HostRegistry registry(source, MakeServerParts());
@@ -388,11 +388,11 @@ TEST_F(ProtocolTest, ConnectionsThatDoNotAttachMakeRoomForOthersTheOldestFirst)
     Host host(registry);
     EXPECT_EQ(host.Attach().code, IdSuccess);
     ASSERT_TRUE(registry.MakeRoom());
-    EXPECT_FALSE(std::next(silent.begin())->end.IsGivenUp()) << "the host takes none of their places";
+    EXPECT_FALSE(std::next(silent.begin())->end.IsGivenUp()) << "the host is attached";
     EXPECT_FALSE(host.end.IsGivenUp());
 }
 
-TEST_F(ProtocolTest, HostsTakeThePlacesOfThoseThatDoNotAttach)
+TEST_F(ProtocolTest, HostsReplaceUnattachedConnections)
 {
     SimulatedSource source(scenario, MakeSourceParts());
     HostRegistry registry(source, MakeServerParts());
@@ -412,7 +412,7 @@ TEST_F(ProtocolTest, HostsTakeThePlacesOfThoseThatDoNotAttach)
     EXPECT_TRUE(registry.MakeRoom());
 }
 
-TEST_F(ProtocolTest, AHostThatIsRefusedHearsItAtOnce)
+TEST_F(ProtocolTest, ARefusedHostGetsItsResponseAtOnce)
 {
     scenario.latency = std::chrono::milliseconds(300);
     scenario.faults = {{Operations::Attach, 1, false, FaultEffect::Result, IdLoginRefused}};
@@ -430,7 +430,7 @@ TEST_F(ProtocolTest, AHostThatIsRefusedHearsItAtOnce)
     EXPECT_EQ(response->code, IdProtocolError);
 }
 
-TEST_F(ProtocolTest, AnOperationThatThrowsFailsAndTheServiceGoesOn)
+TEST_F(ProtocolTest, AnOperationThatThrowsFailsAlone)
 {
     SourceParts parts = MakeSourceParts();
     bool fails = true;
@@ -451,7 +451,7 @@ TEST_F(ProtocolTest, AnOperationThatThrowsFailsAndTheServiceGoesOn)
     EXPECT_EQ(host.logins.Login(caller, detail), IdSuccess);
 }
 
-TEST_F(ProtocolTest, AnAnswerThatDoesNotFitAMessageIsACode)
+TEST_F(ProtocolTest, AResponseThatDoesNotFitAMessageBecomesACode)
 {
     scenario.users.front().profile["long"] = std::string(300'000, 'x');
     SimulatedSource source(scenario, MakeSourceParts());
@@ -465,7 +465,7 @@ TEST_F(ProtocolTest, AnAnswerThatDoesNotFitAMessageIsACode)
     EXPECT_EQ(warnings.size(), 1u);
 }
 
-TEST_F(ProtocolTest, FaultsHitTheCallsThatTheyName)
+TEST_F(ProtocolTest, FaultsAffectTheCallsThatTheyName)
 {
     scenario.faults = {{Operations::GetStatus, 2, false, FaultEffect::Result, IdFailed},
                        {Operations::GetStatus, 4, true, FaultEffect::Result, IdNotLoggedIn},
@@ -490,7 +490,7 @@ TEST_F(ProtocolTest, FaultsHitTheCallsThatTheyName)
     EXPECT_EQ(crashes, 1);
 }
 
-TEST_F(ProtocolTest, TextsThatAreTooLongLeaveTheMessageSmall)
+TEST_F(ProtocolTest, TextsThatAreTooLongAreShortened)
 {
     SimulatedSource source(scenario, MakeSourceParts());
     HostRegistry registry(source, MakeServerParts());
@@ -503,7 +503,7 @@ TEST_F(ProtocolTest, TextsThatAreTooLongLeaveTheMessageSmall)
     EXPECT_EQ(host.logins.Login(caller, detail), IdTextTooLong);
 }
 
-TEST_F(ProtocolTest, DamagedMessagesEndNothingButTheirConnection)
+TEST_F(ProtocolTest, DamagedMessagesEndTheirConnectionAlone)
 {
     SimulatedSource source(scenario, MakeSourceParts());
     HostRegistry registry(source, MakeServerParts());
@@ -513,7 +513,7 @@ TEST_F(ProtocolTest, DamagedMessagesEndNothingButTheirConnection)
     request.arguments["user"] = "ann";
     request.arguments["secret"] = "a-secret";
     const std::string good = WriteRequest(request);
-    std::mt19937 random(20'260'101); // The same each time.
+    std::mt19937 random(20'260'101); // The same sequence each time.
     int taken = 0;
     for (int round = 0; round < 5'000; ++round)
     {
@@ -586,7 +586,7 @@ TEST(RequestTest, ACallerIsWholeOrMissing)
         EXPECT_FALSE(ReadRequest(text, problem)) << text;
 }
 
-TEST(ServerMessageTest, OtherTextsAreNone)
+TEST(ServerMessageTest, OtherTextsAreRefused)
 {
     for (const char* text : {"", "1", "{}", "[]", R"({"quits":1})", R"({"id":1,"code":1000})",
                              R"({"id":-1,"code":1000,"result":{}})", R"({"id":1,"code":"1000","result":{}})",
@@ -595,7 +595,7 @@ TEST(ServerMessageTest, OtherTextsAreNone)
     EXPECT_TRUE(ReadServerMessage(WriteShutdown())->shutdown);
 }
 
-TEST(FrameTest, MessagesAreFoundHoweverTheyAreCut)
+TEST(FrameTest, MessagesAreFoundHoweverTheyAreSplit)
 {
     const std::vector<std::string> messages = {"one", "", std::string(70'000, 'x'), "\xFF\0"};
     std::string bytes;
@@ -629,7 +629,7 @@ TEST(FrameTest, ALengthBeyondTheLimitBreaksTheStream)
     EXPECT_TRUE(reader.IsBroken());
     const std::string good = WriteFrame("good");
     reader.Add(good.data(), good.size());
-    EXPECT_FALSE(reader.Next()) << "nothing after it makes sense";
+    EXPECT_FALSE(reader.Next()) << "no message follows";
 }
 
 } // namespace

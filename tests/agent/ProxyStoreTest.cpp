@@ -6,7 +6,7 @@ namespace Kestrany::Agent {
 
 namespace {
 
-TEST(ProxyStoreTest, HostsMatchWithoutRegardToCaseAndPortsExactly)
+TEST(ProxyStoreTest, HostsMatchCaseInsensitivelyAndPortsExactly)
 {
     ProxyStore store;
     EXPECT_EQ(store.Store({"Proxy.Example", "user", "secret", 8080}), IdSuccess);
@@ -29,7 +29,7 @@ TEST(ProxyStoreTest, StoringAgainReplaces)
     EXPECT_FALSE(store.Find("proxy", 1));
 }
 
-TEST(ProxyStoreTest, AnEmptyHostFindsWhatWasStoredLast)
+TEST(ProxyStoreTest, AnEmptyHostFindsTheLatestSettings)
 {
     ProxyStore store;
     EXPECT_FALSE(store.Find("", 0));

@@ -29,7 +29,7 @@ TEST(ScenarioReaderTest, AnEmptyObjectIsTheBuiltInScenario)
     EXPECT_TRUE(scenario->features.idToken);
 }
 
-TEST(ScenarioReaderTest, EveryKeyIsTaken)
+TEST(ScenarioReaderTest, EveryKeyIsRead)
 {
     std::string problem;
     const std::optional<Scenario> scenario = ReadScenario(R"({
@@ -78,13 +78,13 @@ TEST(ScenarioReaderTest, AProblemNamesFileLineColumnKeyAndWhatIsAllowed)
               "a.json:1:25: latencyMilliseconds: must be a whole number from 0 to 60000");
 }
 
-TEST(ScenarioReaderTest, AnUnknownKeyIsASentenceWithoutANearOneToo)
+TEST(ScenarioReaderTest, AnUnknownKeyWithoutASuggestionIsASentence)
 {
     EXPECT_EQ(ProblemOf("{\"tokens\": {\"colour\": 1}}"),
               "a.json:1:13: tokens.colour: unknown key. Allowed here: \"lifetimeSeconds\"");
 }
 
-TEST(ScenarioReaderTest, AByteOrderMarkMovesNoPlace)
+TEST(ScenarioReaderTest, AByteOrderMarkDoesNotCountInPlaces)
 {
     const std::string mark = "\xEF\xBB\xBF";
     std::string problem;
@@ -96,7 +96,7 @@ TEST(ScenarioReaderTest, AByteOrderMarkMovesNoPlace)
         EXPECT_FALSE(ReadScenario(text, "a.json", problem)) << text;
 }
 
-TEST(ScenarioReaderTest, WhatIsNoJsonHasAPlace)
+TEST(ScenarioReaderTest, ASyntaxErrorHasItsPlace)
 {
     EXPECT_EQ(ProblemOf("{\n  \"users\": [,]\n}").rfind("a.json:2:13: not valid JSON: ", 0), 0u)
         << ProblemOf("{\n  \"users\": [,]\n}");
@@ -119,14 +119,14 @@ TEST(ScenarioReaderTest, TextsAreCountedInCharacters)
     EXPECT_NE(ProblemOf(scenarioWith("\\udc00")).find("half a surrogate pair"), std::string::npos);
 }
 
-TEST(ScenarioReaderTest, WhatIsNotUtf8IsRefusedWithItsPlace)
+TEST(ScenarioReaderTest, IllFormedUtf8IsRefusedWithItsPlace)
 {
     for (const char* bytes : {"\xFF", "\x80", "\xC0\xAF", "\xE2\x82", "\xED\xA0\x80", "\xF4\x90\x80\x80"})
         EXPECT_EQ(ProblemOf("{\n  \"$schema\": \"" + std::string(bytes) + "\"}"),
                   "a.json:2:15: not UTF-8; save the file in this encoding");
 }
 
-TEST(ScenarioReaderTest, AProfileIsBounded)
+TEST(ScenarioReaderTest, AProfileHasALimit)
 {
     const auto scenarioWith = [](const std::string& profile) {
         return R"({"users": [{"userId": "1", "userName": "a", "profile": {)" + profile + "}}]}";
@@ -142,7 +142,7 @@ TEST(ScenarioReaderTest, AProfileIsBounded)
     EXPECT_NE(ProblemOf(scenarioWith(members)).find("256 members"), std::string::npos);
 }
 
-TEST(ScenarioReaderTest, EachRuleIsKept)
+TEST(ScenarioReaderTest, EachRuleIsChecked)
 {
     const std::pair<const char*, const char*> cases[] = {
         {"[]", "must be an object"},
@@ -174,8 +174,8 @@ TEST(ScenarioReaderTest, EachRuleIsKept)
         EXPECT_NE(ProblemOf(text).find(expected), std::string::npos) << ProblemOf(text);
 }
 
-/// The files that hosts' developers start from; their schema is checked by a test of its own.
-TEST(ScenarioReaderTest, TheSamplesAreTaken)
+/// The files that host developers start from. Another test checks them against their schema.
+TEST(ScenarioReaderTest, TheSamplesAreValid)
 {
     int count = 0;
     for (const auto& entry : std::filesystem::directory_iterator(AGENT_SCENARIOS))
@@ -189,7 +189,7 @@ TEST(ScenarioReaderTest, TheSamplesAreTaken)
     EXPECT_GE(count, 5);
 }
 
-TEST(NearestTest, OnlyACloseWordIsSuggested)
+TEST(SuggestionTest, OnlyASimilarWordIsSuggested)
 {
     const std::vector<std::string> words = {"users", "login", "tokens"};
     EXPECT_EQ(Suggestion("user", words), "users");

@@ -1,4 +1,4 @@
-// Scenario files of a real server process, as a host meets them.
+// Scenario files of a real server process, seen from a host.
 
 #include <gtest/gtest.h>
 
@@ -80,7 +80,7 @@ protected:
     ISSOServerManager& servers = *PluginFactory().GetSSOServerManager();
 };
 
-TEST_F(ScenarioTest, ItsUsersSignIn)
+TEST_F(ScenarioTest, TheUsersOfTheScenarioSignIn)
 {
     Play(R"({"users": [{"userId": "7", "userName": "ann", "displayName": "Ann", "profile": {"locale": "en"}}]})");
     ASSERT_EQ(LogIn(), IdSuccess);
@@ -102,7 +102,7 @@ TEST_F(ScenarioTest, AWaitingLoginIsCancelledByALogout)
     Play(R"({"login": {"behavior": "wait", "waitSeconds": 60}})");
     std::future<IdErrorCode> login = std::async(std::launch::async, [this] { return LogIn(); });
     EXPECT_EQ(login.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
-    EXPECT_FALSE(client.IsLoggedIn()) << "others are answered meanwhile";
+    EXPECT_FALSE(client.IsLoggedIn()) << "other requests get responses meanwhile";
     int result = 0;
     EXPECT_EQ(client.Logout(result, TALIX_LOGOUT_DEFAULT), IdNotLoggedIn);
     EXPECT_EQ(login.get(), IdLoginCancelled);
@@ -122,7 +122,7 @@ TEST_F(ScenarioTest, TokensExpireAndAreRenewed)
     wchar_t first[4096] = L"";
     wchar_t second[4096] = L"";
     ASSERT_EQ(client.GetOAuth2AccessToken(first, 4096, true), IdSuccess);
-    // The clock's next second but one: waiting for time is what this is about.
+    // Wait for the second after next: expiry is what this test is about.
     WaitForSingleObject(GetCurrentProcess(), 1100);
     EXPECT_TRUE(client.IsOAuth2TokenExpired());
     EXPECT_EQ(client.GetOAuth2AccessToken(second, 4096, false), IdTokenExpired);
@@ -142,14 +142,14 @@ TEST_F(ScenarioTest, FeaturesThatAreNotOfferedAreNotAvailable)
     EXPECT_EQ(client.GetOAuth2IdToken(token, 4096), IdFeatureNotOffered);
 }
 
-TEST_F(ScenarioTest, ACrashIsSurvivedAndOneAfterAnotherHasACleanCode)
+TEST_F(ScenarioTest, OneCrashIsSurvivedAndTwoInARowHaveACode)
 {
     Play(R"({"faults": [{"operation": "getUser", "call": 2, "effect": "crash"},
                         {"operation": "getSessionUri", "fromCall": 1, "effect": "crash"}]})");
     ASSERT_EQ(LogIn(), IdSuccess);
     talix_user_info info{};
     EXPECT_EQ(client.GetUserInfo(&info), IdSuccess);
-    EXPECT_EQ(client.GetUserInfo(&info), IdSuccess) << "asked again of the next server";
+    EXPECT_EQ(client.GetUserInfo(&info), IdSuccess) << "repeated at the next server";
     wchar_t address[2048] = L"";
     EXPECT_EQ(client.GetSessionUri(L"https://a.example", 0, address, 2048), IdServerLost);
     EXPECT_TRUE(client.IsLoginValid());
@@ -162,7 +162,7 @@ TEST_F(ScenarioTest, AHangEndsWithTheLimit)
     talix_user_info info{};
     const ULONGLONG start = GetTickCount64();
     EXPECT_EQ(client.GetUserInfo(&info), IdServerTimedOut);
-    EXPECT_GE(GetTickCount64() - start + 50, static_cast<ULONGLONG>(ServerConnection::AnswerLimit.count()));
+    EXPECT_GE(GetTickCount64() - start + 50, static_cast<ULONGLONG>(ServerConnection::ResponseLimit.count()));
     EXPECT_LT(GetTickCount64() - start, static_cast<ULONGLONG>(Limit));
     EXPECT_EQ(client.GetUserInfo(&info), IdSuccess);
 }
@@ -172,14 +172,14 @@ TEST_F(ScenarioTest, ALatencyBeyondTheLimitsIsWaitedFor)
     Play(R"({"latencyMilliseconds": 11000})");
     const ULONGLONG start = GetTickCount64();
     EXPECT_EQ(LogIn(), IdSuccess);
-    EXPECT_GT(GetTickCount64() - start, static_cast<ULONGLONG>(ServerConnection::AnswerLimit.count()));
-    // What follows need not wait.
+    EXPECT_GT(GetTickCount64() - start, static_cast<ULONGLONG>(ServerConnection::ResponseLimit.count()));
+    // The rest of the test need not wait.
     module.Uninitialize();
     servers.QuitSSOServerProcess(Limit);
     SetEnvironmentVariableW(L"PELLWICK_SCENARIO", nullptr);
 }
 
-TEST_F(ScenarioTest, AHostForWhichTooMuchIsHeldBackIsSentAway)
+TEST_F(ScenarioTest, AHostWithTooMuchHeldBackIsDisconnected)
 {
     Play(R"({"latencyMilliseconds": 60000, "users": [{"userId": "7", "userName": "ann", "displayName": "Ann",
              "secret": "s", "profile": {"long": ")" +
@@ -204,7 +204,7 @@ TEST_F(ScenarioTest, AHostForWhichTooMuchIsHeldBackIsSentAway)
     PipeClient other(OpenPipe(HostPipeName(DefaultIdentity), deadline));
     EXPECT_TRUE(other.Write(WriteRequest(AttachRequest()), deadline));
     EXPECT_TRUE(other.Read(&deadline));
-    // What follows need not wait.
+    // The rest of the test need not wait.
     module.Uninitialize();
     servers.QuitSSOServerProcess(Limit);
     SetEnvironmentVariableW(L"PELLWICK_SCENARIO", nullptr);
@@ -216,30 +216,31 @@ TEST_F(ScenarioTest, AServerThatRefusesTheHostSaysWhy)
     const ULONGLONG start = GetTickCount64();
     EXPECT_EQ(static_cast<int>(LogIn()), 4321);
     EXPECT_LT(GetTickCount64() - start, static_cast<ULONGLONG>(ServerConnection::ConnectLimit.count()))
-        << "tried again, it takes all of the limit";
+        << "another attempt would take the whole limit";
     int result = 0;
     EXPECT_EQ(static_cast<int>(client.Logout(result, TALIX_LOGOUT_DEFAULT)), 4321);
     EXPECT_EQ(static_cast<int>(client.SetLoginMode(TALIX_LOGIN_MODE_DEFAULT)), 4321);
     EXPECT_EQ(static_cast<int>(client.ShowAccountSettings(result)), 4321);
 }
 
-TEST_F(ScenarioTest, AnEndDoesNotWaitForAConnection)
+TEST_F(ScenarioTest, UninitializeDoesNotWaitForAConnection)
 {
     Choose(R"({"faults": [{"operation": "attach", "fromCall": 1, "effect": "hang"}]})");
     const Handle ready(CreateEventW(nullptr, TRUE, FALSE, ReadyEventName(DefaultIdentity).c_str()));
     std::future<IdErrorCode> login = std::async(std::launch::async, [this] { return LogIn(); });
     ASSERT_EQ(WaitForSingleObject(ready.get(), static_cast<DWORD>(Limit)), WAIT_OBJECT_0);
     module.Uninitialize();
-    EXPECT_EQ(login.get(), IdServerLost) << "not IdServerTimedOut, which it is where the limit ends it";
+    EXPECT_EQ(login.get(), IdServerLost) << "IdServerTimedOut if the limit ended it";
     servers.QuitSSOServerProcess(Limit);
     SetEnvironmentVariableW(L"PELLWICK_SCENARIO", nullptr);
 }
 
-TEST_F(ScenarioTest, WhoWaitsAtTheEndDoesNotConnectAgain)
+TEST_F(ScenarioTest, PendingCallsDoNotReconnectAfterUninitialize)
 {
     constexpr std::size_t count = 24;
     constexpr std::size_t rounds = 20;
-    constexpr auto last = static_cast<IdErrorCode>(4321); // Of a round's logins: the others wait at the server by then.
+    constexpr auto last =
+        static_cast<IdErrorCode>(4321); // Of the last login of a round: the others then wait at the server.
     std::string faults;
     for (std::size_t round = 1; round <= rounds; ++round)
         faults += (round == 1 ? "" : ", ") +

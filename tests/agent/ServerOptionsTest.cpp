@@ -22,7 +22,7 @@ TEST(ServerOptionsTest, WithoutArgumentsTheDefaultIdentityServes)
     EXPECT_FALSE(options.version);
 }
 
-TEST(ServerOptionsTest, EveryOptionIsTaken)
+TEST(ServerOptionsTest, EveryOptionIsParsed)
 {
     ServerOptions options;
     EXPECT_EQ(ParseServerOptions({"--identity", "A.b-c_1", "--quit-after", "30", "--help", "--version"}, options), "");
@@ -40,7 +40,7 @@ TEST(ServerOptionsTest, EveryOptionIsTaken)
     EXPECT_EQ(options.idleAfterSeconds, 60u) << "without the option";
 }
 
-TEST(ServerOptionsTest, WhatIsWrongIsNamed)
+TEST(ServerOptionsTest, ErrorsAreNamed)
 {
     const std::pair<std::vector<std::string>, const char*> cases[] = {
         {{"--frob"}, "unknown argument \"--frob\""},

@@ -24,7 +24,7 @@ class ServerProcessesTest : public testing::Test
 protected:
     ~ServerProcessesTest() override { processes.Quit(identity, Limit); }
 
-    /// What a test that fails leaves behind ends by itself.
+    /// A server that a failed test leaves behind ends by itself.
     bool Start(std::int64_t& processId, const std::vector<std::wstring>& arguments = {L"--quit-after", L"3600"})
     {
         return processes.Start(ServerFile(), identity, arguments, Limit, processId);
@@ -35,7 +35,7 @@ protected:
         return Handle(OpenProcess(PROCESS_ALL_ACCESS, FALSE, static_cast<DWORD>(processId)));
     }
 
-    /// What a server does that hangs: nothing.
+    /// Suspends the process like one that hangs.
     static void Freeze(HANDLE process)
     {
         using Suspend = LONG(NTAPI*)(HANDLE);
@@ -68,7 +68,7 @@ protected:
     ServerProcesses processes{[this](TALIXLog::LogLevel, const std::string& message) { lastMessage = message; }};
 };
 
-TEST_F(ServerProcessesTest, AServerThatRunsIsNotStartedAgain)
+TEST_F(ServerProcessesTest, ARunningServerIsNotStartedAgain)
 {
     std::int64_t first = 0;
     std::int64_t second = 0;
@@ -92,7 +92,7 @@ TEST_F(ServerProcessesTest, WrongArgumentsHaveAnExitCode)
     EXPECT_EQ(RunToEnd({L"--version"}), static_cast<DWORD>(ServerQuit));
 }
 
-TEST_F(ServerProcessesTest, StartersAtTheSameTimeGetTheSameServer)
+TEST_F(ServerProcessesTest, SimultaneousStartersGetTheSameServer)
 {
     std::int64_t first = 0;
     std::int64_t second = 0;
@@ -163,7 +163,7 @@ TEST_F(ServerProcessesTest, WithoutTimeAServerIsAskedButNotTerminated)
 
 TEST_F(ServerProcessesTest, AllServersOfAFileNameQuitAtOnce)
 {
-    // A name of its own: tests that run beside this one have servers, too.
+    // Its own name: tests that run at the same time have servers, too.
     const std::wstring file = ServerFile();
     const std::wstring name = L"Pellwick-" + std::to_wstring(GetCurrentProcessId()) + L".exe";
     const std::wstring copy = file.substr(0, file.rfind(L'\\') + 1) + name;
@@ -184,7 +184,7 @@ TEST_F(ServerProcessesTest, ACrashedServerIsNotReadyAndItsIdentityIsFree)
 {
     std::int64_t processId = 0;
     ASSERT_TRUE(Start(processId)) << lastMessage;
-    // Keeps the event, and that it is set, beyond the crash.
+    // Keeps the event, which is set, beyond the crash.
     const Handle ready(OpenEventW(SYNCHRONIZE, FALSE, ReadyEventName(identity).c_str()));
     ASSERT_TRUE(ready);
     const Handle process = Open(processId);
@@ -194,7 +194,7 @@ TEST_F(ServerProcessesTest, ACrashedServerIsNotReadyAndItsIdentityIsFree)
     EXPECT_FALSE(IsServerReady(identity));
     std::int64_t next = 0;
     EXPECT_TRUE(Start(next)) << lastMessage;
-    EXPECT_EQ(FindServer(identity), static_cast<DWORD>(next)) << "answered before the new one was ready";
+    EXPECT_EQ(FindServer(identity), static_cast<DWORD>(next)) << "returned before the new one was ready";
 }
 
 TEST_F(ServerProcessesTest, AServerQuitsByItselfAfterItsTime)
@@ -229,7 +229,7 @@ TEST(ServerEnvironmentTest, TheSettingsFolderIsThatOfThisProcess)
     SetEnvironmentVariableW(name.c_str(), SettingsFolder().c_str());
 }
 
-TEST(ServerEnvironmentTest, OtherVariablesAreAsTheyWere)
+TEST(ServerEnvironmentTest, OtherVariablesAreUnchanged)
 {
     ASSERT_TRUE(SetEnvironmentVariableW(L"OrlindexAgentTest", L"relative\\a=b"));
     EXPECT_NE(ServerEnvironment().find(L'\0' + std::wstring(L"OrlindexAgentTest=relative\\a=b") + L'\0'),

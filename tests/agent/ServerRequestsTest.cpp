@@ -13,36 +13,36 @@ namespace Kestrany::Agent {
 
 namespace {
 
-constexpr std::int64_t Short = 100; // Milliseconds, where no answer is to come.
+constexpr std::int64_t Short = 100; // Milliseconds, if no response is expected.
 
 class ServerRequestsTest : public ServerTest
 {
 protected:
-    /// A client of the test's own.
+    /// Connects a client of the test itself.
     Handle Connect() const { return OpenPipe(ProcessPipeName(processId), Deadline(Limit)); }
 };
 
-TEST_F(ServerRequestsTest, AServerTellsWhatItIs)
+TEST_F(ServerRequestsTest, APingDescribesTheServer)
 {
-    const auto answers = PingServer(processId, Limit);
-    ASSERT_TRUE(answers);
-    EXPECT_EQ(answers->at("processId"), std::to_string(processId));
-    EXPECT_EQ(answers->at("identity"), identity);
-    EXPECT_EQ(answers->at("version"), AGENT_VERSION);
-    EXPECT_EQ(answers->at("uptimeMilliseconds").find_first_not_of("0123456789"), std::string::npos);
-    EXPECT_EQ(answers->size(), 4u);
+    const auto texts = PingServer(processId, Limit);
+    ASSERT_TRUE(texts);
+    EXPECT_EQ(texts->at("processId"), std::to_string(processId));
+    EXPECT_EQ(texts->at("identity"), identity);
+    EXPECT_EQ(texts->at("version"), AGENT_VERSION);
+    EXPECT_EQ(texts->at("uptimeMilliseconds").find_first_not_of("0123456789"), std::string::npos);
+    EXPECT_EQ(texts->size(), 4u);
 }
 
-TEST_F(ServerRequestsTest, ItsTimePasses)
+TEST_F(ServerRequestsTest, TheUptimeGrows)
 {
     const auto first = std::stoull(PingServer(processId, Limit).value().at("uptimeMilliseconds"));
-    EXPECT_FALSE(HasEnded(50)); // Awaits an event that does not come.
+    EXPECT_FALSE(HasEnded(50)); // Lets some time pass.
     const auto second = std::stoull(PingServer(processId, Limit).value().at("uptimeMilliseconds"));
     EXPECT_GT(second, first);
     EXPECT_LT(second, first + 60'000);
 }
 
-TEST_F(ServerRequestsTest, ManyAskAtTheSameTime)
+TEST_F(ServerRequestsTest, ManyPingsAtOnceSucceed)
 {
     std::vector<std::future<bool>> pings;
     for (int index = 0; index < 8; ++index)
@@ -51,14 +51,14 @@ TEST_F(ServerRequestsTest, ManyAskAtTheSameTime)
         EXPECT_TRUE(ping.get());
 }
 
-TEST_F(ServerRequestsTest, AProcessThatIsNoServerDoesNotAnswer)
+TEST_F(ServerRequestsTest, AProcessThatIsNoServerDoesNotRespond)
 {
     EXPECT_FALSE(PingServer(GetCurrentProcessId(), Short));
     EXPECT_FALSE(FreezeServer(GetCurrentProcessId(), Short));
     EXPECT_FALSE(ThawServer(GetCurrentProcessId(), Short));
 }
 
-TEST_F(ServerRequestsTest, APipeOfAnotherProcessIsNotBelieved)
+TEST_F(ServerRequestsTest, APipeOfAnotherProcessIsNotTrusted)
 {
     // This process takes the name that another server would have, and responds.
     const DWORD stranger = 123456;
@@ -76,12 +76,12 @@ TEST_F(ServerRequestsTest, APipeOfAnotherProcessIsNotBelieved)
     });
     EXPECT_FALSE(PingServer(stranger, Limit));
     served.wait();
-    EXPECT_FALSE(asked) << "nothing was sent to it";
+    EXPECT_FALSE(asked) << "no request was sent to it";
 }
 
 TEST_F(ServerRequestsTest, ClientsThatMisbehaveDoNotStopTheServer)
 {
-    Connect(); // connects and leaves
+    Connect(); // Connects and leaves.
     {
         PipeClient asks(Connect());
         Request request;
@@ -109,7 +109,7 @@ TEST_F(ServerRequestsTest, ClientsThatMisbehaveDoNotStopTheServer)
         EXPECT_FALSE(reading.Finish(pipe.get(), Deadline(Limit))) << "disconnected without a response";
         EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_BROKEN_PIPE));
     }
-    const PipeClient silent(Connect()); // asks nothing, and stays
+    const PipeClient silent(Connect()); // Sends nothing, and stays.
     EXPECT_TRUE(PingServer(processId, Limit));
 }
 
@@ -132,7 +132,7 @@ TEST_F(ServerRequestsTest, ManySilentClientsKeepNobodyOut)
     EXPECT_TRUE(PingServer(processId, Limit));
 }
 
-TEST_F(ServerRequestsTest, AFrozenServerDoesNotAnswerUntilItIsThawed)
+TEST_F(ServerRequestsTest, AFrozenServerDoesNotRespondUntilItIsThawed)
 {
     EXPECT_FALSE(ThawServer(processId, Short)) << "it is not frozen";
     ASSERT_TRUE(FreezeServer(processId, Limit));
@@ -148,7 +148,7 @@ TEST_F(ServerRequestsTest, AFrozenServerDoesNotAnswerUntilItIsThawed)
 TEST_F(ServerRequestsTest, AFrozenServerQuitsWhenItIsThawed)
 {
     ASSERT_TRUE(FreezeServer(processId, Limit));
-    EXPECT_FALSE(processes.Quit(identity, 0)) << "asked, but it does not hear";
+    EXPECT_FALSE(processes.Quit(identity, 0)) << "asked, but frozen";
     EXPECT_FALSE(HasEnded(Short));
     ThawServer(processId, Short);
     EXPECT_TRUE(HasEnded(Limit));

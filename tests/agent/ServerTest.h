@@ -12,7 +12,7 @@
 
 namespace Kestrany::Agent {
 
-/// Has one server process of its own.
+/// Has its own server process.
 class ServerTest : public testing::Test
 {
 protected:
@@ -21,7 +21,7 @@ protected:
     void SetUp() override
     {
         std::int64_t started = 0;
-        // What a test that fails leaves behind ends by itself.
+        // A server that a failed test leaves behind ends by itself.
         ASSERT_TRUE(processes.Start(ServerFile(), identity, {L"--quit-after", L"3600"}, Limit, started)) << lastMessage;
         processId = static_cast<DWORD>(started);
         process.reset(OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE | PROCESS_QUERY_INFORMATION, FALSE, processId));
@@ -29,7 +29,7 @@ protected:
     }
     ~ServerTest() override
     {
-        // It may be frozen, and would not quit.
+        // A frozen server would not quit.
         TerminateProcess(process.get(), 9);
         WaitForSingleObject(process.get(), static_cast<DWORD>(Limit));
     }

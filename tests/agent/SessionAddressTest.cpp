@@ -1,19 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "identity/LoginService.h"
 #include "identity/simulated/SessionAddress.h"
 
 namespace Kestrany::Agent::Simulated {
 
 namespace {
-
-TEST(SessionAddressTest, WebAddressesNameAHostOverHttp)
-{
-    EXPECT_TRUE(IsWebAddress("https://a"));
-    EXPECT_TRUE(IsWebAddress("http://a/b"));
-    for (const char* other : {"", "https://", "https:///a", "http:/a", "HTTPS//a", "javascript:alert(1)", "ahttps://b"})
-        EXPECT_FALSE(IsWebAddress(other)) << other;
-}
 
 TEST(SessionAddressTest, EveryByteBeyondTheUnreservedOnesIsEncoded)
 {

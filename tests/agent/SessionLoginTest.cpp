@@ -1,4 +1,4 @@
-// A session's login as it goes from one process to the next, and the session's state as a text.
+// A session's login from one process to the next, and the session's state as JSON.
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 class SessionLoginTest : public testing::Test, protected TestSession
 {
 protected:
-    /// A login that an earlier process kept.
+    /// A login that an earlier process stored.
     LoginRecord Record()
     {
         const TokenSigner signer = Parts().signer;
@@ -37,7 +37,7 @@ protected:
     }
 };
 
-TEST_F(SessionLoginTest, WithoutALoginThereIsNothingToKeep)
+TEST_F(SessionLoginTest, WithoutALoginNothingIsStored)
 {
     EXPECT_FALSE(storage.records[TALIX_SERVER_PRODUCTION]);
     LogIn();
@@ -47,7 +47,7 @@ TEST_F(SessionLoginTest, WithoutALoginThereIsNothingToKeep)
     EXPECT_FALSE(storage.records[TALIX_SERVER_PRODUCTION]);
 }
 
-TEST_F(SessionLoginTest, ALoginOfOneSessionGoesOnInAnother)
+TEST_F(SessionLoginTest, ALoginOfOneSessionIsRestoredInAnother)
 {
     LogIn();
     std::string token;
@@ -64,7 +64,7 @@ TEST_F(SessionLoginTest, ALoginOfOneSessionGoesOnInAnother)
     EXPECT_EQ(nextToken, token);
 }
 
-TEST_F(SessionLoginTest, RestoringQueuesNoEventUntilSomebodyAsksForIt)
+TEST_F(SessionLoginTest, OnlyARequestedRestoreQueuesAnEvent)
 {
     Keep(Record());
     logins.RestoreAll();
@@ -74,7 +74,7 @@ TEST_F(SessionLoginTest, RestoringQueuesNoEventUntilSomebodyAsksForIt)
     EXPECT_EQ(events.Pop()->kind, IdentityServices::IdServicesConsts::LoginRestored);
 }
 
-TEST_F(SessionLoginTest, SomebodyWhoIsSignedInIsReplacedOnlyWhenTold)
+TEST_F(SessionLoginTest, ASignedInUserIsReplacedOnlyOnRequest)
 {
     LogIn();
     Keep(Record());
@@ -84,7 +84,7 @@ TEST_F(SessionLoginTest, SomebodyWhoIsSignedInIsReplacedOnlyWhenTold)
     EXPECT_EQ(UserName(), "bob");
 }
 
-TEST_F(SessionLoginTest, ALoginThatCannotGoOnIsRefused)
+TEST_F(SessionLoginTest, ALoginThatIsNotValidIsNotRestored)
 {
     LoginRecord stranger = Record();
     stranger.userId = "3";
@@ -100,7 +100,7 @@ TEST_F(SessionLoginTest, ALoginThatCannotGoOnIsRefused)
     EXPECT_FALSE(session.IsLoggedIn());
 }
 
-TEST_F(SessionLoginTest, TheStateSaysWhatHolds)
+TEST_F(SessionLoginTest, TheStateDescribesTheSession)
 {
     EXPECT_EQ(session.StateJson(),
               R"({"events":0,"login":"none","product":true,"server":"production","token":"none","user":""})");

@@ -139,7 +139,7 @@ TEST_F(SessionTest, RefreshOfExpiredTokensOnlyLeavesGoodOnes)
     EXPECT_EQ(TakeEvents(), Kinds{Events::TokenRefreshed});
 }
 
-TEST_F(SessionTest, AnExpiredLoginGivesNothingUntilTheUserLogsInAgain)
+TEST_F(SessionTest, AnExpiredLoginHasNoTokensUntilTheNextLogin)
 {
     LogIn();
     now += scenario.loginLifetime;
@@ -167,7 +167,7 @@ TEST_F(SessionTest, AutomatedLoginChecksNameAndSecret)
     EXPECT_EQ(account.userId, "2");
 }
 
-TEST_F(SessionTest, AutomatedLoginReplacesAnotherUserOnlyWhenTold)
+TEST_F(SessionTest, AutomatedLoginReplacesAnotherUserOnlyOnRequest)
 {
     LogIn();
     Account account;
@@ -224,7 +224,7 @@ TEST_F(SessionTest, UnknownServersAreRefused)
     EXPECT_EQ(session.GetServer(), TALIX_SERVER_PRODUCTION);
 }
 
-TEST_F(SessionTest, ProductsAreKeptForEachServer)
+TEST_F(SessionTest, EachServerHasItsOwnProduct)
 {
     ProductSettings product;
     EXPECT_EQ(session.GetProduct(TALIX_SERVER_STAGING, product), IdNoProductConfig);
@@ -240,7 +240,7 @@ TEST_F(SessionTest, ProductsAreKeptForEachServer)
     EXPECT_EQ(read.clientId, "tests");
 }
 
-TEST_F(SessionTest, OnlyKnownLoginModesAreTaken)
+TEST_F(SessionTest, UnknownLoginModesAreRefused)
 {
     EXPECT_EQ(session.SetLoginMode(TALIX_LOGIN_MODE_BROWSER), IdSuccess);
     EXPECT_EQ(session.SetLoginMode(static_cast<talix_login_mode>(3)), IdInvalidLoginMode);
@@ -248,7 +248,7 @@ TEST_F(SessionTest, OnlyKnownLoginModesAreTaken)
     EXPECT_EQ(session.GetLoginMode(), TALIX_LOGIN_MODE_BROWSER);
 }
 
-TEST_F(SessionTest, ALoginThatIsTakenOverIsRestored)
+TEST_F(SessionTest, AStoredLoginIsRestored)
 {
     EXPECT_EQ(session.Restore(false), IdNotLoggedIn);
     EXPECT_EQ(TakeEvents(), Kinds{});
@@ -260,7 +260,7 @@ TEST_F(SessionTest, ALoginThatIsTakenOverIsRestored)
     EXPECT_EQ(TakeEvents(), Kinds{});
 }
 
-TEST_F(SessionTest, EachSessionAddressHasATicketOfItsOwn)
+TEST_F(SessionTest, EachSessionAddressHasItsOwnTicket)
 {
     LogIn();
     std::string first;
@@ -280,7 +280,7 @@ TEST_F(SessionTest, SessionAddressNeedsAWebAddress)
     EXPECT_EQ(address, "untouched");
 }
 
-TEST(SessionTestWithoutService, WhyNothingIsKnownOfALoginIsPassedOn)
+TEST(SessionTestWithoutService, TheCodeOfAFailedStatusIsReturned)
 {
     RemoteLogins logins([](const Request&) {
         Response response;

@@ -1,4 +1,4 @@
-// Hosts of one user at one server process: they sign in once, and each hears of it.
+// Hosts of one user at one server process: they share logins and events.
 
 #include <gtest/gtest.h>
 
@@ -33,7 +33,7 @@ using namespace IdentityServices;
 
 constexpr std::int64_t Limit = OrlindexTest::PatienceMilliseconds;
 
-/// Waits until the server has ended a connection on which it sends nothing.
+/// Waits until the server has closed a connection. It sends nothing on it.
 bool Ends(HANDLE pipe)
 {
     char byte = 0;
@@ -72,7 +72,7 @@ protected:
         return Handle(id ? OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, *id) : nullptr);
     }
 
-    /// Kills the server, and waits until another one serves: the host starts it without being asked.
+    /// Kills the server, and waits until another one is ready. The host starts it without a call.
     static bool ReplaceServer()
     {
         const Handle ready(CreateEventW(nullptr, TRUE, FALSE, ReadyEventName(DefaultIdentity).c_str()));
@@ -88,7 +88,7 @@ protected:
     EventRecorder observer;
 };
 
-TEST_F(SharedLoginTest, FourHostsShareALoginAndEachHearsOfIt)
+TEST_F(SharedLoginTest, FourHostsShareALoginAndItsEvents)
 {
     std::vector<std::unique_ptr<OtherHost>> hosts;
     for (const char* name : {"one", "two", "three", "four"})
@@ -106,7 +106,7 @@ TEST_F(SharedLoginTest, FourHostsShareALoginAndEachHearsOfIt)
     EXPECT_EQ(observer.kinds, (std::vector<std::string>{"LoggedIn", "TokenAvailable", "LoggedOut"}));
 }
 
-TEST_F(SharedLoginTest, AHostWhoseServerDiedStartsAnotherAndHearsThatTheLoginIsRestored)
+TEST_F(SharedLoginTest, AHostReplacesADeadServerAndTheLoginIsRestored)
 {
     ASSERT_EQ(LogIn(), IdSuccess);
     client.DispatchEvent();
@@ -127,17 +127,17 @@ TEST_F(SharedLoginTest, ALaterServerHasTheDataFolderOfTheFirst)
     SetEnvironmentVariableW(SettingsFolderVariable, folder.c_str());
 }
 
-TEST_F(SharedLoginTest, AServerThatWasToldToQuitStaysAwayUntilItIsNeeded)
+TEST_F(SharedLoginTest, AServerThatWasAskedToQuitIsStartedOnlyByACall)
 {
     ASSERT_EQ(LogIn(), IdSuccess);
     ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
     const Handle ready(CreateEventW(nullptr, TRUE, FALSE, ReadyEventName(DefaultIdentity).c_str()));
     EXPECT_EQ(WaitForSingleObject(ready.get(), 500), static_cast<DWORD>(WAIT_TIMEOUT));
-    EXPECT_TRUE(client.IsLoginValid()) << "asked, the host starts it";
+    EXPECT_TRUE(client.IsLoginValid()) << "the call starts it";
     EXPECT_TRUE(FindServer(DefaultIdentity));
 }
 
-TEST_F(SharedLoginTest, WithoutAServerApplicationTheCodeSaysSo)
+TEST_F(SharedLoginTest, WithoutAServerApplicationLoginFailsWithItsCode)
 {
     module.Uninitialize();
     servers.QuitSSOServerProcess(Limit);
@@ -149,7 +149,7 @@ TEST_F(SharedLoginTest, WithoutAServerApplicationTheCodeSaysSo)
     EXPECT_EQ(client.ShowAccountSettings(result), IdServerUnavailable);
     EXPECT_EQ(client.SetLoginMode(TALIX_LOGIN_MODE_DEFAULT), IdServerUnavailable);
     ConfigureServer(DefaultIdentity);
-    EXPECT_EQ(LogIn(), IdSuccess) << "nothing is remembered";
+    EXPECT_EQ(LogIn(), IdSuccess) << "the failure is not remembered";
 }
 
 TEST_F(SharedLoginTest, AServerOfAnotherInstallationIsNotUsed)
@@ -180,13 +180,13 @@ TEST_F(SharedLoginTest, AServerIsTheSameByEveryPathToItsFile)
     ConfigureServer(DefaultIdentity);
 }
 
-TEST_F(SharedLoginTest, ALogoutDuringAReconnectionIsHeardOf)
+TEST_F(SharedLoginTest, ALogoutDuringAReconnectionIsAnEvent)
 {
     ASSERT_EQ(LogIn(), IdSuccess);
     client.DispatchEvent();
     observer.kinds.clear();
     ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
-    // What the logout of another host at a further server leaves.
+    // As after the logout of another host at another server process.
     char name[128] = "";
     ASSERT_GT(servers.GetSSOServerName(name, sizeof name), 0);
     ASSERT_TRUE(DeleteFileW(LoginFile(name, TALIX_SERVER_PRODUCTION).c_str()));
@@ -207,7 +207,7 @@ TEST_F(SharedLoginTest, AServerThatQuitsIsNotReady)
     ASSERT_TRUE(pipe.Write(WriteRequest(request), deadline));
     ASSERT_TRUE(pipe.Read(&deadline));
     EXPECT_TRUE(IsServerReady(DefaultIdentity));
-    // It waits a little for hosts that do not leave, as this one.
+    // It waits a short time for hosts that do not leave, like this one.
     servers.QuitSSOServerProcess(0);
     const std::optional<std::string> last = pipe.Read(&deadline);
     ASSERT_TRUE(last);
@@ -217,19 +217,19 @@ TEST_F(SharedLoginTest, AServerThatQuitsIsNotReady)
     EXPECT_EQ(LogIn(), IdSuccess) << "waits for its end, and starts another";
 }
 
-TEST_F(SharedLoginTest, HostsThatComeAsTheServerEndsAreServed)
+TEST_F(SharedLoginTest, HostsThatConnectAsTheServerEndsAreServed)
 {
     module.Uninitialize();
     ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
     const char* const arguments[] = {"--idle-after", "1"};
     servers.SetSSOServerProcessArguments(arguments, 2);
-    std::mt19937 random(20'260'101); // The same each time.
+    std::mt19937 random(20'260'101); // The same sequence each time.
     for (int round = 0; round < 8; ++round)
     {
         ASSERT_EQ(LogIn(), IdSuccess) << round;
         const Handle server = OpenServer();
         module.Uninitialize();
-        // About its last moment, before or after.
+        // Shortly before or after its end.
         WaitForSingleObject(server.get(), 990 + random() % 20);
     }
     servers.SetSSOServerProcessArguments(nullptr, 0);
@@ -274,7 +274,7 @@ TEST_F(SharedLoginTest, AServerWithoutHostsEndsAfterItsIdleTime)
     const Handle server = OpenServer();
     ASSERT_TRUE(server);
     const Handle stranger = OpenPipe(HostPipeName(DefaultIdentity), Deadline(Limit));
-    EXPECT_TRUE(stranger) << "who never says what it is";
+    EXPECT_TRUE(stranger) << "a client that never attaches";
     EXPECT_EQ(WaitForSingleObject(server.get(), 1500), static_cast<DWORD>(WAIT_TIMEOUT)) << "a host is there";
     module.Uninitialize();
     EXPECT_EQ(WaitForSingleObject(server.get(), static_cast<DWORD>(Limit)), WAIT_OBJECT_0);
@@ -282,7 +282,7 @@ TEST_F(SharedLoginTest, AServerWithoutHostsEndsAfterItsIdleTime)
     servers.SetSSOServerProcessArguments(nullptr, 0);
 }
 
-TEST_F(SharedLoginTest, AFrozenServerCostsTheLimitAndNoMore)
+TEST_F(SharedLoginTest, ACallToAFrozenServerEndsAtItsLimit)
 {
     ASSERT_EQ(LogIn(), IdSuccess);
     const auto processId = FindServer(DefaultIdentity);
@@ -320,14 +320,14 @@ TEST_F(SharedLoginTest, AServerWhosePipeHasAnotherOwnerEndsWithoutServing)
     ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
     const Handle squatter = CreatePipeInstance(HostPipeName(DefaultIdentity), true);
     ASSERT_TRUE(squatter);
-    EXPECT_EQ(LogIn(), IdServerUnavailable) << "and this process, which has the name, is not believed";
-    // Some systems make a further first instance all the same; the server cannot notice there.
+    EXPECT_EQ(LogIn(), IdServerUnavailable) << "this process, which has the name, is not trusted";
+    // Some systems create another "first" instance; the server cannot notice it there.
     std::int64_t processId = 0;
     const bool noticed = !CreatePipeInstance(HostPipeName(DefaultIdentity), true);
     EXPECT_EQ(servers.StartSSOServerProcess(Limit, processId), !noticed);
 }
 
-TEST_F(SharedLoginTest, ConnectionsThatNeverAttachKeepNoHostOut)
+TEST_F(SharedLoginTest, UnattachedConnectionsKeepNoHostOut)
 {
     module.Uninitialize();
     ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
@@ -341,10 +341,10 @@ TEST_F(SharedLoginTest, ConnectionsThatNeverAttachKeepNoHostOut)
     }
     EXPECT_EQ(LogIn(), IdSuccess);
     EXPECT_TRUE(client.IsLoginValid());
-    EXPECT_TRUE(Ends(silent.front().get())) << "the oldest is sent away";
+    EXPECT_TRUE(Ends(silent.front().get())) << "the oldest is disconnected";
 }
 
-TEST_F(SharedLoginTest, WhatIsNoMessageDoesNotStopTheServer)
+TEST_F(SharedLoginTest, InvalidMessagesDoNotStopTheServer)
 {
     ASSERT_EQ(LogIn(), IdSuccess);
     for (const std::string& bytes : {std::string("\xFF\xFF\xFF\xFFx"), std::string("\2\0\0\0{}", 6),

@@ -9,7 +9,7 @@ namespace Kestrany::Agent {
 
 namespace {
 
-TEST(SigningKeyTest, AKeyComesBackFromItsBytes)
+TEST(SigningKeyTest, AKeyIsExportedAndImported)
 {
     const SigningKey key = SigningKey::Generate();
     const SigningKey same = SigningKey::Import(key.Export());
@@ -19,14 +19,14 @@ TEST(SigningKeyTest, AKeyComesBackFromItsBytes)
     EXPECT_NE(SigningKey::Generate().X(), key.X());
 }
 
-TEST(SigningKeyTest, OtherBytesAreNoKey)
+TEST(SigningKeyTest, OtherBytesAreRefused)
 {
     const std::string bytes = SigningKey::Generate().Export();
     for (const std::string& other : {std::string(), bytes.substr(1), bytes + "x", std::string(bytes.size(), 'x')})
         EXPECT_THROW(SigningKey::Import(other), std::invalid_argument);
 }
 
-TEST(DigestTest, ItIsSha256)
+TEST(CryptoTest, TheDigestIsSha256)
 {
     EXPECT_EQ(Sha256("abc").substr(0, 4), "\xBA\x78\x16\xBF");
 }

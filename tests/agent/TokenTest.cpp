@@ -29,7 +29,7 @@ TEST(TokenTest, BytesBecomeBase64urlWithoutPadding)
     EXPECT_EQ(RandomText(Fixed("\xFF\xFF\xFF"), 3), "____");
 }
 
-TEST(TokenTest, AFailureOfTheRandomSourceIsNotHidden)
+TEST(TokenTest, AFailureOfTheRandomSourceIsReported)
 {
     const RandomSource broken = [](void*, std::size_t) { throw std::runtime_error("no random bytes"); };
     EXPECT_THROW(RandomText(broken, 16), std::runtime_error);

@@ -23,7 +23,7 @@ TEST_F(TwoHostsTest, HostsThatStartAtOnceUseOneServer)
 {
     const OtherHost first("server", {identity});
     const OtherHost second("server", {identity});
-    // Each has found the server that it started to be the one that runs, and to answer with that process ID.
+    // Each found that the server it started is running and responds with that process ID.
     ASSERT_TRUE(first.HasArrived());
     ASSERT_TRUE(second.HasArrived());
     const auto server = FindServer(identity);
@@ -32,7 +32,7 @@ TEST_F(TwoHostsTest, HostsThatStartAtOnceUseOneServer)
 
     first.Leave();
     EXPECT_EQ(first.ExitCode(), 0u);
-    EXPECT_EQ(FindServer(identity), server) << "the other host goes on with it";
+    EXPECT_EQ(FindServer(identity), server) << "the other host uses it";
     second.Leave();
     EXPECT_EQ(second.ExitCode(), 0u);
     EXPECT_EQ(FindServer(identity), server) << "it waits for the next host";

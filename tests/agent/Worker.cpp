@@ -38,16 +38,16 @@ public:
     }
 
 private:
-    /// No more than one server dies within a call, which is then asked of the next one.
+    /// At most one server dies within a call, which is then repeated at the next one.
     static bool Succeeded(const char* step, IdErrorCode code)
     {
         if (code == IdSuccess)
             return true;
-        std::fprintf(stderr, "worker %lu: %s answered %d\n", GetCurrentProcessId(), step, static_cast<int>(code));
+        std::fprintf(stderr, "worker %lu: %s returned %d\n", GetCurrentProcessId(), step, static_cast<int>(code));
         return false;
     }
 
-    /// Nobody signs out: who was signed in stays so.
+    /// Nobody signs out: the user stays signed in.
     bool LogIn()
     {
         int detail = -1;
@@ -86,7 +86,7 @@ private:
 
     bool Refresh()
     {
-        token_.clear(); // Which one it is by now is known once it is read.
+        token_.clear(); // The new one is known once it is read.
         const IdErrorCode code = client_.RefreshOAuth2Token(false);
         return (code == IdNotLoggedIn && !wasLoggedIn_) || Succeeded("RefreshOAuth2Token", code);
     }

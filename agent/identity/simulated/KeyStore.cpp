@@ -22,26 +22,26 @@ namespace {
 constexpr std::string_view KeyPurpose = "Kestrany.TALIX.SigningKey";
 constexpr std::size_t MaxFile = 64 * 1024;
 
-/// One process at a time looks whether there is a key, and makes it.
-class KeyTurn
+/// Held while a process looks for the key and creates it.
+class KeyLock
 {
 public:
-    KeyTurn() : mutex_(CreateMutexW(nullptr, FALSE, SessionObjectName("Key").c_str()))
+    KeyLock() : mutex_(CreateMutexW(nullptr, FALSE, SessionObjectName("Key").c_str()))
     {
         constexpr DWORD limit = 10'000;
         const DWORD result = mutex_ ? WaitForSingleObject(mutex_.get(), limit) : WAIT_FAILED;
         if (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED)
             throw std::runtime_error("the signing key is in use by another process");
     }
-    ~KeyTurn() { ReleaseMutex(mutex_.get()); }
-    KeyTurn(const KeyTurn&) = delete;
-    KeyTurn& operator=(const KeyTurn&) = delete;
+    ~KeyLock() { ReleaseMutex(mutex_.get()); }
+    KeyLock(const KeyLock&) = delete;
+    KeyLock& operator=(const KeyLock&) = delete;
 
 private:
     Handle mutex_;
 };
 
-/// Nothing where there is none yet. One that cannot be read, now or ever, is not replaced: tokens would not verify.
+/// nullopt if there is no key yet. A key that cannot be read is not replaced: issued tokens would no longer verify.
 std::optional<SigningKey> ReadKey(const std::wstring& file)
 {
     const std::optional<std::string> bytes = ReadFileWithin(file, MaxFile);
@@ -59,7 +59,7 @@ std::optional<SigningKey> ReadKey(const std::wstring& file)
     }
     catch (const std::invalid_argument&)
     {
-        // As one that cannot be read.
+        // Handled like bytes that cannot be decrypted.
     }
     throw std::runtime_error("the signing key in " + ToDisplay(file) +
                              " is damaged, or was not written by this user on this machine; restore it, or delete it: "
@@ -76,7 +76,7 @@ SigningKey MakeKey(const std::wstring& file, const LogSink& log)
     return key;
 }
 
-/// The public key as a JSON Web Key, with the members that its thumbprint (RFC 7638) is made of.
+/// The public key as a JSON Web Key, with exactly the members of its thumbprint (RFC 7638).
 Json::Value PublicKey(const SigningKey& key)
 {
     Json::Value object(Json::objectValue);
@@ -109,7 +109,7 @@ TokenSigner OpenSigningKey(const LogSink& log)
     if (SettingsFolder().empty())
         throw std::runtime_error("the user has no local application data");
     const std::wstring file = SettingsFolder() + L"\\signing-key.protected";
-    const KeyTurn turn;
+    const KeyLock lock;
     std::optional<SigningKey> read = ReadKey(file);
     const auto key = std::make_shared<const SigningKey>(read ? std::move(*read) : MakeKey(file, log));
     const Json::Value publicKey = PublicKey(*key);

@@ -6,9 +6,9 @@
 
 namespace Kestrany::Agent::Simulated {
 
-/// The user's signing key, made at the first time and kept in a file that only the user can read on this machine. Its
-/// public key is published as a JSON Web Key Set, the file simulator-jwks.json beside it. Throws std::runtime_error
-/// when there is one that cannot be read, and when none can be made.
+/// Opens the user's signing key. The first call creates it, in a file that only the user can read on this machine. The
+/// public key is published as a JSON Web Key Set, the file simulator-jwks.json beside it. Throws std::runtime_error if
+/// there is a key that cannot be read, and if none can be created.
 TokenSigner OpenSigningKey(const LogSink& log);
 
 } // namespace Kestrany::Agent::Simulated

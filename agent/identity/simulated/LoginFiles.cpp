@@ -14,7 +14,7 @@ namespace Kestrany::Agent::Simulated {
 namespace {
 
 constexpr std::string_view LoginPurpose = "Kestrany.TALIX.LoginState";
-constexpr std::size_t MaxFile = 4 * 1024 * 1024; // Twice what the longest texts make.
+constexpr std::size_t MaxFile = 4 * 1024 * 1024; // Twice the size that the longest texts lead to.
 
 } // namespace
 

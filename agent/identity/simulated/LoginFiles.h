@@ -10,11 +10,11 @@
 
 namespace Kestrany::Agent::Simulated {
 
-/// The logins of one identity in files that only the user can read on this machine. One process at a time has them.
+/// Keeps the logins of one identity in files that only the user can read on this machine. One process at a time may.
 class LoginFiles final : public LoginStorage
 {
 public:
-    /// Null for a name that is no identity, and while another process has its files.
+    /// Null for an invalid identity, and while another process keeps its logins.
     static std::unique_ptr<LoginFiles> Open(const std::string& identity, LogSink log);
     ~LoginFiles() override;
 

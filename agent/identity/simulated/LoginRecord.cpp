@@ -7,10 +7,10 @@ namespace Kestrany::Agent::Simulated {
 
 namespace {
 
-/// A later form gets another one: an older simulator then refuses what it does not understand.
+/// To be changed with the form: an older agent then refuses a record that it does not understand.
 constexpr char Format[] = "login-state-2";
 
-/// The clock counts finer than seconds, and must not overflow on a number that a file holds: far beyond any login.
+/// Far beyond any login. The clock counts fractions of seconds: a larger number from a file could overflow it.
 constexpr std::int64_t LastSecond = 4'102'444'800; // 2100-01-01
 
 Json::Value ToJson(TimePoint time)

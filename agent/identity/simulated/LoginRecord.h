@@ -19,7 +19,7 @@ struct ClientTokens
     Token id;
 };
 
-/// A login as it is kept beyond the process that made it. Times are whole seconds there.
+/// A login as it is stored beyond the process. Times are whole seconds.
 struct LoginRecord
 {
     std::string userId;
@@ -27,17 +27,17 @@ struct LoginRecord
     std::vector<ClientTokens> clients;
 };
 
-/// Whose record it is: a login is restored only where it was made for.
+/// Whose record it is: a login is restored only for its own identity and server.
 struct LoginOrigin
 {
     std::string identity; ///< Identity name of the server application.
     Server server;
 };
 
-/// The record as a text that names its origin.
+/// Writes the record as a text that names its origin.
 std::string WriteLoginRecord(const LoginRecord& record, const LoginOrigin& origin);
 
-/// Reads that text. Nothing where it is not one, or one of another origin; `problem` then says which.
+/// Parses that text. nullopt for any other text and for another origin; `problem` then says which.
 std::optional<LoginRecord> ReadLoginRecord(const std::string& text, const LoginOrigin& origin, std::string& problem);
 
 } // namespace Kestrany::Agent::Simulated

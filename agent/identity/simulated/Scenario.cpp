@@ -22,11 +22,11 @@ constexpr std::int64_t Day = 24 * 3600;
 constexpr std::int64_t MaxWait = 600;
 constexpr std::int64_t MaxLatency = 60'000;
 constexpr std::int64_t MaxCall = 1'000'000;
-/// A profile goes to hosts in one message, with the user's other texts.
+/// A profile has to fit one message, together with the user's other texts.
 constexpr std::size_t MaxProfileMembers = 256;
 constexpr std::size_t MaxProfileBytes = 64 * 1024;
 
-/// What is wrong, and where: `offset` is the byte in the text.
+/// An error and its place: `offset` is the byte in the text.
 struct ScenarioError
 {
     std::ptrdiff_t offset;
@@ -34,8 +34,8 @@ struct ScenarioError
     std::string cause;
 };
 
-/// The parser passes over a byte order mark without counting it, and so do editors.
-std::string WithoutMark(const std::string& contents)
+/// Without a byte order mark: neither the parser nor editors count it in columns.
+std::string WithoutByteOrderMark(const std::string& contents)
 {
     static const std::string mark = "\xEF\xBB\xBF";
     return contents.compare(0, mark.size(), mark) == 0 ? contents.substr(mark.size()) : contents;
@@ -50,7 +50,7 @@ std::string PlaceOf(const std::string& text, std::ptrdiff_t offset)
     return std::to_string(line) + ":" + std::to_string(before.size() - lineStart + 1);
 }
 
-/// The first message of the reader's, which has the form "* Line 1, Column 2\n  Cause\n".
+/// Rewords the parser's first message, which has the form "* Line 1, Column 2\n  Cause\n".
 std::string SyntaxProblem(const std::string& file, const std::string& messages)
 {
     int line = 1;
@@ -62,7 +62,7 @@ std::string SyntaxProblem(const std::string& file, const std::string& messages)
     return file + ":" + std::to_string(line) + ":" + std::to_string(column) + ": not valid JSON: " + cause;
 }
 
-/// Walks through the document, and throws ScenarioError at the first thing that does not belong there.
+/// Walks through the document. Throws ScenarioError at the first error.
 class ScenarioWalk
 {
 public:
@@ -148,7 +148,7 @@ private:
                      " Allowed here: " + Enumerated(allowed));
         }
     }
-    /// The parser keeps the places of values; a key stands before its value.
+    /// The place of a key, which stands before its value: the parser keeps the places of values only.
     std::ptrdiff_t KeyOffset(const Json::Value& value, const std::string& key) const
     {
         const std::ptrdiff_t offset = value.getOffsetStart();
@@ -261,7 +261,7 @@ private:
         AllowKeys(value, "login", {"behavior", "user", "waitSeconds", "lifetimeSeconds"});
         if (const Json::Value* behavior = Find(value, "behavior"))
         {
-            static const Names names = {"accept", "refuse", "cancel", "wait"}; // in the enumeration's order
+            static const Names names = {"accept", "refuse", "cancel", "wait"}; // In the order of the enumeration.
             const std::string name = Choice(*behavior, "login.behavior", names);
             scenario.login = static_cast<LoginBehavior>(std::find(names.begin(), names.end(), name) - names.begin());
         }
@@ -352,7 +352,7 @@ const std::vector<std::string>& FaultyOperations()
 
 std::optional<Scenario> ReadScenario(const std::string& contents, const std::string& file, std::string& problem)
 {
-    const std::string text = WithoutMark(contents);
+    const std::string text = WithoutByteOrderMark(contents);
     if (const std::size_t good = WellFormedSize(text); good != text.size())
     {
         problem = file + ":" + PlaceOf(text, static_cast<std::ptrdiff_t>(good)) +
@@ -361,8 +361,8 @@ std::optional<Scenario> ReadScenario(const std::string& contents, const std::str
     }
     Json::CharReaderBuilder settings;
     Json::CharReaderBuilder::strictMode(&settings.settings_);
-    settings["skipBom"] = false;    // One was taken away, and there is no second.
-    settings["strictRoot"] = false; // What the document is, is checked below, with a place.
+    settings["skipBom"] = false;    // The first one is removed above; a second one is an error.
+    settings["strictRoot"] = false; // The type of the root is checked below, with its place.
     try
     {
         const std::unique_ptr<Json::CharReader> reader(settings.newCharReader());
@@ -381,7 +381,7 @@ std::optional<Scenario> ReadScenario(const std::string& contents, const std::str
     }
     catch (const std::exception&)
     {
-        // The reader throws where a document nests deeper than its limit.
+        // The parser throws if a document nests deeper than its limit.
         problem = file + ":1:1: not valid JSON: it is nested too deeply";
     }
     return std::nullopt;

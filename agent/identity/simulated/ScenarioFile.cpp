@@ -24,7 +24,7 @@ std::wstring FileBesideExecutable()
 bool Exists(const std::wstring& file)
 {
     const DWORD attributes = GetFileAttributesW(file.c_str());
-    // What cannot be looked at is read all the same, to say why not.
+    // A file that exists but cannot be accessed counts: reading it then reports the error.
     return attributes != INVALID_FILE_ATTRIBUTES ||
            (GetLastError() != ERROR_FILE_NOT_FOUND && GetLastError() != ERROR_PATH_NOT_FOUND);
 }
@@ -33,7 +33,7 @@ bool Exists(const std::wstring& file)
 
 ScenarioChoice ChooseScenario()
 {
-    // A file that was named must be there; the one beside the executable may be.
+    // A named file must exist; the one beside the executable is optional.
     if (const std::wstring named = EnvironmentText(ScenarioVariable); !named.empty())
         return LoadScenario(named);
     if (const std::wstring beside = FileBesideExecutable(); Exists(beside))

@@ -8,18 +8,18 @@
 
 namespace Kestrany::Agent::Simulated {
 
-/// The scenario that a server process plays: what the file says that the environment variable PELLWICK_SCENARIO names,
-/// else Pellwick.scenario.json beside the executable, else the built-in one.
+/// The scenario of a server process: the file that the environment variable PELLWICK_SCENARIO names, else
+/// Pellwick.scenario.json beside the executable, else the built-in one.
 struct ScenarioChoice
 {
-    std::optional<Scenario> scenario; ///< None where a file is there, and wrong.
+    std::optional<Scenario> scenario; ///< nullopt if there is a file that is wrong.
     std::wstring file;                ///< Empty for the built-in one.
     std::string problem;              ///< What is wrong with the file.
 };
 
 ScenarioChoice ChooseScenario();
 
-/// Reads one file.
+/// Reads one scenario file.
 ScenarioChoice LoadScenario(const std::wstring& file);
 
 } // namespace Kestrany::Agent::Simulated

@@ -11,7 +11,7 @@ namespace Kestrany::Agent::Simulated {
 /// The origin of a server's addresses and tokens: scheme and domain.
 std::string ServerOrigin(Server server);
 
-/// The address that opens `target` for the bearer of `ticket`.
+/// The address that opens `target` in the session that `ticket` stands for.
 std::string SessionAddress(Server server, const std::string& target, std::uint16_t flag, const std::string& ticket);
 
 } // namespace Kestrany::Agent::Simulated

@@ -6,7 +6,7 @@
 
 namespace Kestrany::Agent::Simulated {
 
-/// Bytes before the first one that belongs to no character; all of them for a text that is well-formed UTF-8.
+/// Bytes before the first ill-formed sequence; the size of the text if it is well-formed UTF-8.
 std::size_t WellFormedSize(std::string_view text);
 
 /// Characters (code points) of a text that is well-formed UTF-8.

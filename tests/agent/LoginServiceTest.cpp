@@ -2,9 +2,10 @@
 
 #include <json/json.h>
 
+#include "identity/LoginService.h"
 #include "identity/simulated/Scenario.h"
 
-namespace Kestrany::Agent::Simulated {
+namespace Kestrany::Agent {
 
 namespace {
 
@@ -19,7 +20,7 @@ Json::Value Parse(const std::string& text)
 
 TEST(AccountTest, TheProfileHoldsEveryAttributeButTheSecret)
 {
-    Account account = DefaultAccounts().front();
+    Account account = Simulated::DefaultAccounts().front();
     account.displayName = "Zo\xC3\xAB \"Z\" \\ \n";
     const std::string text = ProfileJson(account);
     const Json::Value profile = Parse(text);
@@ -35,11 +36,36 @@ TEST(AccountTest, TheProfileHoldsEveryAttributeButTheSecret)
 
 TEST(AccountTest, TheDefaultUserIsKnownForASimulatedOne)
 {
-    const Account sam = DefaultAccounts().front();
+    const Account sam = Simulated::DefaultAccounts().front();
     EXPECT_NE(sam.userName.find("simulator"), std::string::npos);
     EXPECT_NE(sam.displayName.find("simulator"), std::string::npos);
 }
 
+TEST(ServerNamesTest, OnlyKnownServersHaveNames)
+{
+    EXPECT_EQ(ServerName(TALIX_SERVER_PRODUCTION), "production");
+    EXPECT_EQ(ServerName(TALIX_SERVER_STAGING), "staging");
+    EXPECT_EQ(ServerName(TALIX_SERVER_DEVELOPMENT), "development");
+    EXPECT_EQ(ServerName(TALIX_SERVER_UNAVAILABLE), "");
+    EXPECT_EQ(ServerName(static_cast<Server>(3)), "");
+}
+
+TEST(ServerNamesTest, NamesAreCaseSensitive)
+{
+    for (const Server server : Servers)
+        EXPECT_EQ(ServerOfName(ServerName(server)), server);
+    for (const char* other : {"", "Production", "production ", "prod", "0"})
+        EXPECT_EQ(ServerOfName(other), TALIX_SERVER_UNAVAILABLE) << other;
+}
+
+TEST(WebAddressTest, WebAddressesNameAHostOverHttp)
+{
+    EXPECT_TRUE(IsWebAddress("https://a"));
+    EXPECT_TRUE(IsWebAddress("http://a/b"));
+    for (const char* other : {"", "https://", "https:///a", "http:/a", "HTTPS//a", "javascript:alert(1)", "ahttps://b"})
+        EXPECT_FALSE(IsWebAddress(other)) << other;
+}
+
 } // namespace
 
-} // namespace Kestrany::Agent::Simulated
+} // namespace Kestrany::Agent
