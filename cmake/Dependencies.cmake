@@ -1,4 +1,4 @@
-# Libraries that the product is built from. Which supply they come from (.deps, Debian, vcpkg) is the preset's matter.
+# The libraries that the product is built with. The preset decides where they come from: .deps, Debian or vcpkg.
 
 set(Boost_USE_STATIC_LIBS ON)
 if(WIN32)

@@ -1,6 +1,6 @@
 # orlindex_discover_tests(<target> [<option of gtest_discover_tests>...]): one CTest test for each test of a GoogleTest
-# program. The program is asked for its tests before a test run, not while it is built: there a busy machine would fail the
-# build, and every test with it.
+# program. CTest asks the program for its tests before a test run, not during the build: on a busy machine, a time-out during
+# the build would fail the build and every test with it.
 
 include(GoogleTest)
 

@@ -1,9 +1,9 @@
-# JsonCpp::JsonCpp, compiled as part of this build: a sanitizer sees, and a fuzzer is led by, instrumented code only.
+# JsonCpp::JsonCpp, compiled as part of this build: sanitizers only check instrumented code, and only such code guides a fuzzer.
 
 file(GLOB archive "${PROJECT_SOURCE_DIR}/.deps/downloads/libjsoncpp_*.orig.tar.*")
 list(LENGTH archive count)
 if(NOT count EQUAL 1)
-    message(FATAL_ERROR "${count} archives of JsonCpp's sources in .deps/downloads, one is needed: run scripts/setup.sh --clean")
+    message(FATAL_ERROR ".deps/downloads contains ${count} archives of JsonCpp's sources instead of one: run scripts/setup.sh --clean")
 endif()
 
 set(folder "${PROJECT_BINARY_DIR}/jsoncpp")

@@ -1,7 +1,7 @@
-# orlindex_collect_licenses(<folder>): the licence texts of what is linked into the binaries, taken from the sources and
-# packages that these come from, and a list of them. Answers with ORLINDEX_MISSING_LICENSES those that are not at hand.
+# orlindex_collect_licenses(<folder>): copies the licence texts of what is linked into the binaries from its sources and
+# packages, and writes a list of them. Sets ORLINDEX_MISSING_LICENSES to the names of the texts that were not found.
 
-# One text: from the first of these that is there. FILES are plain; ARCHIVE holds MEMBER.
+# Copies one text, from the first source that exists: plain FILES, or MEMBER of ARCHIVE.
 function(orlindex_collect_license folder name)
     cmake_parse_arguments(PARSE_ARGV 2 TEXT "" "ARCHIVE;MEMBER" "FILES")
     set(target "${folder}/${name}.txt")
@@ -13,7 +13,7 @@ function(orlindex_collect_license folder name)
     endforeach()
     file(GLOB archive "${TEXT_ARCHIVE}")
     if(TEXT_ARCHIVE AND archive)
-        # GNU tar stops at the member; CMake's own reader would unpack an archive of half a gigabyte to its end.
+        # GNU tar stops after the member. CMake's own reader would unpack the whole archive of half a gigabyte.
         execute_process(COMMAND tar -xOf "${archive}" --wildcards --no-wildcards-match-slash --occurrence=1 "${TEXT_MEMBER}"
             RESULT_VARIABLE status OUTPUT_FILE "${target}" ERROR_VARIABLE output)
         if(status EQUAL 0)

@@ -1,11 +1,12 @@
-# orlindex_msvc_import_library(<target>): an import library for Microsoft's linker beside the one of mingw-w64, with the
-# flat functions: the classes' names are those of another compiler. Sets ORLINDEX_MSVC_IMPORT_LIBRARY.
+# orlindex_msvc_import_library(<target>): makes an import library for Microsoft's linker beside the one of mingw-w64. It only
+# contains the flat functions, because the names of the classes are those of another compiler. Sets
+# ORLINDEX_MSVC_IMPORT_LIBRARY.
 
 find_program(ORLINDEX_LLVM_DLLTOOL llvm-dlltool DOC "Makes import libraries for Microsoft's linker")
 
 function(orlindex_msvc_import_library target)
     if(NOT ORLINDEX_LLVM_DLLTOOL)
-        message(STATUS "There is no llvm-dlltool: no import library for Microsoft's linker is made")
+        message(STATUS "llvm-dlltool was not found: the build makes no import library for Microsoft's linker")
         return()
     endif()
     if(CMAKE_SIZEOF_VOID_P EQUAL 8)

@@ -1,15 +1,16 @@
-# What an installation holds, for `cmake --install` and for the archive that `cpack` writes: a kit for host developers
-# that works from any folder.
+# The content of an installation, for `cmake --install` and for the archive that `cpack` writes: a kit for host developers that
+# works in any folder.
 #
 #     bin/          Orlindex.dll, and the diagnostic tool
 #     lib/          import libraries, cmake/Orlindex and pkgconfig
 #     include/      headers
-#     plugin/       the headers of the plugin contract, which include each other as in src/
+#     plugin/       the headers of the plugin contract, with the same relative paths as in src/
 #     agent/        the sign-in agent's files in one folder, as a server installation, and a host's configuration; left out
 #                   where the library would refuse its module, which is signed below the build tree's own root
 #     examples/     sources, which find the library by find_package(Orlindex)
 #     docs/         guides, schemas and the reference
-#     licenses/     texts of what is linked in
+#     licenses/     licence texts of what is linked in
+#     LICENSE       licence of Orlindex
 #     README.md     what is where
 
 include(CMakePackageConfigHelpers)
@@ -25,7 +26,7 @@ if(TARGET orlindex_msvc_import)
     install(FILES "${ORLINDEX_MSVC_IMPORT_LIBRARY}" DESTINATION lib)
 endif()
 
-# Which compilers' classes are in the library: the name of the variable that CMake sets for them.
+# The compiler whose classes the library contains, as the name of the variable that CMake sets for it.
 set(ORLINDEX_CLASSES_OF MINGW)
 if(MSVC)
     set(ORLINDEX_CLASSES_OF MSVC)
@@ -33,13 +34,13 @@ endif()
 set(ORLINDEX_IMPORT_LIBRARY "${CMAKE_IMPORT_LIBRARY_PREFIX}Orlindex${CMAKE_IMPORT_LIBRARY_SUFFIX}")
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/package/OrlindexConfig.cmake.in"
     "${PROJECT_BINARY_DIR}/package/OrlindexConfig.cmake" INSTALL_DESTINATION lib/cmake/Orlindex)
-# A host needs what it was written for or more: within one major version nothing is taken away.
+# A host needs the version that it was written for or a later one: within a major version, nothing is removed.
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/package/OrlindexConfigVersion.cmake"
     VERSION "${PROJECT_VERSION}" COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/package/OrlindexConfig.cmake"
     "${PROJECT_BINARY_DIR}/package/OrlindexConfigVersion.cmake" DESTINATION lib/cmake/Orlindex)
 if(MINGW)
-    # By its file name: for -lOrlindex a static link passes over import libraries, and would take Orlindex.lib.
+    # The file name is needed: with -lOrlindex, a static link ignores import libraries and would use Orlindex.lib.
     set(ORLINDEX_LINK_LIBRARY "-l:${ORLINDEX_IMPORT_LIBRARY}")
 else()
     set(ORLINDEX_LINK_LIBRARY -lOrlindex)
@@ -56,7 +57,7 @@ if(ORLINDEX_BUILD_AGENT AND NOT ORLINDEX_OWN_TRUST)
     message(STATUS "The sign-in agent is left out of the kit: its module is signed within this build tree, and this build "
         "trusts another root or other signers")
 elseif(ORLINDEX_BUILD_AGENT)
-    # The signed module, not the target's own file.
+    # The signed module, not the unsigned file of the target.
     install(TARGETS agent_server RUNTIME DESTINATION agent)
     install(FILES "${PROJECT_BINARY_DIR}/agent/PellwickClient.dll"
         "${PROJECT_BINARY_DIR}/agent/TALIXVersionCompatibility.config" DESTINATION agent)
@@ -69,16 +70,16 @@ endif()
 
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION . PATTERN ".*" EXCLUDE)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION . PATTERN ".*" EXCLUDE PATTERN Doxyfile EXCLUDE)
-install(FILES "${PROJECT_SOURCE_DIR}/cmake/package/README.md" DESTINATION .)
+install(FILES "${PROJECT_SOURCE_DIR}/cmake/package/README.md" "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION .)
 orlindex_collect_licenses("${PROJECT_BINARY_DIR}/package/licenses")
 if(ORLINDEX_MISSING_LICENSES)
-    # An archive without them must not leave the house: the installation fails, the build goes on.
+    # Nobody must ship an archive without them: the installation fails, the build does not.
     list(JOIN ORLINDEX_MISSING_LICENSES ", " missing)
-    install(CODE "message(FATAL_ERROR \"The licence texts of ${missing} are not at hand (cmake/Licenses.cmake says where \
-they are looked for). Run scripts/setup.sh, then configure again.\")")
+    install(CODE "message(FATAL_ERROR \"The licence texts of ${missing} were not found (cmake/Licenses.cmake says where it \
+looks). Run scripts/setup.sh, then configure again.\")")
 endif()
 install(DIRECTORY "${PROJECT_BINARY_DIR}/package/licenses" DESTINATION .)
-# Last: it looks at what is there.
+# The last step, because it looks at the installed files.
 install(CODE "set(SOURCE [[${PROJECT_SOURCE_DIR}]])")
 install(SCRIPT "${PROJECT_SOURCE_DIR}/cmake/package/InstallPages.cmake")
 

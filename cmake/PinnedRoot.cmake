@@ -1,7 +1,7 @@
-# Whom the product trusts, as build data: the SHA-256 of the pinned root certificate and the names of the signers.
-# Writes <build>/generated/BuildData.h and sets
-#   ORLINDEX_DEVELOPMENT_ROOT   the pinned root is this build tree's own
-#   ORLINDEX_OWN_TRUST          modules signed within this build tree are accepted: its own root, and the usual names
+# Trust as build data: the SHA-256 of the pinned root certificate and the names of the signers. Writes
+# <build>/generated/BuildData.h and sets
+#   ORLINDEX_DEVELOPMENT_ROOT   the pinned root is the one of this build tree
+#   ORLINDEX_OWN_TRUST          the build accepts modules that are signed in this build tree: its own root, the default names
 #   ORLINDEX_PINNED_ROOT_SHA256 the digest in hexadecimal digits
 
 set(ORLINDEX_PINNED_ROOT "" CACHE FILEPATH
@@ -12,8 +12,8 @@ set(ORLINDEX_SIGNERS "${orlindexDefaultSigners}" CACHE STRING
 
 find_program(ORLINDEX_OPENSSL openssl DOC "OpenSSL's command line tool")
 if(NOT ORLINDEX_OPENSSL)
-    message(FATAL_ERROR "openssl was not found, which reads and makes certificates. Install it (scripts/setup.sh does on "
-        "Debian; Git for Windows brings one), or name it with -DORLINDEX_OPENSSL=<program>.")
+    message(FATAL_ERROR "openssl was not found. The build needs it to read and make certificates. Install it (on Debian, "
+        "scripts/setup.sh does; Git for Windows contains it), or name it with -DORLINDEX_OPENSSL=<program>.")
 endif()
 
 # Checks ORLINDEX_PINNED_ROOT and writes its DER form.
@@ -26,7 +26,7 @@ function(orlindex_read_pinned_root der)
     endif()
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${file}")
 
-    # One form for the checks below, whatever was given.
+    # The checks below need one form.
     set(pem "${der}.pem")
     execute_process(COMMAND "${ORLINDEX_OPENSSL}" x509 -in "${file}" -out "${pem}"
         RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
@@ -36,7 +36,7 @@ function(orlindex_read_pinned_root der)
     file(STRINGS "${file}" beginnings REGEX "-----BEGIN.* CERTIFICATE-----")
     list(LENGTH beginnings count)
     if(count GREATER 1)
-        message(FATAL_ERROR "ORLINDEX_PINNED_ROOT holds ${count} certificates, and one is pinned: ${file}\n" ${wayOut})
+        message(FATAL_ERROR "ORLINDEX_PINNED_ROOT holds ${count} certificates instead of one: ${file}\n" ${wayOut})
     endif()
     execute_process(COMMAND "${ORLINDEX_OPENSSL}" verify -CAfile "${pem}" -check_ss_sig -no_check_time "${pem}"
         RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
@@ -49,26 +49,26 @@ endfunction()
 
 function(orlindex_check_signers)
     if(NOT ORLINDEX_SIGNERS)
-        message(FATAL_ERROR "ORLINDEX_SIGNERS is empty: no plugin module could ever be loaded. Give the names of the "
-            "accepted signers, separated by semicolons.")
+        message(FATAL_ERROR "ORLINDEX_SIGNERS is empty: the library could not load any plugin module. Name the accepted "
+            "signers, separated by semicolons.")
     endif()
     foreach(signer IN LISTS ORLINDEX_SIGNERS)
-        # Names are compared byte for byte with what the system gives in its ANSI code page. An empty one would accept a
-        # certificate without a name, and one with an escaped semicolon would come apart into such names.
+        # Names are compared byte for byte with the system's text in its ANSI code page. An empty name would accept a
+        # certificate without a name. A name with an escaped semicolon would be split into such names.
         if(NOT signer MATCHES "^[ -:<-~]+$")
             message(FATAL_ERROR "ORLINDEX_SIGNERS holds a name that is empty or not plain ASCII: '${signer}'")
         endif()
     endforeach()
 endfunction()
 
-# Sets the parts of BuildData.h.in from a root's DER file.
+# Writes BuildData.h for the DER file of a root.
 function(orlindex_write_build_data der)
     file(SHA256 "${der}" digest)
     set(ORLINDEX_PINNED_ROOT_SHA256 "${digest}" PARENT_SCOPE)
     string(REGEX REPLACE "(..)" "0x\\1, " PINNED_ROOT_BYTES "${digest}")
     string(REGEX REPLACE ", $" "" PINNED_ROOT_BYTES "${PINNED_ROOT_BYTES}")
 
-    # Each name is a literal of its own, so that no digit can follow its \0. The last NUL is the literal's own.
+    # Each name is a separate literal, so that no digit can follow its \0. The last literal ends with its own NUL.
     set(TRUSTED_SIGNERS ${ORLINDEX_SIGNERS})
     list(TRANSFORM TRUSTED_SIGNERS REPLACE "([\\\"])" "\\\\\\1")
     list(JOIN TRUSTED_SIGNERS "\\0\"\n    \"" TRUSTED_SIGNERS)
@@ -94,9 +94,9 @@ if(ORLINDEX_PINNED_ROOT)
 else()
     set(ORLINDEX_DEVELOPMENT_ROOT ON)
     orlindex_write_build_data("${ORLINDEX_SIGNING_FOLDER}/root.der")
-    message(WARNING "DEVELOPMENT ROOT: this build accepts modules that are signed below a root of its own, whose key lies "
-        "in ${ORLINDEX_SIGNING_FOLDER}. Do not ship it: for a build to ship, name the maker's root certificate with "
-        "-DORLINDEX_PINNED_ROOT=<file>.")
+    message(WARNING "DEVELOPMENT ROOT: this build accepts modules that are signed below its own root. The key of this root "
+        "is in ${ORLINDEX_SIGNING_FOLDER}. Do not ship this build. To make a build for shipping, name the maker's root "
+        "certificate with -DORLINDEX_PINNED_ROOT=<file>.")
 endif()
 
 if(ORLINDEX_DEVELOPMENT_ROOT AND "${ORLINDEX_SIGNERS}" STREQUAL "${orlindexDefaultSigners}")

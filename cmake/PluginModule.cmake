@@ -1,8 +1,8 @@
 # orlindex_add_plugin(<target> SOURCES <file>... [DEFINITIONS <definition>...] [SYMBOL 64|32|none])
 #
-# A client plugin module: a DLL whose sources define `ISSOClientFactory* GetSSOClientFactory()` in the global namespace.
-# Its one export is that function under the name that a process looks up: decorated for 64 bit or for 32 bit (the default
-# is that of the build), or no export at all. A module definition file names it, as mingw-w64 decorates in another way.
+# Builds a client plugin module: a DLL whose sources define `ISSOClientFactory* GetSSOClientFactory()` in the global namespace.
+# The DLL exports only this function, under the name that a 64-bit or a 32-bit process looks up (the default is that of the
+# build), or nothing. A module definition file sets the name, because mingw-w64 decorates names in another way.
 
 function(orlindex_add_plugin target)
     cmake_parse_arguments(PARSE_ARGV 1 PLUGIN "" "SYMBOL" "SOURCES;DEFINITIONS")
@@ -36,10 +36,10 @@ function(orlindex_add_plugin target)
     target_compile_definitions(${target} PRIVATE ${PLUGIN_DEFINITIONS})
     target_link_libraries(${target} PRIVATE orlindex orlindex_plugin_contract orlindex_warnings)
     if(MINGW)
-        # A module that exports nothing would otherwise export everything.
+        # Without this, a module without exports would export everything.
         target_link_options(${target} PRIVATE -Wl,--exclude-all-symbols)
     endif()
-    # Unsigned yet: away from the programs, where a module might be found by accident.
+    # The module is not signed yet. A program must not find it by accident, so it is in a separate folder.
     set_target_properties(${target} PROPERTIES PREFIX ""
         RUNTIME_OUTPUT_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/unsigned"
         ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/unsigned")

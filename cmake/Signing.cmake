@@ -1,16 +1,16 @@
-# orlindex_sign(<target> OUTPUT <file> SIGNER <signer> [SECOND <signer>]): signs a target's file into OUTPUT, as part of
-# the default build. SECOND adds a second signature beside the first.
+# orlindex_sign(<target> OUTPUT <file> SIGNER <signer> [SECOND <signer>]): signs the file of a target and writes OUTPUT, as part
+# of the default build. SECOND adds a second signature beside the first.
 #
-# Signers are the certificates that cmake/signing/Certificates.cmake makes for this build tree; the digest of the file
-# is SHA-256. The tool, ORLINDEX_OSSLSIGNCODE, is looked for by the project, whose options depend on it.
+# Signers are the certificates that cmake/signing/Certificates.cmake makes for this build tree. The digest of the file is
+# SHA-256. The top-level CMakeLists.txt looks for the tool, ORLINDEX_OSSLSIGNCODE, because its options depend on it.
 
 function(orlindex_sign target)
     cmake_parse_arguments(PARSE_ARGV 1 SIGN "" "OUTPUT;SIGNER;SECOND" "")
     if(NOT SIGN_OUTPUT OR NOT SIGN_SIGNER)
-        message(FATAL_ERROR "orlindex_sign(${target}): OUTPUT and SIGNER are both needed")
+        message(FATAL_ERROR "orlindex_sign(${target}): OUTPUT and SIGNER are required")
     endif()
     if(NOT ORLINDEX_OSSLSIGNCODE)
-        message(FATAL_ERROR "osslsigncode was not found, which signs plugin modules. Install it (scripts/setup.sh does "
+        message(FATAL_ERROR "osslsigncode was not found. The build needs it to sign plugin modules. Install it (scripts/setup.sh does "
             "on Debian), or leave the modules out: -DORLINDEX_BUILD_AGENT=OFF -DORLINDEX_BUILD_TESTS=OFF.")
     endif()
     set(key "${ORLINDEX_SIGNING_FOLDER}/signer.key")

@@ -1,6 +1,6 @@
-# Keeps Orlindex.dll below the size that tests/package bounds: hosts ship it, and none of its work is worth the code that
-# CMake's default -O3 unrolls. What nothing refers to is left out, and so is the runtime's printer of uncaught exceptions
-# (src/base/TerminateHandler.cpp).
+# Keeps Orlindex.dll below the bound in tests/package. Hosts ship the DLL, and none of its work needs the code that CMake's
+# default -O3 unrolls. The linker removes code that nothing refers to. The runtime's printer of uncaught exceptions is
+# replaced (src/base/TerminateHandler.cpp).
 
 if(MINGW)
     foreach(language C CXX)
@@ -10,7 +10,8 @@ if(MINGW)
     add_link_options($<$<CONFIG:Release>:-Wl,--gc-sections>)
 endif()
 
-# orlindex_build_for_size(<target> <regular expression> [<source>...]): the target's sources that match, but those named.
+# orlindex_build_for_size(<target> <regular expression> [<source>...]): builds the matching sources of the target for size, except
+# for the named ones.
 function(orlindex_build_for_size target pattern)
     if(MINGW)
         get_target_property(sources ${target} SOURCES)

@@ -1,8 +1,8 @@
 # orlindex_ucrt_string: takes strcpy_s from the UCRT.
 #
-# A text that does not fit calls the invalid-parameter handler of the runtime that holds strcpy_s. Hosts run on the
-# UCRT and install theirs there; mingw-w64's default runtime, msvcrt, never calls one. So in its builds this one
-# function comes from the UCRT. Microsoft's compiler builds on the UCRT as a whole.
+# If a text does not fit, strcpy_s calls the invalid-parameter handler of its own runtime. Hosts use the UCRT and install their
+# handler there. The default runtime of mingw-w64, msvcrt, never calls a handler. In builds with mingw-w64, this one function
+# therefore comes from the UCRT. Builds with Microsoft's compiler use the UCRT for everything.
 
 add_library(orlindex_ucrt_string INTERFACE)
 if(MINGW)
@@ -16,6 +16,6 @@ if(MINGW)
         VERBATIM)
     add_custom_target(orlindex_ucrt_import DEPENDS "${library}")
     add_dependencies(orlindex_ucrt_string orlindex_ucrt_import)
-    # Before the runtime's own libraries, which the compiler driver puts last: the first definition wins.
+    # The compiler driver puts the runtime's libraries last, so this one comes before them, and the first definition wins.
     target_link_libraries(orlindex_ucrt_string INTERFACE "${library}")
 endif()

@@ -1,5 +1,5 @@
-# orlindex_version_resource(<target> <description> [TRUST]): gives a Windows binary its version record. With TRUST it says
-# which root and which signers the binary accepts: builds of one version may differ in them.
+# orlindex_version_resource(<target> <description> [TRUST]): adds the version record to a Windows binary. With TRUST, the record
+# names the root and the signers that the binary accepts, because builds of one version may differ in them.
 
 function(orlindex_version_resource target description)
     cmake_parse_arguments(PARSE_ARGV 2 arg "TRUST" "" "")
@@ -19,7 +19,7 @@ function(orlindex_version_resource target description)
     set(VERSION_DESCRIPTION "${description}")
     set(VERSION_FLAGS 0)
     set(VERSION_SPECIAL_BUILD "")
-    # A binary that trusts a root whose key lies in a build tree must be known by its properties page.
+    # The properties page must show that a binary trusts a root whose key is in a build tree.
     if(ORLINDEX_DEVELOPMENT_ROOT)
         string(APPEND VERSION_DESCRIPTION " (development root)")
         set(VERSION_FLAGS VS_FF_SPECIALBUILD)
@@ -27,7 +27,7 @@ function(orlindex_version_resource target description)
     endif()
     set(VERSION_TRUST "")
     if(arg_TRUST)
-        # A backslash and a quotation mark stand for themselves where they are doubled.
+        # A backslash and a quotation mark must be doubled.
         string(REGEX REPLACE "([\\\"])" "\\1\\1" signers "${ORLINDEX_SIGNERS}")
         string(CONCAT VERSION_TRUST
             "VALUE \"PinnedRootSha256\", \"${ORLINDEX_PINNED_ROOT_SHA256}\"\n"

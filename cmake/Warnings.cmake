@@ -1,4 +1,4 @@
-# orlindex_warnings: what every target of this project links for its diagnostics.
+# orlindex_warnings: the warning options of every target of this project.
 
 option(ORLINDEX_WARNINGS_AS_ERRORS "A warning ends the build" OFF)
 
@@ -6,7 +6,7 @@ add_library(orlindex_warnings INTERFACE)
 if(MSVC)
     target_compile_options(orlindex_warnings INTERFACE /W4 /permissive- /utf-8 /Zc:__cplusplus
         $<$<BOOL:${ORLINDEX_WARNINGS_AS_ERRORS}>:/WX>)
-    # The standard's own sscanf and getenv draw C4996 without it.
+    # Without it, sscanf and getenv of the standard library cause the warning C4996.
     target_compile_definitions(orlindex_warnings INTERFACE _CRT_SECURE_NO_WARNINGS)
 else()
     target_compile_options(orlindex_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow

@@ -1,17 +1,17 @@
 #!/usr/bin/env bash
 # Measures the library against its floor: scripts/bench.sh [--quick] [--build-dir FOLDER]
 #
-# Builds the release with its benchmarks, installs the library, a plugin module that does nothing, and hand-written
-# programs that do the same without the library (the floor) in a throw-away Wine prefix, and measures both in turn. Prints
-# one table, and where the time of a first start goes; writes build/bench/results.json. What is measured, and how to read
-# it, stands in docs/performance.md.
+# Builds the release with its benchmarks. Installs the library, a plugin module that does nothing, and hand-written programs
+# that do the same work without the library (the floor) in a temporary Wine prefix, and measures both alternately. Prints one
+# table and the parts of the first start-up, and writes build/bench/results.json. docs/performance.md says what is measured
+# and how to read it.
 #
-# What missed its bound is measured again, at most twice: what counts is the best of the (up to) three measurements, as
-# other programs on the machine can make one slower, never faster. Ends with 0 only when every bound was reached.
+# A measurement that misses its bound is repeated, at most twice. The best of the (up to) three measurements counts: other
+# programs on the machine can make one slower, but not faster. The exit code is 0 only if every bound was met.
 #
-#   --quick              fewer repetitions, about 10 seconds, and wider bounds for what only many repetitions settle
-#   --build-dir FOLDER   measures what FOLDER holds, builds nothing
-#   --help               this text
+#   --quick              fewer repetitions, about 10 seconds, and wider bounds where few repetitions leave much noise
+#   --build-dir FOLDER   measures the build in FOLDER and builds nothing
+#   --help               prints this text
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -29,10 +29,10 @@ while [ $# -gt 0 ]; do
         --quick) quick=--quick ;;
         --build-dir)
             build=${2:-}
-            [ -d "$build" ] || fail "--build-dir names no folder: '$build'" "it takes the folder of a build, such as build/release"
+            [ -d "$build" ] || fail "--build-dir does not name a folder: '$build'" "name the folder of a build, such as build/release"
             shift
             ;;
-        *) fail "unknown argument: $1" "scripts/bench.sh --help shows what there is" ;;
+        *) fail "unknown argument: $1" "scripts/bench.sh --help prints the options" ;;
     esac
     shift
 done
@@ -40,9 +40,9 @@ done
 results=$root/build/bench
 runs=3
 
-# on_one_processor COMMAND...: what the command starts runs on one processor. A start asks Wine's server some thirty times.
-# Where the server shares the processor, each is a switch; where it does not, each wakes another processor, which on a
-# virtual machine takes longer than all that either side does.
+# on_one_processor COMMAND...: everything that the command starts runs on one processor. A start-up makes about thirty requests
+# to Wine's server. On one processor, a request is a context switch. On two, it wakes the other processor, which takes longer
+# on a virtual machine than the work of both sides.
 on_one_processor()
 {
     local processors
@@ -56,11 +56,11 @@ on_one_processor()
 build_release()
 {
     bash "$root/scripts/setup.sh"
-    configure_preset mingw-release "$root/build/release" || fail "the configuration failed" "its messages stand above"
-    build_preset mingw-release benchmarks || fail "the build failed" "its messages stand above"
+    configure_preset mingw-release "$root/build/release" || fail "the configuration failed" "see the messages above"
+    build_preset mingw-release benchmarks || fail "the build failed" "see the messages above"
 }
 
-# install_host FOLDER CONFIG: the library, and the programs that measure it.
+# install_host FOLDER CONFIG: installs the library and the programs that measure it.
 install_host()
 {
     mkdir -p "$1"
@@ -81,14 +81,14 @@ install()
     site="$WINEPREFIX/drive_c/Orlindex benchmarks"
     install_server "$site/server"
     install_host "$site/host" '{"ssoServer": {"bundleId": "com.kestrany.bench", "searchPaths": ""}}'
-    # Finds a server application before the registered one, and no version compatibility file beside it.
+    # This host finds a server application before the registered one, without a version compatibility file beside it.
     mkdir -p "$site/empty"
     printf 'a file to be found\n' >"$site/empty/Pellwick.exe"
     install_host "$site/host-without-plugin" '{"ssoServer": {"searchPaths": "%ExePath%/../empty"}}'
 }
 
-# measure RUN NAME FOLDER PROGRAM PATTERN [OPTIONS...]: runs those of the program's benchmarks that are to be measured: in
-# the first run all, then the missed ones among those whose names the pattern matches.
+# measure RUN NAME FOLDER PROGRAM PATTERN [OPTIONS...]: runs benchmarks of a program. The first run measures all. Later runs
+# measure the ones that missed their bound and whose names match the pattern.
 measure()
 {
     local report=run-$1-$2.json folder=$site/$3 program=$4 pattern=$5 output=$results/output.txt filter=.
@@ -98,7 +98,7 @@ measure()
         [ -n "$filter" ] || return 0
         filter="^($filter)/"
     fi
-    # Its own table would repeat ours; what it says counts where it fails.
+    # The program prints a table too, which is not needed. Its output is needed if it fails.
     (cd "$folder" && "$root/scripts/wine-run" "./$program" "$@" "--benchmark_filter=$filter" "--benchmark_out=$report" \
         --benchmark_out_format=json) >"$output" 2>&1 </dev/null ||
         fail "$program failed" "its output ends with: $(tail -n 1 "$output" | tr -d '\r')" "all of it: $output"
@@ -129,11 +129,11 @@ for ((run = 1; run <= runs; run++)); do
     began=$(now)
     measure_all $run
     status=0
-    verdict=$(python3 "$root/scripts/lib/bench.py" $quick "$results") || status=$?
-    say "measurement $run of at most $runs: $(seconds_since "$began"). $(tail -n 1 <<<"$verdict")"
+    summary=$(python3 "$root/scripts/lib/bench.py" $quick "$results") || status=$?
+    say "measurement $run of at most $runs: $(seconds_since "$began"). $(tail -n 1 <<<"$summary")"
     [ "$status" -eq 1 ] || break # 1: a bound was missed
 done
 say
-sed '$d' <<<"$verdict" # Its last line stands above.
-say "The same to read by program: build/bench/results.json"
+sed '$d' <<<"$summary" # The last line was printed above.
+say "The same figures for programs: build/bench/results.json"
 exit "$status"

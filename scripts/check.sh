@@ -1,15 +1,15 @@
 #!/usr/bin/env bash
 # Checks what changed, in less than a minute: scripts/check.sh [--since REVISION]
 #
-# Before a commit: the format of the sources, the shell scripts, clang-tidy over the changed sources, and the unit tests of
-# the portable logic on this machine, under sanitizers. scripts/test.sh runs everything.
+# Run it before a commit. It checks the format of the sources and the shell scripts, runs clang-tidy over the changed sources,
+# and runs the unit tests of the portable logic on this machine, under sanitizers. scripts/test.sh runs all tests.
 #
-#   --since REVISION   what changed since then, not only since the last commit
-#   --help             this text
+#   --since REVISION   check what changed since this revision instead of since the last commit
+#   --help             prints this text
 #
-# Ends with 0 only when nothing failed. The first run builds what it needs, and takes some minutes.
+# The exit code is 0 only if nothing failed. The first run also builds what it needs and takes some minutes.
 
-set -uo pipefail # without -e: what fails is counted, and the rest runs
+set -uo pipefail # without -e: failures are counted, and the other steps run
 # shellcheck source=scripts/lib/common.sh
 . "$(dirname "$0")/lib/common.sh"
 # shellcheck source=scripts/lib/build.sh
@@ -25,10 +25,10 @@ case ${1:-} in
     --since)
         since=${2:-}
         git -C "$root" rev-parse --quiet --verify "$since^{commit}" >/dev/null ||
-            fail "--since names no revision: '$since'" "it takes a commit, a branch or a tag"
+            fail "--since does not name a revision: '$since'" "name a commit, a branch or a tag"
         ;;
     '') ;;
-    *) fail "unknown argument: $1" "scripts/check.sh --help shows what there is" ;;
+    *) fail "unknown argument: $1" "scripts/check.sh --help prints the options" ;;
 esac
 
 changed_sources()
@@ -39,7 +39,7 @@ changed_sources()
     } | sort -u
 }
 
-# Those of the changed sources that the linter's build knows, each as the build's own name for "what is made of it".
+# The changed sources that the build of the linter knows. "<source>^" is ninja's name for the output of a source.
 lint_targets()
 {
     changed_sources | while IFS= read -r file; do
@@ -66,7 +66,7 @@ bash "$root/scripts/setup.sh" || exit
 if can_check_format; then
     check "format" check_format
 else
-    skipped+=("format (made for clang-format $format_version, which this release does not offer)")
+    skipped+=("format (needs clang-format $format_version, which this release does not offer)")
 fi
 check "shell scripts" check_scripts
 check "clang-tidy, $(changed_sources | wc -l) changed sources" lint_changed

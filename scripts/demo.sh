@@ -2,12 +2,12 @@
 # Shows Orlindex at work, end to end: scripts/demo.sh [--keep]
 #
 # Builds the library, the sign-in agent and example hosts, lays out an installation of them in a
-# throw-away Wine prefix (folders, registry, configuration files), runs the hosts, which sign a user in and out and
-# start, watch and quit a server process, and shows what was found where. Exit code 0 only when every step succeeded and
-# the client plugin module's signature was found to be valid.
+# temporary Wine prefix (folders, registry, configuration files), runs the hosts, which sign a user in and out and
+# start, watch and quit a server process, and prints what the library found. The exit code is 0 only if every step succeeded
+# and the signature of the client plugin module is valid.
 #
-#   --keep    leaves the prefix for a look; it is also left when a step fails
-#   --help    this text
+#   --keep    keeps the prefix, so that you can look at it; it is also kept if a step fails
+#   --help    prints this text
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -20,7 +20,7 @@ case ${1:-} in
     --help | -h) usage "$0"; exit ;;
     --keep) keep=yes ;;
     '') ;;
-    *) fail "unknown argument: $1" "scripts/demo.sh --help shows what there is" ;;
+    *) fail "unknown argument: $1" "scripts/demo.sh --help prints the options" ;;
 esac
 
 build=$root/build/release
@@ -41,7 +41,7 @@ say_lines()
     printf '%s\n' "$@"
 }
 
-# The folder of the prefix behind a Windows path.
+# unix_path PATH: the path in the prefix for a Windows path.
 unix_path()
 {
     local path=${1#C:}
@@ -57,15 +57,15 @@ show_log_errors()
 {
     local log lines
     log=$(log_file)
-    say "       The step's own messages stand above."
+    say "       See the messages of the step above."
     if [ -z "$log" ]; then
         say "       There is no log: no client plugin module was loaded."
-        return 0 # a bare return in a trap answers the status from before the trap
+        return 0 # a bare return in a trap returns the status from before the trap
     fi
-    # No such line is an answer, too.
+    # It is not an error if there is no such line.
     lines=$(grep -E ' (Error|Warning) ' "$log" || [ $? -eq 1 ])
     if [ -z "$lines" ]; then
-        say "       The log holds no error and no warning."
+        say "       The log contains no error and no warning."
         return 0
     fi
     say "       Errors and warnings in the log:"
@@ -93,13 +93,13 @@ finish()
         {
             say_lines '' "error: the demo failed at: $step (exit code $status)"
             show_log_errors
-            say "Left for a look:"
+            say "The installation was kept:"
             tell_how_to_look
         } >&2
-        # Its processes end; its files are what is to be looked at.
+        # The processes end, the files stay.
         wineserver -k || say "(Wine had ended by itself)" >&2
     elif [ -n "$keep" ]; then
-        say_lines '' 'Left for a look:'
+        say_lines '' 'The installation was kept:'
         tell_how_to_look
         wineserver -k || say "(Wine had ended by itself)"
     else
@@ -130,12 +130,12 @@ register_version()
     say "  $registry_key\\$1  Location = $2"
 }
 
-# found WHAT MESSAGE: what the library said it found, from the log that the plugin wrote.
+# found WHAT MESSAGE: prints what the library found, from the log that the plugin wrote.
 found()
 {
     local value
     value=$(sed -n "s/^.* Orlindex: $2//p" "$log" | tr -d '\r' | tail -n 1)
-    [ -n "$value" ] || fail "the log does not say: $2" "the library did not get that far; the log: $log"
+    [ -n "$value" ] || fail "the log does not contain: $2" "the library did not reach this step; the log: $log"
     printf '  %-32s %s\n' "$1" "$value"
 }
 
@@ -154,12 +154,12 @@ install_files "$host_name" "$build/bin/Orlindex.dll" "$build/examples/cpp_host.e
     "$build/examples/tools_host.exe" "$root/agent/installation/host/Orlindex.config"
 install_files "$server_name" "$build/agent/Pellwick.exe" "$build/agent/PellwickClient.dll" \
     "$root/agent/installation/server/TALIXVersionCompatibility.config"
-# As an uninstaller may leave it: registered, but without the server application.
+# An uninstaller may leave this: a registered version without its server application.
 mkdir -p "$(unix_path "$old_server_name")"
 register_version 1.9.0 "$old_server_name"
 register_version 1.10.0 "$server_name"
 
-begin_step 'Server application answers'
+begin_step 'Ask the server application for its version'
 run_windows "$server_name\\Pellwick.exe" --version | sed 's/^/  /'
 
 begin_step 'Run the example host in C++'
@@ -173,7 +173,7 @@ run_host tools_host.exe
 
 begin_step 'What the library found, from the log'
 log=$(log_file)
-[ -n "$log" ] || fail "there is no log" "the client plugin module was not asked for a logger"
+[ -n "$log" ] || fail "there is no log" "the library did not get a logger from the client plugin module"
 found 'registered location' 'Getting latest Pellwick path from registry: '
 found 'server application' 'Found SSO server app at '
 found 'version compatibility file' 'Found version compatibility file at '
@@ -187,10 +187,10 @@ run_windows "$build/tools/orlindex-doctor.exe" --host "$host_name" --load | sed 
 
 say_lines '' \
     'Everything succeeded: the library found the installation, verified and loaded its plugin module, the hosts signed' \
-    'a user in and out, and a server process was started, watched and quit. The identity service was the simulator; no' \
-    'account and no network were used.'
-say_lines '' 'To look further:' \
-    '  scripts/demo.sh --keep            the same, leaving the installation, its registry and its log' \
+    'a user in and out, and started, watched and quit a server process. The users were simulated; no account and no' \
+    'network were used.'
+say_lines '' 'Next:' \
+    '  scripts/demo.sh --keep            runs the demo and keeps the installation, its registry and its log' \
     '  examples/                         the hosts that ran' \
     '  docs/doctor.md                    the tool that retraced the start, and its exit codes' \
     '  agent/installation/               the configuration files that were installed'

@@ -1,18 +1,18 @@
 #!/usr/bin/env bash
 # Fuzzes the portable logic: scripts/fuzz.sh [--seconds N] [TARGET...]
 #
-# Builds the fuzzers into build/fuzz and runs each target, or those that are named, for N seconds (60). Every run starts
-# from tests/fuzz/corpus/<target>, from tests/fuzz/regressions/<target> and from what earlier runs added to
-# build/fuzz/corpus/<target>; it prints how many inputs it tried and how many of them were new to it, the former also as
-# "count: fuzz executions, <target> = <n>", which scripts/test.sh gathers. An input on which a target fails is kept in
-# build/fuzz/failures, and how to replay it is printed.
+# Builds the fuzzers in build/fuzz and runs each target, or the named ones, for N seconds (60). Every run starts with
+# tests/fuzz/corpus/<target>, tests/fuzz/regressions/<target> and what earlier runs added to build/fuzz/corpus/<target>. It
+# prints how many inputs it tried and how many of them were new, the former also as
+# "count: fuzz executions, <target> = <n>", which scripts/test.sh adds up. If a target fails, the script keeps the input in
+# build/fuzz/failures and prints how to replay it.
 #
 #   --seconds N   seconds for each target
-#   --built       fuzzes with what was built last; ctest runs this
-#   --list        names the targets
-#   --help        this text
+#   --built       runs the last build and builds nothing; ctest uses this
+#   --list        prints the names of the targets
+#   --help        prints this text
 #
-# Ends with 0 when no target failed, with 1 when one did, and with 2 when the targets cannot be run.
+# The exit code is 0 if no target failed, 1 if one failed, and 2 if the targets cannot run.
 
 set -uo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -45,7 +45,7 @@ read_arguments()
                 ;;
             --built) built=1 ;;
             --list) list=1 ;;
-            -*) unusable "unknown option: $1" "scripts/fuzz.sh --help shows what there is" ;;
+            -*) unusable "unknown option: $1" "scripts/fuzz.sh --help prints the options" ;;
             *) targets+=("$1") ;;
         esac
         shift
@@ -55,11 +55,11 @@ read_arguments()
 build_fuzzers()
 {
     if ! bash "$root/scripts/setup.sh" || ! make_preset fuzz "$folder"; then
-        unusable "the fuzzers cannot be built" "the messages stand above"
+        unusable "the fuzzers cannot be built" "see the messages above"
     fi
 }
 
-# fuzzers.txt holds a line for each target: its name and its option for a dictionary.
+# fuzzers.txt contains one line for each target: its name and its dictionary option.
 known_targets()
 {
     cut -d' ' -f1 "$folder/fuzzers.txt"
@@ -76,11 +76,11 @@ check_targets()
     done
 }
 
-# explain_failure TARGET LOG: what went wrong, and what to do with the input that showed it.
+# explain_failure TARGET LOG: prints what went wrong, and what to do with the input.
 explain_failure()
 {
     local target=$1 log=$2 input
-    say "  FAILED; the whole report: $log"
+    say "  FAILED; full report: $log"
     grep -E '^does not hold:|terminate called|what\(\):|ERROR: |runtime error:|SUMMARY: ' "$log" | sort -u | sed 's/^/  | /'
     input=$(sed -n 's/^.*Test unit written to //p' "$log" | tail -n 1)
     [ -n "$input" ] || return
@@ -90,13 +90,13 @@ explain_failure()
     say "  keep:    cp $input $sources/regressions/$target/<name of the defect>"
 }
 
-# statistic NAME LOG: one of the figures that a fuzzer prints at its end.
+# statistic NAME LOG: prints one of the figures that a fuzzer prints at its end.
 statistic()
 {
     sed -n "s/^stat::$1: *//p" "$2"
 }
 
-# fuzz_target TARGET: one run; 0 when it ended by its time.
+# fuzz_target TARGET: runs one target; returns 0 if it ended because its time was over.
 fuzz_target()
 {
     local target=$1 corpus=$folder/corpus/$1 log=$folder/log/$1.log inputs options began status=0

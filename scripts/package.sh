@@ -6,14 +6,14 @@
 # The agent's plugin module is signed below the build tree's own root, so a build that trusts another one packs no
 # agent.
 #
-# CMake options such as -DORLINDEX_PINNED_ROOT=<certificate file> are those of scripts/build.sh, and stay in force.
+# CMake options such as -DORLINDEX_PINNED_ROOT=<certificate file> are passed to scripts/build.sh and also apply to later builds.
 #
-# Builds of equal sources with equal trust data and signing keys (build/release/signing), with SOURCE_DATE_EPOCH set to
-# the same time, give equal archives: the files in them and the signature bear that time.
+# The archive is reproducible: builds of equal sources, with equal trust data and signing keys (build/release/signing) and the
+# same SOURCE_DATE_EPOCH, give equal archives. The files in the archive and the signature have that time.
 #
-#   --build-dir FOLDER   packs this build as it stands, instead of building
-#   --output FOLDER      where the archive is written, in the place of build/
-#   --help               this text
+#   --build-dir FOLDER   packs this build and builds nothing
+#   --output FOLDER      writes the archive to this folder instead of build/
+#   --help               prints this text
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -26,17 +26,17 @@ while [ $# -gt 0 ]; do
     case $1 in
         --help | -h) usage "$0"; exit ;;
         --build-dir | --output)
-            [ -n "${2:-}" ] || fail "$1 needs a folder" "scripts/package.sh --help shows what there is"
+            [ -n "${2:-}" ] || fail "$1 needs a folder" "scripts/package.sh --help prints the options"
             if [ "$1" = --build-dir ]; then build=$2; else output=$2; fi
             shift
             ;;
         -D*) options+=("$1") ;;
-        *) fail "unknown argument: $1" "scripts/package.sh --help shows what there is" ;;
+        *) fail "unknown argument: $1" "scripts/package.sh --help prints the options" ;;
     esac
     shift
 done
 
-# Sets `build` to the build that is packed.
+# Sets `build` to the build to pack.
 settle_build()
 {
     if [ -z "$build" ]; then
@@ -44,27 +44,27 @@ settle_build()
         bash "$root/scripts/build.sh" release "${options[@]}"
         return
     fi
-    [ ${#options[@]} -eq 0 ] || fail "${options[0]} does not go with --build-dir" "that build is packed as it stands"
+    [ ${#options[@]} -eq 0 ] || fail "${options[0]} does not go with --build-dir" "that build is packed unchanged"
     [ -f "$build/CPackConfig.cmake" ] || fail "$build is no build of this library" "scripts/build.sh makes one"
 }
 
-# Only whole archives come to stand in the output folder; what was packed before under the same name is replaced.
+# Only a complete archive is moved to the output folder, where it replaces one with the same name.
 pack()
 {
     local work
     mkdir -p "$output"
     work=$(mktemp -d "$output/package.XXXXXX")
-    # shellcheck disable=SC2064 # the folder of now
+    # shellcheck disable=SC2064 # expand the variable now
     trap "rm -rf '$work'" EXIT
     cpack --config "$build/CPackConfig.cmake" -B "$work" >"$work/log" 2>&1 || {
         cat "$work/log" >&2
-        fail "the archive could not be made" "its messages stand above"
+        fail "the archive could not be made" "see the messages above"
     }
     archive=$output/$(basename "$work"/*.zip)
     mv -f "$work"/*.zip "$archive"
 }
 
-# What is in it: the files with their sizes.
+# Prints the files in the archive with their sizes.
 list_contents()
 {
     python3 - "$archive" <<'PYTHON'
@@ -87,9 +87,9 @@ if ! grep -q ' agent/' <<<"$contents"; then
         "Host developers take it from a kit of such a build, together with that kit's Orlindex.dll."
 fi
 if ! grep -q ' docs/reference/' <<<"$contents"; then
-    say "note: without the reference in docs/reference, which doxygen makes; it was not found."
+    say "note: without the reference in docs/reference, because doxygen was not found."
 fi
 if grep -q 'DevelopmentRoot = true' "$build/generated/BuildData.h"; then
-    say "note: this build trusts a development root. For a kit to ship, name the maker's root certificate:" \
+    say "note: this build trusts a development root. To make a kit for shipping, name the maker's root certificate:" \
         "scripts/package.sh -DORLINDEX_PINNED_ROOT=<file>"
 fi

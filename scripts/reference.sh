@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Makes the API reference from the public headers: scripts/reference.sh [FOLDER]
 #
-# Writes FOLDER/html (default: build/reference), starting at FOLDER/html/index.html. Ends with an error, and names the
-# places, where a public name has no description or a reference leads nowhere.
+# Writes FOLDER/html (default: build/reference); the first page is FOLDER/html/index.html. If a public name has no description
+# or a reference leads nowhere, the script prints the places and fails.
 #
-#   --help    this text
+#   --help    prints this text
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -12,9 +12,9 @@ set -euo pipefail
 
 case ${1:-} in
     --help | -h) usage "$0"; exit ;;
-    -*) fail "unknown argument: $1" "scripts/reference.sh --help shows what there is" ;;
+    -*) fail "unknown argument: $1" "scripts/reference.sh --help prints the options" ;;
 esac
-[ $# -le 1 ] || fail "one folder at most, not $#" "scripts/reference.sh --help shows what there is"
+[ $# -le 1 ] || fail "more than one folder is named: $#" "scripts/reference.sh --help prints the options"
 
 command -v doxygen >/dev/null || fail "doxygen was not found" "run scripts/setup.sh first"
 version=$(sed -n 's/^project(Orlindex VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
@@ -23,7 +23,7 @@ mkdir -p "${1:-$root/build/reference}"
 folder=$(cd "${1:-$root/build/reference}" && pwd)
 
 cd "$root"
-doxygen - <<SETTINGS || fail "the reference is not complete" "the warnings above name the places in include/orlindex"
+doxygen - <<SETTINGS || fail "the reference is incomplete" "the warnings above name the places in include/orlindex"
 @INCLUDE         = docs/Doxyfile
 PROJECT_NUMBER   = $version
 OUTPUT_DIRECTORY = "$folder"

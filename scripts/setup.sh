@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # Makes this machine ready to build and test Orlindex: scripts/setup.sh
 #
-# Installs the Debian packages that are missing (as root, else through sudo), cross-builds the libraries into .deps/
-# and makes the Wine prefix that tests copy. About two minutes the first time; afterwards it finds everything in
-# place and ends within a second. Whatever was interrupted is done again.
+# Installs the missing Debian packages (as root or with sudo), cross-builds the libraries into .deps/ and makes the Wine prefix
+# that the tests copy. It takes about two minutes the first time, and less than a second if everything is in place. A step that
+# was interrupted is done again.
 #
-#   --help    this text
-#   --clean   removes .deps/ first, so that everything in it is made anew
-#   --32-bit  also makes what the build for 32-bit Windows (preset mingw32-release) and its tests need: the libraries, and
-#             a Wine prefix that runs 32-bit programs, where this machine can have Debian's packages for i386
+#   --help    prints this text
+#   --clean   removes .deps/ first, so that everything in it is made again
+#   --32-bit  also makes what the build for 32-bit Windows (preset mingw32-release) and its tests need: the libraries, and a
+#             Wine prefix that runs 32-bit programs, if this machine can install Debian's packages for i386
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -23,7 +23,7 @@ prefix=$deps/prefix
 
 # --- Steps ----------------------------------------------------------------------------------------------------------
 
-# The entries of the machine's own package sources for the main suite, as entries for source packages.
+# Prints the machine's package sources for the main suite as sources of source packages.
 source_entries()
 {
     local key=/usr/share/keyrings/debian-archive-keyring.gpg options=
@@ -34,7 +34,7 @@ source_entries()
         sort -u | sed "s|^|deb-src $options|"
 }
 
-# Many machines carry no entry for source packages: one is used for these calls alone, in folders of this tree.
+# Many machines have no sources for source packages. These calls use their own list, in folders of this tree.
 fetch_sources()
 {
     local apt=$deps/apt downloads=$deps/downloads
@@ -49,7 +49,7 @@ fetch_sources()
     rm -rf "$apt"
 }
 
-# unpack PATTERN FOLDER [TAR-OPTIONS...]: one downloaded archive without its top folder.
+# unpack PATTERN FOLDER [TAR-OPTIONS...]: unpacks one downloaded archive without its top folder.
 unpack()
 {
     local archive folder=$2
@@ -108,7 +108,7 @@ build_benchmark()
         -DBENCHMARK_ENABLE_WERROR=OFF -DBENCHMARK_INSTALL_DOCS=OFF
 }
 
-# The tools of LLVM under names without a version, for presets and scripts.
+# Links the tools of LLVM under names without a version, for presets and scripts.
 link_tools()
 {
     local tool
@@ -119,8 +119,8 @@ link_tools()
     done
 }
 
-# The public tools that tests judge with; tests/node pins them. Inside the folder: with --prefix npm would look for the
-# machine's own settings, such as its certificates, below that prefix.
+# Installs the public tools that tests compare with; tests/node pins their versions. npm runs inside the folder: with --prefix
+# it would look for the machine's settings, such as its certificates, below that prefix.
 install_node_packages()
 {
     rm -rf "$deps/node"
@@ -130,7 +130,7 @@ install_node_packages()
     rm -rf "$deps/node/cache"
 }
 
-# Windows 10, as a new prefix says it is Windows 7. Made aside and moved into place when whole.
+# A new prefix is Windows 7, so this sets Windows 10. The prefix is made in another folder and moved when it is complete.
 make_wine_prefix()
 {
     local new=$deps/wine.new
@@ -143,7 +143,7 @@ make_wine_prefix()
     mv -T "$new" "$deps/wine"
 }
 
-# The libraries once more, by the same steps.
+# Builds the libraries for 32-bit Windows in the same steps.
 build_libraries_32()
 {
     toolchain=$root/cmake/mingw-w64-i686.cmake
@@ -158,8 +158,8 @@ wine_32_is_there()
     [ "$(dpkg-query -W -f '${db:Status-Status}' wine32:i386 2>/dev/null)" = installed ]
 }
 
-# Debian's 32-bit Wine, where apt can add it without taking away or changing anything that is installed; else says why not.
-# A machine with newer packages for its own architecture than apt can get for i386 cannot have it.
+# Installs Debian's 32-bit Wine if apt can do so without removing or changing an installed package; otherwise prints why not.
+# It is impossible if the machine has newer packages for its own architecture than apt offers for i386.
 install_wine_32()
 {
     export DEBIAN_FRONTEND=noninteractive
@@ -167,13 +167,13 @@ install_wine_32()
     if as_root apt-get update && as_root apt-get install -y --no-install-recommends --no-remove --no-upgrade wine32:i386; then
         return
     fi
-    # An architecture without packages would cost every later update its time.
+    # An architecture without packages would slow down every later update.
     as_root dpkg --remove-architecture i386
     as_root apt-get update
     return 1
 }
 
-# Apart from the one that ordinary sessions copy: it is twice as large.
+# A separate prefix, because it is twice as large as the one that ordinary sessions copy.
 make_wine_prefix_32()
 {
     local new=$deps/wine32.new
@@ -186,30 +186,30 @@ make_wine_prefix_32()
     mv -T "$new" "$deps/wine32"
 }
 
-# --- Carrying them out ----------------------------------------------------------------------------------------------
+# --- Running the steps -----------------------------------------------------------------------------------------------
 
 number=0
 total=9
 
-# run TITLE NAME FUNCTION: one step with its number, its time, its log, and on failure the log's tail.
+# run TITLE NAME FUNCTION: runs one step, with its number, its duration and its log. Prints the end of the log on failure.
 run()
 {
     local title=$1 log=$deps/log/$2.log began status=0
     printf '[%d/%d] %s ... ' "$number" "$total" "$title"
     mkdir -p "$deps/log"
     began=$(now)
-    # In a shell of its own: `set -e` would not count within a condition.
+    # In a separate shell, because `set -e` has no effect within a condition.
     bash -c 'set -euo pipefail; . "$0" --functions; "$1"' "$root/scripts/setup.sh" "$3" >"$log" 2>&1 </dev/null 9>&- ||
         status=$?
     if [ $status -ne 0 ]; then
         printf 'failed after %s\n' "$(seconds_since "$began")"
         tail -n 25 "$log" | sed 's/^/    | /' >&2
-        fail "step '$title' ended with status $status" "whole log: $log" "mend the cause and run scripts/setup.sh again"
+        fail "step '$title' ended with status $status" "full log: $log" "correct the cause and run scripts/setup.sh again"
     fi
     seconds_since "$began"
 }
 
-# once TITLE NAME FUNCTION INPUTS: run, unless it was done before with the same function and inputs.
+# once TITLE NAME FUNCTION INPUTS: runs a step, unless it was done before with the same function and inputs.
 once()
 {
     number=$((number + 1))
@@ -225,8 +225,8 @@ once()
 check_machine()
 {
     command -v apt-get >/dev/null ||
-        fail "this script knows Debian only: no apt-get here" \
-            "install the counterparts of: ${packages[*]}" "and LLVM from $oldest_llvm on, Boost from $oldest_boost on"
+        fail "this script needs Debian: apt-get was not found" \
+            "install the equivalents of: ${packages[*]}" "and LLVM $oldest_llvm or newer, Boost $oldest_boost or newer"
 }
 
 ensure_packages()
@@ -236,13 +236,13 @@ ensure_packages()
     mapfile -t missing < <(missing_packages)
     [ ${#missing[@]} -gt 0 ] || return 0
     if [ "$(id -u)" -ne 0 ] && ! command -v sudo >/dev/null; then
-        fail "packages are missing, and neither root nor sudo is at hand to install them" \
+        fail "packages are missing, and this user is not root and has no sudo" \
             "as root: apt-get install --no-install-recommends ${missing[*]}"
     fi
     run "Debian packages: ${missing[*]}" packages install_packages
 }
 
-# What apt could not get is not asked for again at once: asking takes half a minute.
+# After a failure, the next attempt is a day later, because it takes half a minute.
 try_wine_32()
 {
     local log=$deps/log/wine32-packages.log
@@ -259,8 +259,8 @@ make_ready_for_32_bit()
     if wine_32_is_there || try_wine_32; then
         once "Wine prefix for 32-bit programs" wine32 make_wine_prefix_32 "$(dpkg-query -W wine64 wine32:i386)"
     else
-        say "note: this machine cannot have Debian's wine32:i386; tests of 32-bit hosts will be skipped" \
-            "(${deps##*/}/log/wine32-packages.log; asked again after a day)"
+        say "note: this machine cannot install Debian's wine32:i386; tests of 32-bit hosts will be skipped" \
+            "(${deps##*/}/log/wine32-packages.log; the next attempt is after a day)"
     fi
 }
 
@@ -269,7 +269,7 @@ main()
     case ${1:-} in
         --help | -h) usage "$0"; return ;;
         --clean | --32-bit | '') ;;
-        *) fail "unknown argument: $1" "scripts/setup.sh --help shows what there is" ;;
+        *) fail "unknown argument: $1" "scripts/setup.sh --help prints the options" ;;
     esac
 
     local began cross
@@ -277,7 +277,7 @@ main()
     check_machine
     mkdir -p "$deps"
     exec 9>"$deps/lock"
-    flock -n 9 || { say "waiting for another scripts/setup.sh of this tree"; flock 9; }
+    flock -n 9 || { say "waiting for another scripts/setup.sh in this tree"; flock 9; }
     [ "${1:-}" != --clean ] || find "$deps" -mindepth 1 -maxdepth 1 ! -name lock -exec rm -rf {} +
 
     choose_packages
@@ -297,5 +297,5 @@ main()
     say "Set-up: ready ($(seconds_since "$began"))"
 }
 
-# run() sources this file for its functions.
+# run() sources this file to get its functions.
 [ "${1:-}" = --functions ] || main "$@"

@@ -1,19 +1,19 @@
 #!/usr/bin/env bash
 # Lays out the sign-in agent with simulated users for a host's developers: scripts/simulate.sh [options] FOLDER
 #
-# FOLDER receives all that a host needs to sign in without the real service:
+# The script fills FOLDER with everything that a host needs to sign in without the identity service:
 #   Pellwick/   Pellwick.exe, PellwickClient.dll, TALIXVersionCompatibility.config, the scenario and its schema
-#   host/       Orlindex.dll and an Orlindex.config that leads to Pellwick/: for the host's own folder
-#   README.txt  what to do with them
-# It may be run again, as after a new build: files are replaced, but a scenario and an Orlindex.config that were changed stay.
+#   host/       Orlindex.dll, and an Orlindex.config that names Pellwick/: copy both to the folder of the host
+#   README.txt  the next steps
+# Run it again after a new build: it replaces the files, but keeps a scenario and an Orlindex.config that you changed.
 #
-#   --build FOLDER         takes this build as it stands, instead of building
-#   --windows-path PATH    where FOLDER will lie as Windows names it, for Orlindex.config; without it, as Wine does (Z:\...)
-#   --reset-scenario       replaces the scenario even where it was changed
-#   --help                 this text
+#   --build FOLDER         uses this build and builds nothing
+#   --windows-path PATH    the Windows path of FOLDER, for Orlindex.config; default: the path under Wine (Z:\...)
+#   --reset-scenario       replaces the scenario even if it was changed
+#   --help                 prints this text
 #
-# The plugin module is signed below the root of its own build tree, so it serves only an Orlindex.dll of the same build:
-# hence the one in host/. Do not ship either.
+# The plugin module is signed below the root of its own build tree, so it only works with an Orlindex.dll of the same build,
+# which is in host/. Do not ship either.
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -27,12 +27,12 @@ while [ $# -gt 0 ]; do
     case $1 in
         --help | -h) usage "$0"; exit ;;
         --build | --windows-path)
-            [ $# -ge 2 ] || fail "$1 needs a value" "scripts/simulate.sh --help shows what there is"
+            [ $# -ge 2 ] || fail "$1 needs a value" "scripts/simulate.sh --help prints the options"
             if [ "$1" = --build ]; then build=$2; else windows_path=$2; fi
             shift
             ;;
         --reset-scenario) reset=yes ;;
-        -*) fail "unknown option: $1" "scripts/simulate.sh --help shows what there is" ;;
+        -*) fail "unknown option: $1" "scripts/simulate.sh --help prints the options" ;;
         *)
             [ -z "$folder" ] || fail "more than one folder: $folder and $1"
             folder=$1
@@ -40,14 +40,14 @@ while [ $# -gt 0 ]; do
     esac
     shift
 done
-[ -n "$folder" ] || fail "no folder is named" "scripts/simulate.sh FOLDER; --help says more"
+[ -n "$folder" ] || fail "no folder is named" "usage: scripts/simulate.sh FOLDER; see --help"
 
 readonly marker='This folder was made by scripts/simulate.sh'
 if [ -e "$folder" ] && [ ! -d "$folder" ]; then
     fail "$folder is not a folder"
 fi
 if [ -d "$folder" ] && [ -n "$(ls -A "$folder")" ] && ! grep -qs "$marker" "$folder/README.txt"; then
-    fail "$folder holds other things" "name a folder that is empty or does not exist"
+    fail "$folder contains other files" "name a folder that is empty or does not exist"
 fi
 
 if [ -z "$build" ]; then
@@ -56,7 +56,7 @@ if [ -z "$build" ]; then
 fi
 for file in bin/Orlindex.dll agent/Pellwick.exe agent/PellwickClient.dll \
     agent/TALIXVersionCompatibility.config; do
-    [ -f "$build/$file" ] || fail "$build holds no $file" "build it first: scripts/build.sh release"
+    [ -f "$build/$file" ] || fail "$build does not contain $file" "build it first: scripts/build.sh release"
 done
 
 mkdir -p "$folder/Pellwick" "$folder/host"
@@ -65,7 +65,7 @@ if [ -z "$windows_path" ]; then
     windows_path="Z:${folder//\//\\}"
 fi
 
-# put FILE TARGET: replaces what is not the same, and says so.
+# put FILE TARGET: copies a file if it differs, and prints what it did.
 put()
 {
     if cmp -s "$1" "$folder/$2"; then
@@ -77,7 +77,7 @@ put()
     say "  written     $2"
 }
 
-# put_text TARGET: the same from the standard input.
+# put_text TARGET: the same with the standard input.
 put_text()
 {
     local text
@@ -88,8 +88,8 @@ put_text()
     rm -f "$text"
 }
 
-# put_unless_changed FILE TARGET NAME WAY-OUT: what was written last is kept in Pellwick/.NAME-as-written, to know whether
-# somebody has changed it since.
+# put_unless_changed FILE TARGET NAME REMEDY: copies a file unless somebody changed the target. Pellwick/.NAME-as-written is a copy
+# of what was written last.
 put_unless_changed()
 {
     local written="$folder/Pellwick/.$3-as-written"
@@ -125,7 +125,7 @@ cat >"$config" <<END
     }
 }
 END
-put_unless_changed "$config" host/Orlindex.config config 'delete it to have it written anew'
+put_unless_changed "$config" host/Orlindex.config config 'delete it to get a new one'
 rm -f "$config"
 put_text README.txt <<END
 Simulated sign-in
@@ -133,24 +133,24 @@ Simulated sign-in
 
 $marker; run it again after a new build.
 
-1. Copy the two files of host\\ into the folder of your host application. Orlindex.config leads to
+1. Copy the two files of host\\ to the folder of your host application. Orlindex.config names
    $windows_path\\Pellwick
-   If the folder lies elsewhere on your machine, change "searchPaths" there, or let the value "Location" of the registry
-   key HKEY_LOCAL_MACHINE\\SOFTWARE\\Kestrany\\Pellwick\\1.10.0 name the folder Pellwick.
+   If the folder has another path on your machine, change "searchPaths" in that file, or set the value "Location" of the
+   registry key HKEY_LOCAL_MACHINE\\SOFTWARE\\Kestrany\\Pellwick\\1.10.0 to the folder Pellwick.
 
-   The Orlindex.dll is that of the same build: the plugin module is signed below that build's own root, and no other
-   Orlindex.dll accepts it. Do not ship either.
+   Use the Orlindex.dll of host\\: the plugin module is signed below the root of its build, and no other Orlindex.dll
+   accepts it. Do not ship either.
 
-2. Start your host and sign in: everybody is Sam Example at first. The first host starts Pellwick.exe; all hosts of the
-   user share it, and it ends by itself a minute after the last one.
+2. Start your host and sign in. At first, every user is Sam Example. The first host starts Pellwick.exe. All hosts of the
+   user share it, and it ends a minute after the last host.
 
 3. Change Pellwick\\Pellwick.scenario.json: who signs in, what a login does, how long tokens last, what goes wrong.
-   Its schema lies beside it, so that editors help. Then
+   The schema beside it helps your editor. Then run
        Pellwick.exe --check-scenario Pellwick.scenario.json
-       Pellwick.exe --quit          (the next start reads the file anew)
+       Pellwick.exe --quit          (the next start reads the new file)
 
-In automatic tests, PELLWICK_SCENARIO names a scenario file, and PELLWICK_SIMULATOR_DATA a folder for the logins and the
-signing key, so that tests run side by side. The log is
+In automatic tests, set PELLWICK_SCENARIO to a scenario file and PELLWICK_SIMULATOR_DATA to a folder for the logins and the
+signing key, so that tests can run side by side. The log is
    %LocalAppData%\\Kestrany\\Identity Services\\Log\\IdServices.log
 END
 
@@ -158,4 +158,4 @@ printf '%s\n' '' 'Next:' \
     "  1. Copy $folder/host/* beside your host application." \
     '  2. Start it, and sign in.' \
     "  3. Change $folder/Pellwick/Pellwick.scenario.json, and run Pellwick.exe --quit." \
-    'README.txt there says more; so does docs/simulator.md.'
+    'See README.txt in that folder, and docs/agent.md.'

@@ -6,19 +6,19 @@
 #   - the unit tests of the portable logic on this machine, under address and undefined-behaviour sanitizers, and again
 #     under the thread sanitizer
 #   - each fuzzer of the portable logic for ten seconds; scripts/fuzz.sh runs them for longer
-#   - all tests of the Windows release build under Wine, in a prefix of their own that is gone afterwards
-# and prints what failed and, as its last line, "N passed, N failed". Ends with 0 only when tests ran and none failed.
+#   - all tests of the Windows release build under Wine, in a temporary prefix
+# and prints what failed and, as its last line, "N passed, N failed". The exit code is 0 only if tests ran and none failed.
 #
-# Arguments go to every run of ctest, such as -R for a part of the tests; the static checks are left out then.
+# Every run of ctest gets the arguments, such as -R for a part of the tests. With arguments, the static checks are skipped.
 #
-# Tests that repeat a thing many times (tests/stress, the fuzzers, killed servers and hosts) print how often, as
-# "count: <name> = <n>"; the sums stand above the last line, with the time that the run took.
+# Tests that repeat something many times (tests/stress, the fuzzers, the kill tests) print the number of repetitions as
+# "count: <name> = <n>". The script prints the sums above the last line, with the duration of the run.
 #
-#   --long    the long form of the stress tests (20 minutes); unless a part was asked for, also the demo, the fuzzers for
-#             a minute each, the benchmarks and the coverage (30 minutes)
-#   --help    this text
+#   --long    the long form of the stress tests (20 minutes); without ctest arguments also the demo, the fuzzers for a
+#             minute each, the benchmarks and the coverage (30 minutes)
+#   --help    prints this text
 
-set -uo pipefail # without -e: what fails is counted, and the rest runs
+set -uo pipefail # without -e: failures are counted, and the other steps run
 # shellcheck source=scripts/lib/common.sh
 . "$(dirname "$0")/lib/common.sh"
 
@@ -46,7 +46,7 @@ finish()
 {
     local status=$?
     if [ -f "${WINEPREFIX:-}/silent-starts" ]; then
-        say "Wine ended before the program began, and was started once more:"
+        say "Wine ended before the program began, and was started again:"
         sed 's/^/  /' "$WINEPREFIX/silent-starts"
     fi
     wine_session_end
@@ -56,10 +56,10 @@ finish()
     exit $?
 }
 run_began=$(now)
-time_apart=0     # microseconds of set-up and builds
-most_seconds=900 # that the ordinary form should take without them
+time_apart=0     # microseconds for set-up and builds
+most_seconds=900 # the short form should not take longer, without set-up and builds
 trap finish EXIT
-# A signal ends the script through the same door.
+# After a signal, the EXIT trap also runs.
 trap 'exit 130' INT
 trap 'exit 143' TERM
 
@@ -76,7 +76,7 @@ run_tests()
     gather_counts "$folder/Testing/Temporary/LastTest.log"
 }
 
-# figures SCRIPT LOG: of what a long run printed, what there is to know when it passed.
+# figures SCRIPT LOG: prints the figures of a long run that passed.
 figures()
 {
     case $1 in
@@ -86,7 +86,7 @@ figures()
     esac | sed 's/^/    /'
 }
 
-# run_long SCRIPT: one of the long runs that are scripts of their own.
+# run_long SCRIPT: runs a script that is part of the long form.
 run_long()
 {
     local log
@@ -99,7 +99,7 @@ run_long()
     rm -f "$log"
 }
 
-# logged FILE COMMAND...: keeps the output in a file too.
+# logged FILE COMMAND...: also writes the output to a file.
 logged()
 {
     local log=$1
@@ -107,7 +107,7 @@ logged()
     "$@" 2>&1 | tee "$log"
 }
 
-# apart COMMAND...: set-up and builds, whose time is not that of the tests.
+# apart COMMAND...: for set-up and builds; their time does not count as time of the tests.
 apart()
 {
     local from status=0
@@ -129,11 +129,11 @@ print_time()
     fi
     say "The run took $total seconds, $tests of them without set-up and builds."
     [ $tests -le $most_seconds ] ||
-        say "warning: that is more than $((most_seconds / 60)) minutes: shorten the short forms, or find what became slow"
+        say "warning: this is more than $((most_seconds / 60)) minutes. Shorten the short forms, or find what became slow."
 }
 
-# build_and_test NAME PRESET FOLDER [CTEST-ARGUMENTS...]: a build that fails is one failure with its messages; what was
-# built is tested, and what was not is named in the last line.
+# build_and_test NAME PRESET FOLDER [CTEST-ARGUMENTS...]: a failed build counts as one failure, with its messages. The parts
+# that were built are tested; the last line names the others.
 build_and_test()
 {
     local name=$1 preset=$2 folder=$3
@@ -149,19 +149,19 @@ leave_out_not_built()
     if [ -s "$2/not-built.txt" ]; then
         leave_out "$1: $(paste -sd ' ' "$2/not-built.txt")"
     else
-        leave_out "$1: whatever the build did not come to"
+        leave_out "$1: everything that the build did not reach"
     fi
 }
 
-# Seconds that a test may take which sets no limit of its own. One that needs the machine to itself waits within them,
-# and a busy machine takes many times as long as an idle one.
+# Limit in seconds for a test without a limit of its own. It includes the time that a test waits for exclusive use of the
+# machine, and a busy machine takes many times as long as an idle one.
 time_limit=1200
 if [ -n "$long" ]; then
     time_limit=2400
     export ORLINDEX_LONG=1
 fi
 
-# A run without tests is a mistake, unless a part was asked for that lies in the other run.
+# A run without tests is an error, unless ctest arguments select tests of another run only.
 no_tests=error
 [ $# -eq 0 ] || no_tests=ignore
 
@@ -172,7 +172,7 @@ if [ $# -eq 0 ]; then
     if can_check_format; then
         check "format" check_format
     else
-        skipped+=("format (made for clang-format $format_version, which this release does not offer)")
+        skipped+=("format (needs clang-format $format_version, which this release does not offer)")
     fi
     check "shell scripts" check_scripts
     check "clang-tidy" make_preset tidy "$root/build/tidy"
@@ -180,7 +180,7 @@ fi
 say "== builds and their tests"
 build_and_test "native" native "$root/build/native" "$@"
 build_and_test "thread sanitizer" tsan "$root/build/tsan" "$@"
-# Of the long form, scripts/fuzz.sh is a part.
+# The long form runs scripts/fuzz.sh instead.
 if [ -z "$long" ] || [ $# -ne 0 ]; then
     build_and_test "fuzzers" fuzz "$root/build/fuzz" "$@"
 fi

@@ -4,6 +4,7 @@
 #include "calls/Plugin.h"
 #include "common/Comparison.h"
 #include "floor/Floor.h"
+#include "orlindex/IdServicesMgr.h"
 #include "orlindex/SSOClientPrivate.h"
 #include "orlindex/talix.h"
 

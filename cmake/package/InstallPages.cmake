@@ -1,5 +1,5 @@
-# Runs at the end of an installation, with SOURCE set to the source tree: adds the reference, which is made from the
-# headers, and fits the pages to what is installed.
+# Runs at the end of an installation, with SOURCE set to the source tree. Makes the reference from the headers, and adapts the
+# links of the pages to the installed files.
 
 set(kit "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}")
 
@@ -11,12 +11,12 @@ if(ORLINDEX_DOXYGEN AND ORLINDEX_BASH)
     execute_process(COMMAND "${ORLINDEX_BASH}" "${SOURCE}/scripts/reference.sh" "${made}"
         RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
     if(NOT status EQUAL 0)
-        message(FATAL_ERROR "The reference could not be made:\n${output}")
+        message(FATAL_ERROR "scripts/reference.sh failed:\n${output}")
     endif()
     file(RENAME "${made}/html" "${kit}/docs/reference")
     file(REMOVE_RECURSE "${made}")
 else()
-    message(STATUS "There is no doxygen: the reference in docs/reference is left out")
+    message(STATUS "doxygen was not found: the kit does not contain docs/reference")
 endif()
 
 find_program(ORLINDEX_PYTHON NAMES python3 python)
@@ -24,5 +24,5 @@ if(ORLINDEX_PYTHON)
     execute_process(COMMAND "${ORLINDEX_PYTHON}" -B "${CMAKE_CURRENT_LIST_DIR}/pages.py" "${kit}"
         COMMAND_ERROR_IS_FATAL ANY)
 else()
-    message(WARNING "There is no Python: the pages keep their links into the source tree")
+    message(WARNING "Python was not found: the pages keep their links into the source tree")
 endif()

@@ -1,4 +1,4 @@
-# Runs after cpack has written an archive: equal contents give equal archives, whenever, where and by whom they are packed.
+# Runs after cpack has written an archive. Makes archives with equal contents equal, no matter who packs them, when and where.
 
 find_program(ORLINDEX_PYTHON NAMES python3 python)
 if(NOT ORLINDEX_PYTHON)

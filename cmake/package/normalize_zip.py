@@ -1,7 +1,7 @@
-"""Writes a ZIP archive anew so that it depends on nothing but names, modes and contents: normalize_zip.py FILE
+"""Rewrites a ZIP archive so that it only depends on names, modes and contents: normalize_zip.py FILE
 
-Entries are sorted and bear one time, that of SOURCE_DATE_EPOCH (UTC), else the earliest that the format knows; owners and
-times of access are left out.
+Entries are sorted. All have the same time: SOURCE_DATE_EPOCH (UTC), or the earliest time that the format supports. Owners and
+access times are removed.
 """
 
 import os

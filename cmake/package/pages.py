@@ -1,6 +1,6 @@
-"""Turns links of a kit's pages that lead out of it, into the source tree, into plain text: pages.py KIT
+"""Replaces the links of a kit's pages that lead into the source tree with plain text: pages.py KIT
 
-Pages are written for the source tree and name many of its files. A link of one page to another, or to what is packed,
+The pages are written for the source tree and link many of its files. A link to another page of the kit, or to a packed file,
 stays.
 """
 
@@ -8,7 +8,7 @@ import re
 import sys
 from pathlib import Path
 
-# Named one by one: an installation may go to a folder that holds other things.
+# This list is explicit because an installation folder may contain other files.
 PAGES = ("README.md", "docs/*.md", "licenses/README.md", "agent/README.md")
 FENCE = re.compile(r"^\s*```")
 LINK = re.compile(r"\[([^\[\]]*)\]\(([^)\s]+)\)")
@@ -19,7 +19,7 @@ def leads_somewhere(page, kit, target):
     if not path or re.match(r"[a-z]+:", path):
         return True
     file = (page.parent / path).resolve()
-    # The pages mean the source tree's README, and the kit has one of its own.
+    # The pages mean the README of the source tree. The kit has another README.
     return file.exists() and file.is_relative_to(kit) and file != kit / "README.md"
 
 
@@ -27,14 +27,14 @@ def rewrite(page, kit):
     def plain(link):
         return link.group(0) if leads_somewhere(page, kit, link.group(2)) else link.group(1)
 
-    # Blocks of prose and of code in turn; a link may go over the end of a line.
+    # Blocks of prose and code alternate. A link may continue on the next line.
     blocks = [[]]
     for line in page.read_text(encoding="utf-8").split("\n"):
         if FENCE.match(line):
             blocks.append([])
         blocks[-1].append(line)
     texts = ["\n".join(block) for block in blocks]
-    # A block that begins with an opening fence holds code, one that begins with a closing fence the prose after it.
+    # A block that begins with an opening fence contains code. A block that begins with a closing fence contains prose.
     texts = [text if number % 2 else LINK.sub(plain, text) for number, text in enumerate(texts)]
     page.write_text("\n".join(texts), encoding="utf-8", newline="\n")
 

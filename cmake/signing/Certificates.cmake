@@ -1,6 +1,6 @@
-# The certificates that a build tree makes for itself, once, under <build>/signing: three roots and the signers below
-# them, the good ones and those that must be refused. For each root <name>.key, <name>.pem and <name>.der; for each
-# signer <name>-leaf.pem and, with its root after it, <name>.pem. All signers share signer.key.
+# Makes the certificates of a build tree, once, in <build>/signing: three roots and the signers below them, accepted ones and
+# ones that must be refused. Each root has <name>.key, <name>.pem and <name>.der. Each signer has <name>-leaf.pem, and
+# <name>.pem, which also contains its root. All signers use signer.key.
 
 set(ORLINDEX_SIGNING_FOLDER "${PROJECT_BINARY_DIR}/signing")
 
@@ -34,7 +34,7 @@ function(orlindex_make_signer name root commonName)
 endfunction()
 
 function(orlindex_make_certificates)
-    # Whole or not at all: a tree whose making was interrupted, or whose recipe changed, starts anew.
+    # If this was interrupted, or if one of the two files changed, everything is made again.
     set(recipe "${CMAKE_CURRENT_FUNCTION_LIST_DIR}")
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${recipe}/openssl.cnf")
     file(SHA256 "${recipe}/openssl.cnf" configuration)
@@ -47,7 +47,7 @@ function(orlindex_make_certificates)
     file(MAKE_DIRECTORY "${ORLINDEX_SIGNING_FOLDER}/issued")
     file(CHMOD "${ORLINDEX_SIGNING_FOLDER}" DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
     file(COPY "${recipe}/openssl.cnf" DESTINATION "${ORLINDEX_SIGNING_FOLDER}")
-    file(TOUCH "${ORLINDEX_SIGNING_FOLDER}/issued/index.txt") # what `openssl ca` keeps its books in
+    file(TOUCH "${ORLINDEX_SIGNING_FOLDER}/issued/index.txt") # the database of `openssl ca`
     orlindex_openssl(genrsa -out signer.key 2048)
 
     orlindex_make_root(root "Orlindex Development Root")
@@ -58,14 +58,14 @@ function(orlindex_make_certificates)
     orlindex_make_signer(no-point root "Kestrany, Inc")
     orlindex_make_signer(asia-point root "Kestrany Asia Pte.")
     orlindex_make_signer(stranger root "Somebody Else")
-    string(ASCII 239 188 171 fullWidthK) # U+FF2B in UTF-8: a conversion to a narrow code page may take it for a K
+    string(ASCII 239 188 171 fullWidthK) # U+FF2B in UTF-8: a conversion to a narrow code page may turn it into K
     orlindex_make_signer(look-alike root "${fullWidthK}estrany, Inc.")
     orlindex_make_signer(pinned-expired root "Kestrany, Inc." -startdate 20200101000000Z -enddate 20210101000000Z)
 
     orlindex_make_root(unknown-root "Orlindex Unknown Root")
     orlindex_make_signer(other-root unknown-root "Kestrany, Inc.")
 
-    # For a root that the user's own store trusts: below an unknown root, age is not what the platform complains of.
+    # This root is for tests that add it to the user's store. Below an unknown root, the platform does not report the age.
     orlindex_make_root(trusted-root "Orlindex Trusted Root")
     orlindex_make_signer(trusted trusted-root "Kestrany, Inc.")
     orlindex_make_signer(expired trusted-root "Kestrany, Inc." -startdate 20200101000000Z -enddate 20210101000000Z)

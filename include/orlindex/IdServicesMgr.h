@@ -6,17 +6,11 @@
 #include "IObserver.h"
 #include "IdErrorCode.h"
 #include "ProductConfig.h"
+#include "Types.h"
 
 namespace Kestrany::IdentityServices {
 
 struct IdServicesMgrPrivate;
-
-/// Optional operations of the client plugin module. Values without a name here pass through to the plugin.
-enum ApiFeature : std::int32_t
-{
-    ApiFeatureIdToken = 2,  ///< GetOAuth2IdToken.
-    ApiFeatureLoginMode = 3 ///< SetLoginMode and GetLoginMode.
-};
 
 /// Starts and stops the library, and reaches every identity operation of the client plugin module.
 ///

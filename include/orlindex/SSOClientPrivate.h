@@ -10,12 +10,9 @@
 #include "IdServicesConsts.h"
 #include "ProductConfig.h"
 #include "RetrySchedule.h"
+#include "Types.h"
 
 namespace Kestrany::IdentityServices {
-
-/// Asked by the plugin while a server process is frozen; the parameters have their meaning in the plugin. Sizes in
-/// bytes.
-using FreezeCallback = int (*)(const char* request, int requestSize, char* answer, int answerSize, void* context);
 
 /// The private surface for the family's own tools: where things lie on the machine, and internals of the loaded plugin.
 ///

@@ -1,6 +1,6 @@
-"""Judges the benchmarks: reads the reports run-*.json of every run in a folder, takes the best of the runs for each
-measurement, prints the table, and writes results.json and the names of the benchmarks behind missed bounds, one a line,
-to missed.txt. Ends with 0 where every bound was reached, 1 where one was missed, 2 where a measurement is missing.
+"""Evaluates the benchmarks: reads the reports run-*.json of every run in a folder, uses the best of the runs for each
+measurement, prints the table, and writes results.json. Writes the names of the benchmarks that missed their bounds to
+missed.txt, one in each line. The exit code is 0 if every bound was met, 1 if one was missed, 2 if a measurement is missing.
 
     bench.py [--quick] FOLDER"""
 
@@ -9,8 +9,8 @@ import json
 import os
 import sys
 
-# name of the benchmark: (what was measured, the ratio to reach or None, the same for --quick). The quick bounds are
-# wider where a turn takes milliseconds, and few turns leave what else the machine does in their median.
+# name of the benchmark: (what is measured, the bound of the ratio or None, the same for --quick). The quick bounds are wider
+# if a turn takes milliseconds: the median of few turns includes other work of the machine.
 RATIOS = {
     "forward/class_member": ("class member that forwards", 1.15, 1.15),
     "forward/flat_function": ("flat function that forwards", 1.15, 1.15),
@@ -25,8 +25,8 @@ RATIOS = {
 }
 FALLBACK = "forward/fallback"
 FALLBACK_REACH = 50  # Nanoseconds over the floor.
-# (which of the first starts, its counter, the nanoseconds that the library's own part of it may take, the same for
-# --quick). With --quick few starts are made: none may have run undisturbed, and their median is no more than shown.
+# (which of the first start-ups, its counter, the bound in nanoseconds for the library's own part, the same for --quick). With
+# --quick there are few start-ups: perhaps none of them ran undisturbed, so the median has no bound.
 OWN = (
     ("least", "own_ns", 2e6, 3e6),
     ("median", "own_median_ns", 2e6, None),
@@ -39,15 +39,14 @@ GROWTH = {
     "directories": "search directories",
 }
 SIZES = (10, 1000, 10000)
-# How much more the tenfold may cost than ten times as much. With --quick each size is measured once; a cost that grew with
-# the square would be ten.
+# How much the cost may exceed linear growth. With --quick each size is measured once. A quadratic cost would give ten.
 LINEAR, LINEAR_QUICK = 1.5, 3
 STEPS = (("trust", "verifying"), ("load", "loading"), ("registry", "registry"), ("files", "files"),
          ("account", "account"), ("rest", "rest"))
 
 
 def read_runs(folder):
-    """For each benchmark its counters, one dictionary a run."""
+    """The counters of each benchmark, one dictionary for each run."""
     measured = {}
     for file in sorted(glob.glob(os.path.join(folder, "run-*.json"))):
         with open(file, encoding="utf-8") as stream:
@@ -62,7 +61,7 @@ def best(measured, name, counter):
 
 
 def shown(value):
-    """A time in nanoseconds, several of them, a text, or nothing."""
+    """Formats a time in nanoseconds, a list of times, a text, or None."""
     if value is None or isinstance(value, str):
         return value or ""
     if isinstance(value, list):
@@ -74,10 +73,10 @@ def shown(value):
 
 
 def row(benchmarks, what, library, floor, ratio, reach, good):
-    """`benchmarks` are measured again where it is missed; times are in nanoseconds; `good` is None where there is nothing
-    to reach."""
-    return {"benchmarks": benchmarks, "measured": what, "library": library, "floor": floor, "ratio": ratio, "reach": reach,
-            "verdict": "" if good is None else "reached" if good else "MISSED"}
+    """`benchmarks` are measured again if the bound is missed; times are in nanoseconds; `good` is None if there is no
+    bound."""
+    return {"benchmarks": benchmarks, "measured": what, "library": library, "floor": floor, "ratio": ratio, "bound": reach,
+            "result": "" if good is None else "met" if good else "MISSED"}
 
 
 def ratio_rows(measured, quick):
@@ -96,7 +95,7 @@ def fallback_row(measured):
 
 
 def own_rows(measured, quick):
-    """Of a start that nothing came between, and of one like any other."""
+    """The minimum is a start-up without disturbance, the median an ordinary one."""
     for what, counter, reach, quick_reach in OWN:
         bound = quick_reach if quick else reach
         own = best(measured, "start/cold", counter)
@@ -106,7 +105,7 @@ def own_rows(measured, quick):
 
 
 def event_rows(measured):
-    """Linear: a callback more costs the library what it costs the floor. A first one brings the call of the plugin."""
+    """Linear: an additional callback costs the library what it costs the floor. The first one includes the plugin call."""
     library = {count: best(measured, name, "library_ns") for count, name in EVENTS.items()}
     floor = {count: best(measured, name, "floor_ns") for count, name in EVENTS.items()}
     for count in EVENTS:
@@ -123,7 +122,7 @@ def growth_rows(measured, quick):
     for name, what in GROWTH.items():
         benchmarks = [f"growth/{name}/{size}" for size in SIZES]
         small, middle, large = (best(measured, benchmark, "own_ns") for benchmark in benchmarks)
-        # What a start costs whatever the size is taken off.
+        # Subtracts the cost of a start-up that does not depend on the size.
         factor = (large - small) / (middle - small) if middle > small else float("inf")
         expected = (SIZES[2] - SIZES[0]) / (SIZES[1] - SIZES[0])
         yield row(benchmarks, f"10, 1,000, 10,000 {what}", [small, middle, large], None, factor / expected, f"linear: <= {linear}",
@@ -131,7 +130,7 @@ def growth_rows(measured, quick):
 
 
 def print_table(rows):
-    columns = ("measured", "library", "floor", "ratio", "reach", "verdict")
+    columns = ("measured", "library", "floor", "ratio", "bound", "result")
     lines = [columns]
     for one in rows:
         ratio = "" if one["ratio"] is None else f"{one['ratio']:.2f}"
@@ -143,7 +142,7 @@ def print_table(rows):
 
 def print_profile(measured):
     run = min(measured["start/cold"], key=lambda one: one["own_ns"])
-    print("\nWhere a first start spends its time: " +
+    print("\nWhere the first start-up spends its time: " +
           ", ".join(f"{title} {shown(run[step + '_ns'])}" for step, title in STEPS))
     return {title: run[step + "_ns"] for step, title in STEPS}
 
@@ -163,10 +162,10 @@ def main():
         return 2
     with open(os.path.join(folder, "results.json"), "w", encoding="utf-8") as stream:
         json.dump({"quick": quick, "rows": rows, "firstStartNanoseconds": profile}, stream, indent=2)
-    missed = [one for one in rows if one["verdict"] == "MISSED"]
+    missed = [one for one in rows if one["result"] == "MISSED"]
     with open(os.path.join(folder, "missed.txt"), "w", encoding="utf-8") as stream:
         stream.writelines(sorted({name + "\n" for one in missed for name in one["benchmarks"]}))
-    print("\nMissed: " + "; ".join(one["measured"] for one in missed) if missed else "\nEvery bound was reached.")
+    print("\nMissed: " + "; ".join(one["measured"] for one in missed) if missed else "\nEvery bound was met.")
     return 1 if missed else 0
 
 

@@ -1,8 +1,8 @@
-# Configuring and building by preset: sourced after common.sh, never run.
+# Configures and builds presets. Source this file after common.sh; do not run it.
 # shellcheck shell=bash
 
-# configure_preset PRESET FOLDER [CMAKE-OPTIONS...]: where that was not done yet, or options are given, or presets or
-# libraries have changed. Changes of CMake files are seen by the build itself.
+# configure_preset PRESET FOLDER [CMAKE-OPTIONS...]: configures if this was not done yet, if options are given, or if presets or
+# libraries have changed. The build itself notices changed CMake files.
 configure_preset()
 {
     local preset=$1 folder=$2 key
@@ -19,18 +19,18 @@ build_preset()
 {
     local preset=$1
     shift
-    # From the source tree's root, where presets are found.
+    # CMake looks for presets in the current directory.
     (cd "$root" && cmake --build --preset "$preset" -j "$jobs" ${1:+--target "$@"})
 }
 
-# make_preset PRESET FOLDER: both.
+# make_preset PRESET FOLDER: configures and builds.
 make_preset()
 {
     configure_preset "$1" "$2" && build_preset "$1"
 }
 
-# make_what_builds PRESET FOLDER: both, past errors. What could not be brought up to date is removed and listed in
-# FOLDER/not-built.txt, so that no old program is tested in its place.
+# make_what_builds PRESET FOLDER: configures and builds, and continues after errors. Programs that could not be updated are
+# removed and listed in FOLDER/not-built.txt, so that no old program is tested.
 make_what_builds()
 {
     local preset=$1 folder=$2 status=0
@@ -41,8 +41,8 @@ make_what_builds()
     return "$status"
 }
 
-# The programs and modules that a build would still have to link. Read from a copy of its plan: for the plan itself the
-# build system would first ask whether CMake has to run.
+# Removes the programs and modules that the build would still have to link. Uses a copy of build.ninja, because ninja would
+# first check whether CMake has to run again for the original.
 remove_outdated()
 {
     local folder=$1 file

@@ -1,5 +1,5 @@
-# Shared by the scripts of this folder: sourced, never run. Sets `root` (the source tree) and `deps` (what setup.sh
-# makes), and gives the few ways in which scripts speak to people.
+# Shared by all scripts. Source this file; do not run it. Sets `root` (the source tree) and `deps` (the folder that setup.sh
+# fills), and defines how scripts print messages.
 # shellcheck shell=bash
 # shellcheck disable=SC2034 # used by the scripts that source this file
 
@@ -12,7 +12,7 @@ say()
     printf '%s\n' "$*"
 }
 
-# fail CAUSE [WAY-OUT...]: ends the script.
+# fail CAUSE [REMEDY...]: prints an error and ends the script.
 fail()
 {
     printf 'error: %s\n' "$1" >&2
@@ -21,7 +21,7 @@ fail()
     exit 1
 }
 
-# Seconds since the first argument, a value of now().
+# now: the time in microseconds. seconds_since TIME: the seconds since a value of now().
 now()
 {
     printf '%s\n' "${EPOCHREALTIME//[.,]/}"
@@ -32,7 +32,7 @@ seconds_since()
     printf '%d.%d s\n' $((tenths / 10)) $((tenths % 10))
 }
 
-# usage FILE: prints the comment block at the head of a script, which is its help text.
+# usage FILE: prints the comment block at the beginning of a script, which is its help text.
 usage()
 {
     sed -n '2,/^[^#]/{s/^# \{0,1\}//p}' "$1"

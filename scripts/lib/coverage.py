@@ -1,15 +1,15 @@
-"""Prints the coverage of each source and compares what was not run with the list of what need not be.
+"""Prints the coverage of each source and compares what did not run with the list of what need not run.
 
 coverage.py ROOT COVERAGE-JSON LIST
 
-The list names lines and branches by their text, which says more than a number and stays right when lines move:
+The list names lines and branches by their text, which says more than a number and stays right if lines move:
 
-    src/load/PluginModule.cpp
+    src/load/PluginLoader.cpp
         line: return nullptr;
         branch: if (!module)
-        why: The reason, of which everything above it is a part.
+        why: The reason for all entries above it.
 
-A text stands for every place in the file where it is the whole line. Ends with 0 when exactly what is listed was not run.
+A text stands for every line of the file with this text. The exit code is 0 if exactly the listed items did not run.
 """
 
 import json
@@ -18,7 +18,7 @@ import sys
 from pathlib import Path
 
 
-# Compilers branch elsewhere too, such as for each element of an initialiser; those are in the figures alone.
+# Compilers add other branches, such as one for each element of an initialiser. These only count in the figures.
 DECISION = re.compile(r"\b(if|for|while|switch|case)\b|&&|\|\||\?")
 
 
@@ -66,7 +66,7 @@ class Source:
         return sum(1 for branch in self.branches if branch["count"]), len(self.branches)
 
     def uncovered(self):
-        """Lines that were not run, and decisions that never went one of their ways: (kind, text) -> numbers."""
+        """Lines that did not run, and decisions of which one branch did not run: (kind, text) -> line numbers."""
         found = {}
         for line in self.lines:
             if not line["count"]:
@@ -97,11 +97,11 @@ def print_table(sources):
 
 
 def compare(sources, listed):
-    """What was not run and is not listed, and what is listed without need."""
+    """What did not run and is not listed, and what is listed and ran."""
     uncovered = {(source.name, *item): numbers for source in sources for item, numbers in source.uncovered().items()}
-    problems = [f"{file}:{','.join(map(str, uncovered[file, kind, text]))}: not run, and not listed: {kind}: {text}"
+    problems = [f"{file}:{','.join(map(str, uncovered[file, kind, text]))}: did not run, and is not listed: {kind}: {text}"
                 for file, kind, text in sorted(uncovered.keys() - listed.keys())]
-    problems += [f"{listed[item]}: run, or no longer there: {item[0]}: {item[1]}: {item[2]}"
+    problems += [f"{listed[item]}: ran, or no longer exists: {item[0]}: {item[1]}: {item[2]}"
                  for item in sorted(listed.keys() - uncovered.keys(), key=listed.get)]
     return problems
 
@@ -117,7 +117,7 @@ def main(root, report, path):
     for problem in problems:
         print(problem)
     if problems:
-        print("Test what is named, or list it with its reason in tests/coverage/uncovered.txt.")
+        print("Test these lines, or list them with a reason in tests/coverage/uncovered.txt.")
     return 1 if problems else 0
 
 

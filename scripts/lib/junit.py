@@ -1,6 +1,6 @@
-"""Reads the report that CTest writes with --output-junit: one line for each test, "<outcome>TAB<name>", where the
-outcome is passed, skipped or failed. A test that prints "skipped: <reason>" has the reason after its name. No line where
-the report is missing."""
+"""Reads the report that CTest writes with --output-junit. Prints one line for each test, "<outcome>TAB<name>"; the outcome is
+passed, skipped or failed. If a test prints "skipped: <reason>", the reason follows its name. Prints nothing if the report is
+missing."""
 
 import sys
 import xml.etree.ElementTree as ElementTree
@@ -12,7 +12,7 @@ def outcome(case):
     if case.get("status") == "disabled":
         return "skipped"
     skipped = case.find("skipped")
-    # CTest also writes "skipped" for a test whose program is missing; only a test that skipped itself counts as one.
+    # CTest also writes "skipped" for a test whose program is missing. Only a test that skipped itself counts as skipped.
     if skipped is not None and skipped.get("message", "").startswith("SKIP_"):
         return "skipped"
     return "failed"

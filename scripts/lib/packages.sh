@@ -1,8 +1,8 @@
-# Which Debian packages Orlindex is built and tested with: sourced after common.sh, never run.
+# The Debian packages that Orlindex is built and tested with. Source this file after common.sh; do not run it.
 #
-#     choose_packages     picks the versions that this release offers, and says which; keeps the choice in .deps/
-#     missing_packages    those of all packages that are not installed
-#     as_root COMMAND...  as root, or through sudo
+#     choose_packages     chooses and prints the versions that this release offers; stores the choice in .deps/
+#     missing_packages    prints the packages that are not installed
+#     as_root COMMAND...  runs a command as root or with sudo
 # shellcheck shell=bash
 
 release=$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)
@@ -11,26 +11,26 @@ llvm='' boost=''
 # shellcheck source=/dev/null
 [ ! -f "$chosen" ] || . "$chosen"
 
-# Packages of one name on every release.
+# Packages with the same name on every release.
 packages=(
     git cmake ninja-build g++ dpkg-dev xz-utils python3 openssl
-    # The Windows side: compiler, compatibility layer, code signing.
+    # For Windows programs: compiler, Wine, code signing.
     g++-mingw-w64-x86-64-posix wine wine64 osslsigncode
     # The same for 32-bit hosts.
     g++-mingw-w64-i686-posix
-    # Static checks, coverage, the reference of the headers, and the compiler for the samples in C#.
+    # Static checks, coverage, the API reference, and the compiler for the C# samples.
     shellcheck pkgconf gcovr doxygen mono-mcs mono-runtime
-    # Libraries of the native build of the portable logic; the cross build takes its own from .deps/.
+    # Libraries for the native build of the portable logic. The cross build uses those in .deps/.
     libjsoncpp-dev libgtest-dev libgmock-dev googletest
 )
 
-# Sanitizers, fuzzers, static checks, and the checks of Microsoft's rules: all of one version of LLVM.
+# Sanitizers, fuzzers, static checks, and the checks of Microsoft's rules all use one version of LLVM.
 llvm_packages()
 {
     printf '%s\n' "clang-$1" "clang-format-$1" "clang-tidy-$1" "libclang-rt-$1-dev" "libc++-$1-dev" "llvm-$1"
 }
 oldest_llvm=14
-proven_llvm=19 # with which the sources are formatted, too
+proven_llvm=19 # this version also formats the sources
 
 boost_packages()
 {
@@ -47,7 +47,7 @@ as_root()
     fi
 }
 
-# unavailable PACKAGE...: those that apt can neither install nor has installed.
+# unavailable PACKAGE...: prints those that are not installed and that apt cannot install.
 unavailable()
 {
     comm -23 <(printf '%s\n' "$@" | sort -u) \
@@ -56,7 +56,7 @@ unavailable()
             sort -u)
 }
 
-# versions PATTERN OLDEST: the versions in the names of packages that apt knows, from OLDEST on, oldest first.
+# versions PATTERN OLDEST: prints the versions in the names of packages that apt knows, from OLDEST on, oldest first.
 versions()
 {
     local version
@@ -65,7 +65,7 @@ versions()
     done
 }
 
-# first_whole FUNCTION VERSION...: the first version all of whose packages apt can install.
+# first_whole FUNCTION VERSION...: prints the first version for which apt can install all packages.
 first_whole()
 {
     local function=$1 version names
@@ -80,8 +80,8 @@ first_whole()
     return 1
 }
 
-# The proven version of LLVM where there is one, else the newest. The oldest sufficient Boost, which is nearest to the
-# one that the library is developed with.
+# Chooses the proven version of LLVM, or else the newest, and the oldest sufficient Boost, which is closest to the one that the
+# library is developed with.
 find_versions()
 {
     local found
@@ -92,15 +92,15 @@ find_versions()
     [ -n "$llvm" ] && [ -n "$boost" ]
 }
 
-# Where apt lacks something, and after its lists were read anew lacks it still: which names were looked for.
+# If packages are still unavailable after an update of the lists: prints the names that it looked for.
 explain_unavailable()
 {
     local lacking=()
     mapfile -t lacking < <(unavailable "${packages[@]}")
-    [ -n "$llvm" ] || lacking+=("$(llvm_packages N | paste -sd ' ') with one N from $oldest_llvm on")
-    [ -n "$boost" ] || lacking+=("$(boost_packages N) with N from $oldest_boost on")
+    [ -n "$llvm" ] || lacking+=("$(llvm_packages N | paste -sd ' ') with one N of $oldest_llvm or newer")
+    [ -n "$boost" ] || lacking+=("$(boost_packages N) with an N of $oldest_boost or newer")
     fail "this release of the system does not offer: ${lacking[0]}" "${lacking[@]:1}" \
-        "Debian 12 and 13 offer all packages that are needed; see scripts/lib/packages.sh"
+        "Debian 12 and 13 offer all required packages; see scripts/lib/packages.sh"
 }
 
 everything_is_offered()
@@ -111,13 +111,13 @@ everything_is_offered()
 choose_packages()
 {
     [ ! -f "$chosen" ] || return 0
-    # A bare machine has no lists of packages yet.
+    # A new machine has no package lists yet.
     everything_is_offered || { as_root apt-get update >/dev/null && everything_is_offered; } || explain_unavailable
     printf 'llvm=%s\nboost=%s\n' "$llvm" "$boost" >"$chosen"
-    say "Chosen among the versions of this release: LLVM $llvm, Boost $boost"
+    say "Versions that this release offers: LLVM $llvm, Boost $boost"
 }
 
-# Node.js is often there from elsewhere than Debian.
+# Node.js is often installed from another source than Debian.
 node_packages()
 {
     command -v npm >/dev/null || printf '%s\n' nodejs npm

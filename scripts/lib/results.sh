@@ -1,5 +1,5 @@
-# Collects what a run of checks found: sourced after common.sh, never run. The last line printed is always
-# "N passed, N failed" (", N skipped" and ", not run: ..." where there is any), however the script ends.
+# Collects the results of a run of checks. Source this file after common.sh; do not run it. The last line is always
+# "N passed, N failed" (with ", N skipped" and ", not run: ..." if needed), no matter how the script ends.
 # shellcheck shell=bash
 
 passed=()
@@ -8,25 +8,25 @@ skipped=()
 not_run=()
 counts=()
 
-# attempt NAME COMMAND...: a step that tests need; counts where it fails, and shows its output then.
+# attempt NAME COMMAND...: a step that tests need. If it fails, it counts as a failure and its output is printed.
 attempt()
 {
     local name=$1 output began status=0
     shift
     began=$(now)
-    printf '  %s: ' "$name" # at once: a build takes minutes
+    printf '  %s: ' "$name" # before the command runs: a build takes minutes
     output=$("$@" 2>&1 </dev/null) || status=$?
     if [ $status -eq 0 ]; then
         say "passed ($(seconds_since "$began"))"
     else
         failed+=("$name")
         say "FAILED ($(seconds_since "$began"))"
-        printf '%s\n' "$output" | sed -E '/^\[[0-9]+\/[0-9]+\] /d; s/^/    | /' # without a build's progress
+        printf '%s\n' "$output" | sed -E '/^\[[0-9]+\/[0-9]+\] /d; s/^/    | /' # without the progress lines of a build
     fi
     return $status
 }
 
-# check NAME COMMAND...: a step that is a test itself.
+# check NAME COMMAND...: a step that counts as a test.
 check()
 {
     if attempt "$@"; then
@@ -34,7 +34,7 @@ check()
     fi
 }
 
-# leave_out WHAT...: names what was to run and did not.
+# leave_out WHAT...: records what should have run and did not.
 leave_out()
 {
     not_run+=("$@")
@@ -51,13 +51,13 @@ count_tests()
             *) failed+=("$name: $test") ;;
         esac
     done < <(python3 "$root/scripts/lib/junit.py" "$file")
-    # A run that broke without a test to blame must not look like a good one.
+    # A run that broke without a failed test must not look successful.
     if [ "$status" -ne 0 ] && [ ${#failed[@]} -eq "$before" ]; then
         failed+=("$name: ctest ended with $status")
     fi
 }
 
-# gather_counts FILE: adds the lines "count: <name> = <n>" of a run's output.
+# gather_counts FILE: collects the lines "count: <name> = <n>" of a run's output.
 gather_counts()
 {
     local line
@@ -66,7 +66,7 @@ gather_counts()
     done < <(sed -n 's/^\(count: .* = -\{0,1\}[0-9][0-9.]*\)\r\{0,1\}$/\1/p' "$1" 2>/dev/null)
 }
 
-# print_counts: each name once; tests that share a piece of work give parts of its sum.
+# print_counts: prints the sum for each name. Several tests may contribute to one name.
 print_counts()
 {
     [ ${#counts[@]} -ne 0 ] || return 0
@@ -75,13 +75,13 @@ print_counts()
         sort
 }
 
-# finish_results STATUS: prints the summary, and answers 0 only when tests ran and none failed. A script that ended
-# before its time, with a STATUS that is not 0, has a failure even where none was counted.
+# finish_results STATUS: prints the summary and returns 0 only if tests ran and none failed. A script that ended early, with a
+# STATUS that is not 0, has a failure even if none was counted.
 finish_results()
 {
     local status=$1 line
     if [ "$status" -ne 0 ]; then
-        failed+=("the run ended before its time, with status $status")
+        failed+=("the run ended early, with status $status")
     elif [ ${#passed[@]} -eq 0 ] && [ ${#failed[@]} -eq 0 ]; then
         failed+=("no test ran")
     fi

@@ -1,11 +1,11 @@
-# The checks that read sources without running them: sourced after common.sh, never run. They take what git tracks, and
-# what is new and not ignored.
+# The checks that read sources without running them. Source this file after common.sh; do not run it. They check the files that
+# git tracks, and new files that are not ignored.
 # shellcheck shell=bash
 
-# The version of clang-format that the sources are formatted with: others lay out some lines differently.
+# The sources are formatted with this version of clang-format. Other versions format some lines differently.
 format_version=19
 
-# sources PATTERN...: the tree's files of that kind.
+# sources PATTERN...: prints the matching files of the tree.
 sources()
 {
     git -C "$root" ls-files --cached --others --exclude-standard --deduplicate -- "$@" | while IFS= read -r file; do

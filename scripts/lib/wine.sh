@@ -1,11 +1,10 @@
-# A Wine session of one's own: sourced after common.sh, never run.
+# A separate Wine session. Source this file after common.sh; do not run it.
 #
-#     wine_session_begin      copies the template prefix into a new temporary folder and starts Wine in it; the template is
-#                             what `wine_template` names
-#     run_windows PROGRAM...  runs a program and prints its output, both streams in one, when it has ended
-#     wine_session_end        ends every process of that prefix and removes it; fit for `trap ... EXIT`
+#     wine_session_begin      copies the template prefix (`wine_template`) to a new temporary folder and starts Wine in it
+#     run_windows PROGRAM...  runs a program and prints its output, both streams together, after it has ended
+#     wine_session_end        ends every process of that prefix and removes it; suitable for `trap ... EXIT`
 #
-# In between, scripts/wine-run runs programs in that prefix too.
+# During the session, scripts/wine-run also runs programs in that prefix.
 # shellcheck shell=bash
 
 # shellcheck source=scripts/lib/wine-environment.sh
@@ -20,12 +19,12 @@ wine_session_begin()
     export WINEPREFIX=$wine_session_folder/prefix
     cp -a "$wine_template" "$WINEPREFIX"
     wine_start -p || fail "Wine does not start in $WINEPREFIX"
-    # Tells scripts/wine-run that it need not see to this itself.
+    # With this, scripts/wine-run does not start a session itself.
     export ORLINDEX_WINE_SESSION=$WINEPREFIX
 }
 
-# Through a file, not a pipe. The server process that a host starts goes on after it, and under Wine it holds the host's
-# error output open: a pipe's reader would wait for its end.
+# The output goes to a file, not to a pipe. The server process that a host starts continues after the host, and under Wine it
+# keeps the host's error output open: the reader of a pipe would wait until the server ends.
 run_windows()
 {
     local output=$wine_session_folder/output status=0

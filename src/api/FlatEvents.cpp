@@ -1,8 +1,8 @@
 // Flat interface: event callbacks.
 
 #include "api/EventCallbacks.h"
-#include "api/FlatGuard.h"
 #include "api/FlatState.h"
+#include "api/NoThrow.h"
 #include "orlindex/IObserver.h"
 
 using namespace Kestrany::IdentityServices;
@@ -57,7 +57,7 @@ void ForgetEventCallbacks()
 
 talix_status_code TALIX_CALL talix_add_event_callback(talix_event_callback callback, void* user_value)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         if (!observerRegistered)
         {
             // Asked here only: while the observer is added, a callback is stored in every state of the library.
@@ -75,7 +75,7 @@ talix_status_code TALIX_CALL talix_add_event_callback(talix_event_callback callb
 
 talix_status_code TALIX_CALL talix_remove_event_callback(talix_event_callback callback)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         if (!IsStarted())
             return IdNotInitialized;
         observer.callbacks.Remove(callback);

@@ -1,6 +1,6 @@
 // Flat interface: login, server, user and events at the plugin.
 
-#include "api/FlatGuard.h"
+#include "api/NoThrow.h"
 #include "load/contract/ISSOServerManager.h"
 
 using namespace Kestrany::IdentityServices;
@@ -34,7 +34,7 @@ talix_status_code TALIX_CALL talix_login(void)
 {
     return WithClient(IdClientUnavailable, [](ISSOClient& client) {
         int detail = 0;
-        return Mapped(client.Login(detail));
+        return NormalizeStatus(client.Login(detail));
     });
 }
 
@@ -42,18 +42,19 @@ talix_status_code TALIX_CALL talix_logout(talix_logout_flags flags)
 {
     return WithClient(IdClientUnavailable, [flags](ISSOClient& client) {
         int detail = 0;
-        return Mapped(client.Logout(detail, flags));
+        return NormalizeStatus(client.Logout(detail, flags));
     });
 }
 
 talix_status_code TALIX_CALL talix_set_server(Server server)
 {
-    return WithClient(IdClientUnavailable, [&](ISSOClient& client) { return Mapped(client.SetServer(server)); });
+    return WithClient(IdClientUnavailable,
+                      [&](ISSOClient& client) { return NormalizeStatus(client.SetServer(server)); });
 }
 
 TALIXEnvironment TALIX_CALL talix_get_environment(void)
 {
-    return Guarded(TALIX_ENVIRONMENT_UNAVAILABLE, [] {
+    return NoThrow(TALIX_ENVIRONMENT_UNAVAILABLE, [] {
         if (!IsStarted())
             return TALIX_ENVIRONMENT_UNAVAILABLE;
         ISSOClient* client = ObtainInterface<ISSOClient>();
@@ -63,7 +64,7 @@ TALIXEnvironment TALIX_CALL talix_get_environment(void)
 
 Server TALIX_CALL talix_get_server(void)
 {
-    return Guarded(TALIX_SERVER_UNAVAILABLE, [] {
+    return NoThrow(TALIX_SERVER_UNAVAILABLE, [] {
         if (!IsStarted())
             return TALIX_SERVER_UNAVAILABLE;
         ISSOClient* client = ObtainInterface<ISSOClient>();
@@ -76,7 +77,7 @@ talix_status_code TALIX_CALL talix_get_user_info(talix_user_info* info)
     if (!info || !WantsAnything(*info))
         return IdFailed;
     // Here, and for the session address, a missing client is IdFailed; elsewhere it is IdClientUnavailable.
-    return WithClient(IdFailed, [&](ISSOClient& client) { return Mapped(client.GetUserInfo(info)); });
+    return WithClient(IdFailed, [&](ISSOClient& client) { return NormalizeStatus(client.GetUserInfo(info)); });
 }
 
 talix_status_code TALIX_CALL talix_get_profile_info(talix_buffer* profile)
@@ -113,7 +114,7 @@ talix_status_code TALIX_CALL talix_dispatch_events(void)
 
 talix_status_code TALIX_CALL talix_quit_server_process(int milliseconds)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         if (!IsStarted())
             return IdNotInitialized;
         ISSOServerManager* serverManager = ObtainInterface<ISSOServerManager>();

@@ -1,6 +1,6 @@
 // Flat interface: tokens and the session address.
 
-#include "api/FlatGuard.h"
+#include "api/NoThrow.h"
 #include "api/TextOut.h"
 
 using namespace Kestrany::IdentityServices;
@@ -16,13 +16,14 @@ template <class Write>
 talix_status_code CopyTokenOut(talix_buffer& token, Write&& write)
 {
     TokenText text;
-    const talix_status_code result = Guarded(IdFailed, [&] { return Mapped(write(text.Data(), TokenText::Capacity)); });
+    const talix_status_code result =
+        NoThrow(IdFailed, [&] { return NormalizeStatus(write(text.Data(), TokenText::Capacity)); });
     return CopyTextOut(text, token, result);
 }
 
 talix_status_code GetAccessToken(talix_buffer* token, bool wait)
 {
-    return Guarded(IdFailed, [&] {
+    return NoThrow(IdFailed, [&] {
         if (!token)
             return IdFailed;
         if (!IsStarted())
@@ -71,7 +72,7 @@ talix_status_code TALIX_CALL talix_get_session_uri(const char* uri, uint16_t fla
     return WithClient(IdFailed, [&](ISSOClient& client) {
         AddressText text;
         const IdErrorCode result =
-            Mapped(client.GetSessionUri(Widen(uri).c_str(), flag, text.Data(), AddressText::Capacity));
+            NormalizeStatus(client.GetSessionUri(Widen(uri).c_str(), flag, text.Data(), AddressText::Capacity));
         return result == IdSuccess ? CopyTextOut(text, *out, IdSuccess) : result;
     });
 }

@@ -7,6 +7,8 @@
 
 namespace Kestrany::IdentityServices {
 
+IObserver::~IObserver() = default;
+
 IdServicesMgr::IdServicesMgr() : d(new IdServicesMgrPrivate) {}
 
 IdServicesMgr::~IdServicesMgr()

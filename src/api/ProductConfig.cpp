@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "api/BoundedCopy.h"
+#include "api/TextOut.h"
 
 namespace Kestrany::IdentityServices {
 namespace {

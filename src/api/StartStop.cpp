@@ -6,7 +6,7 @@
 #include <system_error>
 #include <windows.h>
 
-#include "api/StartCount.h"
+#include "api/IdServicesMgrPrivate.h"
 #include "load/contract/ISSOClientModule.h"
 #include "locate/SSOPathResolver.h"
 #include "orlindex/IdServicesMgr.h"

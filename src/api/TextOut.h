@@ -4,14 +4,31 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 
-#include "api/BoundedCopy.h"
-#include "base/TextConversion.h"
+#include "base/Text.h"
 #include "orlindex/talix.h"
 
 namespace Kestrany::IdentityServices {
+
+// Texts that go out into a caller's buffer.
+
+/// Copies a text with its terminating zero into a buffer of `capacity` bytes by the runtime's bounded copy. A buffer
+/// that is null or too small is emptied where it can be, and the runtime's invalid-parameter handler is called: the
+/// host's own where it installed one, else the process ends.
+inline void BoundedCopy(char* target, std::size_t capacity, const char* text)
+{
+    strcpy_s(target, capacity, text);
+}
+
+/// A caller's size, a signed number of bytes, as the capacity that the copy is told. A negative one is not refused: by
+/// contract it is widened with its sign and compares as very large.
+inline std::size_t CallerCapacity(std::int32_t size)
+{
+    return static_cast<std::size_t>(static_cast<std::int64_t>(size));
+}
 
 /// A zero-filled buffer that the plugin writes a text into.
 template <std::size_t Units>
@@ -33,7 +50,7 @@ struct PluginText
 template <std::size_t Units>
 talix_status_code CopyTextOut(const PluginText<Units>& text, const talix_buffer& out, talix_status_code result)
 {
-    char utf8[Units * Utf8BytesAUnit + 1];
+    char utf8[Units * Utf8BytesPerUnit + 1];
     const std::size_t size = NarrowInto(utf8, text.Text());
     utf8[size] = '\0';
     const std::size_t capacity = CallerCapacity(out.size);

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/ConsoleStream.h"
 #include "base/ProcessLock.h"
-#include "base/StreamEcho.h"
 
 namespace Kestrany::IdentityServices {
 namespace {
@@ -91,7 +91,7 @@ void Write(const Message& message, const std::wstring& text, LogLevel level) noe
         }
         Keep(state.pending.records, TextFor(state.pending, message), level);
         if (level == TALIXLog::Error)
-            EchoLine(std::wcout, text);
+            WriteConsoleLine(std::wcout, text);
     }
     catch (...)
     {
@@ -106,7 +106,7 @@ void Deliver(const std::wstring& message, LogLevel level)
         if (State().pluginLogger)
             State().pluginLogger(message, level);
         else
-            EchoLine(std::wcout, message);
+            WriteConsoleLine(std::wcout, message);
     }
     catch (...)
     {

@@ -25,7 +25,7 @@ private:
     CRITICAL_SECTION section_;
 };
 
-extern ProcessLock processLock;
+inline ProcessLock processLock;
 
 using ProcessLockGuard = std::lock_guard<ProcessLock>;
 

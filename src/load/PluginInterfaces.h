@@ -4,7 +4,6 @@
 namespace Kestrany::IdentityServices {
 
 class ISSOClient;
-class ISSOClientFactory;
 class ISSOClientModule;
 class ISSOClientPrivate;
 class ISSOServerManager;
@@ -18,11 +17,8 @@ struct PluginInterfaces
     ISSOClientPrivate* ssoClientPrivate = nullptr;
 };
 
-/// One set a process, guarded by the process lock.
-extern PluginInterfaces pluginInterfaces;
-
-/// Asks the factory for each interface that is still missing, in the order of the fields.
-void FillPluginInterfaces(ISSOClientFactory& factory);
+/// One set in a process, guarded by the process lock.
+inline PluginInterfaces pluginInterfaces;
 
 } // namespace Kestrany::IdentityServices
 

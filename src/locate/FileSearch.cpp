@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "base/Paths.h"
-#include "locate/ReferenceExpansion.h"
+#include "locate/PathVariables.h"
 
 namespace Kestrany::IdentityServices {
 namespace {
@@ -14,7 +14,7 @@ DirectoryState Examine(const std::wstring& directory, const std::wstring& fileNa
         return DirectoryState::Empty;
     if (directory.find(L'\0') != std::wstring::npos)
         return DirectoryState::EmbeddedZero;
-    if (BeginsWithReference(directory))
+    if (BeginsWithPathVariable(directory))
         return DirectoryState::NoValue;
     candidate = JoinPath(directory, fileName);
     return PathExists(candidate) ? DirectoryState::Holds : DirectoryState::DoesNotHold;
@@ -22,23 +22,20 @@ DirectoryState Examine(const std::wstring& directory, const std::wstring& fileNa
 
 } // namespace
 
-bool FindFileInPaths(const std::wstring& fileName, const SearchList& directories, std::wstring& found,
-                     std::vector<DirectoryState>* states)
+SearchResult FindFileInPaths(const std::wstring& fileName, SearchList directories)
 {
-    found.clear();
-    for (const SearchDirectory& directory : directories)
+    SearchResult result = {fileName, std::move(directories), {}, {}};
+    for (const SearchDirectory& directory : result.directories)
     {
         std::wstring candidate;
-        const DirectoryState state = Examine(directory.path, fileName, candidate);
-        if (states)
-            states->push_back(state);
-        if (state == DirectoryState::Holds)
+        result.states.push_back(Examine(directory.path, fileName, candidate));
+        if (result.states.back() == DirectoryState::Holds)
         {
-            found = std::move(candidate);
-            return true;
+            result.found = std::move(candidate);
+            break;
         }
     }
-    return false;
+    return result;
 }
 
 std::wstring DirectoryLines(const SearchList& directories)

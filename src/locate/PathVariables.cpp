@@ -1,83 +1,67 @@
-#include <boost/algorithm/string/predicate.hpp>
-#include <locale>
-#include <windows.h>
-
-#include <knownfolders.h>
-
-#include "base/ProductIdentity.h"
-#include "locate/PlatformFolders.h"
-#include "locate/ReferenceExpansion.h"
-#include "locate/SSOPathResolver.h"
+#include "locate/PathVariables.h"
 
 namespace Kestrany::IdentityServices {
 namespace {
 
-struct PathVariable
+/// The search for the end of a reference stops at a percent sign, or at a line terminator, which no reference spans.
+constexpr wchar_t referenceStops[] = L"%\n\r\u2028\u2029";
+
+struct Reference
 {
-    const wchar_t* name;
-    std::wstring (*value)(SSOPathResolver& manager);
+    std::size_t begin;
+    std::size_t end; ///< After the closing percent sign.
 };
 
-/// The first row whose name matches wins. The first four are the manager's and resolved on first use.
-const PathVariable pathVariables[] = {
-    {L"SSOServerAppPath", [](SSOPathResolver& manager) { return manager.GetSSOServerAppPath(); }},
-    {L"SSOServerAppExeDirPath", [](SSOPathResolver& manager) { return manager.GetSSOServerAppExeDirPath(); }},
-    {L"SSOServerAppExeFile", [](SSOPathResolver& manager) { return manager.GetSSOServerAppExeFile(); }},
-    {L"SSOServicesModulePath", [](SSOPathResolver& manager) { return manager.LibraryDirectory(); }},
-    {L"ProgramFiles", [](SSOPathResolver&) { return GetKnownFolderPath(FOLDERID_ProgramFiles); }},
-    {L"ExePath", [](SSOPathResolver& manager) { return manager.ExeDirectory(); }},
-    {L"AppPath", [](SSOPathResolver& manager) { return manager.ExeDirectory(); }},
-    {L"AppData", [](SSOPathResolver&) { return GetKnownFolderPath(FOLDERID_RoamingAppData); }},
-    {L"LocalAppData", [](SSOPathResolver&) { return GetKnownFolderPath(FOLDERID_LocalAppData); }},
-};
-
-VariableLookup LookupIn(SSOPathResolver& manager)
+/// The first match of the pattern "%.*?%" at or after `from`, by one pass over the text: a regular expression engine
+/// would recurse once a character and overflow the stack on a long text.
+bool FindReference(const std::wstring& text, std::size_t from, Reference& reference)
 {
-    return
-        [&manager](const std::wstring& name, std::wstring& value) { return manager.GetPathVariableValue(name, value); };
+    std::size_t begin = text.find(L'%', from);
+    while (begin != std::wstring::npos)
+    {
+        const std::size_t stop = text.find_first_of(referenceStops, begin + 1);
+        if (stop == std::wstring::npos)
+            return false;
+        if (text[stop] == L'%')
+        {
+            reference = {begin, stop + 1};
+            return true;
+        }
+        begin = text.find(L'%', stop + 1);
+    }
+    return false;
 }
 
 } // namespace
 
-bool SSOPathResolver::GetPathVariableValue(const std::wstring& name, std::wstring& value)
+std::int32_t ExpandPathVariables(std::wstring& text, const VariableLookup& lookup)
 {
-    value.clear();
-    for (const PathVariable& variable : pathVariables)
+    std::int32_t matches = 0;
+    std::wstring output;
+    std::size_t copied = 0;
+    for (Reference reference{}; FindReference(text, copied, reference); copied = reference.end)
     {
-        if (boost::algorithm::iequals(name, variable.name, std::locale::classic()))
-        {
-            value = variable.value(*this);
-            break;
-        }
+        output.append(text, copied, reference.begin - copied);
+        const std::wstring match = text.substr(reference.begin, reference.end - reference.begin);
+        std::wstring value;
+        output += lookup(match.substr(1, match.size() - 2), value) ? value : match;
+        ++matches;
     }
-    return !value.empty();
+    if (matches > 0)
+        text = output.append(text, copied);
+    return matches;
 }
 
-std::int32_t SSOPathResolver::ExpandPathVariables(std::wstring& text)
+bool BeginsWithPathVariable(const std::wstring& text)
 {
-    return IdentityServices::ExpandPathVariables(text, LookupIn(*this));
+    Reference reference{};
+    return !text.empty() && text.front() == L'%' && FindReference(text, 0, reference) && reference.begin == 0;
 }
 
-std::wstring SSOPathResolver::ExeDirectory() const
+void ExpandPathVariables(std::vector<std::wstring>& texts, const VariableLookup& lookup)
 {
-    return surroundings_.exeDirectory.empty() ? GetExeDirPath() : surroundings_.exeDirectory;
-}
-
-std::wstring SSOPathResolver::LibraryDirectory() const
-{
-    return surroundings_.libraryDirectory.empty() ? GetModuleDirPath(ProductModuleName)
-                                                  : surroundings_.libraryDirectory;
-}
-
-void SSOPathResolver::ExpandSearchList(SearchList& directories)
-{
-    for (SearchDirectory& directory : directories)
-        ExpandPathVariables(directory.path);
-}
-
-void SSOPathResolver::ExpandPathVariables(std::vector<std::wstring>& texts)
-{
-    IdentityServices::ExpandPathVariables(texts, LookupIn(*this));
+    for (std::wstring& text : texts)
+        ExpandPathVariables(text, lookup);
 }
 
 } // namespace Kestrany::IdentityServices

@@ -1,12 +1,22 @@
+// The manager: the one instance, the way to the plugin's interfaces, and where host, client config file and server
+// application are. StartUp.cpp has the load of the plugin.
+
 #include "locate/SSOPathResolver.h"
 
+#include <boost/algorithm/string/predicate.hpp>
+#include <locale>
 #include <utility>
 
-#include "base/MessageFormat.h"
-#include "base/ProductIdentity.h"
-#include "base/TextConversion.h"
+#include <knownfolders.h>
+
+#include "base/Files.h"
+#include "base/Message.h"
+#include "base/Paths.h"
+#include "base/Platform.h"
+#include "base/Product.h"
+#include "base/Text.h"
 #include "load/contract/ISSOClientFactory.h"
-#include "locate/PlatformFolders.h"
+#include "locate/PathVariables.h"
 
 namespace Kestrany::IdentityServices {
 namespace {
@@ -24,7 +34,7 @@ SharedText ModuleLoadedMessage()
                           Widen(ProductVersion), SDKBuildConfiguration, GetModuleFilePath(ProductModuleName)));
 }
 
-/// What is said at every request for an interface that a loaded plugin lacks.
+/// What is logged at every request for an interface that a loaded plugin lacks.
 struct MissingInterface
 {
     SharedText client;
@@ -33,7 +43,7 @@ struct MissingInterface
     SharedText serverManager;
 };
 
-/// Made before the first load, so that no request needs memory for them. Never destroyed: other threads may ask while
+/// Built before the first load, so that no request needs memory for them. Never destroyed: other threads may ask while
 /// the process ends.
 const MissingInterface& MissingInterfaceMessages()
 {
@@ -45,14 +55,85 @@ const MissingInterface& MissingInterfaceMessages()
     return messages;
 }
 
+/// Observes nothing. A host has this one, so that no step asks whether there is an observer.
+class NullObserver final : public StartUpObserver
+{
+};
+
+StartUpObserver& ObserverOf(const StartUpOverrides& overrides)
+{
+    static NullObserver nobody;
+    return overrides.observer ? *overrides.observer : nobody;
+}
+
+/// Sets a flag for the length of a scope.
+class FlagScope
+{
+public:
+    explicit FlagScope(bool& flag) : flag_(flag) { flag_ = true; }
+    FlagScope(const FlagScope&) = delete;
+    FlagScope& operator=(const FlagScope&) = delete;
+    ~FlagScope() { flag_ = false; }
+
+private:
+    bool& flag_;
+};
+
+std::wstring SettingText(const std::string& key, const ClientConfigValues& values)
+{
+    if (key == "bundleId")
+        return Widen(values.bundleId);
+    if (key == "VersionCompatibilityConfigfilePath")
+        return Widen(values.versionCompatibilityConfigFilePath);
+    if (key == "searchPaths")
+        return Widen(values.searchPaths);
+    if (key == "supportBothLocalAndAdmin")
+        return values.supportBothLocalAndAdmin ? L"true" : L"false";
+    return {};
+}
+
+SettingState SettingStateOf(const ClientConfigKey& key)
+{
+    if (!key.present)
+        return SettingState::Missing;
+    return key.rightType ? SettingState::Set : SettingState::WrongType;
+}
+
+struct PathVariable
+{
+    const wchar_t* name;
+    std::wstring (*value)(SSOPathResolver& manager);
+};
+
+/// The first row whose name matches wins. The first four are the manager's and worked out on first use.
+const PathVariable pathVariables[] = {
+    {L"SSOServerAppPath", [](SSOPathResolver& manager) { return manager.GetSSOServerAppPath(); }},
+    {L"SSOServerAppExeDirPath", [](SSOPathResolver& manager) { return manager.GetSSOServerAppExeDirPath(); }},
+    {L"SSOServerAppExeFile", [](SSOPathResolver& manager) { return manager.GetSSOServerAppExeFile(); }},
+    {L"SSOServicesModulePath", [](SSOPathResolver& manager) { return manager.LibraryDirectory(); }},
+    {L"ProgramFiles", [](SSOPathResolver&) { return GetKnownFolderPath(FOLDERID_ProgramFiles); }},
+    {L"ExePath", [](SSOPathResolver& manager) { return manager.ExeDirectory(); }},
+    {L"AppPath", [](SSOPathResolver& manager) { return manager.ExeDirectory(); }},
+    {L"AppData", [](SSOPathResolver&) { return GetKnownFolderPath(FOLDERID_RoamingAppData); }},
+    {L"LocalAppData", [](SSOPathResolver&) { return GetKnownFolderPath(FOLDERID_LocalAppData); }},
+};
+
+VariableLookup LookupIn(SSOPathResolver& manager)
+{
+    return
+        [&manager](const std::wstring& name, std::wstring& value) { return manager.GetPathVariableValue(name, value); };
+}
+
 } // namespace
+
+// The instance
 
 std::atomic<SSOPathResolver*> SSOPathResolver::instance_ = nullptr;
 
-SSOPathResolver::SSOPathResolver(VersionParts sdkVersion, LogSink logSink, StartSurroundings surroundings)
-    : logSink_(std::move(logSink)), sdkVersion_(std::move(sdkVersion)),
-      ssoServerAppPath_(surroundings.serverAppDirectory), clientPluginModulePath_(surroundings.clientPluginModule),
-      surroundings_(std::move(surroundings)), observer_(surroundings_.observer)
+SSOPathResolver::SSOPathResolver(VersionParts sdkVersion, LogSink logSink, StartUpOverrides overrides)
+    : logSink_(std::move(logSink)), sdkVersion_(std::move(sdkVersion)), ssoServerAppPath_(overrides.serverAppDirectory),
+      clientPluginModulePath_(overrides.clientPluginModule), overrides_(std::move(overrides)),
+      observer_(ObserverOf(overrides_))
 {
 }
 
@@ -81,6 +162,14 @@ void SSOPathResolver::Forget()
     pluginInterfaces = {};
 }
 
+void SSOPathResolver::Log(std::wstring message, LogLevel level) const
+{
+    if (logSink_)
+        logSink_(std::move(message), level);
+}
+
+// The plugin's interfaces
+
 void SSOPathResolver::LogMissing(const ISSOClient*)
 {
     LogSharedMessage(MissingInterfaceMessages().client, TALIXLog::Error);
@@ -99,13 +188,6 @@ void SSOPathResolver::LogMissing(const ISSOClientModule*)
 void SSOPathResolver::LogMissing(const ISSOServerManager*)
 {
     LogSharedMessage(MissingInterfaceMessages().serverManager, TALIXLog::Error);
-}
-
-void SSOPathResolver::EnsureClientAfterInitialize()
-{
-    const ProcessLockGuard guard(processLock);
-    if (!pluginInterfaces.ssoClient && pluginFactory_)
-        pluginInterfaces.ssoClient = pluginFactory_->GetSSOClient();
 }
 
 bool SSOPathResolver::EnsureClientLoaded()
@@ -127,15 +209,252 @@ bool SSOPathResolver::EnsureClientLoaded()
     }
 }
 
-void SSOPathResolver::Log(std::wstring message, LogLevel level) const
+void SSOPathResolver::EnsureClientAfterInitialize()
 {
-    if (logSink_)
-        logSink_(std::move(message), level);
+    const ProcessLockGuard guard(processLock);
+    if (!pluginInterfaces.ssoClient && pluginFactory_)
+        pluginInterfaces.ssoClient = pluginFactory_->GetSSOClient();
+}
+
+// Path variables
+
+std::wstring SSOPathResolver::ExeDirectory() const
+{
+    return overrides_.exeDirectory.empty() ? GetExeDirPath() : overrides_.exeDirectory;
+}
+
+std::wstring SSOPathResolver::LibraryDirectory() const
+{
+    return overrides_.libraryDirectory.empty() ? GetModuleDirPath(ProductModuleName) : overrides_.libraryDirectory;
+}
+
+bool SSOPathResolver::GetPathVariableValue(const std::wstring& name, std::wstring& value)
+{
+    value.clear();
+    for (const PathVariable& variable : pathVariables)
+    {
+        if (boost::algorithm::iequals(name, variable.name, std::locale::classic()))
+        {
+            value = variable.value(*this);
+            break;
+        }
+    }
+    return !value.empty();
+}
+
+std::int32_t SSOPathResolver::ExpandPathVariables(std::wstring& text)
+{
+    return IdentityServices::ExpandPathVariables(text, LookupIn(*this));
+}
+
+void SSOPathResolver::ExpandPathVariables(std::vector<std::wstring>& texts)
+{
+    IdentityServices::ExpandPathVariables(texts, LookupIn(*this));
+}
+
+void SSOPathResolver::ExpandSearchList(SearchList& directories)
+{
+    for (SearchDirectory& directory : directories)
+        ExpandPathVariables(directory.path);
+}
+
+SearchResult SSOPathResolver::Search(StartUpFile file, const std::wstring& fileName, SearchList directories) const
+{
+    SearchResult result = FindFileInPaths(fileName, std::move(directories));
+    observer_.OnSearch(file, result);
+    return result;
+}
+
+// The client config file
+
+bool SSOPathResolver::FindClientConfigFile()
+{
+    if (!clientConfigFilePath_.empty())
+        return true;
+    if (!clientConfigFileOverride_.empty())
+    {
+        clientConfigFilePath_ = clientConfigFileOverride_;
+        if (PathExists(clientConfigFilePath_))
+            Log(Message(L"Found client config file override at %1%", clientConfigFilePath_), TALIXLog::Info);
+        else
+            Log(Message(L"Failed to find client config file override %1%", clientConfigFilePath_), TALIXLog::Error);
+        return true; // On purpose also if it is missing: an override ends the search.
+    }
+
+    SearchList directories = {{L"%ExePath%", DirectoryOrigin::Host},
+                              {L"%SSOServicesModulePath%", DirectoryOrigin::Library}};
+    for (const std::wstring& directory : extraClientConfigSearchPaths_)
+        directories.push_back({directory, DirectoryOrigin::Added});
+    ExpandSearchList(directories);
+    const std::wstring lines = DirectoryLines(directories);
+    Log(Message(L"Searching for client config file %1% in the following paths:\n%2%", ClientConfigFileName, lines),
+        TALIXLog::Info);
+    clientConfigFilePath_ = Search(StartUpFile::ClientConfig, ClientConfigFileName, std::move(directories)).found;
+    if (!clientConfigFilePath_.empty())
+    {
+        Log(Message(L"Found client config file at %1%", clientConfigFilePath_), TALIXLog::Info);
+        return true;
+    }
+    clientConfigFilePath_ = ClientConfigFileName; // Read from the current directory if it lies there, on purpose.
+    Log(Message(L"Failed to find client config file %1% in the following paths:\n%2%", ClientConfigFileName, lines),
+        TALIXLog::Warning);
+    return false;
+}
+
+bool SSOPathResolver::LoadClientConfig()
+{
+    if (clientConfigLoadState_ != NotLoaded)
+        return clientConfigLoadState_ == Loaded; // Never: see ClientConfigLoadState.
+    const FixedSettings fixedSettings(serverSettings_);
+    clientConfigLoadState_ = LoadAttempted;
+    if (clientConfigFilePath_.empty())
+        FindClientConfigFile();
+    if (PathExists(clientConfigFilePath_))
+        ReadClientConfigFile();
+    return true;
+}
+
+void SSOPathResolver::ReadClientConfigFile()
+{
+    Log(Message(L"Loading client config file %1%", clientConfigFilePath_), TALIXLog::Info);
+    const FileContents contents = ReadFileContents(clientConfigFilePath_);
+    const ParsedClientConfig config = contents.IsRead() ? ParseClientConfig(contents.bytes) : ParsedClientConfig();
+    observer_.OnDocument({StartUpFile::ClientConfig, clientConfigFilePath_, contents.error,
+                          contents.IsRead() && !config.values ? std::optional(config.error) : std::nullopt});
+    if (!config.values)
+    {
+        Log(Message(L"Failed to load client config file %1%. Invalid file format.", clientConfigFilePath_),
+            TALIXLog::Error);
+        return;
+    }
+    serverSettings_.bundleId = Widen(config.values->bundleId);
+    serverSettings_.versionCompatibilityConfigFilePath = Widen(config.values->versionCompatibilityConfigFilePath);
+    if (const std::wstring searchPaths = Widen(config.values->searchPaths); !searchPaths.empty())
+    {
+        serverSettings_.searchPaths = SplitSearchPaths(searchPaths);
+        ExpandPathVariables(serverSettings_.searchPaths);
+    }
+    serverSettings_.supportBothLocalAndAdmin = config.values->supportBothLocalAndAdmin;
+    Log(Message(L"Configuration to support both local and admin: %1%.",
+                serverSettings_.supportBothLocalAndAdmin ? L"Yes" : L"No"),
+        TALIXLog::Info);
+    for (const ClientConfigKey& key : config.keys)
+        observer_.OnSetting({key.name, SettingStateOf(key), SettingText(key.name, *config.values)});
+}
+
+void SSOPathResolver::SetClientConfigFileOverride(std::wstring path)
+{
+    if (clientConfigLoadState_ != NotLoaded)
+    {
+        Log(Message(L"Failed to set client config file override %1% since client config file %2% is already loaded",
+                    path, clientConfigFilePath_),
+            TALIXLog::Error);
+        return;
+    }
+    clientConfigFilePath_.clear();
+    Log(Message(L"Client config file override set to %1%", path), TALIXLog::Info);
+    clientConfigFileOverride_ = std::move(path);
 }
 
 void SSOPathResolver::AddClientConfigSearchPath(std::wstring directory)
 {
     extraClientConfigSearchPaths_.push_back(std::move(directory));
+}
+
+// The server application
+
+bool SSOPathResolver::FindSSOServerApp()
+{
+    if (!ssoServerAppPath_.empty())
+        return true;
+    if (findingServerApp_)
+        return false; // A search directory that refers to the server application's own directory has no value yet.
+    const FlagScope finding(findingServerApp_);
+
+    if (clientConfigLoadState_ == NotLoaded)
+        LoadClientConfig();
+    SearchList directories = ServerAppSearchList();
+    const std::wstring lines = DirectoryLines(directories);
+    const std::wstring& name = serverSettings_.searchName;
+    Log(Message(L"Searching for SSO server app %1% in the following paths:\n%2%", name, lines), TALIXLog::Info);
+    if (name.empty())
+        return false;
+
+    const SearchResult result = Search(StartUpFile::ServerApplication, name, std::move(directories));
+    if (result.found.empty())
+    {
+        Log(Message(L"Failed to find SSO server app %1% in the following paths:\n%2%", name, lines), TALIXLog::Error);
+        return false;
+    }
+    ssoServerAppPath_ = ParentPath(result.found);
+    Log(Message(L"Found SSO server app at %1%", GetSSOServerAppExeFile()), TALIXLog::Info);
+    return true;
+}
+
+/// The order is the priority: the library's own directory, the host's, the client config file's; the registry's comes
+/// last, or first if local and admin installations may both serve.
+SearchList SSOPathResolver::ServerAppSearchList()
+{
+    SearchList directories = {{L"%SSOServicesModulePath%", DirectoryOrigin::Library},
+                              {L"%ExePath%", DirectoryOrigin::Host}};
+    for (const std::wstring& directory : serverSettings_.searchPaths)
+        directories.push_back({directory, DirectoryOrigin::ClientConfig});
+    AddRegistryLocation(directories);
+    ExpandSearchList(directories);
+    return directories;
+}
+
+void SSOPathResolver::AddRegistryLocation(SearchList& searchList)
+{
+    const LatestRegistryLocation latest = GetLatestRegistryLocation(ServerApplicationKey);
+    for (const RegistryKeyFinding& key : latest.keys)
+        observer_.OnRegistryKey(key);
+    if (!latest.found)
+    {
+        AddUnversionedRegistryLocation(searchList);
+        return;
+    }
+    const std::wstring directory = Widen(latest.location);
+    observer_.OnRegistryChoice(latest.key, directory);
+    Log(Message(L"Getting latest Pellwick path from registry: %1%", directory), TALIXLog::Info);
+    searchList.insert(serverSettings_.supportBothLocalAndAdmin ? searchList.begin() : searchList.end(),
+                      {directory, DirectoryOrigin::Registry});
+}
+
+void SSOPathResolver::AddUnversionedRegistryLocation(SearchList& searchList)
+{
+    const RegistryKeyFinding key = ReadUnversionedLocation();
+    observer_.OnRegistryKey(key);
+    if (key.opened != ERROR_SUCCESS)
+    {
+        Log(Message(L"Unable to get Pellwick path from registry, failed with error: %1%", key.opened), TALIXLog::Info);
+        return;
+    }
+    if (!key.location)
+        return;
+    observer_.OnRegistryChoice(key.key, *key.location);
+    // Last even if local and admin installations may both serve: only a versioned location comes first.
+    searchList.push_back({*key.location, DirectoryOrigin::Registry});
+    Log(Message(L"Getting Pellwick path from registry: %1%", *key.location), TALIXLog::Info);
+}
+
+std::wstring SSOPathResolver::GetSSOServerAppPath()
+{
+    if (ssoServerAppPath_.empty())
+        FindSSOServerApp();
+    return ssoServerAppPath_;
+}
+
+std::wstring SSOPathResolver::GetSSOServerAppExeDirPath()
+{
+    // On purpose the same value under two names, as the path variables have.
+    return GetSSOServerAppPath();
+}
+
+std::wstring SSOPathResolver::GetSSOServerAppExeFile()
+{
+    const std::wstring directory = GetSSOServerAppPath();
+    return directory.empty() ? std::wstring() : JoinPath(directory, serverSettings_.executableName);
 }
 
 } // namespace Kestrany::IdentityServices

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 #include <windows.h>
@@ -11,13 +12,15 @@
 #include "base/Log.h"
 #include "base/ProcessLock.h"
 #include "base/Versions.h"
-#include "load/HeldFile.h"
 #include "load/PluginInterfaces.h"
+#include "locate/ClientConfig.h"
 #include "locate/FileSearch.h"
-#include "locate/ServerSettings.h"
-#include "locate/StartSurroundings.h"
+#include "locate/StartUpObserver.h"
 
 namespace Kestrany::IdentityServices {
+
+class ISSOClientFactory;
+class LockedFile;
 
 enum ClientConfigLoadState : std::uint32_t
 {
@@ -33,11 +36,23 @@ enum PluginLoadState : std::uint32_t
     PluginAttempted = 2 ///< An attempt has started; it failed if this stays, and is never made again.
 };
 
-/// The one object that knows where everything is, and the way to the loaded plugin.
+/// Given values of a start-up, if it is retraced for another host than this process or for one module. Empty texts are
+/// worked out, as they always are for a host.
+struct StartUpOverrides
+{
+    std::wstring exeDirectory;
+    std::wstring libraryDirectory;
+    std::wstring serverAppDirectory;
+    std::wstring clientPluginModule;
+    StartUpObserver* observer = nullptr; ///< Null: nobody observes.
+};
+
+/// The one object that knows where everything is, and the way to the loaded plugin. It decides when something is worked
+/// out, logs what was found and notifies the observer; the stages in this folder and in load/ know how.
 ///
-/// Nothing is computed before it is asked for: each resolver answers its stored result, or first asks the resolvers
-/// that it depends on, computes and stores. The first request for a plugin interface therefore sets off the whole
-/// chain. The resolvers take no lock of their own; they run under the process lock when the chain does.
+/// Nothing is worked out before it is asked for: each resolver returns its stored result, or first asks the resolvers
+/// that it depends on, calls its stage and stores the result. The first request for a plugin interface therefore runs
+/// the whole start-up. The resolvers take no lock of their own; they run under the process lock during a start-up.
 class SSOPathResolver
 {
 public:
@@ -48,34 +63,34 @@ public:
         SSOPathResolver* const manager = instance_.load(std::memory_order_acquire);
         return manager ? manager : Create();
     }
-    /// A manager beside that one, which retraces a start in the given surroundings.
-    SSOPathResolver(VersionParts sdkVersion, LogSink logSink, StartSurroundings surroundings = {});
-    /// Makes the next GetInstance start anew, with nothing resolved and the plugin's interfaces forgotten. The object
+    /// A manager beside that one, which retraces a start-up with the given values.
+    SSOPathResolver(VersionParts sdkVersion, LogSink logSink, StartUpOverrides overrides = {});
+    /// Makes the next GetInstance begin anew, with nothing resolved and the plugin's interfaces forgotten. The object
     /// itself stays, for threads that still hold it.
     static void Forget();
 
-    /// Each loads the plugin on first use. Null without plugin, or (with a message) where the plugin answered null.
+    /// Each loads the plugin on first use. Null without plugin, or (with a message) if the plugin returned null.
     /// Every forwarded call asks for one: what finds it there is inline.
     ISSOClient* GetSSOClient() { return Obtain(&PluginInterfaces::ssoClient); }
     ISSOClientPrivate* GetSSOClientPrivate() { return Obtain(&PluginInterfaces::ssoClientPrivate); }
     ISSOClientModule* GetSSOClientModule() { return Obtain(&PluginInterfaces::ssoClientModule); }
     ISSOServerManager* GetSSOServerManager() { return Obtain(&PluginInterfaces::ssoServerManager); }
-    /// Asks the factory for its client once more where it had none while loading.
+    /// Asks the factory for its client once more if it had none while loading.
     void EnsureClientAfterInitialize();
     /// Loads the plugin, at most once a manager. Never throws.
     bool EnsureClientLoaded();
-    /// The steps of a load up to the one that would load the plugin. Answers whether that one would be taken.
+    /// The steps of a load up to the one that would load the module. Returns whether that one would be taken.
     bool CheckClientPlugin();
 
     void Log(std::wstring message, LogLevel level) const;
 
     /// Returns whether the file was found; true also for an override that does not exist, and for every call after the
-    /// first, even where a bare name stands for a search that failed.
+    /// first, even if a bare name stands for a search that failed.
     bool FindClientConfigFile();
     /// Reads the client config file, once. Returns whether this call was the one, whatever came of it: later calls
     /// return false, as the state never becomes Loaded.
     bool LoadClientConfig();
-    /// Names the client config file; refused, with a message, once it was read or an attempt made.
+    /// Names the client config file; refused, with a message, after it was read or an attempt made.
     void SetClientConfigFileOverride(std::wstring path);
     void AddClientConfigSearchPath(std::wstring directory);
 
@@ -84,14 +99,14 @@ public:
     std::wstring GetSSOServerAppExeDirPath();
     std::wstring GetSSOServerAppExeFile();
 
-    /// Fills the path of the plugin module that suits this library's version.
+    /// Finds the path of the plugin module that serves this library's version.
     bool FindCompatibleClientPlugin();
     void SetVersionCompatibilityFileOverride(std::wstring path);
 
     std::wstring ExeDirectory() const;
     std::wstring LibraryDirectory() const;
     bool GetPathVariableValue(const std::wstring& name, std::wstring& value);
-    /// Answers how many references the text held.
+    /// Returns how many references the text had.
     std::int32_t ExpandPathVariables(std::wstring& text);
     void ExpandPathVariables(std::vector<std::wstring>& texts);
 
@@ -127,29 +142,31 @@ private:
     SearchList ServerAppSearchList();
     void AddRegistryLocation(SearchList& searchList);
     void AddUnversionedRegistryLocation(SearchList& searchList);
+    void ExpandSearchList(SearchList& directories);
+    SearchResult Search(StartUpFile file, const std::wstring& fileName, SearchList directories) const;
 
     void LocateVersionCompatibilityFile();
+    void UseVersionCompatibilityFileOverride();
+    bool SearchVersionCompatibilityFile(const SearchList& directories);
     bool VersionCompatibilityFileExists() const;
-    bool SearchVersionCompatibilityFile(SearchList& directories);
-
-    void ExpandSearchList(SearchList& directories);
-    bool Search(StartFile file, const std::wstring& fileName, const SearchList& directories, std::wstring& found) const;
+    std::optional<VersionCompatibilityEntry> ChooseClientPlugin();
+    std::vector<VersionCompatibilityEntry> ReadVersionCompatibilityEntries(const Json::Value& root);
 
     bool LoadClientPluginModule();
-    bool LoadClientPluginModuleOnce();
+    bool LoadClientPluginModuleInSteps();
     bool GiveUpLoading(const char* reason);
     bool FindClientPluginFile();
-    bool VerifyClientPlugin(const HeldFile& held) const;
-    DWORD RefusalOfLoad(const HeldFile& verified) const;
-    bool LoadVerifiedPluginLibrary();
-    bool LoadPluginLibrary(const HeldFile& verified);
-    bool ObtainPluginFactory();
-    void ConfigurePlugin();
-    void TakePluginInterfaces();
+    bool LoadVerifiedFile();
+    bool VerifySignature(const LockedFile& file) const;
+    bool LoadModule(const LockedFile& verified);
+    bool GetPluginFactory();
+    void ConfigureServer(ISSOServerManager* serverManager);
+    void ConnectLogger();
+    void PassIdentity(ISSOServerManager* serverManager);
+    void ObtainInterfaces();
 
-    void TellStep(LoadStep step, LoadState state, DWORD error = ERROR_SUCCESS) const;
-    void TellEnd(LoadStep step, DWORD error) const;
-    void TellObject(PluginObject object, const void* answer) const;
+    void NotifyBegin(LoadStep step) const;
+    void NotifyEnd(LoadStep step, bool succeeded, DWORD error = ERROR_SUCCESS) const;
 
     static std::atomic<SSOPathResolver*> instance_;
 
@@ -168,13 +185,13 @@ private:
     ISSOClientFactory* pluginFactory_ = nullptr; ///< Not null: the plugin is loaded.
     PluginLoadState loadState_ = PluginNotAttempted;
 
-    StartSurroundings surroundings_;
-    StartObserver* observer_; ///< Null in a host.
-    /// Written at every attempt, also at those that a failed one makes vain: built once.
+    StartUpOverrides overrides_;
+    StartUpObserver& observer_;
+    /// Logged at every attempt, also after one that failed: built once.
     std::shared_ptr<const std::wstring> moduleLoadedMessage_;
     /// The path of the version compatibility file is the bare name that a failed search leaves behind.
     bool versionCompatibilityFileNotFound_ = false;
-    /// A search for the server application may meet a reference to its own result.
+    /// A search for the server application may meet a path variable that stands for its own result.
     bool findingServerApp_ = false;
 };
 

@@ -5,8 +5,8 @@
 
 #include <knownfolders.h>
 
+#include "base/Platform.h"
 #include "base/ProcessLock.h"
-#include "locate/PlatformFolders.h"
 #include "locate/SSOPathResolver.h"
 #include "orlindex/SSOClientPrivate.h"
 

@@ -1,4 +1,4 @@
-"""docs/diagnostics.md names every status code with its number, as talix.h does, and docs/simulator.md every code that the
+"""docs/diagnostics.md names every status code with its number, as talix.h does, and docs/agent.md every code that the
 sign-in agent adds, as its ResultCodes.h does; neither names another."""
 
 import re
@@ -27,7 +27,7 @@ def status_codes(errors):
 def agent_codes(errors):
     header = (ROOT / 'agent/identity/ResultCodes.h').read_text(encoding='utf-8')
     values = re.findall(r'static_cast<IdErrorCode>\((\d+)\)', header)
-    agent = page('docs/simulator.md')
+    agent = page('docs/agent.md')
     described = []
     for line, cells in agent.rows():
         if len(cells) == 2 and cells[0].isdigit():

@@ -26,28 +26,28 @@ def main():
     deployment = page('docs/deployment.md')
     text = deployment.path.read_text(encoding='utf-8')
     errors = []
-    compare(errors, 'path variables', set(re.findall(r'\{L"(\w+)", \[', source('locate/PathVariables.cpp'))),
+    compare(errors, 'path variables', set(re.findall(r'\{L"(\w+)", \[', source('locate/SSOPathResolver.cpp'))),
             table_below(deployment, 'Path variables'))
     compare(errors, 'keys of the client config file',
-            set(re.findall(r'keys\.(?:Text|Flag)\(server, "(\w+)"\)', source('locate/ClientConfigDocument.cpp'))),
+            set(re.findall(r'keys\.(?:Text|Flag)\(server, "(\w+)"\)', source('locate/ClientConfig.cpp'))),
             table_below(deployment, 'Client config file'))
-    document = source('load/CompatibilityDocument.cpp')
+    document = source('load/VersionCompatibility.cpp')
     compare(errors, 'keys of the version compatibility file',
             set(re.findall(r'(?:TextAt|MemberOf)\((?:element|object), "(\w+)"\)', document)) |
-            set(re.findall(r'reading\.wow64 \? "(\w+)" : "\w+"', document)) |
-            set(re.findall(r'reading\.wow64 \? "\w+" : "(\w+)"', document)),
+            set(re.findall(r'wow64 \? "(\w+)" : "\w+"', document)) |
+            set(re.findall(r'wow64 \? "\w+" : "(\w+)"', document)),
             table_below(deployment, 'Version compatibility file'))
 
     # What is said once, and must be what the sources say.
     facts = [
-        ('locate/RegistryLocation.h', r'ServerApplicationKey = L"HKEY_LOCAL_MACHINE\\\\(.*)";', '`{}\\<version>`'),
-        ('locate/RegistryLocation.h', r'LocationValueName = L"(.*)";', '`{}`'),
-        ('locate/RegistryLocation.cpp', r'locationByteLimit = (\d+);', 'at most {} bytes'),
-        ('locate/ServerApplication.cpp', r'keyBelowLocalMachine\[\] = L"(.*)";', '`{}`'),
-        ('locate/ServerApplication.cpp', r'locationByteLimit = (\d+);', 'at most {} bytes'),
-        ('locate/ClientConfigFile.cpp', r'clientConfigFileName\[\] = L"(.*)";', '`{}`'),
+        ('locate/Registry.h', r'ServerApplicationKey = L"HKEY_LOCAL_MACHINE\\\\(.*)";', '`{}\\<version>`'),
+        ('locate/Registry.h', r'LocationValueName = L"(.*)";', '`{}`'),
+        ('locate/Registry.cpp', r'versionedLocationLimit = (\d+);', 'at most {} bytes'),
+        ('locate/Registry.cpp', r'keyBelowLocalMachine\[\] = L"(.*)";', '`{}`'),
+        ('locate/Registry.cpp', r'unversionedLocationLimit = (\d+);', 'at most {} bytes'),
+        ('locate/ClientConfig.h', r'ClientConfigFileName\[\] = L"(.*)";', '`{}`'),
         ('load/VersionCompatibility.h', r'VersionCompatibilityFileName\[\] = L"(.*)";', '`{}`'),
-        ('base/FileContents.h', r'LargestFile = (\d+)ull \* 1024 \* 1024;', 'at most {} MiB'),
+        ('base/Files.h', r'LargestConfigFile = (\d+)ull \* 1024 \* 1024;', 'at most {} MiB'),
     ]
     for file, pattern, form in facts:
         match = re.search(pattern, source(file))

@@ -1,4 +1,4 @@
-"""The pages that people read: README.md and docs/*.md, with their code samples, headings, links and tables."""
+"""The pages that people read: *.md and docs/*.md, with their code samples, headings, links and tables."""
 
 import re
 import sys
@@ -83,7 +83,7 @@ class Page:
 
 
 def all_pages():
-    return [Page(path) for path in [ROOT / 'README.md', *sorted((ROOT / 'docs').glob('*.md'))]]
+    return [Page(path) for path in [*sorted(ROOT.glob('*.md')), *sorted((ROOT / 'docs').glob('*.md'))]]
 
 
 def page(name):

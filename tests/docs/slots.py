@@ -38,7 +38,7 @@ def main():
             errors.append(f'{key[0]} {key[1]} is {wanted}, not {found}')
 
     whole = contract.path.read_text(encoding='utf-8')
-    source = (ROOT / 'src/load/PluginModule.cpp').read_text(encoding='utf-8')
+    source = (ROOT / 'src/load/PluginLoader.cpp').read_text(encoding='utf-8')
     symbols = re.findall(r'"(\?GetSSOClientFactory[^"]*)"', source)
     errors.extend(f'{contract.name}: the symbol {symbol} is missing' for symbol in symbols if f'`{symbol}`' not in whole)
     if len(symbols) != 2 or not expected:

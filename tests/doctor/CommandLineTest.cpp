@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-#include "base/JsonDocument.h"
+#include "base/Json.h"
 
 namespace OrlindexTest {
 
@@ -72,7 +72,7 @@ TEST_F(DoctorCommandLine, ThePageNamesEveryExitCodeAndNoOther)
 
 TEST_F(DoctorCommandLine, ThePageListsTheWordsOfTheSchema)
 {
-    const auto schema = Kestrany::IdentityServices::ParseJson(ReadFile(DOCTOR_SCHEMA));
+    const auto schema = Kestrany::IdentityServices::ParseJson(ReadFile(DOCTOR_SCHEMA)).root;
     ASSERT_TRUE(schema);
     const auto documented = DocumentedResults();
     const Json::Value& finding = (*schema)["$defs"]["finding"];

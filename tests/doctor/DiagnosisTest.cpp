@@ -18,11 +18,10 @@ using Kestrany::IdentityServices::DirectoryState;
 using Kestrany::IdentityServices::LoadState;
 using Kestrany::IdentityServices::LoadStep;
 using Kestrany::IdentityServices::ModulePathDefect;
-using Kestrany::IdentityServices::SearchedDirectory;
+using Kestrany::IdentityServices::SearchList;
 using Kestrany::IdentityServices::SettingState;
-using Kestrany::IdentityServices::SignerEvidence;
-using Kestrany::IdentityServices::StartFile;
-using Kestrany::IdentityServices::TrustEvidence;
+using Kestrany::IdentityServices::SignerInfo;
+using Kestrany::IdentityServices::StartUpFile;
 using testing::HasSubstr;
 
 namespace {
@@ -38,9 +37,9 @@ StartFacts SoundFacts()
     facts.module.exists = facts.module.readable = facts.module.module = true;
     facts.module.dll = facts.module.factorySymbol = true;
     facts.module.machine = ToolMachine;
-    facts.trust = TrustEvidence();
-    facts.trust->platformAnswer = 0;
-    facts.trust->result = BinaryTrustResult::Valid;
+    facts.signature = SignatureFacts();
+    facts.signature->platformResult = 0;
+    facts.signature->result = BinaryTrustResult::Valid;
     facts.accepted = true;
     return facts;
 }
@@ -48,9 +47,9 @@ StartFacts SoundFacts()
 ExitCode CodeOfAnswer(unsigned long answer, BinaryTrustResult result)
 {
     StartFacts facts = SoundFacts();
-    facts.trust->platformAnswer = static_cast<long>(answer);
-    facts.trust->result = result;
-    facts.trust->signers.push_back(SignerEvidence{true, {}});
+    facts.signature->platformResult = static_cast<long>(answer);
+    facts.signature->result = result;
+    facts.signature->signers.push_back(SignerInfo{true, {}});
     return Diagnose(facts).code;
 }
 
@@ -93,22 +92,22 @@ TEST(DoctorDiagnosis, EachAnswerOfTheSystemHasItsCode)
 TEST(DoctorDiagnosis, BelowThePinnedRootOtherFaultsOfTheChainStopNoStart)
 {
     StartFacts facts = SoundFacts();
-    facts.trust->platformAnswer = static_cast<long>(0x800B0109);
-    facts.trust->signers.push_back(SignerEvidence{true, {}, CERT_TRUST_IS_NOT_TIME_VALID});
+    facts.signature->platformResult = static_cast<long>(0x800B0109);
+    facts.signature->signers.push_back(SignerInfo{true, {}, CERT_TRUST_IS_NOT_TIME_VALID});
     EXPECT_EQ(Diagnose(facts).code, ExitCode::Starts);
 }
 
 TEST(DoctorSignature, EachOtherFaultOfAChainIsAWarningWithItsNameAndItsWords)
 {
-    TrustEvidence evidence;
-    evidence.result = BinaryTrustResult::Valid;
-    evidence.signers.push_back(SignerEvidence{true, {}});
+    SignatureFacts signature;
+    signature.result = BinaryTrustResult::Valid;
+    signature.signers.push_back(SignerInfo{true, {}});
     for (DWORD bit = 1; bit != 0; bit <<= 1)
     {
-        evidence.signers.front().otherChainFaults = bit;
+        signature.signers.front().otherChainFaults = bit;
         Report report(nullptr);
         report.Begin(StepId::Signature);
-        AddSignature(report, evidence);
+        AddSignature(report, signature);
         const std::vector<Finding>& findings = report.Steps().back().findings;
         ASSERT_EQ(findings.size(), 3U) << "the signer, the fault, the signature";
         EXPECT_EQ(findings[1].mark, Mark::Warning);
@@ -116,11 +115,11 @@ TEST(DoctorSignature, EachOtherFaultOfAChainIsAWarningWithItsNameAndItsWords)
         EXPECT_THAT(findings[1].value, testing::AnyOf(testing::StartsWith("CERT_TRUST_"), testing::StartsWith("0x")));
         EXPECT_THAT(findings[1].note, HasSubstr("; the library does not check this"));
     }
-    evidence.signers.front().otherChainFaults = CERT_TRUST_IS_NOT_TIME_VALID | CERT_TRUST_IS_REVOKED | 0x40000000;
-    evidence.result = BinaryTrustResult::UnknownError;
+    signature.signers.front().otherChainFaults = CERT_TRUST_IS_NOT_TIME_VALID | CERT_TRUST_IS_REVOKED | 0x40000000;
+    signature.result = BinaryTrustResult::UnknownError;
     Report report(nullptr);
     report.Begin(StepId::Signature);
-    AddSignature(report, evidence);
+    AddSignature(report, signature);
     std::vector<std::string> shown;
     for (const Finding& finding : report.Steps().back().findings)
         if (finding.result == "chain-fault")
@@ -134,18 +133,18 @@ TEST(DoctorSignature, EachOtherFaultOfAChainIsAWarningWithItsNameAndItsWords)
 TEST(DoctorDiagnosis, ANameIsToBlameOnlyWhereTheNamesWereLookedAt)
 {
     StartFacts facts = SoundFacts();
-    facts.trust->result = BinaryTrustResult::NotTrusted;
+    facts.signature->result = BinaryTrustResult::NotTrusted;
     for (const unsigned long answer : {0x800B0111UL, 0x80092026UL, 0x800B0004UL})
     {
-        facts.trust->platformAnswer = static_cast<long>(answer);
-        facts.trust->signers.clear();
+        facts.signature->platformResult = static_cast<long>(answer);
+        facts.signature->signers.clear();
         EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << answer;
-        facts.trust->signers.push_back(SignerEvidence{false, {}});
+        facts.signature->signers.push_back(SignerInfo{false, {}});
         EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << answer;
     }
     for (const unsigned long answer : {0UL, 0x800B0109UL})
     {
-        facts.trust->platformAnswer = static_cast<long>(answer);
+        facts.signature->platformResult = static_cast<long>(answer);
         EXPECT_EQ(Diagnose(facts).code, ExitCode::SignerNotAccepted) << answer;
     }
 }
@@ -201,7 +200,7 @@ TEST(DoctorDiagnosis, AFileThatCannotBeHeldNeverStarts)
     {
         StartFacts facts = SoundFacts();
         facts.accepted = false;
-        facts.holdError = error;
+        facts.lockError = error;
         EXPECT_EQ(Diagnose(facts).code, ExitCode::FileInUse) << error;
     }
 }
@@ -229,7 +228,7 @@ TEST(DoctorRecorder, AClientConfigFileFromTheCurrentDirectoryIsNamedByItsWholePa
     StartFacts facts;
     StartRecorder recorder(report, facts);
     const std::wstring full = FullPath(L"Orlindex.config");
-    recorder.OnDocument({StartFile::ClientConfig, L"Orlindex.config", ERROR_SUCCESS, std::nullopt});
+    recorder.OnDocument({StartUpFile::ClientConfig, L"Orlindex.config", ERROR_SUCCESS, std::nullopt});
     recorder.OnSetting({"bundleId", SettingState::Set, L"b"});
     EXPECT_EQ(facts.clientConfigFile, full);
     const std::vector<Finding>& findings = report.Steps().back().findings;
@@ -245,9 +244,9 @@ TEST(DoctorRecorder, OfManyDirectoriesTheFirstHundredAreKept)
     Report report(nullptr);
     StartFacts facts;
     StartRecorder recorder(report, facts);
-    recorder.OnSearch(
-        {StartFile::ServerApplication, L"Pellwick.exe",
-         std::vector<SearchedDirectory>(1'000'000, {L"", DirectoryOrigin::ClientConfig, DirectoryState::Empty}), L""});
+    recorder.OnSearch(StartUpFile::ServerApplication,
+                      {L"Pellwick.exe", SearchList(1'000'000, {L"", DirectoryOrigin::ClientConfig}),
+                       std::vector<DirectoryState>(1'000'000, DirectoryState::Empty), L""});
     const std::vector<Finding>& findings = report.Steps().back().findings;
     ASSERT_EQ(findings.size(), 102U);
     EXPECT_EQ(findings[100].result, "not-shown");
@@ -306,12 +305,12 @@ TEST(DoctorDiagnosis, OtherTrustTakesThePlaceOnlyOfWhatDependsOnIt)
     StartFacts facts = SoundFacts();
     facts.libraryTrust = LibraryTrust::Other;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::OtherLibraryTrust);
-    facts.trust->result = BinaryTrustResult::NotTrusted;
+    facts.signature->result = BinaryTrustResult::NotTrusted;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::OtherLibraryTrust) << "a signer that this tool does not accept";
-    facts.trust->signers.push_back(SignerEvidence{true, {}});
-    facts.trust->platformAnswer = static_cast<long>(0x800B0109);
+    facts.signature->signers.push_back(SignerInfo{true, {}});
+    facts.signature->platformResult = static_cast<long>(0x800B0109);
     EXPECT_EQ(Diagnose(facts).code, ExitCode::OtherLibraryTrust) << "a root that this tool does not accept";
-    facts.trust->platformAnswer = static_cast<long>(0x800B0111);
+    facts.signature->platformResult = static_cast<long>(0x800B0111);
     EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << "by the system, whatever is trusted";
     facts.module.exists = false;
     EXPECT_EQ(Diagnose(facts).code, ExitCode::ModuleMissing);
@@ -333,11 +332,11 @@ TEST(DoctorDiagnosis, CauseAndRemedyAreOneSentenceEach)
     expectSentences("no load");
     facts.load->missingLibraries = {"a.dll", "b.dll"};
     expectSentences("missing libraries");
-    facts.trust->platformAnswer = static_cast<long>(0x800B0101);
-    facts.trust->result = BinaryTrustResult::UnknownError;
+    facts.signature->platformResult = static_cast<long>(0x800B0101);
+    facts.signature->result = BinaryTrustResult::UnknownError;
     expectSentences("expired");
-    facts.trust->platformAnswer = static_cast<long>(0x800B0109);
-    facts.trust->result = BinaryTrustResult::NotTrusted;
+    facts.signature->platformResult = static_cast<long>(0x800B0109);
+    facts.signature->result = BinaryTrustResult::NotTrusted;
     expectSentences("root");
 }
 

@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-#include "base/JsonDocument.h"
+#include "base/Json.h"
 #include "support/HostProcess.h"
 
 namespace OrlindexTest {
@@ -53,7 +53,7 @@ std::map<std::string, std::set<std::string>> DocumentedResults()
 DoctorReport::DoctorReport(ProgramRun run) : run_(std::move(run))
 {
     EXPECT_TRUE(IsUtf8(run_.output));
-    const auto root = ParseJson(run_.output);
+    const auto root = ParseJson(run_.output).root;
     EXPECT_TRUE(root) << run_.output << run_.errors;
     root_ = root.value_or(Json::Value(Json::objectValue));
     ExpectDocumentedResults();

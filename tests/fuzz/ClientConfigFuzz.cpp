@@ -4,8 +4,8 @@
 #include <string>
 
 #include "Require.h"
-#include "base/JsonDocument.h"
-#include "locate/ClientConfigDocument.h"
+#include "base/Json.h"
+#include "locate/ClientConfig.h"
 
 using namespace Kestrany::IdentityServices;
 using OrlindexTest::Require;
@@ -34,8 +34,8 @@ void RequireWhatTheDocumentSays(const Json::Value& root, const ClientConfigValue
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string bytes(data, data + size);
-    const auto values = ReadClientConfigDocument(bytes);
-    const auto root = ParseJson(bytes);
+    const auto values = ParseClientConfig(bytes).values;
+    const auto root = ParseJson(bytes).root;
     Require(values.has_value() == root.has_value(), "values are read exactly where the text is JSON");
     if (values)
         RequireWhatTheDocumentSays(*root, *values);

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "Require.h"
-#include "base/JsonDocument.h"
-#include "load/CompatibilityDocument.h"
-#include "locate/ReferenceExpansion.h"
+#include "base/Json.h"
+#include "load/VersionCompatibility.h"
+#include "locate/PathVariables.h"
 
 using namespace Kestrany::IdentityServices;
 using OrlindexTest::Require;
@@ -37,7 +37,14 @@ void Expand(std::wstring& text)
 std::vector<VersionCompatibilityEntry> Read(const Json::Value& root, bool wow64)
 {
     std::size_t ignored = 0;
-    const auto entries = ReadEntries(root, Key, {wow64, WidenBytes, Expand, [&](EntryDefect) { ++ignored; }});
+    std::vector<VersionCompatibilityEntry> entries;
+    ParseEntries(root, Key, wow64, WidenBytes, [&](ParsedEntry&& parsed) {
+        Expand(parsed.entry.modulePath);
+        if (parsed.defect)
+            ++ignored;
+        else
+            entries.push_back(std::move(parsed.entry));
+    });
     const Json::Value& list = MemberOf(root, Key);
     const auto elements = static_cast<std::size_t>(
         std::count_if(list.begin(), list.end(), [](const Json::Value& element) { return !element.isNull(); }));
@@ -65,7 +72,7 @@ void RequireChoice(const std::vector<VersionCompatibilityEntry>& entries, const 
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const auto root = ParseJson(std::string(data, data + size));
+    const auto root = ParseJson(std::string(data, data + size)).root;
     if (!root)
         return 0;
     for (const bool wow64 : {false, true})

@@ -8,7 +8,7 @@
 
 #include "ByteReader.h"
 #include "Require.h"
-#include "load/CompatibilityDocument.h"
+#include "load/VersionCompatibility.h"
 
 using namespace Kestrany::IdentityServices;
 using OrlindexTest::ByteReader;
@@ -70,7 +70,11 @@ std::vector<VersionCompatibilityEntry> ReadMade(ByteReader& bytes)
         root[Key].append(MakeEntry(bytes, place));
     const bool wow64 = bytes.Flag();
     const auto widen = [](const std::string& text) { return std::wstring(text.begin(), text.end()); };
-    const auto entries = ReadEntries(root, Key, {wow64, widen, [](std::wstring&) {}, [](EntryDefect) {}});
+    std::vector<VersionCompatibilityEntry> entries;
+    ParseEntries(root, Key, wow64, widen, [&entries](ParsedEntry&& parsed) {
+        if (!parsed.defect)
+            entries.push_back(std::move(parsed.entry));
+    });
     for (const VersionCompatibilityEntry& entry : entries)
         Require(entry.modulePath == (wow64 ? L"plugin32.dll" : L"plugin.dll"),
                 "the path is that of the process's kind");

@@ -8,7 +8,7 @@
 
 #include "ByteReader.h"
 #include "Require.h"
-#include "locate/ReferenceExpansion.h"
+#include "locate/PathVariables.h"
 
 using namespace Kestrany::IdentityServices;
 using OrlindexTest::ByteReader;

@@ -10,7 +10,7 @@
 
 #include "ByteReader.h"
 #include "Require.h"
-#include "base/StreamEcho.h"
+#include "base/ConsoleStream.h"
 
 using namespace Kestrany::IdentityServices;
 using OrlindexTest::ByteReader;
@@ -109,7 +109,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         stream.setstate(std::ios::failbit);
     const std::wstring line = MakeLine(bytes);
 
-    EchoLine(stream, line);
+    WriteConsoleLine(stream, line);
 
     const std::wstring& kept = buffer.Kept();
     Require(stream.rdstate() == (failed ? std::ios::failbit : std::ios::goodbit), "the stream's state is kept");

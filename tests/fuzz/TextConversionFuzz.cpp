@@ -12,7 +12,7 @@
 #include "ByteReader.h"
 #include "Require.h"
 #include "api/TextOut.h"
-#include "base/TextConversion.h"
+#include "base/Text.h"
 #include "support/Encodings.h"
 
 using namespace Kestrany::IdentityServices;
@@ -57,7 +57,7 @@ void NarrowAnything(const std::wstring& units)
 {
     const std::string narrow = Narrow(units);
     Require(narrow == ToUtf8(FromUtf16(units)), "lone surrogates are replaced, and nothing else");
-    std::vector<char> memory(units.size() * Utf8BytesAUnit, Untouched);
+    std::vector<char> memory(units.size() * Utf8BytesPerUnit, Untouched);
     const std::size_t size = NarrowInto(memory.data(), units);
     Require(std::string(memory.data(), size) == narrow, "both conversions agree");
 }
@@ -66,7 +66,7 @@ void NarrowAnything(const std::wstring& units)
 void GiveToCaller(ByteReader& bytes)
 {
     PluginText<MostUnits> text;
-    std::vector<char> buffer(bytes.Below(MostUnits * Utf8BytesAUnit + 3), Untouched);
+    std::vector<char> buffer(bytes.Below(MostUnits * Utf8BytesPerUnit + 3), Untouched);
     const std::wstring units = MakeUnits(bytes, MostUnits);
     std::copy(units.begin(), units.end(), text.Data());
     const std::string expected = ToUtf8(FromUtf16(units.substr(0, units.find(L'\0'))));

@@ -8,8 +8,9 @@
 #include <wintrust.h>
 
 #include "Imports.h"
-#include "load/BinaryTrust.h"
-#include "load/TrustState.h"
+#include "load/signature/SignatureInfo.h"
+#include "load/signature/SignatureVerification.h"
+#include "load/signature/WinTrustSession.h"
 
 namespace OrlindexTest {
 
@@ -40,7 +41,9 @@ TEST(BinaryTrust, AnEmptyPathIsNotFoundAndGetsTheClosingCallAlone)
             return LONG{0};
         },
         Executable());
-    EXPECT_EQ(VerifyBinaryTrust({}, {}), BinaryTrustResult::NotFound);
+    const SignatureVerification verification = VerifyBinaryTrust({}, {});
+    EXPECT_EQ(verification.result, BinaryTrustResult::NotFound);
+    EXPECT_EQ(verification.platformResult, std::nullopt);
     EXPECT_EQ(actions, std::vector<DWORD>{WTD_STATEACTION_CLOSE});
 }
 

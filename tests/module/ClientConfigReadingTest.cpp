@@ -3,7 +3,7 @@
 #include <new>
 
 #include "ClientConfigFileTest.h"
-#include "base/FileContents.h"
+#include "base/Files.h"
 #include "support/Handle.h"
 
 namespace OrlindexTest {
@@ -156,16 +156,16 @@ TEST_F(ClientConfigFile, ACommaAfterTheLastKeyIsRefused)
 
 TEST_F(ClientConfigFile, TooLargeIsRefused)
 {
-    using Kestrany::IdentityServices::LargestFile;
+    using Kestrany::IdentityServices::LargestConfigFile;
     const std::string json = ServerMember("bundleId", R"("large")");
-    ExpectInvalid(json + std::string(LargestFile + 1 - json.size(), ' '));
+    ExpectInvalid(json + std::string(LargestConfigFile + 1 - json.size(), ' '));
 }
 
 TEST_F(ClientConfigFile, OfTheLargestSizeIsRead)
 {
-    using Kestrany::IdentityServices::LargestFile;
+    using Kestrany::IdentityServices::LargestConfigFile;
     const std::string json = ServerMember("bundleId", R"("large")");
-    site.WriteClientConfig(json + std::string(LargestFile - json.size(), ' '));
+    site.WriteClientConfig(json + std::string(LargestConfigFile - json.size(), ' '));
     EXPECT_TRUE(manager.LoadClientConfig());
     EXPECT_EQ(manager.Settings().bundleId, L"large");
 }

@@ -5,7 +5,7 @@
 
 #include "Imports.h"
 #include "LocateTest.h"
-#include "base/FileContents.h"
+#include "base/Files.h"
 #include "base/Paths.h"
 #include "locate/FileSearch.h"
 #include "support/FileImports.h"
@@ -19,16 +19,14 @@ using namespace Kestrany::IdentityServices;
 class FileSearch : public LocateTest
 {
 protected:
-    /// Where "wanted" is found; "none" where it is not.
+    /// The full name of "wanted"; "none" if no directory holds it.
     std::string Search(const std::vector<fs::path>& directories) const
     {
         SearchList list;
         for (const fs::path& directory : directories)
             list.push_back({directory.native(), DirectoryOrigin::Added});
-        std::wstring found = L"left over";
-        const bool any = FindFileInPaths(L"wanted", list, found);
-        EXPECT_EQ(any, !found.empty());
-        return any ? ToUtf8(found) : "none";
+        const std::wstring found = FindFileInPaths(L"wanted", list).found;
+        return found.empty() ? "none" : ToUtf8(found);
     }
 
     const fs::path first = site.MakeFolder("first");
@@ -84,20 +82,19 @@ TEST_F(FileSearch, ADirectoryWithAZeroInsideHoldsNothing)
     EXPECT_EQ(Search({(first / "wanted").native() + zero, zero, second}), Utf8(second / "wanted"));
 }
 
-TEST_F(FileSearch, TheStateOfEachDirectoryIsTold)
+TEST_F(FileSearch, TheResultHasTheStateOfEachDirectory)
 {
     WriteFile(second / "wanted", "");
-    std::vector<DirectoryState> states;
-    std::wstring found;
-    EXPECT_TRUE(FindFileInPaths(L"wanted",
-                                {{L"", DirectoryOrigin::Added},
-                                 {first.native() + std::wstring(1, L'\0'), DirectoryOrigin::Added},
-                                 {L"%Unknown%\\folder", DirectoryOrigin::Added},
-                                 {first.native(), DirectoryOrigin::Added},
-                                 {second.native(), DirectoryOrigin::Added},
-                                 {first.native(), DirectoryOrigin::Added}},
-                                found, &states));
-    EXPECT_EQ(states,
+    const SearchResult result =
+        FindFileInPaths(L"wanted", {{L"", DirectoryOrigin::Added},
+                                    {first.native() + std::wstring(1, L'\0'), DirectoryOrigin::Added},
+                                    {L"%Unknown%\\folder", DirectoryOrigin::Added},
+                                    {first.native(), DirectoryOrigin::Added},
+                                    {second.native(), DirectoryOrigin::Added},
+                                    {first.native(), DirectoryOrigin::Added}});
+    EXPECT_EQ(result.found, (second / "wanted").native());
+    EXPECT_EQ(result.StateOf(5), DirectoryState::NotSearched);
+    EXPECT_EQ(result.states,
               (std::vector<DirectoryState>{DirectoryState::Empty, DirectoryState::EmbeddedZero, DirectoryState::NoValue,
                                            DirectoryState::DoesNotHold, DirectoryState::Holds}));
 }
@@ -221,31 +218,31 @@ TEST_F(Existence, AShareThatDoesNotAnswerIsAskedOnce)
     EXPECT_EQ(questions, 1);
 }
 
-class FileContents : public LocateTest
+class FileReading : public LocateTest
 {
 };
 
-TEST_F(FileContents, AllBytesAreRead)
+TEST_F(FileReading, AllBytesAreRead)
 {
     const std::string bytes("a\r\n\x1A\0\xFF z", 8);
     const fs::path file = site.HostFolder() / L"\u4E2D.bin";
     WriteFile(file, bytes);
-    EXPECT_EQ(ReadFileContents(file.native()), bytes);
+    EXPECT_EQ(ReadFileContents(file.native()).bytes, bytes);
     WriteFile(file, "");
-    EXPECT_EQ(ReadFileContents(file.native()), "");
+    EXPECT_EQ(ReadFileContents(file.native()).bytes, "");
 }
 
-TEST_F(FileContents, WhatAnotherMayDeleteIsRead)
+TEST_F(FileReading, WhatAnotherMayDeleteIsRead)
 {
     const fs::path file = site.HostFolder() / "deletable";
     WriteFile(file, "read");
     const Handle deleter(CreateFileW(file.c_str(), DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                      nullptr, OPEN_EXISTING, 0, nullptr));
     ASSERT_NE(deleter.get(), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(ReadFileContents(file.native()), "read");
+    EXPECT_EQ(ReadFileContents(file.native()).bytes, "read");
 }
 
-TEST_F(FileContents, WhatIsCutOffWhileTheFileIsReadIsLeftOut)
+TEST_F(FileReading, WhatIsCutOffWhileTheFileIsReadIsLeftOut)
 {
     const fs::path file = site.HostFolder() / "shrinking";
     WriteFile(file, "all of it");
@@ -254,14 +251,13 @@ TEST_F(FileContents, WhatIsCutOffWhileTheFileIsReadIsLeftOut)
             return ReadFileDouble::Original(handle, buffer, 3, read, overlapped);
         },
         Executable());
-    EXPECT_EQ(ReadFileContents(file.native()), "all");
+    EXPECT_EQ(ReadFileContents(file.native()).bytes, "all");
 }
 
-TEST_F(FileContents, AFileThatCannotBeMeasuredOrReadGivesNothing)
+TEST_F(FileReading, AFileThatCannotBeMeasuredOrReadGivesNothing)
 {
     const fs::path file = site.HostFolder() / "failing";
     WriteFile(file, "unread");
-    DWORD error = ERROR_SUCCESS;
     {
         const FileSizeDouble fail(
             [](HANDLE, PLARGE_INTEGER) {
@@ -269,8 +265,7 @@ TEST_F(FileContents, AFileThatCannotBeMeasuredOrReadGivesNothing)
                 return FALSE;
             },
             Executable());
-        EXPECT_EQ(ReadFileContents(file.native(), &error), std::nullopt);
-        EXPECT_EQ(error, static_cast<DWORD>(ERROR_INVALID_FUNCTION));
+        EXPECT_EQ(ReadFileContents(file.native()).error, static_cast<DWORD>(ERROR_INVALID_FUNCTION));
     }
     const ReadFileDouble fail(
         [](HANDLE, LPVOID, DWORD, LPDWORD, LPOVERLAPPED) {
@@ -278,40 +273,37 @@ TEST_F(FileContents, AFileThatCannotBeMeasuredOrReadGivesNothing)
             return FALSE;
         },
         Executable());
-    EXPECT_EQ(ReadFileContents(file.native(), &error), std::nullopt);
-    EXPECT_EQ(error, static_cast<DWORD>(ERROR_READ_FAULT));
+    EXPECT_EQ(ReadFileContents(file.native()).error, static_cast<DWORD>(ERROR_READ_FAULT));
 }
 
-TEST_F(FileContents, WhatCannotBeReadGivesNothing)
+TEST_F(FileReading, WhatCannotBeReadGivesNothing)
 {
-    EXPECT_EQ(ReadFileContents(L""), std::nullopt);
-    EXPECT_EQ(ReadFileContents((site.HostFolder() / "missing").native()), std::nullopt);
-    EXPECT_EQ(ReadFileContents(site.HostFolder().native()), std::nullopt) << "a directory";
+    EXPECT_FALSE(ReadFileContents(L"").IsRead());
+    EXPECT_FALSE(ReadFileContents((site.HostFolder() / "missing").native()).IsRead());
+    EXPECT_FALSE(ReadFileContents(site.HostFolder().native()).IsRead()) << "a directory";
 }
 
-TEST_F(FileContents, WhatIsNoFileOnADiskIsNotWaitedFor)
+TEST_F(FileReading, WhatIsNoFileOnADiskIsNotWaitedFor)
 {
     constexpr wchar_t pipe[] = L"\\\\.\\pipe\\orlindex-test-config";
     const Handle server(CreateNamedPipeW(pipe, PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE | PIPE_WAIT, 1, 0, 0, 0, nullptr));
     ASSERT_NE(server.get(), INVALID_HANDLE_VALUE);
     for (const wchar_t* name : {L"\\\\.\\NUL", pipe})
     {
-        DWORD error = ERROR_SUCCESS;
-        ASSERT_EQ(ReadFileContents(name, &error), std::nullopt) << ToUtf8(name);
-        EXPECT_EQ(error, static_cast<DWORD>(ERROR_BAD_FILE_TYPE));
+        EXPECT_EQ(ReadFileContents(name).error, static_cast<DWORD>(ERROR_BAD_FILE_TYPE)) << ToUtf8(name);
     }
 }
 
-TEST_F(FileContents, AFileOfTheLargestSizeIsReadAndALargerOneIsNot)
+TEST_F(FileReading, AFileOfTheLargestSizeIsReadAndALargerOneIsNot)
 {
     const fs::path file = site.HostFolder() / "large";
     WriteFile(file, "x");
-    fs::resize_file(file, LargestFile);
+    fs::resize_file(file, LargestConfigFile);
     const auto contents = ReadFileContents(file.native());
-    ASSERT_TRUE(contents);
-    EXPECT_EQ(contents->size(), LargestFile);
-    fs::resize_file(file, LargestFile + 1);
-    EXPECT_EQ(ReadFileContents(file.native()), std::nullopt);
+    ASSERT_TRUE(contents.IsRead());
+    EXPECT_EQ(contents.bytes.size(), LargestConfigFile);
+    fs::resize_file(file, LargestConfigFile + 1);
+    EXPECT_EQ(ReadFileContents(file.native()).error, static_cast<DWORD>(ERROR_FILE_TOO_LARGE));
 }
 
 } // namespace OrlindexTest

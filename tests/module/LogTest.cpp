@@ -19,7 +19,7 @@
 
 #include "LogCapture.h"
 #include "base/Log.h"
-#include "base/MessageFormat.h"
+#include "base/Message.h"
 #include "locate/SSOPathResolver.h"
 #include "support/CapturedOutput.h"
 #include "support/Text.h"

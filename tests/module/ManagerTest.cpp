@@ -11,7 +11,7 @@
 #include "LocateTest.h"
 #include "base/Log.h"
 #include "base/ProcessLock.h"
-#include "base/ProductIdentity.h"
+#include "base/Product.h"
 #include "load/PluginInterfaces.h"
 #include "support/CapturedOutput.h"
 

@@ -5,7 +5,7 @@
 
 #include "Imports.h"
 #include "LocateTest.h"
-#include "base/SystemText.h"
+#include "base/Platform.h"
 #include "support/FileImports.h"
 #include "support/LoaderImports.h"
 

@@ -6,7 +6,7 @@
 
 #include "Imports.h"
 #include "LocateTest.h"
-#include "locate/PlatformFolders.h"
+#include "base/Platform.h"
 
 namespace OrlindexTest {
 

@@ -13,7 +13,7 @@
 
 #include "BuildData.h"
 #include "Imports.h"
-#include "load/SignerName.h"
+#include "load/signature/SignatureVerification.h"
 #include "support/HostProcess.h"
 #include "support/Text.h"
 

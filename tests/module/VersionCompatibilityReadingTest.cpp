@@ -1,7 +1,7 @@
 // The version compatibility file: how it is read, and what is said of its defects.
 
 #include "VersionCompatibilityFileTest.h"
-#include "base/FileContents.h"
+#include "base/Files.h"
 
 namespace OrlindexTest {
 
@@ -30,8 +30,8 @@ TEST_F(VersionCompatibilityFile, NestedTooDeepIsRefused)
 
 TEST_F(VersionCompatibilityFile, TooLargeIsRefused)
 {
-    using Kestrany::IdentityServices::LargestFile;
-    ExpectNone("{}" + std::string(LargestFile - 1, ' '), {Unreadable()});
+    using Kestrany::IdentityServices::LargestConfigFile;
+    ExpectNone("{}" + std::string(LargestConfigFile - 1, ' '), {Unreadable()});
 }
 
 TEST_F(VersionCompatibilityFile, ADirectoryInItsPlaceIsFoundAndRefused)

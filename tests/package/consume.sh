@@ -91,7 +91,7 @@ run_host()
     grep -qi "$2" "$work/$1.log" || fail "$1 did not sign in"
 }
 
-# As docs/simulator.md says: the agent where it is, and a client config file that leads to it.
+# As docs/agent.md says: the agent where it is, and a client config file that leads to it.
 sed "s|\"searchPaths\": \"\"|\"searchPaths\": \"Z:$kit/agent\"|" "$kit/agent/host/Orlindex.config" \
     >"$hosts/Orlindex.config"
 for program in "$hosts"/sign_in*.exe; do

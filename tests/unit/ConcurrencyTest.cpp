@@ -10,13 +10,13 @@
 #include <thread>
 #include <vector>
 
-#include "base/JsonDocument.h"
-#include "base/StreamEcho.h"
+#include "base/ConsoleStream.h"
+#include "base/Json.h"
 #include "base/Versions.h"
-#include "load/CompatibilityDocument.h"
-#include "load/TrustResult.h"
-#include "locate/ClientConfigDocument.h"
-#include "locate/ReferenceExpansion.h"
+#include "load/VersionCompatibility.h"
+#include "load/signature/BinaryTrustResult.h"
+#include "locate/ClientConfig.h"
+#include "locate/PathVariables.h"
 
 namespace OrlindexTest {
 
@@ -62,8 +62,14 @@ bool NameAsValue(const std::wstring& name, std::wstring& value)
 std::vector<VersionCompatibilityEntry> Read(const Json::Value& root)
 {
     const auto widen = [](const std::string& text) { return std::wstring(text.begin(), text.end()); };
-    const auto expand = [](std::wstring& text) { ExpandPathVariables(text, NameAsValue); };
-    return ReadEntries(root, "ssoClientPlugin", {false, widen, expand, [](EntryDefect) {}});
+    std::vector<VersionCompatibilityEntry> entries;
+    ParseEntries(root, "ssoClientPlugin", false, widen, [&entries](ParsedEntry&& parsed) {
+        if (parsed.defect)
+            return;
+        ExpandPathVariables(parsed.entry.modulePath, NameAsValue);
+        entries.push_back(std::move(parsed.entry));
+    });
+    return entries;
 }
 
 bool ChoosesTheNewer(const Json::Value& root)
@@ -79,15 +85,15 @@ TEST(Concurrency, EveryThreadReadsDocumentsOfItsOwn)
 {
     EXPECT_TRUE(HoldsInEveryThread([](int thread) {
         const std::string id = "bundle " + std::to_string(thread);
-        const auto values = ReadClientConfigDocument(R"({"ssoServer": {"bundleId": ")" + id + R"(", "other": [1.5]}})");
-        const auto root = ParseJson(compatibility);
-        return values && values->bundleId == id && !ReadClientConfigDocument("{") && root && ChoosesTheNewer(*root);
+        const auto values = ParseClientConfig(R"({"ssoServer": {"bundleId": ")" + id + R"(", "other": [1.5]}})").values;
+        const auto root = ParseJson(compatibility).root;
+        return values && values->bundleId == id && !ParseClientConfig("{").values && root && ChoosesTheNewer(*root);
     }));
 }
 
 TEST(Concurrency, ThreadsReadOneDocument)
 {
-    const auto root = ParseJson(compatibility);
+    const auto root = ParseJson(compatibility).root;
     ASSERT_TRUE(root);
     EXPECT_TRUE(HoldsInEveryThread([&](int) { return ChoosesTheNewer(*root) && MemberOf(*root, "other").isNull(); }));
 }
@@ -108,7 +114,7 @@ TEST(Concurrency, LinesGoToStreamsOfTheirOwn)
     EXPECT_TRUE(HoldsInEveryThread([](int thread) {
         std::wostringstream stream;
         const std::wstring line(static_cast<std::size_t>(thread), L'\u4E2D');
-        EchoLine(stream, line);
+        WriteConsoleLine(stream, line);
         return stream.good() && stream.str() == line + L'\n';
     }));
 }

@@ -5,12 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "base/JsonDocument.h"
+#include "base/ConsoleStream.h"
+#include "base/Json.h"
 #include "base/JsonNumbers.h"
-#include "base/StreamEcho.h"
 #include "base/Versions.h"
-#include "load/CompatibilityDocument.h"
-#include "locate/ClientConfigDocument.h"
+#include "load/VersionCompatibility.h"
+#include "locate/ClientConfig.h"
 
 namespace OrlindexTest {
 
@@ -43,11 +43,15 @@ std::string Element(const std::string& version, const std::string& range)
 
 std::vector<VersionCompatibilityEntry> ReadElements(const std::string& elements)
 {
-    const auto root = ParseJson(R"({"list": [)" + elements + "]}");
+    const auto root = ParseJson(R"({"list": [)" + elements + "]}").root;
     EXPECT_TRUE(root);
     const auto widen = [](const std::string& text) { return std::wstring(text.begin(), text.end()); };
-    const auto unexpected = [](EntryDefect) { ADD_FAILURE() << "an element was ignored"; };
-    return ReadEntries(root.value_or(Json::Value()), "list", {false, widen, [](std::wstring&) {}, unexpected});
+    std::vector<VersionCompatibilityEntry> entries;
+    ParseEntries(root.value_or(Json::Value()), "list", false, widen, [&entries](ParsedEntry&& parsed) {
+        EXPECT_FALSE(parsed.defect) << "an element has a defect";
+        entries.push_back(std::move(parsed.entry));
+    });
+    return entries;
 }
 
 } // namespace
@@ -103,7 +107,7 @@ TEST(HostileLengths, ABoundOfFiftyThousandPartsIsABoundLikeOthers)
 TEST(HostileLengths, ATextOfAMegabyteIsReadWhole)
 {
     const std::string text(million, 'x');
-    const auto values = ReadClientConfigDocument(R"({"ssoServer": {"searchPaths": )" + Quoted(text) + "}}");
+    const auto values = ParseClientConfig(R"({"ssoServer": {"searchPaths": )" + Quoted(text) + "}}").values;
     ASSERT_TRUE(values);
     EXPECT_TRUE(values->searchPaths == text);
 }
@@ -114,13 +118,13 @@ TEST(HostileLengths, NestingIsReadUpToTheReadersLimitAndRefusedBeyond)
         return R"({"ssoServer": {"bundleId": "b"}, "other": )" + std::string(levels, '[') + std::string(levels, ']') +
                '}';
     };
-    const auto values = ReadClientConfigDocument(nested(900));
+    const auto values = ParseClientConfig(nested(900)).values;
     ASSERT_TRUE(values);
     EXPECT_EQ(values->bundleId, "b");
-    EXPECT_FALSE(ReadClientConfigDocument(nested(1001)));
-    EXPECT_FALSE(ReadClientConfigDocument(nested(million)));
-    EXPECT_FALSE(ReadClientConfigDocument(std::string(million, '[')));
-    EXPECT_FALSE(ReadClientConfigDocument(Repeated(R"({"a":)", million)));
+    EXPECT_FALSE(ParseClientConfig(nested(1001)).values);
+    EXPECT_FALSE(ParseClientConfig(nested(million)).values);
+    EXPECT_FALSE(ParseClientConfig(std::string(million, '[')).values);
+    EXPECT_FALSE(ParseClientConfig(Repeated(R"({"a":)", million)).values);
 }
 
 TEST(HostileLengths, ANumberOfAMillionDigitsCostsItsKeyAloneAndNoTime)
@@ -128,8 +132,9 @@ TEST(HostileLengths, ANumberOfAMillionDigitsCostsItsKeyAloneAndNoTime)
     const std::string digits(million, '9');
     for (const std::string& number : {digits, "-" + digits, "1." + digits, "1e" + digits, "0." + digits + "e5"})
     {
-        const auto values = ReadClientConfigDocument("// \" \r\n/* \" */{\"ssoServer\": {\"bundleId\": " + number +
-                                                     R"(, "searchPaths": "s"}})");
+        const auto values = ParseClientConfig("// \" \r\n/* \" */{\"ssoServer\": {\"bundleId\": " + number +
+                                              R"(, "searchPaths": "s"}})")
+                                .values;
         ASSERT_TRUE(values) << number.substr(0, 8);
         EXPECT_EQ(values->bundleId, "") << number.substr(0, 8);
         EXPECT_EQ(values->searchPaths, "s") << number.substr(0, 8);
@@ -140,12 +145,12 @@ TEST(HostileLengths, AMillionDigitsThatAreNoNumberAreRefusedAtOnce)
 {
     const std::string digits(million, '9');
     for (const std::string& number : {digits + 'e', "-." + digits + "e+", "-e" + digits, "1." + digits + "E-"})
-        EXPECT_FALSE(ParseJson("[1, " + number + ", 2]")) << number.substr(0, 8);
+        EXPECT_FALSE(ParseJson("[1, " + number + ", 2]").root) << number.substr(0, 8);
 }
 
 TEST(HostileLengths, ManyNumbersOutOfRangeTakeNoTime)
 {
-    const auto root = ParseJson('[' + Repeated("1e999,", many) + "1]");
+    const auto root = ParseJson('[' + Repeated("1e999,", many) + "1]").root;
     ASSERT_TRUE(root);
     EXPECT_EQ(root->size(), many + 1);
 }
@@ -158,27 +163,28 @@ TEST(HostileLengths, AdjacentCommentsHideNoNumber)
     {
         for (const std::string& text : {comments + '[' + number + ']', '[' + comments + number + ']'})
         {
-            const auto root = ParseJson(text);
+            const auto root = ParseJson(text).root;
             ASSERT_TRUE(root) << comments;
             EXPECT_TRUE(IsNumberOutOfRange((*root)[0])) << comments;
         }
     }
-    EXPECT_TRUE(ParseJson("/**//**/[1/**//**/, 2]/**//**/"));
-    EXPECT_TRUE(ParseJson("/*" + number + "*//*" + number + "*//" + '/' + number + "\n[1]"));
+    EXPECT_TRUE(ParseJson("/**//**/[1/**//**/, 2]/**//**/").root);
+    EXPECT_TRUE(ParseJson("/*" + number + "*//*" + number + "*//" + '/' + number + "\n[1]").root);
 }
 
 TEST(HostileLengths, DigitsThatAreNoNumberMayBeMany)
 {
     const std::string digits(5000, '9');
-    const auto values = ReadClientConfigDocument(
-        "//" + digits + "\n/*" + digits + R"(*/{"ssoServer": {"searchPaths": "\"", "bundleId": ")" + digits + R"("}})");
+    const auto values = ParseClientConfig("//" + digits + "\n/*" + digits +
+                                          R"(*/{"ssoServer": {"searchPaths": "\"", "bundleId": ")" + digits + R"("}})")
+                            .values;
     ASSERT_TRUE(values);
     EXPECT_EQ(values->bundleId, digits);
 }
 
 TEST(HostileLengths, ANumberOfAThousandCharactersIsReadAsItStands)
 {
-    const auto root = ParseJson("[1" + std::string(994, '0') + "e-990, 1" + std::string(995, '0') + "e-990]");
+    const auto root = ParseJson("[1" + std::string(994, '0') + "e-990, 1" + std::string(995, '0') + "e-990]").root;
     ASSERT_TRUE(root);
     EXPECT_DOUBLE_EQ((*root)[0].asDouble(), 10000);
     EXPECT_TRUE(IsNumberOutOfRange((*root)[1]));
@@ -187,7 +193,7 @@ TEST(HostileLengths, ANumberOfAThousandCharactersIsReadAsItStands)
 TEST(HostileLengths, ALineOfAMegabyteThatTheStreamTakesIsWritten)
 {
     std::wostringstream stream;
-    EchoLine(stream, std::wstring(million, L'\u4E2D'));
+    WriteConsoleLine(stream, std::wstring(million, L'\u4E2D'));
     EXPECT_EQ(stream.str().size(), million + 1);
 }
 

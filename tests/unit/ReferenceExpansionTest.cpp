@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "locate/ReferenceExpansion.h"
+#include "locate/PathVariables.h"
 
 namespace OrlindexTest {
 
-using Kestrany::IdentityServices::BeginsWithReference;
+using Kestrany::IdentityServices::BeginsWithPathVariable;
 using Kestrany::IdentityServices::ExpandPathVariables;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -235,9 +235,9 @@ TEST(ReferenceExpansion, AMegabyteOfBrokenReferencesIsPassedOver)
 TEST(ReferenceExpansion, ATextBeginsWithAReferenceWhereItIsAWholeOne)
 {
     for (const wchar_t* text : {L"%a%", L"%%", L"%unknown%\\folder", L"%a b%x%"})
-        EXPECT_TRUE(BeginsWithReference(text)) << testing::PrintToString(text);
+        EXPECT_TRUE(BeginsWithPathVariable(text)) << testing::PrintToString(text);
     for (const wchar_t* text : {L"", L"%", L"%a", L"x%a%", L"%a\n%b%", L"\\%a%"})
-        EXPECT_FALSE(BeginsWithReference(text)) << testing::PrintToString(text);
+        EXPECT_FALSE(BeginsWithPathVariable(text)) << testing::PrintToString(text);
 }
 
 } // namespace OrlindexTest

@@ -1,4 +1,4 @@
-#include "load/TrustResult.h"
+#include "load/signature/BinaryTrustResult.h"
 
 #include <string>
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "load/VersionRange.h"
+#include "load/VersionCompatibility.h"
 
 namespace OrlindexTest {
 

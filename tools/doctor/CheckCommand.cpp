@@ -6,8 +6,8 @@
 #include "StartRecorder.h"
 #include "Words.h"
 #include "base/Paths.h"
-#include "base/ProductIdentity.h"
-#include "base/TextConversion.h"
+#include "base/Product.h"
+#include "base/Text.h"
 #include "load/VersionCompatibility.h"
 #include "locate/SSOPathResolver.h"
 
@@ -23,14 +23,14 @@ bool IsSamePath(const std::wstring& a, const std::wstring& b)
 }
 
 /// What a version compatibility file says, above all of one module, and nothing else of a start.
-class EntriesOnly final : public StartObserver
+class EntriesOnly final : public StartUpObserver
 {
 public:
     EntriesOnly(StartRecorder& recorder, const std::wstring& module) : recorder_(recorder), module_(module) {}
 
     void OnDocument(const DocumentFinding& finding) override
     {
-        if (finding.file == StartFile::VersionCompatibility)
+        if (finding.file == StartUpFile::VersionCompatibility)
             recorder_.OnDocument(finding);
     }
 
@@ -63,7 +63,7 @@ std::string WhyNotOffered(const StartFacts& facts, const std::optional<EntryFind
     const std::string names = EntryPlace(entry->entry) + " names it";
     if (entry->defect)
         return names + " and is ignored: " + DefectWords(*entry->defect);
-    if (entry->refusal)
+    if (entry->mismatch)
         return names + ", but does not serve " + ProductVersion + " (" + RangeWords(entry->entry) + ')';
     return names + ", but " + Quoted(chosen) + " has a higher version";
 }
@@ -79,7 +79,7 @@ std::optional<Verdict> CheckOffer(const Options& options, const std::wstring& ho
     const std::wstring file = named ? options.compatibility : JoinPath(folder, VersionCompatibilityFileName);
     Finding line = {Mark::Ok,
                     "file",
-                    FileWords(StartFile::VersionCompatibility),
+                    FileWords(StartUpFile::VersionCompatibility),
                     Narrow(file),
                     "found",
                     named ? "--compatibility" : "beside the module",

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "base/TextConversion.h"
+#include "base/Text.h"
 
 namespace Orlindex::Doctor {
 

@@ -4,10 +4,10 @@
 #include "StartFacts.h"
 #include "Words.h"
 #include "base/Paths.h"
-#include "base/ProductIdentity.h"
-#include "base/TextConversion.h"
+#include "base/Product.h"
+#include "base/Text.h"
 #include "base/Versions.h"
-#include "locate/RegistryLocation.h"
+#include "locate/Registry.h"
 
 namespace Orlindex::Doctor {
 
@@ -113,16 +113,16 @@ Verdict OfRefusedPath(const StartFacts& facts)
             remedy};
 }
 
-std::string SignerName(const TrustEvidence& evidence)
+std::string SignerName(const SignatureFacts& signature)
 {
-    if (evidence.signers.empty() || evidence.signers.front().chain.empty())
+    if (signature.signers.empty() || signature.signers.front().chain.empty())
         return "an unknown signer";
-    return Quoted(evidence.signers.front().chain.front().name);
+    return Quoted(signature.signers.front().chain.front().name);
 }
 
-bool HasAcceptedSigner(const TrustEvidence& evidence)
+bool HasAcceptedSigner(const SignatureFacts& signature)
 {
-    for (const SignerEvidence& signer : evidence.signers)
+    for (const SignerInfo& signer : signature.signers)
         if (signer.nameAccepted)
             return true;
     return false;
@@ -131,39 +131,40 @@ bool HasAcceptedSigner(const TrustEvidence& evidence)
 Verdict OfUntrustedSigner(const StartFacts& facts, const std::string& original)
 {
     const std::string reinstall = original + '.';
-    const TrustEvidence& evidence = *facts.trust;
-    const auto answer = static_cast<DWORD>(*evidence.platformAnswer);
+    const SignatureFacts& signature = *facts.signature;
+    const auto answer = static_cast<DWORD>(*signature.platformResult);
     const bool untrustedRoot = answer == static_cast<DWORD>(CERT_E_UNTRUSTEDROOT);
-    if (untrustedRoot && (HasAcceptedSigner(evidence) || evidence.signers.empty()))
+    if (untrustedRoot && (HasAcceptedSigner(signature) || signature.signers.empty()))
         return {ExitCode::RootNotTrusted, StepId::Signature,
-                "The signature of " + Quoted(facts.modulePath) + " by " + SignerName(evidence) +
+                "The signature of " + Quoted(facts.modulePath) + " by " + SignerName(signature) +
                     " ends in a root that neither is the pinned one nor is trusted by the system.",
                 original + ", and do not make the system trust that root."};
     if (untrustedRoot || answer == ERROR_SUCCESS) // Any other answer ends the verification before a name is looked at.
         return {ExitCode::SignerNotAccepted, StepId::Signature,
-                Quoted(facts.modulePath) + " is signed by " + SignerName(evidence) + ", which is not an accepted name.",
+                Quoted(facts.modulePath) + " is signed by " + SignerName(signature) +
+                    ", which is not an accepted name.",
                 reinstall};
     return {ExitCode::SignatureRefused, StepId::Signature,
             "The system refuses the signature of " + Quoted(facts.modulePath) + ": " +
-                TrustAnswerWords(*evidence.platformAnswer) + '.',
+                TrustAnswerWords(*signature.platformResult) + '.',
             reinstall};
 }
 
 Verdict OfRefusedSignature(const StartFacts& facts)
 {
-    const TrustEvidence& evidence = *facts.trust;
+    const SignatureFacts& signature = *facts.signature;
     const std::string file = Quoted(facts.modulePath);
     const std::string original =
         "Replace " + file + " by the original of its maker: repair the installation of the server application";
     const std::string reinstall = original + '.';
     if (!facts.module.module)
         return {ExitCode::ModuleFormat, StepId::ModuleFile, file + " is no Windows module.", reinstall};
-    if (!evidence.platformAnswer)
+    if (!signature.platformResult)
         return {ExitCode::ModuleMissing, StepId::Signature, file + " was gone when its signature was to be verified.",
                 reinstall};
-    if (evidence.result == BinaryTrustResult::NotTrusted)
+    if (signature.result == BinaryTrustResult::NotTrusted)
         return OfUntrustedSigner(facts, original);
-    switch (static_cast<DWORD>(*evidence.platformAnswer))
+    switch (static_cast<DWORD>(*signature.platformResult))
     {
     case static_cast<DWORD>(TRUST_E_NOSIGNATURE):
         return {ExitCode::SignatureMissing, StepId::Signature, file + " is not signed.", reinstall};
@@ -176,7 +177,8 @@ Verdict OfRefusedSignature(const StartFacts& facts)
                 "maker, which repairing the installation of the server application brings."};
     default:
         return {ExitCode::SignatureRefused, StepId::Signature,
-                "The system refuses the signature of " + file + ": " + TrustAnswerWords(*evidence.platformAnswer) + '.',
+                "The system refuses the signature of " + file + ": " + TrustAnswerWords(*signature.platformResult) +
+                    '.',
                 reinstall};
     }
 }
@@ -270,7 +272,7 @@ std::optional<Verdict> OfFormat(const StartFacts& facts)
 Verdict OfFileInUse(const StartFacts& facts, const std::string& remedy)
 {
     return {ExitCode::FileInUse, StepId::Signature,
-            Quoted(facts.modulePath) + " cannot be kept from changing: " + ErrorWords(facts.holdError) + '.', remedy};
+            Quoted(facts.modulePath) + " cannot be kept from changing: " + ErrorWords(facts.lockError) + '.', remedy};
 }
 
 std::optional<Verdict> OfLoad(const StartFacts& facts)
@@ -308,16 +310,16 @@ std::optional<Verdict> DiagnoseModule(const StartFacts& facts)
     if (!facts.module.exists)
         return Verdict{ExitCode::ModuleMissing, StepId::ModuleFile, "The plugin module " + file + " is not there.",
                        "Repair the installation of the server application: it brings the plugin module."};
-    if (facts.holdError == ERROR_SHARING_VIOLATION)
+    if (facts.lockError == ERROR_SHARING_VIOLATION)
         return OfFileInUse(facts, "End the program that has the file open for writing, such as an installer or a "
                                   "scanner.");
     if (!facts.module.readable)
         return Verdict{ExitCode::ModuleFormat, StepId::ModuleFile,
                        file + " cannot be read: " + ErrorWords(facts.module.readError) + '.',
                        "Give the user the right to read it; where it is a folder, repair the installation."};
-    if (facts.trust && !LoadingAllowed(facts.trust->result))
+    if (facts.signature && !LoadingAllowed(facts.signature->result))
         return OfRefusedSignature(facts);
-    if (facts.holdError != ERROR_SUCCESS)
+    if (facts.lockError != ERROR_SUCCESS)
         return OfFileInUse(facts, "Give the user the right to read the file, and see that nothing locks it.");
     if (!facts.accepted)
         return Verdict{ExitCode::LoadFailed, StepId::Load, "The library does not load " + file + '.',

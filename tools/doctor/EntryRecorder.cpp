@@ -1,8 +1,8 @@
 #include "EntryRecorder.h"
 
 #include "Words.h"
-#include "base/ProductIdentity.h"
-#include "base/TextConversion.h"
+#include "base/Product.h"
+#include "base/Text.h"
 #include "base/Versions.h"
 
 namespace Orlindex::Doctor {
@@ -35,9 +35,9 @@ Finding EntryLine(const EntryFinding& finding)
         line.result = "chosen";
         line.note = "chosen, serves " + RangeWords(entry);
     }
-    else if (finding.refusal)
+    else if (finding.mismatch)
     {
-        line.result = RefusalName(*finding.refusal);
+        line.result = MismatchName(*finding.mismatch);
         line.note = std::string("does not serve ") + ProductVersion + ": " + RangeWords(entry);
     }
     else

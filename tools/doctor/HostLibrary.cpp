@@ -9,8 +9,8 @@
 #include "VersionRecord.h"
 #include "Words.h"
 #include "base/Paths.h"
-#include "base/ProductIdentity.h"
-#include "base/TextConversion.h"
+#include "base/Product.h"
+#include "base/Text.h"
 
 namespace Orlindex::Doctor {
 

@@ -4,7 +4,7 @@
 #include <json/writer.h>
 
 #include "BuildData.h"
-#include "base/ProductIdentity.h"
+#include "base/Product.h"
 
 namespace Orlindex::Doctor {
 namespace {

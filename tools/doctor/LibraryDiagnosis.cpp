@@ -2,8 +2,8 @@
 
 #include "Words.h"
 #include "base/Paths.h"
-#include "base/ProductIdentity.h"
-#include "base/TextConversion.h"
+#include "base/Product.h"
+#include "base/Text.h"
 
 namespace Orlindex::Doctor {
 

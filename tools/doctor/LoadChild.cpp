@@ -6,8 +6,8 @@
 #include "LoadMessages.h"
 #include "base/Log.h"
 #include "base/Paths.h"
-#include "base/ProductIdentity.h"
-#include "base/TextConversion.h"
+#include "base/Product.h"
+#include "base/Text.h"
 #include "locate/SSOPathResolver.h"
 
 namespace Orlindex::Doctor {
@@ -32,7 +32,7 @@ private:
     HANDLE handle_;
 };
 
-class LoadReporter final : public StartObserver
+class LoadReporter final : public StartUpObserver
 {
 public:
     explicit LoadReporter(const MessagePipe& pipe) : pipe_(pipe) {}
@@ -82,7 +82,7 @@ int RunLoadChild(const std::vector<std::wstring>& arguments)
     const DWORD error = LoadHostsLibrary(host);
     pipe.Send({LoadMessage::Kind::Library, 0, error == ERROR_SUCCESS ? LoadState::Done : LoadState::Failed, error});
     LoadReporter reporter(pipe);
-    StartSurroundings surroundings = {host, host, {}, {}, &reporter};
+    StartUpOverrides surroundings = {host, host, {}, {}, &reporter};
     if (arguments.size() > 2)
         surroundings.clientPluginModule = arguments[2];
     SSOPathResolver manager(SplitVersion(ProductVersion), DefaultLogFunction, surroundings);

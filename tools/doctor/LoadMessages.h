@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "load/StartObserver.h"
+#include "locate/StartUpObserver.h"
 
 namespace Orlindex::Doctor {
 

@@ -12,9 +12,9 @@
 #include "PipeReader.h"
 #include "Words.h"
 #include "base/Paths.h"
-#include "base/ProductIdentity.h"
-#include "base/TextConversion.h"
-#include "locate/PlatformFolders.h"
+#include "base/Platform.h"
+#include "base/Product.h"
+#include "base/Text.h"
 
 namespace Orlindex::Doctor {
 

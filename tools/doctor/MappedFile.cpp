@@ -14,17 +14,11 @@ MappedFile::MappedFile(const std::wstring& path) : file_(path, FILE_SHARE_READ),
     }
     if (size.QuadPart == 0)
         return; // Readable, and cannot be mapped.
-    const HANDLE mapping = CreateFileMappingW(file_.Get(), nullptr, PAGE_READONLY, 0, 0, nullptr);
-    if (mapping)
-    {
-        view_ = MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0);
-        error_ = view_ ? ERROR_SUCCESS : GetLastError();
-        CloseHandle(mapping); // The view keeps it.
-    }
-    else
-    {
-        error_ = GetLastError();
-    }
+    // Released here; the view keeps it.
+    const Kestrany::IdentityServices::Handle mapping(
+        CreateFileMappingW(file_.Get(), nullptr, PAGE_READONLY, 0, 0, nullptr));
+    view_ = mapping ? MapViewOfFile(mapping.get(), FILE_MAP_READ, 0, 0, 0) : nullptr;
+    error_ = view_ ? ERROR_SUCCESS : GetLastError();
     size_ = view_ ? static_cast<std::size_t>(size.QuadPart) : 0;
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/FileHandle.h"
+#include "base/Files.h"
 
 namespace Orlindex::Doctor {
 
@@ -23,7 +23,7 @@ public:
     std::string_view Bytes() const { return {static_cast<const char*>(view_), size_}; }
 
 private:
-    Kestrany::IdentityServices::FileHandle file_;
+    Kestrany::IdentityServices::File file_;
     DWORD error_;
     const void* view_ = nullptr;
     std::size_t size_ = 0;

@@ -11,9 +11,9 @@
 #include "VersionRecord.h"
 #include "Words.h"
 #include "base/Paths.h"
-#include "base/TextConversion.h"
-#include "load/PluginModule.h"
-#include "locate/PlatformFolders.h"
+#include "base/Platform.h"
+#include "base/Text.h"
+#include "load/PluginLoader.h"
 
 namespace Orlindex::Doctor {
 
@@ -60,16 +60,16 @@ void AddFormat(const PeFile& module, Report& report, ModuleFacts& facts)
 
 void AddFactorySymbol(const PeFile& module, Report& report, ModuleFacts& facts)
 {
-    facts.factorySymbol = module.Exports(PluginFactorySymbol());
+    facts.factorySymbol = module.Exports(PluginFactoryName());
     if (facts.factorySymbol)
     {
-        report.Add({Mark::Ok, "module", "factory function", PluginFactorySymbol(), "exported", "export table", ""});
+        report.Add({Mark::Ok, "module", "factory function", PluginFactoryName(), "exported", "export table", ""});
         return;
     }
     std::string names;
     for (const std::string& name : module.ExportedNames(5))
         names += (names.empty() ? "" : ", ") + name;
-    report.Add({Mark::Failed, "module", "factory function", PluginFactorySymbol(), "missing", "export table",
+    report.Add({Mark::Failed, "module", "factory function", PluginFactoryName(), "missing", "export table",
                 names.empty() ? "not exported; the module exports no name" : "not exported; exported are " + names});
 }
 

@@ -1,7 +1,7 @@
 #include "Options.h"
 
 #include "ExitCode.h"
-#include "base/TextConversion.h"
+#include "base/Text.h"
 
 namespace Orlindex::Doctor {
 namespace {

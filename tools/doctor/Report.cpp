@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "base/TextConversion.h"
+#include "base/Text.h"
 
 namespace Orlindex::Doctor {
 namespace {

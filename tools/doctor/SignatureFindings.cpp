@@ -2,7 +2,7 @@
 
 #include "StartRecorder.h"
 #include "Words.h"
-#include "base/TextConversion.h"
+#include "base/Text.h"
 
 namespace Orlindex::Doctor {
 
@@ -17,23 +17,23 @@ enum class RootTrust
     Unknown
 };
 
-RootTrust TrustOf(const CertificateEvidence& root, const TrustEvidence& evidence)
+RootTrust TrustOf(const CertificateInfo& root, const SignatureFacts& signature)
 {
     if (root.digest && IsPinnedRoot(*root.digest))
         return RootTrust::Pinned;
-    return evidence.platformAnswer == LONG{ERROR_SUCCESS} ? RootTrust::System : RootTrust::Unknown;
+    return signature.platformResult == LONG{ERROR_SUCCESS} ? RootTrust::System : RootTrust::Unknown;
 }
 
-std::string CertificateNote(const CertificateEvidence& certificate)
+std::string CertificateNote(const CertificateInfo& certificate)
 {
     return "valid from " + TimeWords(certificate.notBefore) + " to " + TimeWords(certificate.notAfter) +
            (certificate.digest ? ", SHA-256 " + DigestWords(*certificate.digest) : std::string());
 }
 
-void AddRoot(Report& report, const CertificateEvidence& root, const TrustEvidence& evidence)
+void AddRoot(Report& report, const CertificateInfo& root, const SignatureFacts& signature)
 {
     Finding line = {Mark::Ok, "certificate", "root", Narrow(root.subject), "", "", ""};
-    switch (TrustOf(root, evidence))
+    switch (TrustOf(root, signature))
     {
     case RootTrust::Pinned:
         line.result = "pinned";
@@ -44,7 +44,7 @@ void AddRoot(Report& report, const CertificateEvidence& root, const TrustEvidenc
         line.note = "trusted by the system, ";
         break;
     case RootTrust::Unknown:
-        line.mark = evidence.result == BinaryTrustResult::NotTrusted ? Mark::Failed : Mark::Info;
+        line.mark = signature.result == BinaryTrustResult::NotTrusted ? Mark::Failed : Mark::Info;
         line.result = "unknown";
         line.note = "neither the pinned root nor known to be trusted by the system, ";
         break;
@@ -103,9 +103,9 @@ constexpr ChainFault chainFaults[] = {
 
 /// What the system reports about a chain beside its root. The library does not ask for it: its answer is that of the
 /// whole verification, and below the pinned root the signer's name alone decides.
-void AddChainFaults(Report& report, const SignerEvidence& signer, const TrustEvidence& evidence)
+void AddChainFaults(Report& report, const SignerInfo& signer, const SignatureFacts& signature)
 {
-    const char* const loaded = LoadingAllowed(evidence.result) ? "; the library does not check this" : "";
+    const char* const loaded = LoadingAllowed(signature.result) ? "; the library does not check this" : "";
     const auto add = [&](const std::string& name, const std::string& words) {
         report.Add({Mark::Warning, "certificate", "chain", name, "chain-fault", "", words + loaded});
     };
@@ -124,7 +124,7 @@ void AddChainFaults(Report& report, const SignerEvidence& signer, const TrustEvi
     }
 }
 
-void AddSigner(Report& report, const SignerEvidence& signer, const TrustEvidence& evidence)
+void AddSigner(Report& report, const SignerInfo& signer, const SignatureFacts& signature)
 {
     const std::string name = signer.chain.empty() ? std::string() : Narrow(signer.chain.front().name);
     report.Add({signer.nameAccepted ? Mark::Ok : Mark::Failed, "signer", "signer", name,
@@ -134,22 +134,22 @@ void AddSigner(Report& report, const SignerEvidence& signer, const TrustEvidence
         report.Add({Mark::Info, "certificate", index == 0 ? "signer's certificate" : "intermediate certificate",
                     Narrow(signer.chain[index].subject), "", "", CertificateNote(signer.chain[index])});
     if (!signer.chain.empty())
-        AddRoot(report, signer.chain.back(), evidence);
-    AddChainFaults(report, signer, evidence);
+        AddRoot(report, signer.chain.back(), signature);
+    AddChainFaults(report, signer, signature);
 }
 
 } // namespace
 
-void AddSignature(Report& report, const TrustEvidence& evidence)
+void AddSignature(Report& report, const SignatureFacts& signature)
 {
-    for (const SignerEvidence& signer : evidence.signers)
-        AddSigner(report, signer, evidence);
-    if (evidence.platformAnswer)
+    for (const SignerInfo& signer : signature.signers)
+        AddSigner(report, signer, signature);
+    if (signature.platformResult)
         report.Add(
-            {Mark::Info, "signature", "system's answer", TrustAnswerWords(*evidence.platformAnswer), "", "", ""});
-    const bool allowed = LoadingAllowed(evidence.result);
+            {Mark::Info, "signature", "system's answer", TrustAnswerWords(*signature.platformResult), "", "", ""});
+    const bool allowed = LoadingAllowed(signature.result);
     report.Add({allowed ? Mark::Ok : Mark::Failed, "signature", "signature", allowed ? "valid" : "not valid",
-                TrustResultName(evidence.result), "",
+                TrustResultName(signature.result), "",
                 allowed ? "the library may load the module" : "the library does not load the module"});
 }
 

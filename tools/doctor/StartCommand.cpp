@@ -4,10 +4,10 @@
 #include "LoadProcess.h"
 #include "ModuleFile.h"
 #include "StartRecorder.h"
-#include "api/LocalSystemAccount.h"
 #include "base/Paths.h"
-#include "base/ProductIdentity.h"
-#include "base/TextConversion.h"
+#include "base/Platform.h"
+#include "base/Product.h"
+#include "base/Text.h"
 #include "locate/SSOPathResolver.h"
 
 namespace Orlindex::Doctor {

@@ -7,7 +7,8 @@
 
 #include "ExitCode.h"
 #include "Report.h"
-#include "load/StartObserver.h"
+#include "load/signature/SignatureInfo.h"
+#include "locate/StartUpObserver.h"
 
 namespace Orlindex::Doctor {
 
@@ -70,6 +71,14 @@ enum class LibraryTrust
     Other
 };
 
+/// The verification of the module's signature, and what the platform keeps about it.
+struct SignatureFacts
+{
+    Ids::BinaryTrustResult result = Ids::BinaryTrustResult::UnknownError;
+    std::optional<LONG> platformResult; ///< nullopt if the platform was not asked.
+    std::vector<Ids::SignerInfo> signers;
+};
+
 /// The elements of a version compatibility file.
 struct EntryFacts
 {
@@ -105,8 +114,8 @@ struct StartFacts
     std::optional<Ids::ModulePathDefect> modulePathDefect;
     ModuleFacts module;
 
-    std::optional<Ids::TrustEvidence> trust;
-    unsigned long holdError = 0;
+    std::optional<SignatureFacts> signature;
+    unsigned long lockError = 0;
     bool accepted = false; ///< Whether the library's own check would go on to load the module.
 
     std::optional<LoadOutcome> load;

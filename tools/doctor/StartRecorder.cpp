@@ -5,8 +5,8 @@
 #include "FullPath.h"
 #include "ModuleFile.h"
 #include "Words.h"
-#include "base/TextConversion.h"
-#include "locate/RegistryLocation.h"
+#include "base/Text.h"
+#include "locate/Registry.h"
 
 namespace Orlindex::Doctor {
 
@@ -25,14 +25,14 @@ Mark MarkOf(DirectoryState state)
     return state == DirectoryState::Holds ? Mark::Ok : Mark::Info;
 }
 
-Finding DirectoryFinding(const SearchedDirectory& directory, const std::string& fileName)
+Finding DirectoryFinding(const SearchDirectory& directory, DirectoryState state, const std::string& fileName)
 {
-    return {MarkOf(directory.state),    "directory", OriginWords(directory.origin),        Narrow(directory.path),
-            StateName(directory.state), "",          StateWords(directory.state, fileName)};
+    return {MarkOf(state),    "directory", OriginWords(directory.origin), Narrow(directory.path),
+            StateName(state), "",          StateWords(state, fileName)};
 }
 
 /// What is wrong with a registry key, in words; empty where nothing is. That a subkey has no location is its right.
-std::string RegistryProblem(const RegistryFinding& finding)
+std::string RegistryProblem(const RegistryKeyFinding& finding)
 {
     if (finding.opened != ERROR_SUCCESS)
         return "cannot be opened: " + ErrorWords(static_cast<unsigned long>(finding.opened));
@@ -41,7 +41,7 @@ std::string RegistryProblem(const RegistryFinding& finding)
     switch (*finding.read)
     {
     case ERROR_SUCCESS:
-        return finding.location.empty() ? "its value Location is empty" : "";
+        return finding.location.value_or(L"").empty() ? "its value Location is empty" : "";
     case ERROR_FILE_NOT_FOUND:
         return {};
     case ERROR_MORE_DATA:
@@ -55,41 +55,42 @@ std::string RegistryProblem(const RegistryFinding& finding)
 
 } // namespace
 
-void StartRecorder::AddDirectories(const SearchFinding& finding, Mark notFound)
+void StartRecorder::AddDirectories(StartUpFile file, const SearchResult& result, Mark notFound)
 {
-    const std::string fileName = Narrow(finding.fileName);
+    const std::string fileName = Narrow(result.fileName);
     std::size_t shown = 0;
     std::size_t hidden = 0;
-    for (const SearchedDirectory& directory : finding.directories)
+    for (std::size_t index = 0; index < result.directories.size(); ++index)
     {
-        if (shown >= mostDirectories && directory.state != DirectoryState::Holds)
+        const DirectoryState state = result.StateOf(index);
+        if (shown >= mostDirectories && state != DirectoryState::Holds)
         {
             ++hidden;
             continue;
         }
         ++shown;
-        report_.Add(DirectoryFinding(directory, fileName));
+        report_.Add(DirectoryFinding(result.directories[index], state, fileName));
     }
     if (hidden > 0)
         report_.Add({Mark::Info, "directory", "further directories", std::to_string(hidden), "not-shown", "",
-                     "more, of " + std::to_string(finding.directories.size()) + " in all", finding.directories.size()});
-    if (finding.found.empty())
-        report_.Add({notFound, "file", FileWords(finding.file), "", "not-found", "",
-                     finding.directories.empty() ? "no directory to search" : "no directory holds " + fileName});
+                     "more, of " + std::to_string(result.directories.size()) + " in all", result.directories.size()});
+    if (result.found.empty())
+        report_.Add({notFound, "file", FileWords(file), "", "not-found", "",
+                     result.directories.empty() ? "no directory to search" : "no directory holds " + fileName});
     else
-        report_.Add({Mark::Ok, "file", FileWords(finding.file), Narrow(finding.found), "found", "", ""});
+        report_.Add({Mark::Ok, "file", FileWords(file), Narrow(result.found), "found", "", ""});
 }
 
-void StartRecorder::OnSearch(const SearchFinding& finding)
+void StartRecorder::OnSearch(StartUpFile file, const SearchResult& result)
 {
-    switch (finding.file)
+    switch (file)
     {
-    case StartFile::ClientConfig:
+    case StartUpFile::ClientConfig:
         report_.Begin(StepId::ClientConfig);
-        facts_.clientConfigFile = finding.found;
-        AddDirectories(finding, Mark::Info); // It is optional.
+        facts_.clientConfigFile = result.found;
+        AddDirectories(file, result, Mark::Info); // It is optional.
         break;
-    case StartFile::ServerApplication:
+    case StartUpFile::ServerApplication:
         if (serverApplicationSearched_)
         {
             registry_.clear();
@@ -98,24 +99,24 @@ void StartRecorder::OnSearch(const SearchFinding& finding)
         serverApplicationSearched_ = true;
         FlushRegistry();
         report_.Begin(StepId::ServerApplication);
-        facts_.serverDirectory = ParentPath(finding.found);
-        AddDirectories(finding, Mark::Failed);
+        facts_.serverDirectory = ParentPath(result.found);
+        AddDirectories(file, result, Mark::Failed);
         break;
-    case StartFile::VersionCompatibility:
+    case StartUpFile::VersionCompatibility:
         report_.Begin(StepId::CompatibilityFile);
-        facts_.compatibilityFile = finding.found;
+        facts_.compatibilityFile = result.found;
         // The server application's directory first; where that does not hold it, the client config file's.
-        AddDirectories(finding, finding.directories.empty() ||
-                                        finding.directories.front().origin == DirectoryOrigin::ClientConfig
-                                    ? Mark::Failed
-                                    : Mark::Info);
+        AddDirectories(file, result,
+                       result.directories.empty() || result.directories.front().origin == DirectoryOrigin::ClientConfig
+                           ? Mark::Failed
+                           : Mark::Info);
         break;
     }
 }
 
 void StartRecorder::OnDocument(const DocumentFinding& finding)
 {
-    const bool config = finding.file == StartFile::ClientConfig;
+    const bool config = finding.file == StartUpFile::ClientConfig;
     report_.Begin(config ? StepId::ClientConfig : StepId::CompatibilityFile);
     if (config && facts_.clientConfigFile.empty())
         TakeFromCurrentDirectory(finding.path);
@@ -145,7 +146,7 @@ void StartRecorder::OnDocument(const DocumentFinding& finding)
 void StartRecorder::TakeFromCurrentDirectory(const std::wstring& name)
 {
     facts_.clientConfigFile = FullPath(name);
-    report_.Add({Mark::Warning, "file", FileWords(StartFile::ClientConfig), Narrow(facts_.clientConfigFile), "found",
+    report_.Add({Mark::Warning, "file", FileWords(StartUpFile::ClientConfig), Narrow(facts_.clientConfigFile), "found",
                  "current directory", "taken from the current directory: a host that runs in another one does not"});
 }
 
@@ -173,7 +174,7 @@ void StartRecorder::OnSetting(const SettingFinding& finding)
     report_.Add(std::move(line));
 }
 
-void StartRecorder::OnRegistryKey(const RegistryFinding& finding)
+void StartRecorder::OnRegistryKey(const RegistryKeyFinding& finding)
 {
     const bool top = finding.key == ServerApplicationKey;
     const std::string key = Narrow(top ? finding.key : ServerApplicationKey + (L'\\' + finding.key));
@@ -181,7 +182,7 @@ void StartRecorder::OnRegistryKey(const RegistryFinding& finding)
     Finding line = {Mark::Ok,
                     "registry",
                     top ? "key" : "version " + Narrow(finding.key),
-                    Narrow(finding.location),
+                    Narrow(finding.location.value_or(L"")),
                     "location",
                     key + ", value Location, " + registryView,
                     ""};
@@ -253,18 +254,21 @@ void StartRecorder::OnModulePath(const std::wstring& path, std::optional<ModuleP
                      std::string("refused, ") + PathDefectWords(*defect)});
 }
 
-void StartRecorder::OnSignature(const TrustEvidence& evidence)
+void StartRecorder::OnSignature(const SignatureFinding& finding)
 {
-    facts_.trust = evidence;
+    const SignatureVerification& verification = finding.verification;
+    facts_.signature = {verification.result, verification.platformResult, {}};
+    if (verification.platformResult)
+        facts_.signature->signers = DescribeSigners(finding.file, TrustedSigners());
     report_.Begin(StepId::Signature);
-    AddSignature(report_, evidence);
+    AddSignature(report_, *facts_.signature);
 }
 
 void StartRecorder::OnLoadStep(const LoadFinding& finding)
 {
-    if (finding.step != LoadStep::HoldFile)
+    if (finding.step != LoadStep::LockFile)
         return; // The others are told by OnModulePath already.
-    facts_.holdError = finding.error;
+    facts_.lockError = finding.error;
     Finding line = {Mark::Ok, "file", "kept from changing", "yes", "held", "", ""};
     if (finding.state == LoadState::Failed)
         line = {Mark::Failed, "file", "kept from changing", "", "in-use", "", ErrorWords(finding.error)};

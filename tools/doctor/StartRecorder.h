@@ -7,31 +7,31 @@
 #include "EntryRecorder.h"
 #include "Report.h"
 #include "StartFacts.h"
-#include "load/StartObserver.h"
+#include "locate/StartUpObserver.h"
 
 namespace Orlindex::Doctor {
 
 /// Turns what a start sees into the report's findings, and keeps what the verdict depends on.
-class StartRecorder final : public Ids::StartObserver
+class StartRecorder final : public Ids::StartUpObserver
 {
 public:
     StartRecorder(Report& report, StartFacts& facts) : report_(report), facts_(facts), entries_(report, facts) {}
 
-    void OnSearch(const Ids::SearchFinding& finding) override;
+    void OnSearch(Ids::StartUpFile file, const Ids::SearchResult& result) override;
     void OnDocument(const Ids::DocumentFinding& finding) override;
     void OnSetting(const Ids::SettingFinding& finding) override;
-    void OnRegistryKey(const Ids::RegistryFinding& finding) override;
+    void OnRegistryKey(const Ids::RegistryKeyFinding& finding) override;
     void OnRegistryChoice(const std::wstring& key, const std::wstring& location) override;
     void OnCompatibilityEntry(const Ids::EntryFinding& finding) override;
     void OnModulePath(const std::wstring& path, std::optional<Ids::ModulePathDefect> defect) override;
-    void OnSignature(const Ids::TrustEvidence& evidence) override;
+    void OnSignature(const Ids::SignatureFinding& finding) override;
     void OnLoadStep(const Ids::LoadFinding& finding) override;
 
     /// No entry follows.
     void FinishEntries();
 
 private:
-    void AddDirectories(const Ids::SearchFinding& finding, Mark notFound);
+    void AddDirectories(Ids::StartUpFile file, const Ids::SearchResult& result, Mark notFound);
     void FlushRegistry();
     void TakeFromCurrentDirectory(const std::wstring& name);
 
@@ -47,7 +47,7 @@ private:
 };
 
 /// Findings about a plugin module's signature, at the end of the report's current step.
-void AddSignature(Report& report, const Ids::TrustEvidence& evidence);
+void AddSignature(Report& report, const SignatureFacts& signature);
 
 } // namespace Orlindex::Doctor
 

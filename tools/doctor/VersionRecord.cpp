@@ -2,7 +2,7 @@
 
 #include "MappedFile.h"
 #include "VersionResource.h"
-#include "base/TextConversion.h"
+#include "base/Text.h"
 
 namespace Orlindex::Doctor {
 namespace {

@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <iterator>
 
-#include "base/SystemText.h"
-#include "base/TextConversion.h"
+#include "base/Platform.h"
+#include "base/Text.h"
 #include "base/Versions.h"
 
 namespace Orlindex::Doctor {
@@ -92,11 +92,11 @@ std::string TrustAnswerWords(long answer)
     return Hex(code) + ", " + ErrorWords(code);
 }
 
-std::string FileWords(StartFile file)
+std::string FileWords(StartUpFile file)
 {
-    static const Named<StartFile> rows[] = {{StartFile::ClientConfig, "client config file"},
-                                            {StartFile::ServerApplication, "server application"},
-                                            {StartFile::VersionCompatibility, "version compatibility file"}};
+    static const Named<StartUpFile> rows[] = {{StartUpFile::ClientConfig, "client config file"},
+                                              {StartUpFile::ServerApplication, "server application"},
+                                              {StartUpFile::VersionCompatibility, "version compatibility file"}};
     return NameIn(rows, file);
 }
 
@@ -195,12 +195,12 @@ std::string RangeWords(const VersionCompatibilityEntry& entry)
     return count > mostShown ? words + " and " + std::to_string(count - mostShown) + " more" : words;
 }
 
-const char* RefusalName(RangeAnswer answer)
+const char* MismatchName(RangeMatch answer)
 {
-    static const Named<RangeAnswer> rows[] = {{RangeAnswer::BelowMinimum, "below-minimum"},
-                                              {RangeAnswer::AboveMaximum, "above-maximum"},
-                                              {RangeAnswer::NotListed, "not-listed"},
-                                              {RangeAnswer::Excluded, "excluded"}};
+    static const Named<RangeMatch> rows[] = {{RangeMatch::BelowMinimum, "below-minimum"},
+                                             {RangeMatch::AboveMaximum, "above-maximum"},
+                                             {RangeMatch::NotListed, "not-listed"},
+                                             {RangeMatch::Excluded, "excluded"}};
     return NameIn(rows, answer);
 }
 
@@ -219,7 +219,7 @@ const char* LoadStepName(LoadStep step)
 {
     static const Named<LoadStep> rows[] = {{LoadStep::FindFile, "find-file"},
                                            {LoadStep::CheckPath, "check-path"},
-                                           {LoadStep::HoldFile, "hold-file"},
+                                           {LoadStep::LockFile, "hold-file"},
                                            {LoadStep::LoadModule, "load-module"},
                                            {LoadStep::CompareFile, "compare-file"},
                                            {LoadStep::FindSymbol, "find-symbol"},
@@ -236,7 +236,7 @@ const char* LoadStepWords(LoadStep step)
     static const Named<LoadStep> rows[] = {
         {LoadStep::FindFile, "the file is looked for"},
         {LoadStep::CheckPath, "its path is checked"},
-        {LoadStep::HoldFile, "the file is kept from changing"},
+        {LoadStep::LockFile, "the file is kept from changing"},
         {LoadStep::LoadModule, "the system loads the module"},
         {LoadStep::CompareFile, "the loaded file is the verified one"},
         {LoadStep::FindSymbol, "its factory function is looked up"},

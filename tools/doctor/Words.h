@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "StartFacts.h"
-#include "load/StartObserver.h"
+#include "locate/StartUpObserver.h"
 
 namespace Orlindex::Doctor {
 
@@ -20,7 +20,7 @@ std::string ErrorWords(unsigned long error);
 /// The same for the answer of a signature verification, with its usual name.
 std::string TrustAnswerWords(long answer);
 
-std::string FileWords(Ids::StartFile file);
+std::string FileWords(Ids::StartUpFile file);
 const char* OriginWords(Ids::DirectoryOrigin origin);
 const char* StateName(Ids::DirectoryState state);
 std::string StateWords(Ids::DirectoryState state, const std::string& fileName);
@@ -30,7 +30,7 @@ const char* PathDefectWords(Ids::ModulePathDefect defect);
 const char* BitsWords(Machine machine); ///< "64-bit", "32-bit"
 /// What an entry's range says of this version of the library: "min 1.12, max 2".
 std::string RangeWords(const Ids::VersionCompatibilityEntry& entry);
-const char* RefusalName(Ids::RangeAnswer answer);
+const char* MismatchName(Ids::RangeMatch answer);
 const char* TrustResultName(Ids::BinaryTrustResult result);
 const char* LoadStepName(Ids::LoadStep step);
 const char* LoadStepWords(Ids::LoadStep step);

@@ -5,8 +5,8 @@
 
 #include "orlindex/IObserver.h"
 #include "orlindex/IdErrorCode.h"
-#include "orlindex/IdServicesMgr.h"
 #include "orlindex/ProductConfig.h"
+#include "orlindex/Types.h"
 
 namespace Kestrany::IdentityServices {
 

@@ -9,7 +9,7 @@
 #include "orlindex/IdServicesConsts.h"
 #include "orlindex/ProductConfig.h"
 #include "orlindex/RetrySchedule.h"
-#include "orlindex/SSOClientPrivate.h"
+#include "orlindex/Types.h"
 
 namespace Kestrany::IdentityServices {
 

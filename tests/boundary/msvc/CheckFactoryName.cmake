@@ -21,7 +21,7 @@ if(NOT found STREQUAL reviewed)
     message(FATAL_ERROR "the compiler's name is '${found}', the reviewed one '${reviewed}'")
 endif()
 
-foreach(file src/load/PluginModule.cpp cmake/PluginModule.cmake)
+foreach(file src/load/PluginLoader.cpp cmake/PluginModule.cmake)
     file(READ "${SOURCE_ROOT}/${file}" text)
     string(FIND "${text}" "\"${reviewed}\"" place)
     if(place EQUAL -1)

@@ -1,7 +1,0 @@
-#include "base/ProcessLock.h"
-
-namespace Kestrany::IdentityServices {
-
-ProcessLock processLock;
-
-} // namespace Kestrany::IdentityServices

@@ -1,0 +1,70 @@
+#include "load/signature/SignatureInfo.h"
+
+#include <algorithm>
+
+#include "load/signature/WinTrustSession.h"
+
+namespace Kestrany::IdentityServices {
+namespace {
+
+template <class Read>
+std::wstring CertificateText(const Read& read)
+{
+    const DWORD needed = read(nullptr, 0); // With the terminating zero.
+    std::wstring text(needed, L'\0');
+    const DWORD length = needed > 0 ? read(text.data(), needed) : 0;
+    text.resize(length > 0 ? std::min(length, needed) - 1 : 0);
+    return text;
+}
+
+CertificateInfo DescribeCertificate(PCCERT_CONTEXT certificate)
+{
+    CertificateInfo info = {};
+    info.name = CertificateText([certificate](wchar_t* buffer, DWORD size) {
+        return CertGetNameStringW(certificate, CERT_NAME_SIMPLE_DISPLAY_TYPE, 0, nullptr, buffer, size);
+    });
+    info.subject = CertificateText([certificate](wchar_t* buffer, DWORD size) {
+        return CertNameToStrW(X509_ASN_ENCODING, &certificate->pCertInfo->Subject, CERT_X500_NAME_STR, buffer, size);
+    });
+    info.notBefore = certificate->pCertInfo->NotBefore;
+    info.notAfter = certificate->pCertInfo->NotAfter;
+    info.digest = CertificateDigest(certificate);
+    return info;
+}
+
+SignerInfo DescribeSigner(CRYPT_PROVIDER_SGNR* signer, DWORD index, std::string_view signers)
+{
+    const CRYPT_PROVIDER_CERT* own = CertificateAt(signer, index);
+    SignerInfo info = {own && own->pCert && SignerNameMatches(own->pCert, signers), {}, OtherChainFaults(*signer)};
+    for (DWORD link = 0; signer->pasCertChain && link < signer->csCertChain; ++link)
+    {
+        if (PCCERT_CONTEXT certificate = signer->pasCertChain[link].pCert)
+            info.chain.push_back(DescribeCertificate(certificate));
+    }
+    return info;
+}
+
+} // namespace
+
+DWORD OtherChainFaults(const CRYPT_PROVIDER_SGNR& signer)
+{
+    constexpr DWORD known =
+        CERT_TRUST_IS_UNTRUSTED_ROOT | CERT_TRUST_REVOCATION_STATUS_UNKNOWN | CERT_TRUST_IS_OFFLINE_REVOCATION;
+    return signer.pChainContext ? signer.pChainContext->TrustStatus.dwErrorStatus & ~known : 0;
+}
+
+std::vector<SignerInfo> DescribeSigners(const std::wstring& file, std::string_view signers)
+{
+    std::vector<SignerInfo> infos;
+    WinTrustSession session(file);
+    session.Verify();
+    CRYPT_PROVIDER_DATA* provider = session.ProviderData();
+    for (DWORD index = 0; provider && index < provider->csSigners; ++index)
+    {
+        if (CRYPT_PROVIDER_SGNR* signer = SignerAt(provider, index))
+            infos.push_back(DescribeSigner(signer, index, signers));
+    }
+    return infos;
+}
+
+} // namespace Kestrany::IdentityServices
