@@ -1,12 +1,11 @@
 #include "connection/Pipe.h"
 
-#include <memory>
 #include <stdexcept>
 #include <utility>
 
 #include <sddl.h>
 
-#include "platform/Text.h"
+#include "platform/Base.h"
 #include "platform/User.h"
 
 namespace Kestrany::Agent {
@@ -16,11 +15,7 @@ namespace {
 constexpr DWORD BufferSize = 64 * 1024;
 constexpr DWORD ReadSize = 16 * 1024;
 
-struct LocalFreer
-{
-    void operator()(void* descriptor) const { LocalFree(descriptor); }
-};
-using Descriptor = std::unique_ptr<void, LocalFreer>;
+using Descriptor = LocalMemory<void>;
 
 /// All rights for the user, none for anybody else. The inherited default would let others read.
 Descriptor OwnUserOnly()
@@ -52,9 +47,9 @@ std::wstring ExecutableOf(HANDLE process)
 bool IsSameFile(const std::wstring& left, const std::wstring& right)
 {
     const auto open = [](const std::wstring& path) {
-        return OwnValid(CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES,
-                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+        return OwnFile(CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES,
+                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                   FILE_ATTRIBUTE_NORMAL, nullptr));
     };
     // Both stay open during the comparison: the index of a deleted file is reused.
     const Handle leftFile = open(left);
@@ -92,7 +87,7 @@ Handle CreatePipeInstance(const std::wstring& name, bool first)
     SECURITY_ATTRIBUTES attributes{sizeof attributes, descriptor.get(), FALSE};
     const DWORD open = PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | (first ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0);
     const DWORD mode = PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_REJECT_REMOTE_CLIENTS;
-    return OwnValid(
+    return OwnFile(
         CreateNamedPipeW(name.c_str(), open, mode, PIPE_UNLIMITED_INSTANCES, BufferSize, BufferSize, 0, &attributes));
 }
 
@@ -102,8 +97,8 @@ Handle OpenPipe(const std::wstring& name, const Deadline& deadline)
     {
         // The server may identify the client, but not impersonate it.
         Handle pipe =
-            OwnValid(CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                                 FILE_FLAG_OVERLAPPED | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
+            OwnFile(CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                FILE_FLAG_OVERLAPPED | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
         if (pipe || GetLastError() != ERROR_PIPE_BUSY)
             return pipe;
         // Other clients connect at the same time. A limit of 0 would mean the pipe's own.
@@ -124,7 +119,7 @@ std::string WhyNotTrusted(HANDLE pipe, const std::wstring& executable)
         return name + " is not this user's";
     const std::wstring path = ExecutableOf(process.get());
     if (!IsSameFile(path, executable))
-        return name + " is " + ToDisplay(path) + ", not " + ToDisplay(executable) +
+        return name + " is " + Narrow(path) + ", not " + Narrow(executable) +
                "; quit it (Pellwick.exe --quit), or give this installation a data folder of its own "
                "(PELLWICK_SIMULATOR_DATA)";
     return {};

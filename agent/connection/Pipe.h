@@ -6,8 +6,8 @@
 #include <string>
 
 #include "connection/Message.h"
+#include "platform/Base.h"
 #include "platform/Deadline.h"
-#include "platform/Handle.h"
 
 namespace Kestrany::Agent {
 

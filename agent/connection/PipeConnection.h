@@ -8,7 +8,7 @@
 #include <string>
 
 #include "connection/Message.h"
-#include "platform/Handle.h"
+#include "platform/Base.h"
 
 namespace Kestrany::Agent {
 

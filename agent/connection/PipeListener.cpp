@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "platform/Text.h"
+#include "platform/Base.h"
 
 namespace Kestrany::Agent {
 
@@ -32,7 +32,7 @@ Handle PipeListener::CreateInstance(bool first) const
 {
     Handle pipe = CreatePipeInstance(name_, first);
     if (!pipe)
-        throw std::runtime_error("no pipe " + ToDisplay(name_) + ": " + SystemMessage(GetLastError()));
+        throw std::runtime_error("no pipe " + Narrow(name_) + ": " + SystemMessage(GetLastError()));
     return pipe;
 }
 
@@ -53,8 +53,7 @@ void PipeListener::AwaitNext()
             DisconnectNamedPipe(pipe_.get());
             break;
         default:
-            throw std::runtime_error("no further clients of " + ToDisplay(name_) + ": " +
-                                     SystemMessage(GetLastError()));
+            throw std::runtime_error("no further clients of " + Narrow(name_) + ": " + SystemMessage(GetLastError()));
         }
     }
 }

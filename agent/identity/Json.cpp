@@ -1,10 +1,8 @@
 #include "identity/Json.h"
 
-#include <exception>
-#include <memory>
-
-#include <json/reader.h>
 #include <json/writer.h>
+
+#include "base/Json.h"
 
 namespace Kestrany::Agent {
 
@@ -18,20 +16,9 @@ std::string WriteJson(const Json::Value& value)
 
 std::optional<Json::Value> ReadJsonObject(const std::string& text)
 {
-    Json::CharReaderBuilder settings;
-    Json::CharReaderBuilder::strictMode(&settings.settings_);
-    try
-    {
-        const std::unique_ptr<Json::CharReader> reader(settings.newCharReader());
-        Json::Value value;
-        if (reader->parse(text.data(), text.data() + text.size(), &value, nullptr) && value.isObject())
-            return value;
-    }
-    catch (const std::exception&)
-    {
-        // The parser throws if a document nests deeper than its limit.
-    }
-    return std::nullopt;
+    using namespace IdentityServices;
+    std::optional<Json::Value> root = ParseJson(text, JsonSyntax::Strict).root;
+    return root && root->isObject() ? std::move(root) : std::nullopt;
 }
 
 bool TakeText(const Json::Value& object, const char* key, std::string& text)

@@ -1,19 +1,11 @@
 #include "identity/LoginFile.h"
 
 #include "identity/LoginService.h"
+#include "platform/Base.h"
 #include "platform/Folders.h"
 #include "platform/ObjectNamespace.h"
 
 namespace Kestrany::Agent {
-
-namespace {
-
-std::wstring Widen(const std::string& ascii)
-{
-    return std::wstring(ascii.begin(), ascii.end());
-}
-
-} // namespace
 
 std::wstring LoginFile(const std::string& identity, Server server)
 {

@@ -3,8 +3,8 @@
 #include <iterator>
 #include <memory>
 
+#include "platform/Base.h"
 #include "platform/Folders.h"
-#include "platform/Handle.h"
 
 namespace Kestrany::Agent {
 
@@ -40,7 +40,7 @@ bool HasEnded(DWORD processId)
 bool WriteNewFile(const std::wstring& path, const std::string& bytes)
 {
     const Handle file =
-        OwnValid(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+        OwnFile(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     DWORD written = 0;
     // Flushed before the file is renamed: a crash could otherwise leave an empty file under the final name.
     return file && WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
@@ -48,26 +48,6 @@ bool WriteNewFile(const std::wstring& path, const std::string& bytes)
 }
 
 } // namespace
-
-std::optional<std::string> ReadFileWithin(const std::wstring& path, std::size_t limit)
-{
-    const Handle file =
-        OwnValid(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                             nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file)
-        return std::nullopt;
-    std::string bytes(limit + 1, '\0');
-    DWORD read = 0;
-    if (!ReadFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &read, nullptr))
-        return std::nullopt;
-    if (read > limit)
-    {
-        SetLastError(ERROR_FILE_TOO_LARGE);
-        return std::nullopt;
-    }
-    bytes.resize(read);
-    return bytes;
-}
 
 bool IsMissingFile(unsigned long error)
 {

@@ -1,14 +1,9 @@
 #ifndef AGENT_PLATFORM_ATOMICFILE_H
 #define AGENT_PLATFORM_ATOMICFILE_H
 
-#include <cstddef>
-#include <optional>
 #include <string>
 
 namespace Kestrany::Agent {
-
-/// Reads a file. nullopt, with GetLastError, if it cannot be read or has more than `limit` bytes.
-std::optional<std::string> ReadFileWithin(const std::wstring& path, std::size_t limit);
 
 /// Whether an error code means that there is no such file.
 bool IsMissingFile(unsigned long error);

@@ -1,6 +1,5 @@
 #include "platform/DataProtection.h"
 
-#include <memory>
 #include <stdexcept>
 
 #include <windows.h>
@@ -8,18 +7,13 @@
 #include <dpapi.h>
 #include <wincrypt.h>
 
-#include "platform/Text.h"
+#include "platform/Base.h"
 
 namespace Kestrany::Agent {
 
 namespace {
 
 constexpr std::string_view TextPurpose = "Kestrany.TALIX.Text";
-
-struct LocalFreer
-{
-    void operator()(BYTE* bytes) const { LocalFree(bytes); }
-};
 
 DATA_BLOB BlobOf(std::string_view bytes)
 {
@@ -30,7 +24,7 @@ DATA_BLOB BlobOf(std::string_view bytes)
 /// Copies and frees memory that the system allocated.
 std::string Take(const DATA_BLOB& blob)
 {
-    const std::unique_ptr<BYTE, LocalFreer> owner(blob.pbData);
+    const LocalMemory<BYTE> owner(blob.pbData);
     return std::string(reinterpret_cast<const char*>(blob.pbData), blob.cbData);
 }
 
@@ -89,7 +83,7 @@ std::optional<std::string> Unprotect(std::string_view bytes, std::string_view pu
 
 std::optional<std::wstring> EncryptText(std::wstring_view text)
 {
-    const std::optional<std::string> narrow = ToUtf8(text);
+    const std::optional<std::string> narrow = NarrowStrictly(text);
     if (!narrow)
         return std::nullopt;
     return ToBase64(Protect(*narrow, TextPurpose));
@@ -99,7 +93,7 @@ std::optional<std::wstring> DecryptText(std::wstring_view encrypted)
 {
     const std::optional<std::string> bytes = FromBase64(encrypted);
     const std::optional<std::string> narrow = bytes ? Unprotect(*bytes, TextPurpose) : std::nullopt;
-    return narrow ? ToWide(*narrow) : std::nullopt;
+    return narrow ? WidenStrictly(*narrow) : std::nullopt;
 }
 
 } // namespace Kestrany::Agent

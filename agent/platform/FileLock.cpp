@@ -19,9 +19,9 @@ bool FileLock::Lock(const std::wstring& path)
     if (count_ == 0)
     {
         CreateFoldersAbove(path);
-        Handle file = OwnValid(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE,
-                                           FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
-                                           FILE_ATTRIBUTE_NORMAL, nullptr));
+        Handle file = OwnFile(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE,
+                                          FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
+                                          FILE_ATTRIBUTE_NORMAL, nullptr));
         OVERLAPPED start{};
         if (!file || !LockFileEx(file.get(), LOCKFILE_EXCLUSIVE_LOCK, 0, LockedBytes, 0, &start))
             return false;

@@ -4,7 +4,7 @@
 #include <mutex>
 #include <string>
 
-#include "platform/Handle.h"
+#include "platform/Base.h"
 
 namespace Kestrany::Agent {
 

@@ -1,27 +1,22 @@
 #include "platform/Folders.h"
 
-#include <memory>
-
 #include <windows.h>
 
 #include <knownfolders.h>
 #include <shlobj.h>
 
+#include "platform/Base.h"
+
 namespace Kestrany::Agent {
 
 namespace {
-
-struct TaskMemoryFreer
-{
-    void operator()(wchar_t* text) const { CoTaskMemFree(text); }
-};
 
 std::wstring LocalAppData()
 {
     PWSTR folder = nullptr;
     const HRESULT result = SHGetKnownFolderPath(FOLDERID_LocalAppData, KF_FLAG_DONT_VERIFY, nullptr, &folder);
     // To be freed after a failure, too.
-    const std::unique_ptr<wchar_t, TaskMemoryFreer> owner(folder);
+    const TaskMemory<wchar_t> owner(folder);
     return SUCCEEDED(result) && folder != nullptr ? std::wstring(folder) : std::wstring();
 }
 

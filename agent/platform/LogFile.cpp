@@ -135,8 +135,8 @@ std::wstring LogFile::OldFile(const std::wstring& path)
 Handle LogFile::OpenForAppending() const
 {
     // With the right to append alone, each WriteFile appends its bytes as one piece.
-    return OwnValid(CreateFileW(path_.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return OwnFile(CreateFileW(path_.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                               nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 } // namespace Kestrany::Agent

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "base/LogLevel.h"
-#include "platform/Handle.h"
+#include "platform/Base.h"
 
 namespace Kestrany::Agent {
 

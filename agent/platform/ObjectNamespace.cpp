@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "platform/Base.h"
 #include "platform/Crypto.h"
 #include "platform/Folders.h"
-#include "platform/Text.h"
 #include "platform/User.h"
 
 namespace Kestrany::Agent {
@@ -43,7 +43,7 @@ std::wstring ProcessObjectName(DWORD processId, const char* kind)
 const std::wstring& ObjectNamespace()
 {
     static const std::wstring name = [] {
-        const std::string digest = Sha256(ToDisplay(OwnUserSid() + L"|" + UpperCase(SettingsFolder())));
+        const std::string digest = Sha256(Narrow(OwnUserSid() + L"|" + UpperCase(SettingsFolder())));
         return L"Kestrany.TALIX." + Hexadecimal(digest.substr(0, DigestBytes));
     }();
     return name;

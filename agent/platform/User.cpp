@@ -1,22 +1,15 @@
 #include "platform/User.h"
 
-#include <memory>
 #include <stdexcept>
 #include <vector>
 
 #include <sddl.h>
 
-#include "platform/Handle.h"
-#include "platform/Text.h"
+#include "platform/Base.h"
 
 namespace Kestrany::Agent {
 
 namespace {
-
-struct LocalFreer
-{
-    void operator()(wchar_t* text) const { LocalFree(text); }
-};
 
 Handle OpenToken(HANDLE process)
 {
@@ -39,7 +32,7 @@ std::wstring UserSidOf(HANDLE process)
     if (!GetTokenInformation(token.get(), TokenUser, bytes.data(), size, &size) ||
         !ConvertSidToStringSidW(reinterpret_cast<const TOKEN_USER*>(bytes.data())->User.Sid, &text))
         return {};
-    const std::unique_ptr<wchar_t, LocalFreer> owner(text);
+    const LocalMemory<wchar_t> owner(text);
     return text;
 }
 

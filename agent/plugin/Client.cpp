@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "identity/LoginService.h"
-#include "platform/Text.h"
+#include "platform/Base.h"
 #include "plugin/NoThrow.h"
 #include "plugin/ProductTexts.h"
 #include "plugin/Texts.h"
@@ -289,7 +289,7 @@ IdErrorCode Client::AutomatedLogin(const wchar_t* user, const wchar_t* secret, b
             code = TakeWide(secret, password);
         if (code == IdSuccess)
             code = session_.Login(userName, password, flag);
-        const std::string purpose = context == nullptr ? std::string() : " for " + ToDisplay(context);
+        const std::string purpose = context == nullptr ? std::string() : " for " + Narrow(context);
         return Done(("Automated login" + purpose).c_str(), code);
     });
 }

@@ -5,9 +5,9 @@
 #include "connection/ServerRequests.h"
 #include "identity/LoginFile.h"
 #include "identity/LoginService.h"
+#include "platform/Base.h"
 #include "platform/DataProtection.h"
 #include "platform/Folders.h"
-#include "platform/Text.h"
 #include "plugin/NoThrow.h"
 #include "plugin/ProductSettings.h"
 #include "plugin/ProductTexts.h"
@@ -53,7 +53,7 @@ ClientPrivate::ClientPrivate(Session& session, EventQueue& events, const ServerM
 const wchar_t* ClientPrivate::ServerToServerName(Server server)
 {
     thread_local std::wstring stored;
-    return StoredText(stored, [&] { return ToWide(ServerName(server)).value_or(std::wstring()); });
+    return StoredText(stored, [&] { return Widen(ServerName(server)); });
 }
 
 Server ClientPrivate::ServerNameToServer(const wchar_t* name)
@@ -235,7 +235,7 @@ std::wstring ClientPrivate::CacheFile(const wchar_t* name, Server server) const
 {
     if (name == nullptr || *name == L'\0')
         return LoginFile(servers_.ServerIdentity(), server);
-    return LoginFile(ToUtf8(name).value_or(std::string()), server);
+    return LoginFile(NarrowStrictly(name).value_or(std::string()), server);
 }
 
 } // namespace Kestrany::Agent

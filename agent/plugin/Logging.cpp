@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/Text.h"
+#include "platform/Base.h"
 #include "plugin/NoThrow.h"
 
 namespace Kestrany::Agent {
@@ -13,7 +13,7 @@ PluginLogger::PluginLogger(const LogFile& file, std::string component) : file_(f
 
 void PluginLogger::Log(const wchar_t* message, TALIXLog::LogLevel level)
 {
-    NoThrow([&] { file_.Write(component_, level, message == nullptr ? std::string() : ToDisplay(message)); });
+    NoThrow([&] { file_.Write(component_, level, message == nullptr ? std::string() : Narrow(message)); });
 }
 
 PluginLoggerSource::PluginLoggerSource(const LogFile& file) : file_(file) {}
@@ -27,7 +27,7 @@ IdentityServices::IPluginLogger* PluginLoggerSource::GetLogger(const wchar_t* na
         const std::lock_guard lock(mutex_);
         std::unique_ptr<PluginLogger>& logger = loggers_[name];
         if (!logger)
-            logger = std::make_unique<PluginLogger>(file_, ToDisplay(name));
+            logger = std::make_unique<PluginLogger>(file_, Narrow(name));
         return logger.get();
     });
 }

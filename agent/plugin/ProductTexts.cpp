@@ -6,7 +6,7 @@
 
 #include <windows.h>
 
-#include "platform/Text.h"
+#include "platform/Base.h"
 
 namespace Kestrany::Agent {
 
@@ -106,7 +106,7 @@ IdErrorCode ReadProduct(const ProductConfig& config, ProductSettings& product)
     ProductSettings read = ReadTexts(config);
     for (const Entry& entry : Entries)
     {
-        if (!ToWide(read.*entry.text))
+        if (!WidenStrictly(read.*entry.text))
             return IdInvalidText;
     }
     product = std::move(read);

@@ -4,7 +4,7 @@
 #include <optional>
 #include <utility>
 
-#include "platform/Text.h"
+#include "platform/Base.h"
 #include "plugin/NoThrow.h"
 #include "plugin/Texts.h"
 #include "server/ServerInstance.h"
@@ -29,11 +29,11 @@ std::optional<std::vector<std::string>> TakeArguments(const char* const* argumen
     return taken;
 }
 
-std::vector<std::wstring> Widen(const std::vector<std::string>& texts)
+std::vector<std::wstring> WidenAll(const std::vector<std::string>& texts)
 {
     std::vector<std::wstring> wide;
     for (const std::string& text : texts)
-        wide.push_back(ToWide(text).value_or(std::wstring()));
+        wide.push_back(Widen(text));
     return wide;
 }
 
@@ -64,7 +64,7 @@ std::string ServerManager::ServerIdentity() const
 ServerTarget ServerManager::Target() const
 {
     const std::lock_guard lock(mutex_);
-    return {executable_, processIdentity_, serverIdentity_, Widen(arguments_)};
+    return {executable_, processIdentity_, serverIdentity_, WidenAll(arguments_)};
 }
 
 void ServerManager::ConfigureServerApp(const wchar_t* location, const wchar_t* executableFile)
@@ -72,7 +72,7 @@ void ServerManager::ConfigureServerApp(const wchar_t* location, const wchar_t* e
     NoThrow([&] {
         const std::wstring directory = location == nullptr ? L"" : location;
         const std::wstring file = executableFile == nullptr ? L"" : executableFile;
-        log_(TALIXLog::Info, "Server application: " + ToDisplay(file) + " in " + ToDisplay(directory));
+        log_(TALIXLog::Info, "Server application: " + Narrow(file) + " in " + Narrow(directory));
         const std::lock_guard lock(mutex_);
         const bool isBareName = !file.empty() && FileName(file) == file && !directory.empty();
         executable_ = isBareName ? directory + L"\\" + file : file;
@@ -217,7 +217,7 @@ bool ServerManager::Start(const Arguments& arguments, std::int64_t timeout, std:
         log_(TALIXLog::Error, "Failed to start a server: no server application was found");
         return false;
     }
-    return processes_.Start(executable, ProcessIdentity(), Widen(arguments), timeout, processId);
+    return processes_.Start(executable, ProcessIdentity(), WidenAll(arguments), timeout, processId);
 }
 
 std::wstring ServerManager::Executable() const

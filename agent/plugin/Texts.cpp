@@ -5,7 +5,7 @@
 #include <cwchar>
 #include <utility>
 
-#include "platform/Text.h"
+#include "platform/Base.h"
 
 namespace Kestrany::Agent {
 
@@ -13,7 +13,7 @@ namespace {
 
 IdErrorCode TakeChecked(std::string text, std::string& taken)
 {
-    if (!ToWide(text))
+    if (!WidenStrictly(text))
         return IdInvalidText;
     taken = std::move(text);
     return IdSuccess;
@@ -36,7 +36,7 @@ IdErrorCode TakeWide(const wchar_t* text, std::string& taken)
 {
     if (text == nullptr || *text == L'\0')
         return IdFailed;
-    std::optional<std::string> narrow = ToUtf8(text);
+    std::optional<std::string> narrow = NarrowStrictly(text);
     if (!narrow)
         return IdInvalidText;
     taken = *std::move(narrow);
@@ -70,7 +70,7 @@ IdErrorCode CopyWide(const std::string& text, wchar_t* buffer, int capacity)
 {
     if (buffer == nullptr)
         return IdFailed;
-    const std::optional<std::wstring> wide = ToWide(text);
+    const std::optional<std::wstring> wide = WidenStrictly(text);
     if (!wide)
         return IdInvalidText;
     if (!Fits(wide->size(), capacity))
@@ -83,7 +83,7 @@ int CopyWideLength(const std::string& text, wchar_t* buffer, int capacity)
 {
     if (CopyWide(text, buffer, capacity) != IdSuccess)
         return 0;
-    return static_cast<int>(ToWide(text)->size());
+    return static_cast<int>(WidenStrictly(text)->size());
 }
 
 int CopyNarrowLength(const std::string& text, char* buffer, int capacity)

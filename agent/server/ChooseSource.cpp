@@ -8,8 +8,8 @@
 #include "identity/simulated/LoginFiles.h"
 #include "identity/simulated/ScenarioFile.h"
 #include "identity/simulated/SimulatedSource.h"
+#include "platform/Base.h"
 #include "platform/Crypto.h"
-#include "platform/Text.h"
 
 namespace Kestrany::Agent {
 
@@ -19,7 +19,7 @@ std::unique_ptr<IdentitySource> ChooseIdentitySource(const LogSink& log)
     if (!choice.scenario)
         log(TALIXLog::Error, "Nobody can sign in: " + choice.problem);
     else
-        log(TALIXLog::Info, "Scenario: " + (choice.file.empty() ? std::string("built-in") : ToDisplay(choice.file)));
+        log(TALIXLog::Info, "Scenario: " + (choice.file.empty() ? std::string("built-in") : Narrow(choice.file)));
 
     Simulated::SourceParts parts;
     parts.clock = &std::chrono::system_clock::now;

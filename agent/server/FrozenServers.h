@@ -7,7 +7,7 @@
 #include <memory>
 #include <mutex>
 
-#include "platform/Handle.h"
+#include "platform/Base.h"
 #include "server/ServerProcesses.h"
 
 namespace Kestrany::Agent {

@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "platform/AtomicFile.h"
+#include "platform/Base.h"
 #include "platform/Folders.h"
 #include "platform/LogFile.h"
-#include "platform/Text.h"
 #include "server/ChooseSource.h"
 #include "server/HostRegistry.h"
 #include "server/ServerApplication.h"
@@ -50,7 +50,7 @@ int Fail(const LogFile& log, ServerExitCode code, const std::string& message)
 
 int CheckScenarioFile(const std::string& file)
 {
-    const std::string problem = CheckScenario(ToWide(file).value_or(std::wstring()));
+    const std::string problem = CheckScenario(WidenStrictly(file).value_or(std::wstring()));
     if (problem.empty())
     {
         std::printf("%s: valid\n", file.c_str());
@@ -97,7 +97,7 @@ int Serve(const LogFile& log, const ServerOptions& options)
     RemoveUnfinishedFiles(SettingsFolder());
     const std::unique_ptr<IdentitySource> source = ChooseIdentitySource(sink);
     HostRegistry hosts(*source, MakeServerParts(sink));
-    ServerApplication application(options.identity, {options.quitAfterSeconds, options.idleAfterSeconds}, hosts);
+    Agent::ServerApplication application(options.identity, {options.quitAfterSeconds, options.idleAfterSeconds}, hosts);
     sink(TALIXLog::Info, "Serving as " + options.identity);
     instance.SetReady();
     application.Run(instance.QuitEvent());

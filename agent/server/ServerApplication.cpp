@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "connection/ServerRequests.h"
+#include "platform/Base.h"
 #include "platform/Deadline.h"
 #include "platform/ObjectNamespace.h"
-#include "platform/Text.h"
 #include "server/ToolSession.h"
 
 namespace Kestrany::Agent {

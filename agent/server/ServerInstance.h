@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/Handle.h"
+#include "platform/Base.h"
 #include "platform/ObjectNamespace.h"
 
 namespace Kestrany::Agent {

@@ -1,7 +1,6 @@
 #include "server/ServerOptions.h"
 
 #include <charconv>
-#include <memory>
 #include <sstream>
 
 #include <boost/program_options.hpp>
@@ -9,8 +8,8 @@
 
 #include <shellapi.h>
 
+#include "platform/Base.h"
 #include "platform/ObjectNamespace.h"
-#include "platform/Text.h"
 
 namespace Kestrany::Agent {
 
@@ -93,20 +92,15 @@ std::string Convert(const options::variables_map& values, ServerOptions& result)
     return {};
 }
 
-struct LocalFreer
-{
-    void operator()(wchar_t** texts) const { LocalFree(texts); }
-};
-
 } // namespace
 
 std::vector<std::string> ProcessArguments()
 {
     int count = 0;
-    const std::unique_ptr<wchar_t*, LocalFreer> texts(CommandLineToArgvW(GetCommandLineW(), &count));
+    const LocalMemory<wchar_t*> texts(CommandLineToArgvW(GetCommandLineW(), &count));
     std::vector<std::string> arguments;
     for (int index = 1; texts && index < count; ++index)
-        arguments.push_back(ToDisplay(texts.get()[index]));
+        arguments.push_back(Narrow(texts.get()[index]));
     return arguments;
 }
 

@@ -6,10 +6,9 @@
 
 #include <tlhelp32.h>
 
+#include "platform/Base.h"
 #include "platform/Deadline.h"
 #include "platform/Folders.h"
-#include "platform/Handle.h"
-#include "platform/Text.h"
 #include "server/ServerInstance.h"
 #include "server/ServerLaunch.h"
 
@@ -125,7 +124,7 @@ bool CanBeAskedToQuit(DWORD processId)
 std::vector<DWORD> FindServersByFile(const std::wstring& executableName)
 {
     std::vector<DWORD> found;
-    const Handle snapshot = OwnValid(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    const Handle snapshot = OwnFile(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
     PROCESSENTRY32W entry{};
     entry.dwSize = sizeof entry;
     for (BOOL more = snapshot && Process32FirstW(snapshot.get(), &entry); more;
@@ -170,7 +169,7 @@ bool ServerProcesses::Start(const std::wstring& executable, const std::string& i
         {
             const DWORD error = GetLastError();
             log_(TALIXLog::Error,
-                 "Failed to start server " + identity + " from " + ToDisplay(executable) + ": " + SystemMessage(error));
+                 "Failed to start server " + identity + " from " + Narrow(executable) + ": " + SystemMessage(error));
             return false;
         }
         result = WaitUntilReady(server.process.get(), ready.get(), deadline);
@@ -184,7 +183,7 @@ bool ServerProcesses::Start(const std::wstring& executable, const std::string& i
     {
         log_(TALIXLog::Error, name + " ended at start with exit code " +
                                   std::to_string(ExitCode(server.process.get())) + "; it was started from " +
-                                  ToDisplay(executable));
+                                  Narrow(executable));
         return false;
     }
     processId = server.id;

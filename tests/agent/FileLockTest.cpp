@@ -25,9 +25,9 @@ protected:
     /// Another handle stands for another process: locks belong to handles.
     bool IsLocked() const
     {
-        const Handle other = OwnValid(CreateFileW(file.c_str(), GENERIC_READ | GENERIC_WRITE,
-                                                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                                  OPEN_ALWAYS, 0, nullptr));
+        const Handle other = OwnFile(CreateFileW(file.c_str(), GENERIC_READ | GENERIC_WRITE,
+                                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                                 OPEN_ALWAYS, 0, nullptr));
         OVERLAPPED start{};
         return !LockFileEx(other.get(), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &start);
     }

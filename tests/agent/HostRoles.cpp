@@ -12,8 +12,7 @@
 #include "load/contract/ISSOClientPrivate.h"
 #include "load/contract/ISSOServerManager.h"
 #include "platform/AtomicFile.h"
-#include "platform/Handle.h"
-#include "platform/Text.h"
+#include "platform/Base.h"
 #include "support/Patience.h"
 
 namespace Kestrany::Agent {
@@ -105,7 +104,7 @@ bool WriteTokens(const std::string&, const Arguments& arguments)
         Begin("verified-client") && client.Login(detail) == ::IdSuccess &&
         client.GetOAuth2AccessToken(access, 4096, true) == ::IdSuccess &&
         client.GetOAuth2IdToken(id, 4096) == ::IdSuccess &&
-        ReplaceFileAtomically(ToWide(arguments.at(0)).value(), ToDisplay(access) + "\n" + ToDisplay(id) + "\n");
+        ReplaceFileAtomically(WidenStrictly(arguments.at(0)).value(), Narrow(access) + "\n" + Narrow(id) + "\n");
     PluginFactory().GetSSOClientModule()->Uninitialize();
     return PluginFactory().GetSSOServerManager()->QuitSSOServerProcess(MeetingLimit) && done;
 }

@@ -5,7 +5,7 @@
 #include "Environment.h"
 #include "HostRoles.h"
 #include "Worker.h"
-#include "platform/Text.h"
+#include "platform/Base.h"
 #include "server/ServerLaunch.h"
 #include "support/Patience.h"
 
@@ -27,7 +27,7 @@ Handle StartHost(const std::vector<std::string>& arguments)
     GetModuleFileNameW(nullptr, path, MAX_PATH);
     std::vector<std::wstring> texts{path};
     for (const std::string& argument : arguments)
-        texts.push_back(ToWide(argument).value());
+        texts.push_back(WidenStrictly(argument).value());
     std::wstring line = JoinCommandLine(texts);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;

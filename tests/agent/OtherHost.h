@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/Handle.h"
+#include "platform/Base.h"
 
 namespace Kestrany::Agent {
 

@@ -13,17 +13,15 @@
 #include "load/contract/ISSOClientPrivate.h"
 #include "load/contract/ISSOServerManager.h"
 #include "platform/AtomicFile.h"
+#include "platform/Base.h"
 #include "platform/Folders.h"
 #include "platform/LogFile.h"
-#include "platform/Text.h"
 
 namespace Kestrany::Agent {
 
 namespace {
 
 using namespace IdentityServices;
-
-constexpr std::size_t MaxFile = 1024 * 1024;
 
 class PluginLoginStateTest : public testing::Test
 {
@@ -55,10 +53,10 @@ protected:
     /// Ends the login in this process and puts its file back, as if another process had stored it.
     void LogOutButKeepTheFile()
     {
-        const std::optional<std::string> bytes = ReadFileWithin(file, MaxFile);
-        ASSERT_TRUE(bytes);
+        const FileContents contents = ReadFileContents(file);
+        ASSERT_TRUE(contents.IsRead());
         LogOut();
-        ASSERT_TRUE(ReplaceFileAtomically(file, *bytes));
+        ASSERT_TRUE(ReplaceFileAtomically(file, contents.bytes));
     }
     std::wstring Token()
     {
@@ -71,7 +69,7 @@ protected:
     /// The last log line of the server process about this process's files.
     static std::string LastLogLine()
     {
-        const std::string own = ToDisplay(SettingsFolder());
+        const std::string own = Narrow(SettingsFolder());
         std::ifstream log(DefaultLogFile().c_str());
         std::string last;
         for (std::string line; std::getline(log, line);)
@@ -108,7 +106,7 @@ TEST_F(PluginLoginStateTest, AnAutomatedLoginIsStored)
 TEST_F(PluginLoginStateTest, TheFileIsEncrypted)
 {
     LogIn();
-    const std::string bytes = ReadFileWithin(file, MaxFile).value();
+    const std::string bytes = ReadFileContents(file).bytes;
     const std::wstring token = Token();
     for (const std::string& secret : {std::string(token.begin(), token.end()), std::string("eyJ"),
                                       std::string("accessToken"), std::string("userId")})
@@ -141,7 +139,7 @@ TEST_F(PluginLoginStateTest, ARefreshedTokenIsRestored)
 TEST_F(PluginLoginStateTest, ASignedInUserIsReplacedOnlyOnRequest)
 {
     LogIn();
-    const std::string kept = ReadFileWithin(file, MaxFile).value();
+    const std::string kept = ReadFileContents(file).bytes;
     const std::wstring first = Token();
     client.RefreshOAuth2Token(false);
     ASSERT_TRUE(ReplaceFileAtomically(file, kept));
@@ -162,7 +160,7 @@ TEST_F(PluginLoginStateTest, WithoutAFileNothingIsRestored)
 TEST_F(PluginLoginStateTest, ADamagedFileIsRefusedWithALogLine)
 {
     LogIn();
-    const std::string bytes = ReadFileWithin(file, MaxFile).value();
+    const std::string bytes = ReadFileContents(file).bytes;
     LogOut();
     std::string changed = bytes;
     changed.back() ^= 1;
@@ -181,7 +179,7 @@ TEST_F(PluginLoginStateTest, ADamagedFileIsRefusedWithALogLine)
 TEST_F(PluginLoginStateTest, AFileOfAnotherServerIsRefusedWithALogLine)
 {
     LogIn();
-    const std::string bytes = ReadFileWithin(file, MaxFile).value();
+    const std::string bytes = ReadFileContents(file).bytes;
     const std::wstring staging = tool.GetLoginStateCacheFile(nullptr, TALIX_SERVER_STAGING);
     ASSERT_TRUE(ReplaceFileAtomically(staging, bytes));
     client.SetServer(TALIX_SERVER_STAGING);

@@ -154,6 +154,8 @@ TEST(ScenarioReaderTest, EachRuleIsChecked)
         {R"({"users": [{"userId": "1", "userName": "a"}, {"userId": "2", "userName": "a"}]})", "users[1].userName"},
         {R"({"users": [{"userId": "1", "userName": "a", "email": 5}]})", "users[0].email"},
         {R"({"users": [{"userId": "1", "userName": "a", "profile": "x"}]})", "users[0].profile"},
+        {R"({"users": [{"userId": "1", "userName": "a", "profile": {"a": [{"b": 1e999}]}}]})", "number that is out"},
+        {R"({"latencyMilliseconds": 1e999})", "from 0 to 60000"},
         {R"({"login": {"user": "nobody"}})", "login.user"},
         {R"({"login": {"waitSeconds": 601}})", "from 1 to 600"},
         {R"({"login": {"lifetimeSeconds": 0}})", "login.lifetimeSeconds"},

@@ -15,10 +15,10 @@
 #include "load/contract/ISSOClientModule.h"
 #include "load/contract/ISSOServerManager.h"
 #include "platform/AtomicFile.h"
+#include "platform/Base.h"
 #include "platform/Folders.h"
 #include "platform/LogFile.h"
 #include "platform/ObjectNamespace.h"
-#include "platform/Text.h"
 #include "plugin/ServerConnection.h"
 #include "server/ServerInstance.h"
 #include "support/Patience.h"
@@ -274,9 +274,8 @@ TEST_F(ScenarioTest, AWrongFileRefusesToSignInAndTheLogSaysWhere)
     EXPECT_EQ(LogIn(), IdScenarioInvalid);
     std::ifstream log(DefaultLogFile().c_str());
     const std::string text{std::istreambuf_iterator<char>(log), std::istreambuf_iterator<char>()};
-    EXPECT_NE(text.find(ToDisplay(SettingsFolder()) +
-                        "\\scenario.json:2:13: login.behaviour: unknown key; did you mean "
-                        "\"behavior\"?"),
+    EXPECT_NE(text.find(Narrow(SettingsFolder()) + "\\scenario.json:2:13: login.behaviour: unknown key; did you mean "
+                                                   "\"behavior\"?"),
               std::string::npos);
 }
 

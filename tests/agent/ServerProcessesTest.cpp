@@ -5,9 +5,8 @@
 #include <windows.h>
 
 #include "Environment.h"
+#include "platform/Base.h"
 #include "platform/Folders.h"
-#include "platform/Handle.h"
-#include "platform/Text.h"
 #include "server/ServerInstance.h"
 #include "server/ServerLaunch.h"
 #include "server/ServerProcesses.h"
@@ -81,7 +80,7 @@ TEST_F(ServerProcessesTest, ASecondServerOfTheSameIdentityEndsWithItsExitCode)
 {
     std::int64_t processId = 0;
     ASSERT_TRUE(Start(processId)) << lastMessage;
-    EXPECT_EQ(RunToEnd({L"--identity", *ToWide(identity)}), static_cast<DWORD>(ServerAlreadyRunning));
+    EXPECT_EQ(RunToEnd({L"--identity", *WidenStrictly(identity)}), static_cast<DWORD>(ServerAlreadyRunning));
     EXPECT_EQ(FindServer(identity), static_cast<DWORD>(processId));
     EXPECT_TRUE(IsServerReady(identity));
 }
@@ -199,7 +198,8 @@ TEST_F(ServerProcessesTest, ACrashedServerIsNotReadyAndItsIdentityIsFree)
 
 TEST_F(ServerProcessesTest, AServerQuitsByItselfAfterItsTime)
 {
-    EXPECT_EQ(RunToEnd({L"--identity", *ToWide(identity), L"--quit-after", L"1"}), static_cast<DWORD>(ServerQuit));
+    EXPECT_EQ(RunToEnd({L"--identity", *WidenStrictly(identity), L"--quit-after", L"1"}),
+              static_cast<DWORD>(ServerQuit));
     EXPECT_FALSE(FindServer(identity));
 }
 

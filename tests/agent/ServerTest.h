@@ -6,7 +6,7 @@
 #include <string>
 
 #include "Environment.h"
-#include "platform/Handle.h"
+#include "platform/Base.h"
 #include "server/ServerProcesses.h"
 #include "support/Patience.h"
 

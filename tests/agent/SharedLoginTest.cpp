@@ -242,20 +242,20 @@ TEST_F(SharedLoginTest, AKeyThatCannotBeReadIsNotReplaced)
     ASSERT_EQ(client.GetOAuth2AccessToken(token, 4096, false), IdSuccess);
     ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
     const std::wstring file = SettingsFolder() + L"\\signing-key.protected";
-    const std::optional<std::string> key = ReadFileWithin(file, 65'536);
-    ASSERT_TRUE(key);
+    const FileContents key = ReadFileContents(file);
+    ASSERT_TRUE(key.IsRead());
     std::int64_t processId = 0;
     {
-        const Handle inUse = OwnValid(
-            CreateFileW(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        const Handle inUse =
+            OwnFile(CreateFileW(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
         ASSERT_TRUE(inUse);
         EXPECT_FALSE(servers.StartSSOServerProcess(Limit, processId));
     }
     ASSERT_TRUE(ReplaceFileAtomically(file, "damaged"));
     EXPECT_FALSE(servers.StartSSOServerProcess(Limit, processId));
-    EXPECT_EQ(ReadFileWithin(file, 65'536), "damaged");
+    EXPECT_EQ(ReadFileContents(file).bytes, "damaged");
     wchar_t next[4096] = L"";
-    ASSERT_TRUE(ReplaceFileAtomically(file, *key));
+    ASSERT_TRUE(ReplaceFileAtomically(file, key.bytes));
     EXPECT_EQ(client.GetOAuth2AccessToken(next, 4096, false), IdSuccess);
     EXPECT_STREQ(next, token);
     ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));

@@ -8,7 +8,7 @@
 #include "identity/ResultCodes.h"
 #include "load/contract/ISSOClient.h"
 #include "load/contract/ISSOClientModule.h"
-#include "platform/Handle.h"
+#include "platform/Base.h"
 
 namespace Kestrany::Agent {
 

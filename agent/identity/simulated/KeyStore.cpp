@@ -7,13 +7,12 @@
 #include "identity/Json.h"
 #include "identity/simulated/Token.h"
 #include "platform/AtomicFile.h"
+#include "platform/Base.h"
 #include "platform/Crypto.h"
 #include "platform/DataProtection.h"
 #include "platform/Folders.h"
-#include "platform/Handle.h"
 #include "platform/ObjectNamespace.h"
 #include "platform/SigningKey.h"
-#include "platform/Text.h"
 
 namespace Kestrany::Agent::Simulated {
 
@@ -44,24 +43,24 @@ private:
 /// nullopt if there is no key yet. A key that cannot be read is not replaced: issued tokens would no longer verify.
 std::optional<SigningKey> ReadKey(const std::wstring& file)
 {
-    const std::optional<std::string> bytes = ReadFileWithin(file, MaxFile);
-    if (!bytes)
+    const FileContents contents = ReadFileContents(file, MaxFile);
+    if (!contents.IsRead())
     {
-        const DWORD error = GetLastError();
-        if (IsMissingFile(error))
+        if (IsMissingFile(contents.error))
             return std::nullopt;
-        throw std::runtime_error("the signing key in " + ToDisplay(file) + " cannot be read: " + SystemMessage(error));
+        throw std::runtime_error("the signing key in " + Narrow(file) +
+                                 " cannot be read: " + SystemMessage(contents.error));
     }
     try
     {
-        if (const std::optional<std::string> key = Unprotect(*bytes, KeyPurpose))
+        if (const std::optional<std::string> key = Unprotect(contents.bytes, KeyPurpose))
             return SigningKey::Import(*key);
     }
     catch (const std::invalid_argument&)
     {
         // Handled like bytes that cannot be decrypted.
     }
-    throw std::runtime_error("the signing key in " + ToDisplay(file) +
+    throw std::runtime_error("the signing key in " + Narrow(file) +
                              " is damaged, or was not written by this user on this machine; restore it, or delete it: "
                              "then a new one is made, and tokens of the old one do not verify any more");
 }
@@ -70,9 +69,9 @@ SigningKey MakeKey(const std::wstring& file, const LogSink& log)
 {
     SigningKey key = SigningKey::Generate();
     if (!ReplaceFileAtomically(file, Protect(key.Export(), KeyPurpose)))
-        throw std::runtime_error("the signing key cannot be written to " + ToDisplay(file) + ": " +
+        throw std::runtime_error("the signing key cannot be written to " + Narrow(file) + ": " +
                                  SystemMessage(GetLastError()));
-    log(TALIXLog::Info, "New signing key in " + ToDisplay(file));
+    log(TALIXLog::Info, "New signing key in " + Narrow(file));
     return key;
 }
 
@@ -97,9 +96,9 @@ void Publish(const Json::Value& publicKey, const std::string& keyId, const LogSi
     set["keys"].append(key);
     const std::wstring file = SettingsFolder() + L"\\simulator-jwks.json";
     const std::string text = WriteJson(set) + "\n";
-    if (ReadFileWithin(file, MaxFile) != text && !ReplaceFileAtomically(file, text))
+    if (ReadFileContents(file, MaxFile).bytes != text && !ReplaceFileAtomically(file, text))
         log(TALIXLog::Warning,
-            "The public key cannot be written to " + ToDisplay(file) + ": " + SystemMessage(GetLastError()));
+            "The public key cannot be written to " + Narrow(file) + ": " + SystemMessage(GetLastError()));
 }
 
 } // namespace

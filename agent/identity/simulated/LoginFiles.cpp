@@ -5,9 +5,9 @@
 
 #include "identity/LoginFile.h"
 #include "platform/AtomicFile.h"
+#include "platform/Base.h"
 #include "platform/DataProtection.h"
 #include "platform/ObjectNamespace.h"
-#include "platform/Text.h"
 
 namespace Kestrany::Agent::Simulated {
 
@@ -52,11 +52,11 @@ bool LoginFiles::Save(Server server, const std::optional<LoginRecord>& record)
             return true;
         if (!record && (DeleteFileW(file.c_str()) || IsMissingFile(GetLastError())))
             return true;
-        log_(TALIXLog::Error, "Login state not written to " + ToDisplay(file) + ": " + SystemMessage(GetLastError()));
+        log_(TALIXLog::Error, "Login state not written to " + Narrow(file) + ": " + SystemMessage(GetLastError()));
     }
     catch (const std::exception& error)
     {
-        log_(TALIXLog::Error, "Login state not written to " + ToDisplay(file) + ": " + error.what());
+        log_(TALIXLog::Error, "Login state not written to " + Narrow(file) + ": " + error.what());
     }
     return false;
 }
@@ -64,14 +64,14 @@ bool LoginFiles::Save(Server server, const std::optional<LoginRecord>& record)
 std::optional<LoginRecord> LoginFiles::Load(Server server)
 {
     const std::wstring file = LoginFile(identity_, server);
-    const std::optional<std::string> bytes = ReadFileWithin(file, MaxFile);
-    if (!bytes)
+    const FileContents contents = ReadFileContents(file, MaxFile);
+    if (!contents.IsRead())
     {
-        if (const DWORD error = GetLastError(); !IsMissingFile(error))
-            Refuse(server, SystemMessage(error));
+        if (!IsMissingFile(contents.error))
+            Refuse(server, SystemMessage(contents.error));
         return std::nullopt;
     }
-    const std::optional<std::string> text = Unprotect(*bytes, LoginPurpose);
+    const std::optional<std::string> text = Unprotect(contents.bytes, LoginPurpose);
     std::string problem = "it is damaged, or was not written by this user on this machine";
     std::optional<LoginRecord> record;
     if (text)
@@ -79,13 +79,13 @@ std::optional<LoginRecord> LoginFiles::Load(Server server)
     if (!record)
         Refuse(server, problem);
     else
-        log_(TALIXLog::Info, "Login state read from " + ToDisplay(file));
+        log_(TALIXLog::Info, "Login state read from " + Narrow(file));
     return record;
 }
 
 void LoginFiles::Refuse(Server server, const std::string& reason)
 {
-    log_(TALIXLog::Warning, "Login state refused in " + ToDisplay(LoginFile(identity_, server)) + ": " + reason);
+    log_(TALIXLog::Warning, "Login state refused in " + Narrow(LoginFile(identity_, server)) + ": " + reason);
 }
 
 } // namespace Kestrany::Agent::Simulated

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "identity/simulated/Logins.h"
-#include "platform/Handle.h"
+#include "platform/Base.h"
 #include "platform/LogFile.h"
 
 namespace Kestrany::Agent::Simulated {

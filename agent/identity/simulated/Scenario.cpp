@@ -1,13 +1,10 @@
 #include "identity/simulated/Scenario.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <exception>
-#include <memory>
 #include <set>
 
-#include <json/reader.h>
-
+#include "base/Json.h"
+#include "base/JsonNumbers.h"
 #include "identity/Json.h"
 #include "identity/simulated/Suggestion.h"
 #include "identity/simulated/Utf8.h"
@@ -16,6 +13,7 @@ namespace Kestrany::Agent::Simulated {
 
 namespace {
 
+using namespace IdentityServices;
 using Names = std::vector<std::string>;
 
 constexpr std::int64_t Day = 24 * 3600;
@@ -50,16 +48,18 @@ std::string PlaceOf(const std::string& text, std::ptrdiff_t offset)
     return std::to_string(line) + ":" + std::to_string(before.size() - lineStart + 1);
 }
 
-/// Rewords the parser's first message, which has the form "* Line 1, Column 2\n  Cause\n".
-std::string SyntaxProblem(const std::string& file, const std::string& messages)
+std::string SyntaxProblem(const std::string& file, const JsonError& error)
 {
-    int line = 1;
-    int column = 1;
-    std::sscanf(messages.c_str(), "* Line %d, Column %d", &line, &column);
-    const std::size_t start = messages.find_first_not_of(' ', messages.find('\n') + 1);
-    std::string cause = start == std::string::npos ? "not JSON" : messages.substr(start);
-    cause = cause.substr(0, cause.find('\n'));
-    return file + ":" + std::to_string(line) + ":" + std::to_string(column) + ": not valid JSON: " + cause;
+    // Without a place the parser has given up at its limit of nesting.
+    const std::string cause = error.line == 0 ? "it is nested too deeply" : error.text;
+    return file + ":" + std::to_string(std::max(error.line, 1)) + ":" + std::to_string(std::max(error.column, 1)) +
+           ": not valid JSON: " + cause;
+}
+
+/// Whether the value holds a number that JSON allows, but no program can represent.
+bool HasNumberOutOfRange(const Json::Value& value)
+{
+    return IsNumberOutOfRange(value) || std::any_of(value.begin(), value.end(), HasNumberOutOfRange);
 }
 
 /// Walks through the document. Throws ScenarioError at the first error.
@@ -246,6 +246,8 @@ private:
         if (const Json::Value* profile = Find(value, "profile"))
         {
             RequireObject(*profile, Join(path, "profile"));
+            if (HasNumberOutOfRange(*profile))
+                Fail(*profile, Join(path, "profile"), "must not hold a number that is out of range");
             if (profile->size() > MaxProfileMembers || WriteJson(*profile).size() > MaxProfileBytes)
                 Fail(*profile, Join(path, "profile"),
                      "must have no more than " + std::to_string(MaxProfileMembers) + " members and " +
@@ -359,30 +361,24 @@ std::optional<Scenario> ReadScenario(const std::string& contents, const std::str
                   ": not UTF-8; save the file in this encoding";
         return std::nullopt;
     }
-    Json::CharReaderBuilder settings;
-    Json::CharReaderBuilder::strictMode(&settings.settings_);
-    settings["skipBom"] = false;    // The first one is removed above; a second one is an error.
-    settings["strictRoot"] = false; // The type of the root is checked below, with its place.
+    if (WithoutByteOrderMark(text) != text)
+    {
+        problem = file + ":1:1: not valid JSON: a second byte order mark";
+        return std::nullopt;
+    }
+    const JsonDocument document = ParseJson(text, JsonSyntax::Strict);
+    if (!document.root)
+    {
+        problem = SyntaxProblem(file, document.error);
+        return std::nullopt;
+    }
     try
     {
-        const std::unique_ptr<Json::CharReader> reader(settings.newCharReader());
-        Json::Value root;
-        std::string messages;
-        if (!reader->parse(text.data(), text.data() + text.size(), &root, &messages))
-        {
-            problem = SyntaxProblem(file, messages);
-            return std::nullopt;
-        }
-        return ScenarioWalk(text).Read(root);
+        return ScenarioWalk(text).Read(*document.root);
     }
     catch (const ScenarioError& error)
     {
         problem = file + ":" + PlaceOf(text, error.offset) + ": " + error.key + ": " + error.cause;
-    }
-    catch (const std::exception&)
-    {
-        // The parser throws if a document nests deeper than its limit.
-        problem = file + ":1:1: not valid JSON: it is nested too deeply";
     }
     return std::nullopt;
 }

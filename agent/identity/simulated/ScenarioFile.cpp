@@ -4,8 +4,8 @@
 
 #include "identity/simulated/Scenario.h"
 #include "platform/AtomicFile.h"
+#include "platform/Base.h"
 #include "platform/Folders.h"
-#include "platform/Text.h"
 
 namespace Kestrany::Agent::Simulated {
 
@@ -45,13 +45,13 @@ ScenarioChoice LoadScenario(const std::wstring& file)
 {
     ScenarioChoice choice;
     choice.file = file;
-    const std::optional<std::string> text = ReadFileWithin(file, MaxFile);
-    if (text)
-        choice.scenario = ReadScenario(*text, ToDisplay(file), choice.problem);
-    else if (GetLastError() == ERROR_FILE_TOO_LARGE)
-        choice.problem = ToDisplay(file) + ": larger than 1 MiB, which is the most that a scenario may have";
+    const FileContents contents = ReadFileContents(file, MaxFile);
+    if (contents.IsRead())
+        choice.scenario = ReadScenario(contents.bytes, Narrow(file), choice.problem);
+    else if (contents.error == ERROR_FILE_TOO_LARGE)
+        choice.problem = Narrow(file) + ": larger than 1 MiB, which is the most that a scenario may have";
     else
-        choice.problem = ToDisplay(file) + ": cannot be read: " + SystemMessage(GetLastError());
+        choice.problem = Narrow(file) + ": cannot be read: " + SystemMessage(contents.error);
     return choice;
 }
 
