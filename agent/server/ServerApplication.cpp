@@ -66,8 +66,6 @@ void ServerApplication::Run(HANDLE quit)
 {
     while (WaitOnce(quit))
     {
-        if (freezes_)
-            StayFrozen();
         registry_.RunTimers();
         RemoveConnections();
         if (IsPast(end_) || IsPast(IdleEnd()))
@@ -127,8 +125,12 @@ void ServerApplication::AcceptTool()
     const auto limit = lastUse_ + ToolLimit;
     tools_.emplace_back(std::move(pipe), [&](MessageHandler::Send send) {
         return std::make_unique<ToolSession>(
-            [this](const std::string& operation) { return PerformToolOperation(operation); }, std::move(send), &Ticks,
-            limit);
+            [this](const std::string& operation) { return PerformToolOperation(operation); },
+            [this] {
+                if (freezes_)
+                    StayFrozen();
+            },
+            std::move(send), &Ticks, limit);
     });
     toolsEnd_ = limit;
 }
@@ -153,7 +155,8 @@ std::optional<Json::Value> ServerApplication::PerformToolOperation(const std::st
         return Describe();
     if (operation != Operations::Freeze)
         return std::nullopt;
-    // Set before the response: the tool then finds the process frozen. The loop freezes once the response is written.
+    // Set before the response: the tool then finds the event. The process freezes right after the response: once a tool
+    // has it, no message of a host is handled.
     ResetEvent(thaw_.get());
     SetEvent(frozen_.get());
     freezes_ = true;
@@ -172,6 +175,7 @@ Json::Value ServerApplication::Describe() const
 
 void ServerApplication::StayFrozen()
 {
+    // Not alertable: within the wait no callback handles a message.
     WaitForSingleObject(thaw_.get(), end_ ? Deadline(*end_ - Ticks()).Left() : INFINITE);
     freezes_ = false;
     ResetEvent(frozen_.get());

@@ -63,7 +63,7 @@ private:
     HostRegistry& registry_;
     Handle frozen_; ///< Set while the process is frozen.
     Handle thaw_;
-    bool freezes_ = false; ///< The next step of the loop freezes.
+    bool freezes_ = false; ///< The process freezes once the response is sent.
     PipeListener toolListener_;
     PipeListener hostListener_;
     std::list<PipeConnection> tools_; ///< The oldest first.

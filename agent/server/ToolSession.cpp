@@ -4,8 +4,10 @@
 
 namespace Kestrany::Agent {
 
-ToolSession::ToolSession(Perform perform, Send send, std::function<std::int64_t()> ticks, std::int64_t limit)
-    : perform_(std::move(perform)), send_(std::move(send)), ticks_(std::move(ticks)), limit_(limit)
+ToolSession::ToolSession(Perform perform, std::function<void()> afterResponse, Send send,
+                         std::function<std::int64_t()> ticks, std::int64_t limit)
+    : perform_(std::move(perform)), afterResponse_(std::move(afterResponse)), send_(std::move(send)),
+      ticks_(std::move(ticks)), limit_(limit)
 {
 }
 
@@ -21,6 +23,7 @@ bool ToolSession::Receive(const std::string& message)
     response.code = result ? IdSuccess : IdProtocolError;
     response.result = result.value_or(Json::Value(Json::objectValue));
     send_(WriteResponse(response));
+    afterResponse_();
     return true;
 }
 

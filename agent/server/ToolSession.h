@@ -16,14 +16,17 @@ public:
     /// Returns the result of an operation; nullopt for an unknown one.
     using Perform = std::function<std::optional<Json::Value>(const std::string& operation)>;
 
-    /// The connection ends when `ticks` (milliseconds) reaches `limit`.
-    ToolSession(Perform perform, Send send, std::function<std::int64_t()> ticks, std::int64_t limit);
+    /// `afterResponse` is called once a response is on its way, before any other message is handled. The connection
+    /// ends when `ticks` (milliseconds) reaches `limit`.
+    ToolSession(Perform perform, std::function<void()> afterResponse, Send send, std::function<std::int64_t()> ticks,
+                std::int64_t limit);
 
     bool Receive(const std::string& message) override;
     bool IsGivenUp() const override { return ticks_() >= limit_; }
 
 private:
     const Perform perform_;
+    const std::function<void()> afterResponse_;
     const Send send_;
     const std::function<std::int64_t()> ticks_;
     const std::int64_t limit_;

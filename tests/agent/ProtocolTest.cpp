@@ -550,10 +550,12 @@ TEST(ToolSessionTest, EachRequestGetsAResponseUntilTheTimeIsOver)
 {
     std::int64_t ticks = 99;
     std::vector<std::string> messages;
+    std::vector<std::size_t> responded;
     ToolSession session(
         [](const std::string& operation) {
             return operation == "known" ? std::optional<Json::Value>(Json::objectValue) : std::nullopt;
         },
+        [&] { responded.push_back(messages.size()); },
         [&](std::string message) { messages.push_back(std::move(message)); }, [&] { return ticks; }, 100);
     Request request;
     request.id = 3;
@@ -563,6 +565,7 @@ TEST(ToolSessionTest, EachRequestGetsAResponseUntilTheTimeIsOver)
         EXPECT_TRUE(session.Receive(WriteRequest(request)));
     }
     ASSERT_EQ(messages.size(), 2u);
+    EXPECT_EQ(responded, (std::vector<std::size_t>{1, 2})) << "after each response, before the next message";
     EXPECT_EQ(ReadServerMessage(messages[0])->response->id, 3u);
     EXPECT_EQ(ReadServerMessage(messages[0])->response->code, IdSuccess);
     EXPECT_EQ(ReadServerMessage(messages[1])->response->code, IdProtocolError);
