@@ -3,7 +3,7 @@
 set(Boost_USE_STATIC_LIBS ON)
 if(WIN32)
     set(components filesystem)
-    if(ORLINDEX_BUILD_TOOLS)
+    if(ORLINDEX_BUILD_AGENT OR ORLINDEX_BUILD_TOOLS)
         list(APPEND components program_options)
     endif()
     find_package(Boost 1.81 CONFIG REQUIRED COMPONENTS ${components})

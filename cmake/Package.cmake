@@ -5,7 +5,7 @@
 #     lib/          import libraries, cmake/Orlindex and pkgconfig
 #     include/      headers
 #     plugin/       the headers of the plugin contract, with the same relative paths as in src/
-#     simulator/    the simulator's files in one folder, as a server installation, and a host's configuration; left out
+#     agent/        the sign-in agent's files in one folder, as a server installation, and a host's configuration; left out
 #                   where the library would refuse its module, which is signed below the build tree's own root
 #     examples/     sources, which find the library by find_package(Orlindex)
 #     docs/         guides, schemas and the reference
@@ -53,17 +53,17 @@ install(FILES "${PROJECT_BINARY_DIR}/package/Orlindex.pc" DESTINATION lib/pkgcon
 if(TARGET orlindex_doctor)
     install(TARGETS orlindex_doctor RUNTIME DESTINATION bin)
 endif()
-if(ORLINDEX_BUILD_SIMULATOR AND NOT ORLINDEX_OWN_TRUST)
-    message(STATUS "The simulator is left out of the kit: its module is signed within this build tree, and this build "
+if(ORLINDEX_BUILD_AGENT AND NOT ORLINDEX_OWN_TRUST)
+    message(STATUS "The sign-in agent is left out of the kit: its module is signed within this build tree, and this build "
         "trusts another root or other signers")
-elseif(ORLINDEX_BUILD_SIMULATOR)
+elseif(ORLINDEX_BUILD_AGENT)
     # The signed module, not the unsigned file of the target.
-    install(TARGETS simulator_server RUNTIME DESTINATION simulator)
-    install(FILES "${PROJECT_BINARY_DIR}/simulator/PellwickClient.dll"
-        "${PROJECT_BINARY_DIR}/simulator/TALIXVersionCompatibility.config" DESTINATION simulator)
-    install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/installation/host/" DESTINATION simulator/host)
-    install(FILES "${PROJECT_SOURCE_DIR}/simulator/installation/README.md" DESTINATION simulator)
-    install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/scenarios" DESTINATION simulator)
+    install(TARGETS agent_server RUNTIME DESTINATION agent)
+    install(FILES "${PROJECT_BINARY_DIR}/agent/PellwickClient.dll"
+        "${PROJECT_BINARY_DIR}/agent/TALIXVersionCompatibility.config" DESTINATION agent)
+    install(DIRECTORY "${PROJECT_SOURCE_DIR}/agent/installation/host/" DESTINATION agent/host)
+    install(FILES "${PROJECT_SOURCE_DIR}/agent/installation/README.md" DESTINATION agent)
+    install(DIRECTORY "${PROJECT_SOURCE_DIR}/agent/scenarios" DESTINATION agent)
 endif()
 
 # --- Texts ----------------------------------------------------------------------------------------------------------

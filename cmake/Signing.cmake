@@ -11,7 +11,7 @@ function(orlindex_sign target)
     endif()
     if(NOT ORLINDEX_OSSLSIGNCODE)
         message(FATAL_ERROR "osslsigncode was not found. The build needs it to sign plugin modules. Install it (scripts/setup.sh does "
-            "on Debian), or leave the modules out: -DORLINDEX_BUILD_SIMULATOR=OFF -DORLINDEX_BUILD_TESTS=OFF.")
+            "on Debian), or leave the modules out: -DORLINDEX_BUILD_AGENT=OFF -DORLINDEX_BUILD_TESTS=OFF.")
     endif()
     set(key "${ORLINDEX_SIGNING_FOLDER}/signer.key")
     set(certificates "")

@@ -73,7 +73,7 @@ install_server()
     mkdir -p "$1"
     printf 'a file to be found\n' >"$1/Pellwick.exe"
     cp "$build/bench/programs/PellwickClient.dll" "$1"
-    cp "$root/simulator/installation/server/TALIXVersionCompatibility.config" "$1"
+    cp "$root/agent/installation/server/TALIXVersionCompatibility.config" "$1"
 }
 
 install()

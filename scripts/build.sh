@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds Orlindex for Windows: scripts/build.sh [release|debug] [CMake options]
 #
-# Makes the machine ready first (scripts/setup.sh), then builds the library, the simulator, the tools and the examples into
+# Makes the machine ready first (scripts/setup.sh), then builds the library, the sign-in agent, the tools and the examples into
 # build/release (the default) or build/debug:
 #
 #   build/<kind>/bin/Orlindex.dll            the library
@@ -27,7 +27,7 @@ shift $(($# > 0))
 bash "$root/scripts/setup.sh"
 began=$(now)
 configure_preset "mingw-$kind" "$root/build/$kind" "$@" || fail "the configuration failed" "see the messages above"
-build_preset "mingw-$kind" src/all simulator/all tools/all examples/all || fail "the build failed" "its messages stand above"
+build_preset "mingw-$kind" src/all agent/all tools/all examples/all || fail "the build failed" "its messages stand above"
 say "Built in $(seconds_since "$began"):"
 say "  build/$kind/bin/Orlindex.dll"
 say "  build/$kind/lib/libOrlindex.dll.a"

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Shows Orlindex at work, end to end: scripts/demo.sh [--keep]
 #
-# Builds the library, the simulator of the identity service and example hosts, lays out an installation of them in a
+# Builds the library, the sign-in agent and example hosts, lays out an installation of them in a
 # temporary Wine prefix (folders, registry, configuration files), runs the hosts, which sign a user in and out and
 # start, watch and quit a server process, and prints what the library found. The exit code is 0 only if every step succeeded
 # and the signature of the client plugin module is valid.
@@ -151,9 +151,9 @@ begin_step 'Install into a new Wine prefix'
 wine_session_begin
 say "  prefix: $WINEPREFIX"
 install_files "$host_name" "$build/bin/Orlindex.dll" "$build/examples/cpp_host.exe" "$build/examples/c_host.exe" \
-    "$build/examples/tools_host.exe" "$root/simulator/installation/host/Orlindex.config"
-install_files "$server_name" "$build/simulator/Pellwick.exe" "$build/simulator/PellwickClient.dll" \
-    "$root/simulator/installation/server/TALIXVersionCompatibility.config"
+    "$build/examples/tools_host.exe" "$root/agent/installation/host/Orlindex.config"
+install_files "$server_name" "$build/agent/Pellwick.exe" "$build/agent/PellwickClient.dll" \
+    "$root/agent/installation/server/TALIXVersionCompatibility.config"
 # An uninstaller may leave this: a registered version without its server application.
 mkdir -p "$(unix_path "$old_server_name")"
 register_version 1.9.0 "$old_server_name"
@@ -193,4 +193,4 @@ say_lines '' 'Next:' \
     '  scripts/demo.sh --keep            runs the demo and keeps the installation, its registry and its log' \
     '  examples/                         the hosts that ran' \
     '  docs/doctor.md                    the tool that retraced the start, and its exit codes' \
-    '  simulator/installation/           the configuration files that were installed'
+    '  agent/installation/               the configuration files that were installed'

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Lays out the identity service simulator for a host's developers: scripts/simulate.sh [options] FOLDER
+# Lays out the sign-in agent with simulated users for a host's developers: scripts/simulate.sh [options] FOLDER
 #
 # The script fills FOLDER with everything that a host needs to sign in without the identity service:
 #   Pellwick/   Pellwick.exe, PellwickClient.dll, TALIXVersionCompatibility.config, the scenario and its schema
@@ -54,8 +54,8 @@ if [ -z "$build" ]; then
     build=$root/build/release
     bash "$root/scripts/build.sh" release
 fi
-for file in bin/Orlindex.dll simulator/Pellwick.exe simulator/PellwickClient.dll \
-    simulator/TALIXVersionCompatibility.config; do
+for file in bin/Orlindex.dll agent/Pellwick.exe agent/PellwickClient.dll \
+    agent/TALIXVersionCompatibility.config; do
     [ -f "$build/$file" ] || fail "$build does not contain $file" "build it first: scripts/build.sh release"
 done
 
@@ -107,13 +107,13 @@ json_text()
     printf '"%s"' "${text//\"/\\\"}"
 }
 
-say "Simulator in $folder"
-put "$build/simulator/Pellwick.exe" Pellwick/Pellwick.exe
-put "$build/simulator/PellwickClient.dll" Pellwick/PellwickClient.dll
-put "$build/simulator/TALIXVersionCompatibility.config" Pellwick/TALIXVersionCompatibility.config
+say "Simulated sign-in in $folder"
+put "$build/agent/Pellwick.exe" Pellwick/Pellwick.exe
+put "$build/agent/PellwickClient.dll" Pellwick/PellwickClient.dll
+put "$build/agent/TALIXVersionCompatibility.config" Pellwick/TALIXVersionCompatibility.config
 put "$root/docs/schema/simulator-scenario.schema.json" Pellwick/simulator-scenario.schema.json
 [ -z "$reset" ] || rm -f "$folder/Pellwick/Pellwick.scenario.json"
-put_unless_changed "$root/simulator/scenarios/accept.json" Pellwick/Pellwick.scenario.json scenario \
+put_unless_changed "$root/agent/scenarios/accept.json" Pellwick/Pellwick.scenario.json scenario \
     '--reset-scenario replaces it'
 put "$build/bin/Orlindex.dll" host/Orlindex.dll
 config=$(mktemp)
@@ -128,8 +128,8 @@ END
 put_unless_changed "$config" host/Orlindex.config config 'delete it to get a new one'
 rm -f "$config"
 put_text README.txt <<END
-Identity service simulator
-==========================
+Simulated sign-in
+=================
 
 $marker; run it again after a new build.
 

@@ -1,5 +1,5 @@
 """docs/diagnostics.md names every status code with its number, as talix.h does, and docs/agent.md every code that the
-simulator adds, as its ResultCodes.h does; neither names another."""
+sign-in agent adds, as its ResultCodes.h does; neither names another."""
 
 import re
 
@@ -24,27 +24,27 @@ def status_codes(errors):
     return len(values)
 
 
-def simulator_codes(errors):
-    header = (ROOT / 'simulator/session/ResultCodes.h').read_text(encoding='utf-8')
+def agent_codes(errors):
+    header = (ROOT / 'agent/identity/ResultCodes.h').read_text(encoding='utf-8')
     values = re.findall(r'static_cast<IdErrorCode>\((\d+)\)', header)
-    simulator = page('docs/agent.md')
+    agent = page('docs/agent.md')
     described = []
-    for line, cells in simulator.rows():
+    for line, cells in agent.rows():
         if len(cells) == 2 and cells[0].isdigit():
             described.append(cells[0])
             if not cells[1]:
-                errors.append(f'{simulator.name}:{line}: the meaning is missing')
+                errors.append(f'{agent.name}:{line}: the meaning is missing')
     # In the header's order, and each once.
     if described != values or not values:
-        errors.append(f'{simulator.name} has {", ".join(described)}; ResultCodes.h has {", ".join(values)}')
+        errors.append(f'{agent.name} has {", ".join(described)}; ResultCodes.h has {", ".join(values)}')
     return len(values)
 
 
 def main():
     errors = []
     count = status_codes(errors)
-    added = simulator_codes(errors)
-    report(errors, f'{count} status codes, {added} of the simulator')
+    added = agent_codes(errors)
+    report(errors, f'{count} status codes, {added} of the agent')
 
 
 main()

@@ -39,7 +39,7 @@ done
 run_host 1 'Sign-in is not available' readme.exe
 
 # As the server application's installer does.
-cp "$build/simulator/Pellwick.exe" "$commands/deployment/PellwickClient.dll" \
+cp "$build/agent/Pellwick.exe" "$commands/deployment/PellwickClient.dll" \
     "$WINEPREFIX/samples/TALIXVersionCompatibility.config" "$server"
 count=0
 python3 -B "$here/samples.py" windows docs/deployment.md >"$WINEPREFIX/samples/commands"

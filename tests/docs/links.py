@@ -12,7 +12,7 @@ from pathlib import Path
 
 from pages import ROOT, Page, all_pages, codes, report
 
-FOLDERS = r'(?:cmake|docs|examples|include|scripts|simulator|src|tests|tools)/[\w./*-]*'
+FOLDERS = r'(?:agent|cmake|docs|examples|include|scripts|src|tests|tools)/[\w./*-]*'
 
 
 def mentions(page):

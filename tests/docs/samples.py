@@ -42,7 +42,7 @@ ELSEWHERE = {
     r'scripts/demo\.sh': 'takes a build of its own; run by scripts/test.sh --long',
     r'scripts/test\.sh( .*)?': 'is what runs this test',
     r'scripts/bench\.sh( --quick)?': 'run by the test bench.quick',
-    r'scripts/simulate\.sh ~/simulator': 'run by the test Simulator.Script.LaysOutWhatAHostNeeds',
+    r'scripts/simulate\.sh ~/simulator': 'run by the test Agent.Script.LaysOutWhatAHostNeeds',
     r'scripts/reference\.sh build/reference': 'run by the test docs.reference',
     r'cmake -S \. -B build -DOrlindex_DIR=.*': 'run by the test package.hosts-by-find_package',
     r'cmake --build build': 'run by the test package.hosts-by-find_package',
@@ -195,7 +195,7 @@ def prepare(name, build, folder):
         (folder / entry).symlink_to(ROOT / entry)
     for file, target in (('signer-chain.pem', 'signing/good.pem'), ('signer.key', 'signing/signer.key'),
                          ('root.pem', 'signing/root.pem'),
-                         ('PellwickClient-unsigned.dll', 'simulator/unsigned/PellwickClient.dll')):
+                         ('PellwickClient-unsigned.dll', 'agent/unsigned/PellwickClient.dll')):
         (folder / file).symlink_to(build / target)
     write_files(name, folder)
 

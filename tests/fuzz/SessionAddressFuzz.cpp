@@ -5,9 +5,11 @@
 #include <string>
 
 #include "Require.h"
-#include "session/SessionAddress.h"
+#include "identity/LoginService.h"
+#include "identity/simulated/SessionAddress.h"
 
-using namespace Kestrany::Simulator;
+using namespace Kestrany::Agent;
+using namespace Kestrany::Agent::Simulated;
 using OrlindexTest::Require;
 
 namespace {

@@ -2,7 +2,7 @@
 # Uses the kit as a host developer would: tests/package/consume.sh KIT find_package|pkg-config C-COMPILER C++-COMPILER
 #
 # Copies the kit to a folder elsewhere, builds its examples in C and in C++ and the programs of docs/getting-started.md
-# by the commands of that page with nothing else, lays them out with the library and the simulator of the kit in a Wine
+# by the commands of that page with nothing else, lays them out with the library and the sign-in agent of the kit in a Wine
 # prefix of its own, and runs them.
 
 set -euo pipefail
@@ -91,18 +91,18 @@ run_host()
     grep -qi "$2" "$work/$1.log" || fail "$1 did not sign in"
 }
 
-# As docs/simulator.md says: the simulator where it is, and a client config file that leads to it.
-sed "s|\"searchPaths\": \"\"|\"searchPaths\": \"Z:$kit/simulator\"|" "$kit/simulator/host/Orlindex.config" \
+# As docs/agent.md says: the agent where it is, and a client config file that leads to it.
+sed "s|\"searchPaths\": \"\"|\"searchPaths\": \"Z:$kit/agent\"|" "$kit/agent/host/Orlindex.config" \
     >"$hosts/Orlindex.config"
 for program in "$hosts"/sign_in*.exe; do
     run_host "$(basename "$program" .exe)" 'signed in, 1000'
 done
-run_windows "$kit/simulator/Pellwick.exe" --quit
+run_windows "$kit/agent/Pellwick.exe" --quit
 
 # And for a quick trial: its files beside the hosts, where the server application is looked for first.
 rm "$hosts/Orlindex.config"
-find "$kit/simulator" -maxdepth 1 -type f -exec cp -t "$hosts" {} +
-cp "$kit/simulator/scenarios/accept.json" "$hosts/Pellwick.scenario.json"
+find "$kit/agent" -maxdepth 1 -type f -exec cp -t "$hosts" {} +
+cp "$kit/agent/scenarios/accept.json" "$hosts/Pellwick.scenario.json"
 for host in c_host cpp_host; do
     run_host $host 'login  *IdSuccess'
 done

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Packs a build that trusts another root than its tree's own: tests/package/foreign-root.sh BUILD-FOLDER
 #
-# Only configured anew: the binaries of the build that is given stand in for its own, the simulator's among them.
+# Only configured anew: the binaries of the build that is given stand in for its own, the agent's among them.
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -14,9 +14,9 @@ toolchain=$(sed -n 's/^CMAKE_TOOLCHAIN_FILE:[A-Z]*=//p' "$build/CMakeCache.txt")
 cmake -G Ninja -S "$root" -B "$work/build" -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_BUILD_TYPE=Release \
     -DORLINDEX_BUILD_TESTS=OFF -DORLINDEX_PINNED_ROOT="$build/signing/unknown-root.pem" >"$work/log" 2>&1 ||
     { cat "$work/log"; fail "the build could not be configured"; }
-grep -q 'simulator is left out of the kit' "$work/log" || fail "the configuration does not say what is left out"
-for file in bin/Orlindex.dll lib/libOrlindex.dll.a lib/Orlindex.lib tools/orlindex-doctor.exe simulator/Pellwick.exe \
-    simulator/PellwickClient.dll; do
+grep -q 'agent is left out of the kit' "$work/log" || fail "the configuration does not say what is left out"
+for file in bin/Orlindex.dll lib/libOrlindex.dll.a lib/Orlindex.lib tools/orlindex-doctor.exe agent/Pellwick.exe \
+    agent/PellwickClient.dll; do
     mkdir -p "$work/build/${file%/*}"
     cp "$build/$file" "$work/build/$file"
 done
@@ -24,8 +24,8 @@ done
 # The script's own output: what it says, and what it packed.
 output=$(bash "$root/scripts/package.sh" --build-dir "$work/build" --output "$work")
 grep -q ' bin/Orlindex.dll$' <<<"$output" || fail "the library is missing:" "$output"
-if grep ' simulator/' <<<"$output"; then fail "the simulator is in the kit"; fi
-grep -q '^note: without the simulator' <<<"$output" || fail "the script does not say what is missing:" "$output"
+if grep ' agent/' <<<"$output"; then fail "the agent is in the kit"; fi
+grep -q '^note: without the sign-in agent' <<<"$output" || fail "the script does not say what is missing:" "$output"
 if grep -q 'trusts a development root' <<<"$output"; then fail "this is no development build:" "$output"; fi
 mkdir "$work/unpacked"
 (cd "$work/unpacked" && cmake -E tar xf "$work"/*.zip)

@@ -3,7 +3,7 @@
 #
 # The sources are copied to a folder of another name and length, with the development root and the key of the build that
 # is compared with: its trust data is part of the library. No compiler cache, which would answer with the first build's
-# objects. The simulator's module is signed as of the time that the first build's signature bears. The archive of the
+# objects. The agent's module is signed as of the time that the first build's signature bears. The archive of the
 # second build is then compared with the one in ARCHIVE-FOLDER.
 
 set -euo pipefail
@@ -15,7 +15,7 @@ work=$(mktemp -d "${TMPDIR:-/tmp}/orlindex-rebuild.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 copy=$work/some-other-folder
 mkdir -p "$copy/out"
-cp -r "$root"/{CMakeLists.txt,cmake,docs,examples,include,scripts,simulator,src,tools} "$copy/"
+cp -r "$root"/{CMakeLists.txt,agent,cmake,docs,examples,include,scripts,src,tools} "$copy/"
 ln -s "$deps" "$copy/.deps"
 cp -a "$build/signing" "$copy/out/signing"
 
@@ -30,9 +30,9 @@ quietly()
 signing_time()
 {
     local text
-    text=$(osslsigncode verify -CAfile "$build/signing/root.pem" -in "$build/simulator/PellwickClient.dll" |
+    text=$(osslsigncode verify -CAfile "$build/signing/root.pem" -in "$build/agent/PellwickClient.dll" |
         sed -n 's/^[ \t]*Signing time: *//p' | head -n 1)
-    [ -n "$text" ] || fail "the simulator's module bears no signing time"
+    [ -n "$text" ] || fail "the agent's module bears no signing time"
     date -u -d "$text" +%s
 }
 
@@ -44,10 +44,10 @@ began=$(now)
 quietly "the second build could not be configured" cmake -G Ninja -S "$copy" -B "$copy/out" \
     -DCMAKE_TOOLCHAIN_FILE="$copy/${toolchain#"$root/"}" -DCMAKE_BUILD_TYPE=Release -DORLINDEX_BUILD_TESTS=OFF
 quietly "the second build failed" env SOURCE_DATE_EPOCH="$signed" \
-    cmake --build "$copy/out" -j "$jobs" --target src/all simulator/all tools/all
+    cmake --build "$copy/out" -j "$jobs" --target src/all agent/all tools/all
 say "built again in $(seconds_since "$began")"
-for file in bin/Orlindex.dll lib/libOrlindex.dll.a lib/Orlindex.lib tools/orlindex-doctor.exe simulator/Pellwick.exe \
-    simulator/unsigned/PellwickClient.dll; do
+for file in bin/Orlindex.dll lib/libOrlindex.dll.a lib/Orlindex.lib tools/orlindex-doctor.exe agent/Pellwick.exe \
+    agent/unsigned/PellwickClient.dll; do
     cmp "$build/$file" "$copy/out/$file"
     say "the same $(stat -c %s "$build/$file") bytes: $file"
 done

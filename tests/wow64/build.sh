@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the library, the simulator and the examples for 32-bit Windows. Ends with 77 where that is skipped.
+# Builds the library, the sign-in agent and the examples for 32-bit Windows. Ends with 77 where that is skipped.
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -12,4 +12,4 @@ if [ ! -d "$deps/prefix32/lib" ]; then
     exit 77
 fi
 configure_preset mingw32-release "$root/build/release32"
-build_preset mingw32-release src/all simulator/all examples/all
+build_preset mingw32-release src/all agent/all examples/all

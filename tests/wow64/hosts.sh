@@ -2,7 +2,7 @@
 # A 32-bit host under 64-bit Windows, end to end: which registry view serves it, and which module. Ends with 77 where that
 # is skipped.
 #
-# Each case lays out the simulator at a registered location and runs the example host, which has to sign in or has to be
+# Each case lays out the sign-in agent at a registered location and runs the example host, which has to sign in or has to be
 # told that there is no module.
 
 set -euo pipefail
@@ -35,7 +35,7 @@ server_folder=$WINEPREFIX/drive_c/sso
 empty_folder=$WINEPREFIX/drive_c/empty
 mkdir -p "$host_folder" "$server_folder" "$empty_folder"
 cp "$build/bin/Orlindex.dll" "$build/examples/c_host.exe" "$host_folder/"
-cp "$build/simulator/Pellwick.exe" "$build/simulator/PellwickClient.dll" "$server_folder/"
+cp "$build/agent/Pellwick.exe" "$build/agent/PellwickClient.dll" "$server_folder/"
 
 # modules KEY=PATH...: the version compatibility file, with one entry that has these keys.
 modules()
@@ -79,8 +79,8 @@ modules "modulePathWoW64=$module" 'modulePath=C:/sso/missing.dll'
 expect 'the module for 32-bit hosts is the one that counts' yes
 modules "modulePath=$module"
 expect 'the module for 64-bit hosts is no replacement' no
-cp "$build/simulator/TALIXVersionCompatibility.config" "$server_folder/"
-expect 'the file that the simulator brings serves 32-bit hosts' yes
+cp "$build/agent/TALIXVersionCompatibility.config" "$server_folder/"
+expect 'the file that the agent brings serves 32-bit hosts' yes
 location 64 'C:\empty'
 expect 'the 32-bit view comes first' yes
 location 32 ''

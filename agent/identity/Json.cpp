@@ -1,0 +1,36 @@
+#include "identity/Json.h"
+
+#include <json/writer.h>
+
+#include "base/Json.h"
+
+namespace Kestrany::Agent {
+
+std::string WriteJson(const Json::Value& value)
+{
+    Json::StreamWriterBuilder writer;
+    writer["indentation"] = "";
+    writer["emitUTF8"] = true;
+    return Json::writeString(writer, value);
+}
+
+std::optional<Json::Value> ReadJsonObject(const std::string& text)
+{
+    using namespace IdentityServices;
+    std::optional<Json::Value> root = ParseJson(text, JsonSyntax::Strict).root;
+    return root && root->isObject() ? std::move(root) : std::nullopt;
+}
+
+bool TakeText(const Json::Value& object, const char* key, std::string& text)
+{
+    const Json::Value& member = object[key];
+    if (!member.isString())
+        return false;
+    std::string taken = member.asString();
+    if (taken.find('\0') != std::string::npos)
+        return false;
+    text = std::move(taken);
+    return true;
+}
+
+} // namespace Kestrany::Agent
