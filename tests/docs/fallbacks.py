@@ -4,7 +4,7 @@ plugin contract, and its fallbacks those that the forwarding members name in the
 import re
 from collections import Counter
 
-from pages import ROOT, codes, page, report
+from pages import ROOT, codes, contract_slots, page, report
 
 # Slots that the library calls itself, while it starts and configures the plugin.
 CALLED_BY_THE_LOADER = {
@@ -105,7 +105,7 @@ def main():
         if exported[name] != described[name]:
             errors.append(f'{name}: {exported[name]} exported, {described[name]} described')
 
-    contract = set((ROOT / 'tests/boundary/slots/slots.txt').read_text(encoding='utf-8').splitlines())
+    contract = set(contract_slots())
     for slot in sorted(slots - contract):
         errors.append(f'there is no slot {slot}')
     needed = {slot for slot in contract if slot.startswith(FORWARDED) and 'Reserved' not in slot}

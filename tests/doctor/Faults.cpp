@@ -17,21 +17,19 @@
 namespace OrlindexTest {
 namespace {
 
-struct Operation
+/// The operation that returns null for a fault.
+const std::map<std::string, PluginOperation>& NullResults()
 {
-    const char* interfaceName;
-    int slot;
-};
-
-const std::map<std::string, Operation>& NullAnswers()
-{
-    static const std::map<std::string, Operation> answers = {
-        {"null-factory", {FactoryFunction, 0}}, {"null-logger-source", {Factory, 1}},
-        {"null-module", {Factory, 2}},          {"null-client", {Factory, 3}},
-        {"null-private", {Factory, 4}},         {"null-server-manager", {Factory, 5}},
-        {"null-logger", {LoggerSource, 1}},
+    static const std::map<std::string, PluginOperation> results = {
+        {"null-factory", {FactoryFunction}},
+        {"null-logger-source", {Factory::GetLoggerSource}},
+        {"null-module", {Factory::GetSSOClientModule}},
+        {"null-client", {Factory::GetSSOClient}},
+        {"null-private", {Factory::GetSSOClientPrivate}},
+        {"null-server-manager", {Factory::GetSSOServerManager}},
+        {"null-logger", {LoggerSource::GetLogger}},
     };
-    return answers;
+    return results;
 }
 
 /// A wait that nothing ends.
@@ -91,12 +89,12 @@ void Misbehave(void* /*context*/, const std::uint64_t* /*arguments*/, int /*coun
         Flood(std::string(4096, 'x'));
     if (fault == "hang" || fault == "give-pipe-away-and-hang")
         Hang();
-    const auto answer = NullAnswers().find(fault);
-    if (answer != NullAnswers().end())
-        Recorder::Instance().SetResult(answer->second.interfaceName, answer->second.slot, 0);
+    const auto result = NullResults().find(fault);
+    if (result != NullResults().end())
+        Recorder::Instance().SetResult(result->second, 0);
 }
 
-const bool prepared = (Recorder::Instance().SetHook(FactoryFunction, 0, &Misbehave, nullptr), true);
+const bool prepared = (Recorder::Instance().SetHook(FactoryFunction, &Misbehave, nullptr), true);
 
 } // namespace
 } // namespace OrlindexTest

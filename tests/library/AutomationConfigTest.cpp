@@ -149,14 +149,14 @@ TEST_F(AutomationOverride, ACallConfigReachesItsSlotWithItsFieldsInOrder)
 {
     CallConfig call = SomeCall();
     EXPECT_EQ(Override(call, OfCall), IdSuccess);
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client, 32, SomeCallShown)));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::OverrideCallConfig, SomeCallShown)));
 }
 
 TEST_F(AutomationOverride, ABackoffConfigReachesItsSlotWithItsFieldsInOrder)
 {
     BackoffConfig backoff = SomeBackoff();
     EXPECT_EQ(Override(backoff, OfBackoff), IdSuccess);
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client, 33, SomeBackoffShown)));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::OverrideBackoffConfig, SomeBackoffShown)));
 }
 
 TEST_F(AutomationOverride, NoValueIsLookedAt)
@@ -173,20 +173,20 @@ TEST_F(AutomationOverride, NoValueIsLookedAt)
     backoff.initialInterval = smallest;
     backoff.jitter = largest;
     EXPECT_EQ(Override(backoff, OfBackoff), IdSuccess);
-    EXPECT_THAT(Plugin().Calls(),
-                ElementsAre(Call(Client, 32, "0, 0, 0, 0, \"\""),
-                            Call(Client, 32, "-2147483648, 2147483647, -1, 0, \"a\""),
-                            Call(Client, 33, "0, 0, 0, 0, 0"), Call(Client, 33, "-2147483648, 0, 0, 0, 2147483647")));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::OverrideCallConfig, "0, 0, 0, 0, \"\""),
+                                              Call(Client::OverrideCallConfig, "-2147483648, 2147483647, -1, 0, \"a\""),
+                                              Call(Client::OverrideBackoffConfig, "0, 0, 0, 0, 0"),
+                                              Call(Client::OverrideBackoffConfig, "-2147483648, 0, 0, 0, 2147483647")));
 }
 
 TEST_F(AutomationOverride, ThePluginsAnswerIsPassedOn)
 {
     CallConfig call;
     BackoffConfig backoff;
-    for (const int answer : {1000, 1001, 3030, 999, 0, -7})
+    for (const int answer : {int{IdSuccess}, 1001, 3030, 999, 0, -7})
     {
-        Plugin().Answer(Client, 32, answer);
-        Plugin().Answer(Client, 33, answer);
+        Plugin().Return(Client::OverrideCallConfig, answer);
+        Plugin().Return(Client::OverrideBackoffConfig, answer);
         EXPECT_EQ(Override(call, OfCall), answer);
         EXPECT_EQ(Override(backoff, OfBackoff), answer);
     }
@@ -195,7 +195,7 @@ TEST_F(AutomationOverride, ThePluginsAnswerIsPassedOn)
 TEST_F(AutomationOverride, TheConfigurationItselfIsLeftAlone)
 {
     CallConfig call = SomeCall();
-    Plugin().OnCall(Client, 32, [&call](const CallArguments& arguments) {
+    Plugin().OnCall(Client::OverrideCallConfig, [&call](const CallArguments& arguments) {
         call.url = "changed while the plugin runs";
         EXPECT_STREQ(arguments.Pointer<const char>(4), "https://call/\xC3\xBC");
     });
@@ -239,12 +239,12 @@ TEST_F(AutomationOverride, AHostsClassOfTheRightKindServes)
     call.interval = 31;
     EXPECT_EQ(Override(call, OfCall), IdSuccess);
     ExpectBadCast(call, OfBackoff);
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client, 32, "31, 0, 0, 0, \"\"")));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::OverrideCallConfig, "31, 0, 0, 0, \"\"")));
 }
 
 TEST_F(AutomationOverride, AnExceptionOfThePluginPassesToTheCaller)
 {
-    Plugin().OnCall(Client, 33, [](const CallArguments&) { throw 4711; });
+    Plugin().OnCall(Client::OverrideBackoffConfig, [](const CallArguments&) { throw 4711; });
     BackoffConfig backoff;
     EXPECT_THROW(Override(backoff, OfBackoff), int);
 }
@@ -262,8 +262,8 @@ TEST_F(AutomationOverride, ThePluginRunsOnTheCallersThreadWithNoLockHeld)
         });
         EXPECT_EQ(elsewhere.wait_for(Patience), std::future_status::ready);
     };
-    Plugin().OnCall(Client, 32, useLocksElsewhere);
-    Plugin().OnCall(Client, 33, useLocksElsewhere);
+    Plugin().OnCall(Client::OverrideCallConfig, useLocksElsewhere);
+    Plugin().OnCall(Client::OverrideBackoffConfig, useLocksElsewhere);
     CallConfig call;
     BackoffConfig backoff;
     for (const auto type : {OfCall, OfBackoff})
@@ -312,7 +312,7 @@ class AutomationWithoutClient : public StartedTest
 protected:
     void SetUp() override
     {
-        InstallPlugin().Answer(Factory, 3, 0);
+        InstallPlugin().Return(Factory::GetSSOClient, 0);
         Start();
     }
 

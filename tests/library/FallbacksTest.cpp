@@ -16,7 +16,7 @@ class Fallbacks : public StartedTest
 protected:
     void SetUp() override
     {
-        InstallPlugin().Answer(Factory, 3, 0);
+        InstallPlugin().Return(Factory::GetSSOClient, 0);
         Start();
     }
 };
@@ -29,7 +29,7 @@ TEST_F(Fallbacks, EveryMemberWithoutClientAnswersItsFallback)
         MemberArguments arguments;
         EXPECT_EQ(member.call(*manager, arguments), member.fallback);
     }
-    EXPECT_THAT(Plugin().Calls(Client), IsEmpty());
+    EXPECT_THAT(Plugin().Calls(Client::Interface), IsEmpty());
 }
 
 TEST_F(Fallbacks, NoMemberWithoutClientTouchesItsArguments)
@@ -104,7 +104,7 @@ class MissingInterfaces : public HostTest
 
 TEST_F(MissingInterfaces, WithoutServerManagerQuitAllServerProcessesAnswersFalse)
 {
-    InstallPlugin().Answer(Factory, 5, 0);
+    InstallPlugin().Return(Factory::GetSSOServerManager, 0);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     Plugin().ClearJournal();
     EXPECT_FALSE(IdServicesMgr::GetInstance()->QuitAllSSOServerProcesses(1000));
@@ -112,27 +112,27 @@ TEST_F(MissingInterfaces, WithoutServerManagerQuitAllServerProcessesAnswersFalse
         Plugin().Log(),
         ElementsAre(LogLine{
             Error, "Failed to obtain ISSOServerManager. ISSOClientFactory::GetSSOServerManager returned null."}));
-    EXPECT_THAT(Plugin().Calls(ServerManager), IsEmpty());
+    EXPECT_THAT(Plugin().Calls(ServerManager::Interface), IsEmpty());
 }
 
 TEST_F(MissingInterfaces, WithoutPrivateInterfaceTheClientStillServes)
 {
-    InstallPlugin().Answer(Factory, 4, 0);
+    InstallPlugin().Return(Factory::GetSSOClientPrivate, 0);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    Plugin().Answer(Client, 7, 1);
+    Plugin().Return(Client::IsLoggedIn, 1);
     EXPECT_TRUE(IdServicesMgr::GetInstance()->IsLoggedIn());
 }
 
 TEST_F(MissingInterfaces, WithoutModuleInterfaceInitializeAnswersClientUnavailableAndLogsTheReason)
 {
-    InstallPlugin().Answer(Factory, 2, 0);
+    InstallPlugin().Return(Factory::GetSSOClientModule, 0);
     EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
     EXPECT_EQ(
         Plugin().Log().back(),
         (LogLine{Error, "Failed to obtain ISSOClientModule. ISSOClientFactory::GetSSOClientModule returned null."}));
-    EXPECT_THAT(Plugin().Calls(Module), IsEmpty());
+    EXPECT_THAT(Plugin().Calls(Module::Interface), IsEmpty());
 }
 
 class NotInitialized : public HostTest
@@ -152,7 +152,7 @@ TEST_F(NotInitialized, AutomatedLoginAfterTheLastUninitializeDoesNotReachThePlug
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     EXPECT_EQ(IdServicesAutomation::Login(L"user", L"secret", true, L"context"), IdClientUnavailable);
-    EXPECT_THAT(Plugin().Calls(Client), IsEmpty());
+    EXPECT_THAT(Plugin().Calls(Client::Interface), IsEmpty());
 }
 
 } // namespace OrlindexTest

@@ -1,6 +1,7 @@
 // talix_init refuses to run under the local system account.
 
 #include "FlatTest.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -8,28 +9,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
-
-struct AllocateAndInitializeSidImport
-{
-    static constexpr char Name[] = "AllocateAndInitializeSid";
-    using Type = decltype(AllocateAndInitializeSid);
-};
-
-struct CheckTokenMembershipImport
-{
-    static constexpr char Name[] = "CheckTokenMembership";
-    using Type = decltype(CheckTokenMembership);
-};
-
-struct FreeSidImport
-{
-    static constexpr char Name[] = "FreeSid";
-    using Type = decltype(FreeSid);
-};
-
-using AllocateDouble = ImportDouble<AllocateAndInitializeSidImport>;
-using MembershipDouble = ImportDouble<CheckTokenMembershipImport>;
-using FreeDouble = ImportDouble<FreeSidImport>;
 
 } // namespace
 
@@ -46,8 +25,8 @@ protected:
               EXPECT_EQ(first, 18U);
               if (!canAllocate)
                   return FALSE;
-              const BOOL done = AllocateDouble::Original(authority, count, first, second, third, fourth, fifth, sixth,
-                                                         seventh, eighth, sid);
+              const BOOL done = AllocateAndInitializeSidDouble::Original(authority, count, first, second, third, fourth,
+                                                                         fifth, sixth, seventh, eighth, sid);
               allocated = *sid;
               return done;
           }),
@@ -61,7 +40,7 @@ protected:
           free_([this](PSID sid) {
               steps.push_back("free");
               EXPECT_EQ(sid, allocated);
-              return FreeDouble::Original(sid);
+              return FreeSidDouble::Original(sid);
           })
     {
     }
@@ -73,9 +52,9 @@ protected:
     std::vector<std::string> steps;
 
 private:
-    AllocateDouble allocate_;
-    MembershipDouble membership_;
-    FreeDouble free_;
+    AllocateAndInitializeSidDouble allocate_;
+    CheckTokenMembershipDouble membership_;
+    FreeSidDouble free_;
 };
 
 TEST_F(FlatLocalSystem, InitUnderTheLocalSystemAccountIsRefusedAndNothingIsStarted)

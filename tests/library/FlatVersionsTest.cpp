@@ -123,12 +123,13 @@ using FlatFault = FlatTest;
 
 TEST_F(FlatFault, ATokenIntoANullBufferReachesTheHostsHandlerAndTheCallGoesOn)
 {
-    Plugin().OnCall(Client, 6, [](const CallArguments& call) { std::wcscpy(call.Pointer<wchar_t>(0), L"token"); });
+    Plugin().OnCall(Client::GetOAuth2AccessToken,
+                    [](const CallArguments& call) { std::wcscpy(call.Pointer<wchar_t>(0), L"token"); });
     const FaultCounter counter;
     talix_buffer record{nullptr, 64};
     EXPECT_EQ(talix_get_token(&record), IdSuccess);
     EXPECT_EQ(counter.Faults(), 1);
-    Plugin().Answer(Client, 6, 3030);
+    Plugin().Return(Client::GetOAuth2AccessToken, 3030);
     EXPECT_EQ(talix_get_token(&record), 3030);
     EXPECT_EQ(talix_get_id_token(&record), IdSuccess);
     EXPECT_EQ(counter.Faults(), 3);
@@ -136,7 +137,8 @@ TEST_F(FlatFault, ATokenIntoANullBufferReachesTheHostsHandlerAndTheCallGoesOn)
 
 TEST_F(FlatFault, ATextThatDoesNotFitIsNoFault)
 {
-    Plugin().OnCall(Client, 6, [](const CallArguments& call) { std::wcscpy(call.Pointer<wchar_t>(0), L"token"); });
+    Plugin().OnCall(Client::GetOAuth2AccessToken,
+                    [](const CallArguments& call) { std::wcscpy(call.Pointer<wchar_t>(0), L"token"); });
     const FaultCounter counter;
     char text[5];
     talix_buffer record{text, sizeof text};

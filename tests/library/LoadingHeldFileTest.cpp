@@ -6,10 +6,9 @@
 #include <vector>
 
 #include "LoadingSupport.h"
-#include "TrustDoubles.h"
 #include "support/Count.h"
-#include "support/FileImports.h"
 #include "support/Handle.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -17,14 +16,6 @@ using testing::Each;
 using testing::SizeIs;
 
 namespace {
-
-struct QueryFileImport
-{
-    static constexpr char Name[] = "NtQueryInformationFile";
-    using Type = LONG(HANDLE, void*, void*, ULONG, int);
-};
-
-using QueryFileDouble = ImportDouble<QueryFileImport>;
 
 constexpr auto NoResources = static_cast<LONG>(0xC000009A);
 
@@ -52,10 +43,10 @@ class LoadingHeldFile : public Loading
 {
 protected:
     /// The held file is the first that is asked for its own path.
-    static FinalPathDouble::Behaviour OtherPathForTheMappedFile()
+    static GetFinalPathNameByHandleDouble::Behaviour OtherPathForTheMappedFile()
     {
         return [first = true](HANDLE file, LPWSTR path, DWORD size, DWORD form) mutable {
-            const DWORD length = FinalPathDouble::Original(file, path, size, form);
+            const DWORD length = GetFinalPathNameByHandleDouble::Original(file, path, size, form);
             if (!std::exchange(first, false) && length < size)
                 path[length - 1] = L'_';
             return length;
@@ -96,18 +87,18 @@ TEST_F(LoadingHeldFile, NobodyCanWriteOrReplaceTheFileJustBeforeOrAfterItsVerifi
 TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereTheSystemDoesNotSayWhichFileWasVerified)
 {
     site.Install();
-    const QueryFileDouble fail([](HANDLE, void*, void*, ULONG, int) { return NoResources; });
+    const NtQueryInformationFileDouble fail([](HANDLE, void*, void*, ULONG, int) { return NoResources; });
     ExpectRefusedAsAnotherFile();
 }
 
 TEST_F(LoadingHeldFile, AModuleIsKeptWhereItsFileHasAnotherPathOnTheSameVolume)
 {
     site.Install();
-    const FinalPathDouble another(OtherPathForTheMappedFile());
+    const GetFinalPathNameByHandleDouble another(OtherPathForTheMappedFile());
     int volumes = 0;
-    const FileInformationDouble count([&volumes](HANDLE file, LPBY_HANDLE_FILE_INFORMATION information) {
+    const GetFileInformationByHandleDouble count([&volumes](HANDLE file, LPBY_HANDLE_FILE_INFORMATION information) {
         ++volumes;
-        return FileInformationDouble::Original(file, information);
+        return GetFileInformationByHandleDouble::Original(file, information);
     });
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_EQ(volumes, 2);
@@ -116,9 +107,9 @@ TEST_F(LoadingHeldFile, AModuleIsKeptWhereItsFileHasAnotherPathOnTheSameVolume)
 TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereAFileOfThatIndexLiesOnAnotherVolume)
 {
     site.Install();
-    const FinalPathDouble another(OtherPathForTheMappedFile());
+    const GetFinalPathNameByHandleDouble another(OtherPathForTheMappedFile());
     DWORD volume = 0;
-    const FileInformationDouble answer([&volume](HANDLE, LPBY_HANDLE_FILE_INFORMATION information) {
+    const GetFileInformationByHandleDouble answer([&volume](HANDLE, LPBY_HANDLE_FILE_INFORMATION information) {
         *information = {};
         information->dwVolumeSerialNumber = ++volume;
         return TRUE;
@@ -129,8 +120,8 @@ TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereAFileOfThatIndexLiesOnAnotherVolume
 TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereNeitherPathNorVolumeTell)
 {
     site.Install();
-    const FinalPathDouble another(OtherPathForTheMappedFile());
-    const FileInformationDouble fail([](HANDLE, LPBY_HANDLE_FILE_INFORMATION) {
+    const GetFinalPathNameByHandleDouble another(OtherPathForTheMappedFile());
+    const GetFileInformationByHandleDouble fail([](HANDLE, LPBY_HANDLE_FILE_INFORMATION) {
         SetLastError(ERROR_INVALID_FUNCTION);
         return FALSE;
     });
@@ -140,14 +131,15 @@ TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereNeitherPathNorVolumeTell)
 TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereTheSystemDoesNotSayWhichFileItWasLoadedFrom)
 {
     site.Install();
-    const QueryMemoryDouble fail([](HANDLE, const void*, int, void*, SIZE_T, SIZE_T*) { return NoResources; });
+    const NtQueryVirtualMemoryDouble fail([](HANDLE, const void*, int, void*, SIZE_T, SIZE_T*) { return NoResources; });
     ExpectRefusedAsAnotherFile();
 }
 
 TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereTheFileThatItWasLoadedFromHasNoName)
 {
     site.Install();
-    const QueryMemoryDouble answerNothing([](HANDLE, const void*, int, void*, SIZE_T, SIZE_T*) { return LONG{0}; });
+    const NtQueryVirtualMemoryDouble answerNothing(
+        [](HANDLE, const void*, int, void*, SIZE_T, SIZE_T*) { return LONG{0}; });
     ExpectRefusedAsAnotherFile();
 }
 

@@ -1,7 +1,7 @@
 // Module paths that are relative, and those that the loader would take for another file than the one that is verified.
 
 #include "LoadingSupport.h"
-#include "TrustDoubles.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 

@@ -5,7 +5,7 @@
 
 #include "SystemText.h"
 #include "support/HostTest.h"
-#include "support/LoaderImports.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 

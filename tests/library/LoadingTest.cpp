@@ -4,7 +4,7 @@
 
 #include "LoadingSupport.h"
 #include "orlindex/SSOServerManager.h"
-#include "support/Wow64Import.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -18,15 +18,6 @@ using testing::StartsWith;
 
 namespace {
 
-struct GetProcAddressImport
-{
-    static constexpr char Name[] = "GetProcAddress";
-    using Type = decltype(GetProcAddress);
-};
-
-using GetProcAddressDouble = ImportDouble<GetProcAddressImport>;
-using IsWow64ProcessDouble = ImportDouble<IsWow64ProcessImport>;
-
 } // namespace
 
 TEST_F(Loading, ThePluginIsConfiguredInOrderBeforeItsInterfacesAreTaken)
@@ -35,13 +26,15 @@ TEST_F(Loading, ThePluginIsConfiguredInOrderBeforeItsInterfacesAreTaken)
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_THAT(
         plugin.Calls(),
-        ElementsAre(Call(FactoryFunction, 0), Call(Factory, 5),
-                    Call(ServerManager, 2,
+        ElementsAre(Call(FactoryFunction), Call(Factory::GetSSOServerManager),
+                    Call(ServerManager::ConfigureServerApp,
                          '"' + Utf8(site.ServerFolder()) + "\", \"" + Utf8(site.ServerFolder() / "Pellwick.exe") + '"'),
-                    Call(Factory, 1), Call(LoggerSource, 1, "\"Orlindex\""),
-                    Call(ServerManager, 6, "\"Kestrany.TALIX.DefaultProcess-v2\""),
-                    Call(ServerManager, 8, "\"Kestrany.TALIX.DefaultServer-v2\""), Call(ServerManager, 18, "false"),
-                    Call(Factory, 2), Call(Factory, 5), Call(Factory, 3), Call(Factory, 4), Call(Module, 1, "false")));
+                    Call(Factory::GetLoggerSource), Call(LoggerSource::GetLogger, "\"Orlindex\""),
+                    Call(ServerManager::SetProcessIdentityName, "\"Kestrany.TALIX.DefaultProcess-v2\""),
+                    Call(ServerManager::SetServerIdentityName, "\"Kestrany.TALIX.DefaultServer-v2\""),
+                    Call(ServerManager::SetSupportBothLocalAndAdmin, "false"), Call(Factory::GetSSOClientModule),
+                    Call(Factory::GetSSOServerManager), Call(Factory::GetSSOClient), Call(Factory::GetSSOClientPrivate),
+                    Call(Module::Initialize, "false")));
 }
 
 TEST_F(Loading, SupportForBothLocalAndAdminReachesTheServerManager)
@@ -50,7 +43,8 @@ TEST_F(Loading, SupportForBothLocalAndAdminReachesTheServerManager)
     site.WriteClientConfig(R"({"ssoServer": {"supportBothLocalAndAdmin": true, "searchPaths": ")" +
                            JsonPath(site.ServerFolder()) + R"("}})");
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_THAT(plugin.Calls(ServerManager), Contains(Call(ServerManager, 18, "true")));
+    EXPECT_THAT(plugin.Calls(ServerManager::Interface),
+                Contains(Call(ServerManager::SetSupportBothLocalAndAdmin, "true")));
 }
 
 TEST_F(Loading, APluginIsConfiguredWithoutServerApplicationToo)
@@ -63,16 +57,16 @@ TEST_F(Loading, APluginIsConfiguredWithoutServerApplicationToo)
     CapturedOutput output;
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_THAT(output.Take(), HasSubstr("Failed to find SSO server app Pellwick.exe"));
-    EXPECT_THAT(plugin.Calls(ServerManager), Contains(Call(ServerManager, 2, R"("", "")")));
+    EXPECT_THAT(plugin.Calls(ServerManager::Interface), Contains(Call(ServerManager::ConfigureServerApp, R"("", "")")));
 }
 
 TEST_F(Loading, APluginWithoutServerManagerIsLoadedAllTheSame)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.Answer(Factory, 5, 0);
+    plugin.Return(Factory::GetSSOServerManager, 0);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_THAT(plugin.Calls(ServerManager), IsEmpty());
-    EXPECT_THAT(plugin.Calls(LoggerSource), ElementsAre(Call(LoggerSource, 1, "\"Orlindex\"")));
+    EXPECT_THAT(plugin.Calls(ServerManager::Interface), IsEmpty());
+    EXPECT_THAT(plugin.Calls(LoggerSource::Interface), ElementsAre(Call(LoggerSource::GetLogger, "\"Orlindex\"")));
 }
 
 TEST_F(Loading, EveryStepOfAStartIsLoggedInOrder)
@@ -120,7 +114,7 @@ TEST_F(Loading, WithNoPluginLoggerAnInfoMessageIsOnlyBufferedAndAnErrorMessageIs
 TEST_F(Loading, WithALoggerErrorMessagesAreNotPrinted)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.Answer(Factory, 3, 0);
+    plugin.Return(Factory::GetSSOClient, 0);
     CapturedOutput output;
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     IdServicesMgr::GetInstance()->IsLoggedIn();
@@ -131,9 +125,9 @@ TEST_F(Loading, WithALoggerErrorMessagesAreNotPrinted)
 TEST_F(Loading, AFactoryWithoutLoggerSourceLeavesThePendingMessagesInPlace)
 {
     PluginControl& plugin = InstallPlugin();
-    const std::int64_t source = plugin.Answer(Factory, 1);
-    plugin.Answer(Factory, 1, 0);
-    plugin.Answer(Factory, 3, 0);
+    const std::int64_t source = plugin.ResultOf(Factory::GetLoggerSource);
+    plugin.Return(Factory::GetLoggerSource, 0);
+    plugin.Return(Factory::GetSSOClient, 0);
     CapturedOutput output;
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     IdServicesMgr::GetInstance()->IsLoggedIn();
@@ -142,7 +136,7 @@ TEST_F(Loading, AFactoryWithoutLoggerSourceLeavesThePendingMessagesInPlace)
     EXPECT_THAT(plugin.Log(), IsEmpty());
 
     // A later start with a logger delivers what was kept, in order, before anything newer.
-    plugin.Answer(Factory, 1, source);
+    plugin.Return(Factory::GetLoggerSource, source);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     std::vector<std::string> starts;
@@ -155,23 +149,23 @@ TEST_F(Loading, AFactoryWithoutLoggerSourceLeavesThePendingMessagesInPlace)
 TEST_F(Loading, WhereTheLoggerSourceHasNoLoggerThePendingMessagesArePrinted)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.Answer(LoggerSource, 1, 0);
+    plugin.Return(LoggerSource::GetLogger, 0);
     CapturedOutput output;
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     const std::string printed = output.Take();
     EXPECT_THAT(printed, StartsWith("Orlindex.dll module loaded "));
     EXPECT_THAT(printed, EndsWith("\nGetting factory from client plugin module " + File() + '\n'));
-    EXPECT_THAT(plugin.Calls(LoggerSource), ElementsAre(Call(LoggerSource, 1, "\"Orlindex\"")));
+    EXPECT_THAT(plugin.Calls(LoggerSource::Interface), ElementsAre(Call(LoggerSource::GetLogger, "\"Orlindex\"")));
     EXPECT_THAT(plugin.Log(), IsEmpty());
 }
 
 TEST_F(Loading, ARestartWithoutLoggerDoesNotGoOnUsingTheEarlierOne)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.Answer(Factory, 3, 0);
+    plugin.Return(Factory::GetSSOClient, 0);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
-    plugin.Answer(LoggerSource, 1, 0);
+    plugin.Return(LoggerSource::GetLogger, 0);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     plugin.ClearJournal();
     CapturedOutput output;
@@ -224,7 +218,7 @@ TEST_F(Loading, InAWow64ProcessThe32BitSymbolNameIsLookedUp)
     });
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_THAT(names, ElementsAre("?GetSSOClientFactory@@YAPAVISSOClientFactory@IdentityServices@Kestrany@@XZ"));
-    EXPECT_THAT(plugin.Calls(FactoryFunction), ElementsAre(Call(FactoryFunction, 0)));
+    EXPECT_THAT(plugin.Calls(FactoryFunction), ElementsAre(Call(FactoryFunction)));
 }
 
 TEST_F(Loading, AFailedWow64QueryCountsAs64Bit)
@@ -240,18 +234,18 @@ TEST_F(Loading, AFailedWow64QueryCountsAs64Bit)
 TEST_F(Loading, ANullFactoryFailsTheStart)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.Answer(FactoryFunction, 0, 0);
+    plugin.Return(FactoryFunction, 0);
     EXPECT_EQ(FailedStart(), "");
-    EXPECT_THAT(plugin.Calls(), ElementsAre(Call(FactoryFunction, 0)));
+    EXPECT_THAT(plugin.Calls(), ElementsAre(Call(FactoryFunction)));
 }
 
 TEST_F(Loading, AFailedLoadIsNotAttemptedAgain)
 {
     PluginControl& plugin = InstallPlugin();
-    const std::int64_t factory = plugin.Answer(FactoryFunction, 0);
-    plugin.Answer(FactoryFunction, 0, 0);
+    const std::int64_t factory = plugin.ResultOf(FactoryFunction);
+    plugin.Return(FactoryFunction, 0);
     FailedStart();
-    plugin.Answer(FactoryFunction, 0, factory);
+    plugin.Return(FactoryFunction, factory);
     plugin.ClearJournal();
     int loads = 0;
     const LoadLibraryDouble count([&loads](LPCWSTR path) {
@@ -266,7 +260,7 @@ TEST_F(Loading, AFailedLoadIsNotAttemptedAgain)
 TEST_F(Loading, AThrowingFactoryFailsTheStart)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.OnCall(FactoryFunction, 0, [](const CallArguments&) { throw std::runtime_error("from the factory"); });
+    plugin.OnCall(FactoryFunction, [](const CallArguments&) { throw std::runtime_error("from the factory"); });
     FailedStart();
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
 }
@@ -274,7 +268,7 @@ TEST_F(Loading, AThrowingFactoryFailsTheStart)
 TEST_F(Loading, APluginThatThrowsWhatIsNoExceptionWhileItIsConfiguredFailsTheStartWithAMessage)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.OnCall(ServerManager, 2, [](const CallArguments&) { throw 42; });
+    plugin.OnCall(ServerManager::ConfigureServerApp, [](const CallArguments&) { throw 42; });
     EXPECT_EQ(FailedStart(), "Failed to load client plugin module " + File() + ". Error: unknown exception\n");
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
 }
@@ -282,11 +276,11 @@ TEST_F(Loading, APluginThatThrowsWhatIsNoExceptionWhileItIsConfiguredFailsTheSta
 TEST_F(Loading, APluginThatThrowsWhatIsNoExceptionBetweenItsInterfacesIsNotHalfLoaded)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.OnCall(Factory, 3, [](const CallArguments&) { throw 42; }); // Two interfaces were taken by then.
+    plugin.OnCall(Factory::GetSSOClient, [](const CallArguments&) { throw 42; }); // Two interfaces were taken by then.
     FailedStart();
     EXPECT_EQ(plugin.Log().back(),
               (LogLine{Error, "Failed to load client plugin module " + File() + ". Error: unknown exception"}));
-    plugin.OnCall(Factory, 3, [](const CallArguments&) {});
+    plugin.OnCall(Factory::GetSSOClient, [](const CallArguments&) {});
     plugin.ClearJournal();
     FailedStart();
     EXPECT_FALSE(SSOServerManager::IsSSOServerProcessReady());
@@ -296,15 +290,15 @@ TEST_F(Loading, APluginThatThrowsWhatIsNoExceptionBetweenItsInterfacesIsNotHalfL
 TEST_F(Loading, ALoggerThatThrowsDoesNotReachTheHost)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.OnCall(Logger, 10, [](const CallArguments&) { throw std::runtime_error("from the logger"); });
+    plugin.OnCall(Logger::Log, [](const CallArguments&) { throw std::runtime_error("from the logger"); });
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
 }
 
 TEST_F(Loading, ALoggerThatThrowsWhatIsNoExceptionNeitherEndsTheHostNorFailsTheLoad)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.OnCall(Logger, 10, [](const CallArguments&) { throw 42; });
-    plugin.Answer(Factory, 3, 0);
+    plugin.OnCall(Logger::Log, [](const CallArguments&) { throw 42; });
+    plugin.Return(Factory::GetSSOClient, 0);
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess) << "where the messages so far are delivered";
     EXPECT_FALSE(IdServicesMgr::GetInstance()->IsLoggedIn()) << "where a message is written";
 }

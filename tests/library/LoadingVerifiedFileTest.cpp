@@ -1,9 +1,8 @@
 // Between verification and loading: what is loaded is the file that was verified, and nothing else.
 
 #include "LoadingSupport.h"
-#include "TrustDoubles.h"
-#include "support/FileImports.h"
 #include "support/Handle.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -179,7 +178,7 @@ TEST_F(LoadingVerifiedFile, ALinkToAFileWhoseNameTheLoaderWouldExtendIsRefused)
 TEST_F(LoadingVerifiedFile, AFileWhoseOwnPathIsUnknownFailsAtTheLoadEvenThoughItsSignatureIsValid)
 {
     site.Install();
-    const FinalPathDouble unknown([](HANDLE, LPWSTR, DWORD, DWORD) {
+    const GetFinalPathNameByHandleDouble unknown([](HANDLE, LPWSTR, DWORD, DWORD) {
         SetLastError(ERROR_PATH_NOT_FOUND);
         return DWORD{0};
     });
@@ -226,13 +225,13 @@ protected:
     }
 
 private:
-    std::optional<QueryMemoryDouble> mapped_;
+    std::optional<NtQueryVirtualMemoryDouble> mapped_;
 };
 
 TEST_F(LoadingReplacedFile, TheModuleInMemoryThatWasVerifiedWhenItWasLoadedGoesOnServing)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.Answer(Client, 7, 1);
+    plugin.Return(Client::IsLoggedIn, 1);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     Replace("asia");

@@ -26,13 +26,13 @@ void ExpectFallback(const PrivateMember& member)
 class PrivateFallbacks : public HostTest
 {
 protected:
-    /// With a plugin that answers null for one interface: its members fall back, the others serve.
-    void ExpectFallbacksWithout(const char* interfaceName, int factorySlot, const LogLine& reason)
+    /// With a plugin whose factory returns null for one interface: its members fall back, the others serve.
+    void ExpectFallbacksWithout(const std::string& interfaceName, const PluginOperation& getter, const LogLine& reason)
     {
-        InstallPlugin().Answer(Factory, factorySlot, 0);
+        InstallPlugin().Return(getter, 0);
         for (const PrivateMember& member : PrivateMembers())
         {
-            if (member.interfaceName != std::string(interfaceName))
+            if (member.operation.interfaceName != interfaceName)
                 continue;
             SSOClientPrivate::GetProductName(); // Loads the plugin for the first of them.
             Plugin().ClearJournal();
@@ -42,12 +42,12 @@ protected:
         }
         for (const PrivateMember& member : PrivateMembers())
         {
-            if (member.interfaceName == std::string(interfaceName))
+            if (member.operation.interfaceName == interfaceName)
                 continue;
             Plugin().ClearJournal();
             PrivateArguments arguments;
             member.call(arguments);
-            EXPECT_THAT(Plugin().Calls(member.interfaceName), SizeIs(1)) << member.name;
+            EXPECT_THAT(Plugin().Calls(member.operation.interfaceName), SizeIs(1)) << member.name;
         }
     }
 };
@@ -102,21 +102,22 @@ TEST_F(PrivateFallbacks, AfterTheFailedLoadNoMemberPrintsAnything)
 TEST_F(PrivateFallbacks, WithoutPrivateInterfaceItsMembersAnswerTheirFallbacks)
 {
     ExpectFallbacksWithout(
-        Private, 4,
+        Private::Interface, Factory::GetSSOClientPrivate,
         {Error, "Failed to obtain ISSOClientPrivate. ISSOClientFactory::GetSSOClientPrivate returned null."});
 }
 
 TEST_F(PrivateFallbacks, WithoutServerManagerItsMembersAnswerTheirFallbacks)
 {
     ExpectFallbacksWithout(
-        ServerManager, 5,
+        ServerManager::Interface, Factory::GetSSOServerManager,
         {Error, "Failed to obtain ISSOServerManager. ISSOClientFactory::GetSSOServerManager returned null."});
 }
 
 TEST_F(PrivateFallbacks, WithoutModuleInterfaceItsMembersAnswerTheirFallbacks)
 {
     ExpectFallbacksWithout(
-        Module, 2, {Error, "Failed to obtain ISSOClientModule. ISSOClientFactory::GetSSOClientModule returned null."});
+        Module::Interface, Factory::GetSSOClientModule,
+        {Error, "Failed to obtain ISSOClientModule. ISSOClientFactory::GetSSOClientModule returned null."});
 }
 
 } // namespace OrlindexTest

@@ -9,9 +9,9 @@
 #include <knownfolders.h>
 #include <shlobj.h>
 
-#include "TrustDoubles.h"
 #include "orlindex/SSOClientPrivate.h"
 #include "support/HostTest.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -21,21 +21,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
-
-struct LoadLibraryImport
-{
-    static constexpr char Name[] = "LoadLibraryW";
-    using Type = decltype(LoadLibraryW);
-};
-
-struct ModuleHandleImport
-{
-    static constexpr char Name[] = "GetModuleHandleW";
-    using Type = decltype(GetModuleHandleW);
-};
-
-using LoadLibraryDouble = ImportDouble<LoadLibraryImport>;
-using ModuleHandleDouble = ImportDouble<ModuleHandleImport>;
 
 std::wstring KnownFolder(const KNOWNFOLDERID& id)
 {
@@ -212,7 +197,7 @@ protected:
     /// Runs `action` on this thread while it holds the manager's lock: inside the plugin's logger.
     void WhileLocked(std::function<void()> action)
     {
-        Plugin().OnCall(Logger, 10, [action = std::move(action)](const CallArguments&) { action(); });
+        Plugin().OnCall(Logger::Log, [action = std::move(action)](const CallArguments&) { action(); });
         SSOClientPrivate::SetSSOClientConfigFileOverride(L"too late");
     }
 
@@ -223,11 +208,11 @@ protected:
         std::future<void> caller;
         std::atomic<bool> released = false;
         std::atomic<bool> early = false;
-        const ModuleHandleDouble modules([&](const wchar_t* name) {
+        const GetModuleHandleDouble modules([&](const wchar_t* name) {
             if (!released)
                 early = true;
             asked.set_value();
-            return ModuleHandleDouble::Original(name);
+            return GetModuleHandleDouble::Original(name);
         });
         WhileLocked([&]() {
             caller = std::async(std::launch::async, call);

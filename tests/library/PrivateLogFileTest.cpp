@@ -9,6 +9,7 @@
 
 #include "orlindex/SSOClientPrivate.h"
 #include "support/HostTest.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -17,12 +18,6 @@ using namespace Kestrany::IdentityServices;
 using testing::IsEmpty;
 
 namespace {
-
-struct KnownFolderImport
-{
-    static constexpr char Name[] = "SHGetKnownFolderPath";
-    using Type = decltype(SHGetKnownFolderPath);
-};
 
 /// Makes the platform answer one path for local application data; none where `path` is null.
 class LocalAppData
@@ -44,7 +39,7 @@ public:
     }
 
 private:
-    ImportDouble<KnownFolderImport> folder_;
+    SHGetKnownFolderPathDouble folder_;
 };
 
 std::wstring LocalAppDataFolder()

@@ -12,6 +12,7 @@
 #include "orlindex/IdServicesMgr.h"
 #include "orlindex/ProductConfig.h"
 #include "orlindex/RetrySchedule.h"
+#include "plugin/Slots.h"
 
 namespace OrlindexTest {
 
@@ -38,10 +39,10 @@ struct PrivateArguments
     const char* texts[2] = {"--first", "--second"};
 };
 
-/// An answer of the plugin, and what the caller must get then.
-struct Answered
+/// A result of the plugin, and what the caller must get then.
+struct PassedOn
 {
-    std::int64_t plugin;
+    std::int64_t fromPlugin;
     std::string result;
 };
 
@@ -49,13 +50,12 @@ struct Answered
 struct PrivateMember
 {
     std::string name;
-    const char* interfaceName;
-    int slot;
-    /// Calls it; answers its result as a text, an empty one if it has none.
+    PluginOperation operation;
+    /// Calls it; returns its result as a text, an empty one if it has none.
     std::function<std::string(PrivateArguments&)> call;
     /// What the plugin must see, as the journal shows it between the brackets.
     std::function<testing::Matcher<std::string>(const PrivateArguments&)> arguments;
-    std::vector<Answered> answers;
+    std::vector<PassedOn> results;
     /// Result without the interface.
     std::string fallback;
 };

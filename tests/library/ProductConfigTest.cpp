@@ -9,6 +9,7 @@
 #include "InvalidParameter.h"
 #include "orlindex/ProductConfig.h"
 #include "support/HostTest.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -74,21 +75,6 @@ const BlockEntry* Block(const ProductConfig& config)
 {
     return reinterpret_cast<const BlockEntry* const*>(&config)[1];
 }
-
-struct MallocImport
-{
-    static constexpr char Name[] = "malloc";
-    using Type = void*(std::size_t);
-};
-
-struct FreeImport
-{
-    static constexpr char Name[] = "free";
-    using Type = void(void*);
-};
-
-using MallocDouble = ImportDouble<MallocImport>;
-using FreeDouble = ImportDouble<FreeImport>;
 
 } // namespace
 

@@ -71,7 +71,7 @@ TEST_F(TrustedByPlatform, ANameThatIsNotListedIsNotTrusted)
 TEST_F(TrustedByPlatform, SuccessWithoutProviderDataIsAMissingSignature)
 {
     site.Install("good");
-    const ProviderDataDouble none([](HANDLE) -> CRYPT_PROVIDER_DATA* { return nullptr; });
+    const WTHelperProvDataFromStateDataDouble none([](HANDLE) -> CRYPT_PROVIDER_DATA* { return nullptr; });
     ExpectRefused(SaidMissing);
 }
 
@@ -79,9 +79,9 @@ TEST_F(TrustedByPlatform, ThePinnedRootIsNotLookedAt)
 {
     site.Install("good");
     int hashes = 0;
-    const HashCertificateDouble count([&](auto... arguments) {
+    const CryptHashCertificate2Double count([&](auto... arguments) {
         ++hashes;
-        return HashCertificateDouble::Original(arguments...);
+        return CryptHashCertificate2Double::Original(arguments...);
     });
     ExpectAccepted();
     EXPECT_EQ(hashes, 0);
@@ -98,12 +98,13 @@ TEST_F(TrustedByPlatform, ASignerThatCannotBeHadIsSkipped)
 {
     site.Install("good");
     const SignerCount two(2);
-    const SignerDouble firstMissing([](CRYPT_PROVIDER_DATA* data, DWORD index, BOOL counter, DWORD counterIndex) {
-        return index == 0 ? nullptr : SignerDouble::Original(data, 0, counter, counterIndex);
+    const WTHelperGetProvSignerFromChainDouble firstMissing([](CRYPT_PROVIDER_DATA* data, DWORD index, BOOL counter,
+                                                               DWORD counterIndex) {
+        return index == 0 ? nullptr : WTHelperGetProvSignerFromChainDouble::Original(data, 0, counter, counterIndex);
     });
     // The second signer has its first certificate at the place where the second is asked for.
-    const CertificateDouble shifted(
-        [](CRYPT_PROVIDER_SGNR* signer, DWORD) { return CertificateDouble::Original(signer, 0); });
+    const WTHelperGetProvCertFromChainDouble shifted(
+        [](CRYPT_PROVIDER_SGNR* signer, DWORD) { return WTHelperGetProvCertFromChainDouble::Original(signer, 0); });
     ExpectAccepted();
 }
 
@@ -112,7 +113,7 @@ TEST_F(TrustedByPlatform, ACertificateWithoutContextIsSkipped)
     site.Install("good");
     CRYPT_PROVIDER_CERT empty{};
     empty.cbStruct = sizeof empty;
-    const CertificateDouble without([&empty](CRYPT_PROVIDER_SGNR*, DWORD) { return &empty; });
+    const WTHelperGetProvCertFromChainDouble without([&empty](CRYPT_PROVIDER_SGNR*, DWORD) { return &empty; });
     ExpectRefused(SaidNotTrusted);
 }
 
@@ -123,8 +124,8 @@ TEST_F(TrustedByPlatform, ASignerWhoseCertificateHasNoContextIsSkipped)
     const ChangedSigner twice([](CRYPT_PROVIDER_SGNR&) {});
     CRYPT_PROVIDER_CERT empty{};
     empty.cbStruct = sizeof empty;
-    const CertificateDouble firstWithout([&empty](CRYPT_PROVIDER_SGNR* signer, DWORD index) {
-        return index == 0 ? &empty : CertificateDouble::Original(signer, 0);
+    const WTHelperGetProvCertFromChainDouble firstWithout([&empty](CRYPT_PROVIDER_SGNR* signer, DWORD index) {
+        return index == 0 ? &empty : WTHelperGetProvCertFromChainDouble::Original(signer, 0);
     });
     ExpectAccepted();
 }
@@ -136,15 +137,17 @@ TEST_F(TrustedByPlatform, TheSignersIndexIsTheCertificatesIndexToo)
     std::vector<std::pair<DWORD, BOOL>> signers;
     std::vector<DWORD> counterSigners;
     std::vector<DWORD> certificates;
-    const SignerDouble recordSigner([&](CRYPT_PROVIDER_DATA* data, DWORD index, BOOL counter, DWORD counterIndex) {
-        signers.emplace_back(index, counter);
-        counterSigners.push_back(counterIndex);
-        return SignerDouble::Original(data, 0, counter, counterIndex);
-    });
-    const CertificateDouble recordCertificate([&certificates](CRYPT_PROVIDER_SGNR* signer, DWORD index) {
-        certificates.push_back(index);
-        return CertificateDouble::Original(signer, index);
-    });
+    const WTHelperGetProvSignerFromChainDouble recordSigner(
+        [&](CRYPT_PROVIDER_DATA* data, DWORD index, BOOL counter, DWORD counterIndex) {
+            signers.emplace_back(index, counter);
+            counterSigners.push_back(counterIndex);
+            return WTHelperGetProvSignerFromChainDouble::Original(data, 0, counter, counterIndex);
+        });
+    const WTHelperGetProvCertFromChainDouble recordCertificate(
+        [&certificates](CRYPT_PROVIDER_SGNR* signer, DWORD index) {
+            certificates.push_back(index);
+            return WTHelperGetProvCertFromChainDouble::Original(signer, index);
+        });
     ExpectRefused(SaidNotTrusted);
     EXPECT_THAT(signers, ElementsAre(std::pair{0U, FALSE}, std::pair{1U, FALSE}, std::pair{2U, FALSE}));
     EXPECT_THAT(counterSigners, Each(0U));
@@ -156,9 +159,9 @@ TEST_F(TrustedByPlatform, TheFirstMatchingSignerEndsTheWalk)
     site.Install("good");
     const SignerCount three(3);
     int asked = 0;
-    const CertificateDouble count([&asked](CRYPT_PROVIDER_SGNR* signer, DWORD) {
+    const WTHelperGetProvCertFromChainDouble count([&asked](CRYPT_PROVIDER_SGNR* signer, DWORD) {
         ++asked;
-        return CertificateDouble::Original(signer, 0);
+        return WTHelperGetProvCertFromChainDouble::Original(signer, 0);
     });
     ExpectAccepted();
     EXPECT_EQ(asked, 1);
@@ -184,7 +187,7 @@ TEST_P(SignerName, IsComparedByteForByte)
 {
     site.Install("good");
     const std::string& text = GetParam().text;
-    const CertificateNameDouble name(
+    const CertGetNameStringADouble name(
         [&text](PCCERT_CONTEXT, DWORD type, DWORD flags, void* parameter, LPSTR buffer, DWORD size) {
             EXPECT_EQ(type, 4U);
             EXPECT_EQ(flags, 0U);
@@ -196,7 +199,7 @@ TEST_P(SignerName, IsComparedByteForByte)
             }
             return static_cast<DWORD>(text.size());
         });
-    const WideCertificateNameDouble wide([&text](PCCERT_CONTEXT, DWORD, DWORD, void*, LPWSTR buffer, DWORD size) {
+    const CertGetNameStringWDouble wide([&text](PCCERT_CONTEXT, DWORD, DWORD, void*, LPWSTR buffer, DWORD size) {
         const auto length = std::min<std::size_t>(text.size(), size);
         std::copy_n(text.begin(), length, buffer);
         return static_cast<DWORD>(length);
@@ -222,7 +225,7 @@ INSTANTIATE_TEST_SUITE_P(Platform, SignerName,
 TEST_F(TrustedByPlatform, ANameThatCannotBeFetchedAfterItsLengthWasLearntIsNotTrusted)
 {
     site.Install("good");
-    const CertificateNameDouble name([](PCCERT_CONTEXT, DWORD, DWORD, void*, LPSTR buffer, DWORD) -> DWORD {
+    const CertGetNameStringADouble name([](PCCERT_CONTEXT, DWORD, DWORD, void*, LPSTR buffer, DWORD) -> DWORD {
         if (buffer == nullptr)
             return 15;
         std::memcpy(buffer, "Kestrany, Inc.", 15);

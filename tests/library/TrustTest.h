@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "TrustDoubles.h"
 #include "support/HostTest.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -41,7 +41,7 @@ protected:
     void ExpectAccepted()
     {
         EXPECT_EQ(Start(), "");
-        EXPECT_EQ(result_, 1000);
+        EXPECT_EQ(result_, IdSuccess);
         EXPECT_TRUE(IsLoaded(site.PluginFile()));
         const PluginControl plugin(site.PluginFile());
         EXPECT_THAT(plugin.Log(), testing::Contains(LogLine{Info, SaidValid + Utf8(site.PluginFile())}));
@@ -53,7 +53,7 @@ protected:
     void ExpectRefused(const std::string& reason)
     {
         EXPECT_EQ(Start(), reason + Utf8(site.PluginFile()) + '\n');
-        EXPECT_EQ(result_, 3005);
+        EXPECT_EQ(result_, IdClientUnavailable);
         EXPECT_FALSE(IsLoaded(site.PluginFile()));
         ExpectStateReleased();
     }

@@ -8,8 +8,8 @@
 #include "base/FileContents.h"
 #include "base/Paths.h"
 #include "locate/FileSearch.h"
-#include "support/FileImports.h"
 #include "support/Handle.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -179,7 +179,7 @@ TEST_F(Existence, FilesAndDirectoriesAreThere)
 
 TEST_F(Existence, ALinkIsThereWhereWhatItLeadsToIs)
 {
-    const FileAttributesDouble link([](LPCWSTR) { return DWORD{FILE_ATTRIBUTE_REPARSE_POINT}; }, Executable());
+    const GetFileAttributesDouble link([](LPCWSTR) { return DWORD{FILE_ATTRIBUTE_REPARSE_POINT}; }, Executable());
     EXPECT_TRUE(PathExists(there));
     EXPECT_FALSE(PathExists(missing));
 }
@@ -188,7 +188,7 @@ TEST_F(Existence, WhereAttributesAreRefusedTheFileIsOpenedToTell)
 {
     for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION})
     {
-        const FileAttributesDouble refuse(
+        const GetFileAttributesDouble refuse(
             [error](LPCWSTR) {
                 SetLastError(error);
                 return INVALID_FILE_ATTRIBUTES;
@@ -203,7 +203,7 @@ TEST_F(Existence, WhereAttributesAreRefusedTheFileIsOpenedToTell)
 TEST_F(Existence, AShareThatDoesNotAnswerIsAskedOnce)
 {
     int questions = 0;
-    const FileAttributesDouble refuse(
+    const GetFileAttributesDouble refuse(
         [&questions](LPCWSTR) {
             ++questions;
             SetLastError(ERROR_BAD_NETPATH);
@@ -263,7 +263,7 @@ TEST_F(FileContents, AFileThatCannotBeMeasuredOrReadGivesNothing)
     WriteFile(file, "unread");
     DWORD error = ERROR_SUCCESS;
     {
-        const FileSizeDouble fail(
+        const GetFileSizeExDouble fail(
             [](HANDLE, PLARGE_INTEGER) {
                 SetLastError(ERROR_INVALID_FUNCTION);
                 return FALSE;

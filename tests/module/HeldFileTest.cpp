@@ -10,7 +10,7 @@
 #include "Imports.h"
 #include "base/Paths.h"
 #include "load/HeldFile.h"
-#include "support/FileImports.h"
+#include "support/PlatformImports.h"
 #include "support/Site.h"
 #include "support/Text.h"
 
@@ -40,7 +40,7 @@ protected:
                 return CreateFileDouble::Original(file.c_str(), access, sharing, security, disposition, flags, model);
             },
             Executable());
-        const FinalPathDouble name(
+        const GetFinalPathNameByHandleDouble name(
             [&own](HANDLE, LPWSTR path, DWORD size, DWORD) {
                 if (size <= own.size())
                     return static_cast<DWORD>(own.size() + 1);
@@ -102,10 +102,10 @@ TEST_F(HeldFiles, ALongPathIsPlainOnlyWhereItWasGivenSo)
 
 TEST_F(HeldFiles, WhereNamesCannotBeNormalizedTheOpenedOneIsTaken)
 {
-    const FinalPathDouble name(
+    const GetFinalPathNameByHandleDouble name(
         [](HANDLE handle, LPWSTR path, DWORD size, DWORD form) {
             if (form != NormalizedName)
-                return FinalPathDouble::Original(handle, path, size, form);
+                return GetFinalPathNameByHandleDouble::Original(handle, path, size, form);
             SetLastError(ERROR_ACCESS_DENIED);
             return DWORD{0};
         },
@@ -118,7 +118,7 @@ TEST_F(HeldFiles, WhereNamesCannotBeNormalizedTheOpenedOneIsTaken)
 TEST_F(HeldFiles, WhereTheVolumeHasNoLetterItsOwnNameIsTaken)
 {
     constexpr wchar_t own[] = L"\\\\?\\Volume{0b3f7e6c-0000-0000-0000-000000000000}\\file.dll";
-    const FinalPathDouble name(
+    const GetFinalPathNameByHandleDouble name(
         [&own](HANDLE, LPWSTR path, DWORD, DWORD form) {
             SetLastError(ERROR_PATH_NOT_FOUND);
             if (form != NormalizedNameOnVolume)
@@ -138,7 +138,7 @@ TEST_F(HeldFiles, OneWithoutAnyNameIsNotHeld)
     for (const DWORD answer : {0U, 32767U, 32768U, 40000U})
     {
         std::vector<DWORD> forms;
-        const FinalPathDouble name(
+        const GetFinalPathNameByHandleDouble name(
             [&](HANDLE, LPWSTR, DWORD size, DWORD form) {
                 if (forms.empty() || forms.back() != form)
                     forms.push_back(form);

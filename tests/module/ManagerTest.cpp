@@ -29,16 +29,6 @@ using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
 
-namespace {
-
-/// Slots of the plugin's factory.
-constexpr int moduleSlot = 2;
-constexpr int clientSlot = 3;
-constexpr int privateSlot = 4;
-constexpr int serverManagerSlot = 5;
-
-} // namespace
-
 class Manager : public LocateTest
 {
 protected:
@@ -133,10 +123,10 @@ TEST_F(Manager, ForgettingWaitsForAThreadThatHoldsTheLock)
 TEST_F(Manager, AskingForTheClientAfterTheModuleBeganWaitsForAThreadThatHoldsTheLock)
 {
     Install();
-    const std::int64_t client = plugin->Answer(Factory, clientSlot);
-    plugin->Answer(Factory, clientSlot, 0);
+    const std::int64_t client = plugin->ResultOf(Factory::GetSSOClient);
+    plugin->Return(Factory::GetSSOClient, 0);
     ASSERT_TRUE(manager.EnsureClientLoaded());
-    plugin->Answer(Factory, clientSlot, client);
+    plugin->Return(Factory::GetSSOClient, client);
     ExpectToWaitForTheLock([this] { manager.EnsureClientAfterInitialize(); },
                            [] { return pluginInterfaces.ssoClient != nullptr; });
 }
@@ -179,10 +169,10 @@ TEST_F(Manager, WhoHoldsAForgottenManagerLoadsAgain)
 TEST_F(Manager, AForgottenManagerWhoseLoadFailedLoadsAgain)
 {
     Install();
-    const std::int64_t factory = plugin->Answer(FactoryFunction, 0);
-    plugin->Answer(FactoryFunction, 0, 0);
+    const std::int64_t factory = plugin->ResultOf(FactoryFunction);
+    plugin->Return(FactoryFunction, 0);
     ASSERT_EQ(manager.GetSSOClient(), nullptr);
-    plugin->Answer(FactoryFunction, 0, factory);
+    plugin->Return(FactoryFunction, factory);
     SSOPathResolver::Forget();
     plugin->ClearJournal();
     log.Take();
@@ -321,7 +311,7 @@ TEST_F(Manager, MessagesFromBeforeTheLoadReachThePluginsLoggerInOrder)
 struct NullInterface
 {
     const char* name;
-    int slot;
+    PluginOperation getter;
     bool (*isNull)(SSOPathResolver& manager);
 };
 
@@ -337,7 +327,7 @@ class ManagerWithoutInterface : public Manager, public testing::WithParamInterfa
 TEST_P(ManagerWithoutInterface, LogsEachRequestAndAnswersNull)
 {
     Install();
-    plugin->Answer(Factory, GetParam().slot, 0);
+    plugin->Return(GetParam().getter, 0);
     ASSERT_TRUE(manager.EnsureClientLoaded());
     const std::string name = GetParam().name;
     const LogLine message =
@@ -352,13 +342,13 @@ TEST_P(ManagerWithoutInterface, LogsEachRequestAndAnswersNull)
 
 INSTANTIATE_TEST_SUITE_P(
     , ManagerWithoutInterface,
-    testing::Values(NullInterface{"SSOClientModule", moduleSlot,
+    testing::Values(NullInterface{"SSOClientModule", Factory::GetSSOClientModule,
                                   [](SSOPathResolver& manager) { return manager.GetSSOClientModule() == nullptr; }},
-                    NullInterface{"SSOClient", clientSlot,
+                    NullInterface{"SSOClient", Factory::GetSSOClient,
                                   [](SSOPathResolver& manager) { return manager.GetSSOClient() == nullptr; }},
-                    NullInterface{"SSOClientPrivate", privateSlot,
+                    NullInterface{"SSOClientPrivate", Factory::GetSSOClientPrivate,
                                   [](SSOPathResolver& manager) { return manager.GetSSOClientPrivate() == nullptr; }},
-                    NullInterface{"SSOServerManager", serverManagerSlot,
+                    NullInterface{"SSOServerManager", Factory::GetSSOServerManager,
                                   [](SSOPathResolver& manager) { return manager.GetSSOServerManager() == nullptr; }}),
     [](const testing::TestParamInfo<NullInterface>& instance) { return std::string(instance.param.name); });
 

@@ -6,8 +6,7 @@
 #include "Imports.h"
 #include "LocateTest.h"
 #include "base/SystemText.h"
-#include "support/FileImports.h"
-#include "support/LoaderImports.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 

@@ -19,14 +19,6 @@ using testing::IsEmpty;
 
 namespace {
 
-struct KnownFolderImport
-{
-    static constexpr char Name[] = "SHGetKnownFolderPath";
-    using Type = decltype(SHGetKnownFolderPath);
-};
-
-using KnownFolderDouble = ImportDouble<KnownFolderImport>;
-
 std::wstring Upper(std::wstring text)
 {
     for (wchar_t& character : text)
@@ -82,7 +74,7 @@ protected:
     void ExpectKnownFolder(const std::wstring& name, const KNOWNFOLDERID& expected)
     {
         int calls = 0;
-        const KnownFolderDouble folders(
+        const SHGetKnownFolderPathDouble folders(
             [&](const KNOWNFOLDERID& id, DWORD flags, HANDLE token, wchar_t** path) -> HRESULT {
                 ++calls;
                 EXPECT_TRUE(IsEqualGUID(id, expected)) << ToUtf8(name);
@@ -141,7 +133,7 @@ TEST_F(PathVariables, LocalAppDataIsThePlatformsLocalFolder)
 
 TEST_F(PathVariables, AFolderThatThePlatformCannotNameHasNoValue)
 {
-    const KnownFolderDouble folders(
+    const SHGetKnownFolderPathDouble folders(
         [](const KNOWNFOLDERID&, DWORD, HANDLE, wchar_t** path) -> HRESULT {
             *path = nullptr;
             return E_FAIL;

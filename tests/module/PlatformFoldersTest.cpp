@@ -15,12 +15,6 @@ using namespace Kestrany::IdentityServices;
 
 namespace {
 
-struct ModuleFileNameImport
-{
-    static constexpr char Name[] = "GetModuleFileNameW";
-    using Type = decltype(GetModuleFileNameW);
-};
-
 /// Makes the platform answer one file name for every module, cut off where the buffer ends.
 class ModuleNamed
 {
@@ -41,7 +35,7 @@ public:
     }
 
 private:
-    ImportDouble<ModuleFileNameImport> names_;
+    GetModuleFileNameDouble names_;
 };
 
 } // namespace
@@ -102,7 +96,7 @@ TEST_F(PlatformFolders, AModulesPathThatDoesNotFitHasNoValue)
 
 TEST_F(PlatformFolders, AModuleWhoseNameThePlatformCannotTellHasNoPath)
 {
-    const ImportDouble<ModuleFileNameImport> names([](HMODULE, wchar_t*, DWORD) -> DWORD { return 0; }, Executable());
+    const GetModuleFileNameDouble names([](HMODULE, wchar_t*, DWORD) -> DWORD { return 0; }, Executable());
     EXPECT_EQ(GetExeDirPath(), L"");
     EXPECT_EQ(GetModuleFilePath(L"Orlindex.dll"), L"");
     EXPECT_EQ(GetModuleDirPath(L"Orlindex.dll"), L"");

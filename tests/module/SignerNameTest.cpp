@@ -23,21 +23,6 @@ using Kestrany::IdentityServices::SignerNameMatches;
 
 namespace {
 
-struct GetNameImport
-{
-    static constexpr char Name[] = "CertGetNameStringA";
-    using Type = decltype(CertGetNameStringA);
-};
-
-struct GetWideNameImport
-{
-    static constexpr char Name[] = "CertGetNameStringW";
-    using Type = decltype(CertGetNameStringW);
-};
-
-using GetNameDouble = ImportDouble<GetNameImport>;
-using GetWideNameDouble = ImportDouble<GetWideNameImport>;
-
 struct CertificateFreer
 {
     void operator()(const CERT_CONTEXT* certificate) const { CertFreeCertificateContext(certificate); }
@@ -137,8 +122,8 @@ public:
 private:
     CERT_CONTEXT context_ = {};
     int calls_ = 0;
-    GetNameDouble names_;
-    GetWideNameDouble wideNames_;
+    CertGetNameStringADouble names_;
+    CertGetNameStringWDouble wideNames_;
 };
 
 constexpr std::string_view List(const char* text, std::size_t size)
@@ -192,7 +177,7 @@ TEST(SignerName, ALookAlikeDoesNotMatch)
 
 TEST(SignerName, OnlyAMatchTakesAQuestionForTheWideName)
 {
-    const GetWideNameDouble none(
+    const CertGetNameStringWDouble none(
         [](PCCERT_CONTEXT, DWORD, DWORD, void*, wchar_t*, DWORD) {
             ADD_FAILURE();
             return DWORD{0};
@@ -203,8 +188,8 @@ TEST(SignerName, OnlyAMatchTakesAQuestionForTheWideName)
 
 TEST(SignerName, AnUnknownWideNameDoesNotMatch)
 {
-    const GetWideNameDouble none([](PCCERT_CONTEXT, DWORD, DWORD, void*, wchar_t*, DWORD) { return DWORD{0}; },
-                                 Executable());
+    const CertGetNameStringWDouble none([](PCCERT_CONTEXT, DWORD, DWORD, void*, wchar_t*, DWORD) { return DWORD{0}; },
+                                        Executable());
     EXPECT_FALSE(IsTrusted("good"));
 }
 

@@ -74,8 +74,8 @@ protected:
         const StartFigures thousand = StartInChild("1000 " + what);
         prepare(10000);
         const StartFigures tenThousand = StartInChild("10000 " + what);
-        EXPECT_EQ(thousand.result, 1000) << thousand.output;
-        EXPECT_EQ(tenThousand.result, 1000) << tenThousand.output;
+        EXPECT_EQ(thousand.result, IdSuccess) << thousand.output;
+        EXPECT_EQ(tenThousand.result, IdSuccess) << tenThousand.output;
         EXPECT_LT(tenThousand.milliseconds, 25 * std::max(thousand.milliseconds, 20LL));
         EXPECT_LT(tenThousand.peakKilobytes, 256 * Megabyte);
         PrintCount("milliseconds of a start with 1000 " + what, thousand.milliseconds);
@@ -86,7 +86,7 @@ protected:
     void ExpectRefused(const std::string& what, long long largestPeak = 64 * Megabyte)
     {
         const StartFigures figures = StartInChild(what);
-        EXPECT_EQ(figures.result, 3005) << what << '\n' << figures.output;
+        EXPECT_EQ(figures.result, IdClientUnavailable) << what << '\n' << figures.output;
         EXPECT_LT(figures.peakKilobytes, largestPeak) << what;
         EXPECT_LT(figures.milliseconds, LongestRefusal) << what;
         largestPeak_ = std::max(largestPeak_, figures.peakKilobytes);
@@ -180,7 +180,7 @@ TEST_F(Limits, ElementsThatAreNoneTakeTimeAndMemoryInProportion)
     };
     const StartFigures few = start(many / 10);
     const StartFigures figures = start(many);
-    EXPECT_EQ(figures.result, 3005);
+    EXPECT_EQ(figures.result, IdClientUnavailable);
     EXPECT_LT(figures.milliseconds, 25 * std::max(few.milliseconds, 20LL));
     EXPECT_LT(figures.peakKilobytes - few.peakKilobytes, static_cast<long long>(many)) << "a kilobyte each";
     PrintCount("elements that are none", static_cast<long long>(many));
@@ -207,7 +207,7 @@ TEST_F(Limits, AFileFullOfIgnoredElementsTakesBoundedMemory)
         const std::string what = std::string("ignored elements ") + kind.what;
         const StartFigures figures = StartInChild(what);
         const auto ignored = static_cast<long long>(times * kind.count + 1);
-        EXPECT_EQ(figures.result, 3005) << what;
+        EXPECT_EQ(figures.result, IdClientUnavailable) << what;
         EXPECT_EQ(CountOf("Object ignored.", figures.output), ignored) << what << ": each is named";
         EXPECT_LT(figures.peakKilobytes, static_cast<long long>(50 + 70 * megabytes) * Megabyte) << what;
         PrintCount(what, ignored);

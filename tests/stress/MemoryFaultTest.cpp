@@ -146,17 +146,20 @@ private:
     void PrepareAnswers()
     {
         PluginControl& plugin = plugin_.emplace(site.PluginFile());
-        plugin.OnCall(Client, 6, [](const CallArguments& arguments) { WriteText(arguments, 0, Token); });
-        plugin.OnCall(Client, 4, [](const CallArguments& arguments) { WriteText(arguments, 2, SessionAddress); });
-        plugin.OnCall(Client, 17,
+        plugin.OnCall(Client::GetOAuth2AccessToken,
+                      [](const CallArguments& arguments) { WriteText(arguments, 0, Token); });
+        plugin.OnCall(Client::GetSessionUri,
+                      [](const CallArguments& arguments) { WriteText(arguments, 2, SessionAddress); });
+        plugin.OnCall(Client::AddObserver,
                       [this](const CallArguments& arguments) { observer_ = arguments.Pointer<IObserver>(0); });
-        plugin.OnCall(Client, 25, [this](const CallArguments&) {
+        plugin.OnCall(Client::DispatchEvent, [this](const CallArguments&) {
             if (observer_ != nullptr)
-                observer_->OnLoggedIn(1000);
+                observer_->OnLoggedIn(IdSuccess);
         });
-        plugin.Answer(Client, 34, 1);
+        plugin.Return(Client::IsApiAvailable, 1);
         settingsPath_ = L"C:\\a path of the plugin's settings that is long enough";
-        plugin.Answer(Private, 4, static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(settingsPath_.c_str())));
+        plugin.Return(Private::GetSettingsPath,
+                      static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(settingsPath_.c_str())));
     }
 
     /// What the plugin's module was told to start it was also told to stop.
@@ -169,14 +172,7 @@ private:
             EXPECT_EQ(talix_deinit(), IdSuccess);
         }
         EXPECT_FALSE(IdServicesMgr::IsInitialized());
-        int starts = 0;
-        int stops = 0;
-        for (const std::string& call : plugin_->Calls(Module))
-        {
-            starts += call.find(" 1 (") != std::string::npos;
-            stops += call.find(" 3 (") != std::string::npos;
-        }
-        EXPECT_EQ(starts, stops) << "of the plugin's module";
+        EXPECT_EQ(plugin_->Calls(Module::Initialize).size(), plugin_->Calls(Module::Uninitialize).size());
     }
 
     /// A plugin was told who it is and where its server is before anybody used it, or nobody did.
@@ -184,18 +180,15 @@ private:
     {
         for (const LogLine& line : plugin_->Log())
             EXPECT_THAT(line.text, Not(HasSubstr(InterfaceMissing)));
-        const std::vector<std::string> configured = plugin_->Calls(ServerManager);
-        for (const std::string& call : configured)
+        const std::vector<std::string> configured = plugin_->Calls(ServerManager::Interface);
+        for (const std::string& call : plugin_->Calls(ServerManager::ConfigureServerApp))
+            EXPECT_THAT(call, HasSubstr("Pellwick.exe\""));
+        if (!plugin_->Calls(Module::Interface).empty())
         {
-            if (call.find(" 2 (") != std::string::npos)
-            {
-                EXPECT_THAT(call, HasSubstr("Pellwick.exe\""));
-            }
-        }
-        if (!plugin_->Calls(Module).empty())
-        {
-            EXPECT_THAT(configured, Contains(Call(ServerManager, 6, "\"Kestrany.TALIX.DefaultProcess-v2\"")));
-            EXPECT_THAT(configured, Contains(Call(ServerManager, 8, "\"Kestrany.TALIX.DefaultServer-v2\"")));
+            EXPECT_THAT(configured,
+                        Contains(Call(ServerManager::SetProcessIdentityName, "\"Kestrany.TALIX.DefaultProcess-v2\"")));
+            EXPECT_THAT(configured,
+                        Contains(Call(ServerManager::SetServerIdentityName, "\"Kestrany.TALIX.DefaultServer-v2\"")));
         }
     }
 
@@ -348,14 +341,14 @@ TEST_F(MemoryFaultWhileLoading, WithoutMemoryToTellOfAnExceptionThePluginIsNotHa
     ImportHooks hooks;
     ThrowOnce(hooks);
     hooks.Fail({}, 0, NoMemory, 0);
-    plugin.OnCall(Factory, 3, [&hooks](const CallArguments&) {
+    plugin.OnCall(Factory::GetSSOClient, [&hooks](const CallArguments&) {
         hooks.Fail(Allocators, 1, NoMemory, ImportHooks::AllLater);
         throw std::runtime_error("a reason of some length, which is told where there is memory for it");
     });
     EXPECT_EQ(talix_init(), IdClientUnavailable);
     hooks.Fail({}, 0, NoMemory, 0);
     EXPECT_EQ(talix_init(), IdClientUnavailable);
-    EXPECT_THAT(plugin.Calls(Module), testing::IsEmpty()) << "which the plugin had given before it threw";
+    EXPECT_THAT(plugin.Calls(Module::Interface), testing::IsEmpty()) << "which the plugin had given before it threw";
 }
 
 INSTANTIATE_TEST_SUITE_P(Share, MemoryFaults, testing::Range(0, 4));

@@ -35,9 +35,9 @@ protected:
     {
         for (int round = 0; round < count; ++round)
         {
-            ASSERT_EQ(talix_init(), 1000);
-            ASSERT_EQ(talix_clear_proxy_info(), 1000);
-            ASSERT_EQ(talix_deinit(), 1000);
+            ASSERT_EQ(talix_init(), IdSuccess);
+            ASSERT_EQ(talix_clear_proxy_info(), IdSuccess);
+            ASSERT_EQ(talix_deinit(), IdSuccess);
             Plugin().ClearJournal();
         }
     }
@@ -64,14 +64,14 @@ TEST_F(Soak, StartsAndStopsLeaveOnlyWhatIsLeftOnPurpose)
 TEST_F(Soak, CallsLeaveNothing)
 {
     InstallPlugin();
-    ASSERT_EQ(talix_init(), 1000);
+    ASSERT_EQ(talix_init(), IdSuccess);
     const int calls = ShortOrLong(20000, 1000000);
     const auto call = [this](int count) {
         char text[64];
         talix_buffer buffer{text, sizeof text};
         for (int i = 0; i < count; ++i)
         {
-            ASSERT_EQ(talix_get_token(&buffer), 1000);
+            ASSERT_EQ(talix_get_token(&buffer), IdSuccess);
             if (i % 256 == 0)
                 Plugin().ClearJournal();
         }
@@ -85,7 +85,7 @@ TEST_F(Soak, CallsLeaveNothing)
     EXPECT_LE(NextHandle(), handle + MostPlatformHandles);
     PrintCount("text calls", calls);
     PrintCount("private bytes left by all text calls", growth);
-    EXPECT_EQ(talix_deinit(), 1000);
+    EXPECT_EQ(talix_deinit(), IdSuccess);
 }
 
 } // namespace OrlindexTest

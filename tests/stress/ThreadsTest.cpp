@@ -14,6 +14,7 @@
 #include "orlindex/talix.h"
 #include "support/Handle.h"
 #include "support/HostTest.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -49,12 +50,6 @@ public:
 void TALIX_CALL Ignore(std::int32_t /*code*/, std::int32_t /*status*/, void* /*value*/) {}
 
 /// The plugin's journal would grow with every call.
-struct WinVerifyTrustImport
-{
-    static constexpr char Name[] = "WinVerifyTrust";
-    using Type = LONG(HWND, GUID*, LPVOID);
-};
-
 } // namespace
 
 class Threads : public HostTest
@@ -152,7 +147,7 @@ TEST_F(Threads, ObserversAndEventsGoTogetherWithStartsOfOtherThreads)
 TEST_F(Threads, APluginMayCallBackFromInsideACallAndFromAThreadOfItsOwn)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.OnCall(Client, 22, [](const CallArguments&) {
+    plugin.OnCall(Client::ClearProxyInfo, [](const CallArguments&) {
         SSOClientPrivate::GetSettingsPath();
         EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 1);
         std::thread([]() { talix_get_server(); }).join(); // A lock that is held over the call would end here.
@@ -173,9 +168,9 @@ TEST_F(Threads, APluginThatThrowsLeavesNoLockAndNoCountBehind)
         if (++calls % 3 == 0)
             throw std::runtime_error("the plugin");
     };
-    plugin.OnCall(Client, 22, throwNowAndThen);
-    plugin.OnCall(Module, 1, throwNowAndThen);
-    plugin.OnCall(Module, 3, throwNowAndThen);
+    plugin.OnCall(Client::ClearProxyInfo, throwNowAndThen);
+    plugin.OnCall(Module::Initialize, throwNowAndThen);
+    plugin.OnCall(Module::Uninitialize, throwNowAndThen);
     std::atomic<int> failed = 0;
     const long long rounds = RunOnThreads([&failed](int, std::minstd_rand&) {
         const talix_status_code started = talix_init();
@@ -189,9 +184,9 @@ TEST_F(Threads, APluginThatThrowsLeavesNoLockAndNoCountBehind)
         EXPECT_THAT(talix_deinit(), AnyOf(IdSuccess, IdFailed));
     });
     EXPECT_GT(calls, 2);
-    plugin.OnCall(Client, 22, [](const CallArguments&) {});
-    plugin.OnCall(Module, 1, [](const CallArguments&) {});
-    plugin.OnCall(Module, 3, [](const CallArguments&) {});
+    plugin.OnCall(Client::ClearProxyInfo, [](const CallArguments&) {});
+    plugin.OnCall(Module::Initialize, [](const CallArguments&) {});
+    plugin.OnCall(Module::Uninitialize, [](const CallArguments&) {});
     ExpectStopped();
     PrintCount("rounds with a plugin that throws", rounds);
     PrintCount("starts that the plugin made fail", failed);
@@ -199,7 +194,6 @@ TEST_F(Threads, APluginThatThrowsLeavesNoLockAndNoCountBehind)
 
 TEST_F(Threads, AStartThatFailsWhileAnotherThreadStartsAndStopsKeepsTheCount)
 {
-    using WinVerifyTrustDouble = ImportDouble<WinVerifyTrustImport>;
     site.Install();
     const Handle verifying(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     const Handle proceed(CreateEventW(nullptr, TRUE, FALSE, nullptr));

@@ -56,7 +56,7 @@ protected:
 
     void Start()
     {
-        ASSERT_EQ(IdServicesMgr::Initialize(), 1000);
+        ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
         manager = IdServicesMgr::GetInstance();
         ASSERT_NE(manager, nullptr);
         Plugin().ClearJournal();

@@ -37,15 +37,8 @@ private:
 /// The library in this process. A module test that links the library's objects patches its own executable instead.
 HMODULE LibraryModule();
 
-/// An imported function replaced by a callable object. `Import` names the function and its type:
-///
-///     struct PathFileExistsImport
-///     {
-///         static constexpr char Name[] = "PathFileExistsW";
-///         using Type = decltype(PathFileExistsW);
-///     };
-///
-/// One object of each kind may live at a time.
+/// An imported function replaced by a callable object. `Import` gives the function's name and type; PlatformImports.h
+/// lists those of the tests. One object for each function may live at a time.
 template <typename Import, typename Type = typename Import::Type>
 class ImportDouble;
 
