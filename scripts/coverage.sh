@@ -5,15 +5,16 @@
 # under Wine, prints line and branch coverage for each file of src/ and in total, and writes
 #
 #   build/coverage/report/index.html      each source with its counts
-#   build/coverage/report/coverage.json   the same for programs
+#   build/coverage/report/coverage.json   the same data for programs
 #
-# Then compares what was not run with tests/coverage/uncovered.txt, where each such line and branch stands with its
-# reason. Branches that only exceptions take are left out of all figures.
+# Then compares the lines and branches that did not run with the markers that give their reasons in the sources (see
+# scripts/lib/coverage_markers.py) and with tests/coverage/uncovered.txt, which lists others. No figure includes branches
+# that only exceptions take.
 #
 #   --report    evaluates the counts of the last run again
-#   --help      this text
+#   --help      prints this text
 #
-# Ends with 0 when what was not run is what the list says, and with 1 when it is not, or a test failed.
+# The exit code is 0 if the markers and the list are right, and 1 if they are not or if a test failed.
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -30,19 +31,19 @@ suites=(unit module library doctor)
 build_with_counters()
 {
     bash "$root/scripts/setup.sh"
-    configure_preset coverage "$folder" || fail "the configuration failed" "its messages stand above"
+    configure_preset coverage "$folder" || fail "the configuration failed" "see the messages above"
     build_preset coverage orlindex orlindex_unit_tests orlindex_module_tests orlindex_library_tests tests/doctor/all ||
-        fail "the build failed" "its messages stand above"
+        fail "the build failed" "see the messages above"
 }
 
-# Counts add up over all processes of a run; each run begins at none.
+# The counts of all processes of a run are added. Each run begins with 0.
 run_tests()
 {
     local suite failed=''
     find "$folder" -name '*.gcda' -delete
     trap wine_session_end EXIT
     wine_session_begin
-    # The counters' files are named without a drive, and tests change theirs.
+    # The names of the counter files have no drive, and tests change the current drive.
     export GCOV_PREFIX=Z: GCOV_PREFIX_STRIP=0
     for suite in "${suites[@]}"; do
         say "== $suite tests"
@@ -50,7 +51,7 @@ run_tests()
             --output-log "$folder/$suite.log" </dev/null || failed+=" $suite"
     done
     [ -z "$failed" ] || fail "tests failed:$failed" "see build/coverage/<suite>.log" \
-        "scripts/coverage.sh --report shows what ran all the same"
+        "scripts/coverage.sh --report shows what ran"
 }
 
 write_report()
@@ -67,7 +68,7 @@ case ${1:-} in
     --help | -h) usage "$0"; exit ;;
     --report) ;;
     '') build_with_counters; run_tests ;;
-    *) fail "unknown argument: $1" "scripts/coverage.sh --help shows what there is" ;;
+    *) fail "unknown argument: $1" "scripts/coverage.sh --help prints the options" ;;
 esac
 write_report
 python3 "$root/scripts/lib/coverage.py" "$root" "$report/coverage.json" "$root/tests/coverage/uncovered.txt"
