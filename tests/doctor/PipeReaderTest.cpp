@@ -13,6 +13,7 @@
 namespace OrlindexTest {
 
 using Orlindex::Doctor::Handle;
+using Orlindex::Doctor::LineSplitter;
 using Orlindex::Doctor::MakePipe;
 using Orlindex::Doctor::Pipe;
 using Orlindex::Doctor::PipeReader;
@@ -101,7 +102,7 @@ TEST_F(DoctorPipeReader, SomebodyElseWhoWritesForEverDoesNotKeepIt)
         while (Write("more\n"))
             ;
     });
-    EXPECT_LE(lines_.size(), PipeReader::MostLines);
+    EXPECT_LE(lines_.size(), LineSplitter::MostLines);
 }
 
 TEST_F(DoctorPipeReader, ALineWithoutEndIsCut)
@@ -111,7 +112,7 @@ TEST_F(DoctorPipeReader, ALineWithoutEndIsCut)
         EndProcess();
     });
     EXPECT_EQ(end, End::ProcessEnded);
-    EXPECT_THAT(lines_, ElementsAre(SizeIs(PipeReader::LongestLine)));
+    EXPECT_THAT(lines_, ElementsAre(SizeIs(LineSplitter::LongestLine)));
 }
 
 TEST_F(DoctorPipeReader, OfLinesWithoutNumberTheFirstAreTaken)
@@ -121,19 +122,19 @@ TEST_F(DoctorPipeReader, OfLinesWithoutNumberTheFirstAreTaken)
             ;
     });
     EXPECT_EQ(end, End::TooMuch);
-    EXPECT_THAT(lines_, SizeIs(PipeReader::MostLines));
+    EXPECT_THAT(lines_, SizeIs(LineSplitter::MostLines));
     EXPECT_THAT(lines_, Each("1"));
 }
 
 TEST_F(DoctorPipeReader, AsManyLinesAsAreTakenAreNotTooMany)
 {
     std::string bytes;
-    for (std::size_t line = 0; line < PipeReader::MostLines; ++line)
+    for (std::size_t line = 0; line < LineSplitter::MostLines; ++line)
         bytes += "1\n";
     EXPECT_TRUE(Write(bytes));
     EndProcess();
     EXPECT_EQ(Read(), End::ProcessEnded);
-    EXPECT_THAT(lines_, SizeIs(PipeReader::MostLines));
+    EXPECT_THAT(lines_, SizeIs(LineSplitter::MostLines));
 }
 
 TEST_F(DoctorPipeReader, OfBytesWithoutNumberTheFirstAreTaken)
@@ -143,7 +144,7 @@ TEST_F(DoctorPipeReader, OfBytesWithoutNumberTheFirstAreTaken)
             ;
     });
     EXPECT_EQ(end, End::TooMuch);
-    EXPECT_THAT(lines_, SizeIs(PipeReader::MostBytes / 16001));
+    EXPECT_THAT(lines_, SizeIs(LineSplitter::MostBytes / 16001));
 }
 
 TEST_F(DoctorPipeReader, ALineThatNeverEndsIsTooMuch)

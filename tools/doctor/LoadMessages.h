@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "MessageLines.h"
 #include "load/StartObserver.h"
 
 namespace Orlindex::Doctor {
@@ -13,14 +14,12 @@ namespace Orlindex::Doctor {
 
 struct LoadMessage
 {
-    enum class Kind
-    {
-        Library,   ///< The host's library is loaded: `state` and `error`.
-        Step,      ///< `number` is a LoadStep, with `state` and `error`.
-        Object,    ///< `number` is a PluginObject, `error` is 1 where the plugin has it.
-        Exception, ///< `text`, UTF-8.
-        End        ///< The load came to its end; `number` is 1 where it succeeded.
-    };
+    /// Library: the host's library is loaded, `state` and `error`.
+    /// Step: `number` is a LoadStep, with `state` and `error`.
+    /// Object: `number` is a PluginObject, `error` is 1 if the plugin has it.
+    /// Exception: `text`, UTF-8.
+    /// End: the load came to its end, `number` is 1 if it succeeded.
+    using Kind = MessageLine::Kind;
 
     Kind kind;
     unsigned long number = 0;
@@ -32,7 +31,7 @@ struct LoadMessage
 /// Without line end.
 std::string LineOf(const LoadMessage& message);
 
-/// Nothing for a line that is none of them: a plugin may have got hold of the pipe.
+/// nullopt if the line is no message: a plugin may have got hold of the pipe.
 std::optional<LoadMessage> ParseLoadMessage(const std::string& line);
 
 } // namespace Orlindex::Doctor

@@ -241,7 +241,8 @@ private:
 
 std::string Limits()
 {
-    return std::to_string(PipeReader::MostLines) + " messages or " + std::to_string(PipeReader::MostBytes) + " bytes";
+    return std::to_string(LineSplitter::MostLines) + " messages or " + std::to_string(LineSplitter::MostBytes) +
+           " bytes";
 }
 
 /// What a load came to that did not say so itself.

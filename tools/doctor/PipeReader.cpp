@@ -70,7 +70,7 @@ Pipe MakePipe()
 }
 
 PipeReader::PipeReader(HANDLE readEnd, Taker take)
-    : readEnd_(readEnd), take_(std::move(take)), operation_(std::make_unique<Operation>())
+    : readEnd_(readEnd), lines_(std::move(take)), operation_(std::make_unique<Operation>())
 {
     StartReading();
 }
@@ -123,7 +123,7 @@ bool PipeReader::TakeRead()
         operation_.reset();
         return true;
     }
-    if (!Take(operation_->buffer, size))
+    if (!lines_.Take(operation_->buffer, size))
         return false;
     StartReading();
     return true;
@@ -139,28 +139,6 @@ bool PipeReader::TakeRest()
             return true;
         if (!TakeRead())
             return false;
-    }
-    return true;
-}
-
-bool PipeReader::Take(const char* bytes, std::size_t count)
-{
-    for (std::size_t index = 0; index < count; ++index)
-    {
-        if (bytes_ == MostBytes)
-            return false;
-        ++bytes_;
-        if (bytes[index] != '\n')
-        {
-            if (line_.size() < LongestLine)
-                line_ += bytes[index];
-            continue;
-        }
-        if (lines_ == MostLines)
-            return false;
-        ++lines_;
-        take_(line_);
-        line_.clear();
     }
     return true;
 }

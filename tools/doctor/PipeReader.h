@@ -1,14 +1,12 @@
 #ifndef ORLINDEX_DOCTOR_PIPEREADER_H
 #define ORLINDEX_DOCTOR_PIPEREADER_H
 
-#include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
-#include <string>
 #include <windows.h>
 
 #include "Handle.h"
+#include "MessageLines.h"
 
 namespace Orlindex::Doctor {
 
@@ -27,18 +25,13 @@ Pipe MakePipe();
 class PipeReader
 {
 public:
-    using Taker = std::function<void(const std::string& line)>;
-
-    /// What is taken at most. A longer line is cut; after so many lines or bytes nothing is read any more.
-    static constexpr std::size_t LongestLine = 64 * 1024;
-    static constexpr std::size_t MostLines = 1000;
-    static constexpr std::size_t MostBytes = 1024 * 1024;
+    using Taker = LineSplitter::Taker;
 
     enum class End
     {
         ProcessEnded, ///< All that it had written before was taken.
         TimedOut,
-        TooMuch ///< More lines or bytes came than are taken.
+        TooMuch ///< More lines or bytes came than LineSplitter takes.
     };
 
     /// `take` is called for each line, by ReadUntilEnd. The pipe's read end must outlive the reader.
@@ -59,14 +52,10 @@ private:
     bool TakeRead();
     /// Takes what the pipe holds by now. False if the limits are reached.
     bool TakeRest();
-    bool Take(const char* bytes, std::size_t count);
 
     const HANDLE readEnd_;
-    const Taker take_;
+    LineSplitter lines_;
     std::unique_ptr<Operation> operation_; ///< The read on its way. Null once the pipe has ended.
-    std::string line_;
-    std::size_t lines_ = 0;
-    std::size_t bytes_ = 0;
 };
 
 } // namespace Orlindex::Doctor
