@@ -16,18 +16,18 @@ class DoctorCheck : public DoctorTest
 protected:
     DoctorReport Check(std::vector<std::wstring> arguments = {}) const
     {
-        arguments.insert(arguments.begin(), {L"check", site.PluginFile().native()});
+        arguments.insert(arguments.begin(), {L"check", installation.PluginFile().native()});
         return Report(std::move(arguments));
     }
 };
 
 TEST_F(DoctorCheck, AGoodModuleKeepsTheContract)
 {
-    site.Install();
+    installation.Install();
     const DoctorReport report = Check({L"--load"});
     EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
     EXPECT_EQ(report.Root()["command"], "check");
-    EXPECT_EQ(report.Root()["module"], Utf8(site.PluginFile()));
+    EXPECT_EQ(report.Root()["module"], Utf8(installation.PluginFile()));
     EXPECT_THAT(report.Results("module-file"), ElementsAre("plugin module: read", "format: x64-dll",
                                                            "factory function: exported", "version record: missing"));
     EXPECT_EQ(report.Find("compatibility-entries", "offered")["result"], "offered");
@@ -39,7 +39,7 @@ TEST_F(DoctorCheck, AGoodModuleKeepsTheContract)
 
 TEST_F(DoctorCheck, WithoutLoadNothingOfItRuns)
 {
-    site.Install("faulty");
+    installation.Install("faulty");
     SetEnvironmentVariableW(L"ORLINDEX_TEST_FAULT", L"crash");
     const DoctorReport report = Check();
     EXPECT_EQ(report.Run().exitCode, 0U);
@@ -49,7 +49,7 @@ TEST_F(DoctorCheck, WithoutLoadNothingOfItRuns)
 
 TEST_F(DoctorCheck, AModuleThatIsNotTrustedIsNotLoaded)
 {
-    site.Install("stranger");
+    installation.Install("stranger");
     const DoctorReport report = Check({L"--load"});
     EXPECT_EQ(report.Run().exitCode, 42U);
     EXPECT_EQ(report.MarkOf("load"), "");
@@ -57,13 +57,13 @@ TEST_F(DoctorCheck, AModuleThatIsNotTrustedIsNotLoaded)
 
 TEST_F(DoctorCheck, AModuleForAnotherMachineIsSaidToBeOne)
 {
-    site.Install("unsigned");
-    std::string bytes = ReadFile(site.PluginFile());
+    installation.Install("unsigned");
+    std::string bytes = ReadFile(installation.PluginFile());
     IMAGE_DOS_HEADER dos;
     std::memcpy(&dos, bytes.data(), sizeof dos);
     const WORD machine = IMAGE_FILE_MACHINE_I386;
     std::memcpy(&bytes.at(static_cast<std::size_t>(dos.e_lfanew) + 4), &machine, sizeof machine);
-    WriteFile(site.PluginFile(), bytes);
+    WriteFile(installation.PluginFile(), bytes);
     EXPECT_EQ(Check().Find("module-file", "format")["result"], "other-machine");
 }
 
@@ -74,19 +74,19 @@ TEST_F(DoctorCheck, AMissingFileIsNamed)
 
 TEST_F(DoctorCheck, ABrokenFileNeverEndsTheTool)
 {
-    site.Install();
-    const std::string bytes = ReadFile(site.PluginFile());
+    installation.Install();
+    const std::string bytes = ReadFile(installation.PluginFile());
     for (const std::size_t size : {0U, 1U, 64U, 128U, 300U, 1024U, 4096U, 40000U})
     {
-        WriteFile(site.PluginFile(), bytes.substr(0, size));
+        WriteFile(installation.PluginFile(), bytes.substr(0, size));
         EXPECT_THAT(Check().Run().exitCode, testing::AnyOf(32U, 40U, 41U, 45U)) << size;
     }
 }
 
 TEST_F(DoctorCheck, WithoutVersionCompatibilityFileTheOfferIsNotKnown)
 {
-    site.Install();
-    fs::remove(site.CompatibilityFile());
+    installation.Install();
+    fs::remove(installation.CompatibilityFile());
     const DoctorReport report = Check();
     EXPECT_EQ(report.Run().exitCode, 0U);
     EXPECT_EQ(report.MarkOf("compatibility-file"), "warning");
@@ -94,16 +94,16 @@ TEST_F(DoctorCheck, WithoutVersionCompatibilityFileTheOfferIsNotKnown)
 
 TEST_F(DoctorCheck, AVersionCompatibilityFileElsewhereIsGivenByName)
 {
-    site.Install();
-    const fs::path other = site.MakeFolder("other") / "compatibility.json";
-    fs::rename(site.CompatibilityFile(), other);
+    installation.Install();
+    const fs::path other = installation.MakeFolder("other") / "compatibility.json";
+    fs::rename(installation.CompatibilityFile(), other);
     EXPECT_EQ(Check({L"--compatibility", other.native()}).Run().exitCode, 0U);
     EXPECT_EQ(Check({L"--compatibility", other.native() + L"x"}).Run().exitCode, 20U);
 }
 
 TEST_F(DoctorCheck, AModuleThatIsNotOfferedSaysWhy)
 {
-    site.Install();
+    installation.Install();
     const std::string path = "%SSOServerAppPath%\\PellwickClient.dll";
     const std::string other = "%SSOServerAppPath%\\Other.dll";
     const struct
@@ -118,7 +118,7 @@ TEST_F(DoctorCheck, AModuleThatIsNotOfferedSaysWhy)
     };
     for (const auto& each : cases)
     {
-        site.WriteCompatibilityFile(each.entries);
+        installation.WriteCompatibilityFile(each.entries);
         const DoctorReport report = Check();
         EXPECT_EQ(report.Run().exitCode, 25U) << each.why;
         EXPECT_THAT(report.Cause(), HasSubstr(each.why));
@@ -127,18 +127,18 @@ TEST_F(DoctorCheck, AModuleThatIsNotOfferedSaysWhy)
 
 TEST_F(DoctorCheck, ARelativePathIsTakenFromTheCurrentFolder)
 {
-    site.Install();
-    fs::current_path(site.ServerFolder());
+    installation.Install();
+    fs::current_path(installation.ServerFolder());
     const DoctorReport report = Report({L"check", L"PellwickClient.dll"});
     EXPECT_EQ(report.Run().exitCode, 0U);
-    EXPECT_EQ(report.Root()["module"], Utf8(site.PluginFile()));
+    EXPECT_EQ(report.Root()["module"], Utf8(installation.PluginFile()));
 }
 
 TEST_F(DoctorCheck, ARelativeVersionCompatibilityFileIsTakenFromTheCurrentFolder)
 {
-    site.Install();
-    const fs::path folder = site.MakeFolder("other");
-    fs::rename(site.CompatibilityFile(), folder / "compatibility.json");
+    installation.Install();
+    const fs::path folder = installation.MakeFolder("other");
+    fs::rename(installation.CompatibilityFile(), folder / "compatibility.json");
     fs::current_path(folder);
     const DoctorReport report = Check({L"--compatibility", L"compatibility.json"});
     EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
@@ -148,9 +148,9 @@ TEST_F(DoctorCheck, ARelativeVersionCompatibilityFileIsTakenFromTheCurrentFolder
 
 TEST_F(DoctorCheck, AModuleWithoutExtensionIsToBeNamedWithIt)
 {
-    site.Install();
-    const fs::path file = site.ServerFolder() / "PellwickClient";
-    fs::rename(site.PluginFile(), file);
+    installation.Install();
+    const fs::path file = installation.ServerFolder() / "PellwickClient";
+    fs::rename(installation.PluginFile(), file);
     const DoctorReport report = Report({L"check", file.native()});
     EXPECT_EQ(report.Run().exitCode, 31U);
     EXPECT_EQ(report.Remedy(), "Name the module's file with its extension.");

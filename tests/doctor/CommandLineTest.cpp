@@ -88,7 +88,7 @@ TEST_F(DoctorCommandLine, ThePageListsTheWordsOfTheSchema)
             words.insert(word.asString());
         const auto ofPage = documented.find(kind);
         ASSERT_NE(ofPage, documented.end()) << kind;
-        if (kind != "interface") // Has a row in common with another kind.
+        if (kind != "interface") // It shares a row with another kind.
         {
             EXPECT_EQ(ofPage->second, words) << kind;
         }
@@ -102,40 +102,40 @@ TEST_F(DoctorCommandLine, TheVersionIsTheLibrarys)
 
 TEST_F(DoctorCommandLine, WithoutHostTheToolsOwnFolderCounts)
 {
-    site.Install();
-    const fs::path tool = site.HostFolder() / "orlindex-doctor.exe";
+    installation.Install();
+    const fs::path tool = installation.HostFolder() / "orlindex-doctor.exe";
     fs::copy_file(Tool(), tool);
     const DoctorReport report(RunProgram(tool, {L"--json", L"--load"}));
     EXPECT_EQ(report.Run().exitCode, 0U);
-    EXPECT_EQ(report.Root()["host"], Utf8(site.HostFolder()));
+    EXPECT_EQ(report.Root()["host"], Utf8(installation.HostFolder()));
     EXPECT_EQ(report.Root()["load"], true);
 }
 
 TEST_F(DoctorCommandLine, AFinalSeparatorOfTheHostsFolderDoesNotCount)
 {
-    site.Install();
+    installation.Install();
     const DoctorReport report(
-        RunProgram(Tool(), {L"--json", L"--load", L"--host", site.HostFolder().native() + L"\\."}));
+        RunProgram(Tool(), {L"--json", L"--load", L"--host", installation.HostFolder().native() + L"\\."}));
     EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
-    EXPECT_EQ(report.Root()["host"], Utf8(site.HostFolder()));
+    EXPECT_EQ(report.Root()["host"], Utf8(installation.HostFolder()));
 }
 
 TEST_F(DoctorCommandLine, TheLibraryBesideTheHostIsShownWithItsVersion)
 {
-    site.Install();
+    installation.Install();
     const Json::Value finding = Report().Find("library", "Orlindex.dll");
     EXPECT_EQ(finding["value"], "1.11.13.3");
     EXPECT_EQ(finding["result"], "same");
-    EXPECT_EQ(finding["source"], Utf8(site.HostFolder() / "Orlindex.dll"));
+    EXPECT_EQ(finding["source"], Utf8(installation.HostFolder() / "Orlindex.dll"));
 }
 
 TEST_F(DoctorCommandLine, ALibraryOfAnotherVersionIsAWarning)
 {
-    site.Install();
+    installation.Install();
     const DoctorReport mine = Report();
     // The version record's numbers, 1.11.13.3, as they lie in the file; the last becomes 4.
-    const fs::path file = site.MakeFolder("old") / "Orlindex.dll";
-    std::string bytes = ReadFile(site.HostFolder() / "Orlindex.dll");
+    const fs::path file = installation.MakeFolder("old") / "Orlindex.dll";
+    std::string bytes = ReadFile(installation.HostFolder() / "Orlindex.dll");
     const std::string numbers("\xBD\x04\xEF\xFE\x00\x00\x01\x00\x0B\x00\x01\x00\x03\x00\x0D\x00", 16);
     const std::size_t at = bytes.find(numbers);
     ASSERT_NE(at, std::string::npos);
@@ -149,7 +149,7 @@ TEST_F(DoctorCommandLine, ALibraryOfAnotherVersionIsAWarning)
 
 TEST_F(DoctorCommandLine, AFolderWithoutLibraryIsAWarning)
 {
-    const fs::path folder = site.MakeFolder("empty");
+    const fs::path folder = installation.MakeFolder("empty");
     const DoctorReport report(RunProgram(Tool(), {L"--json", L"--host", folder.native()}));
     EXPECT_EQ(report.Find("library", "Orlindex.dll")["result"], "missing");
     EXPECT_EQ(report.MarkOf("library"), "warning");
@@ -157,16 +157,16 @@ TEST_F(DoctorCommandLine, AFolderWithoutLibraryIsAWarning)
 
 TEST_F(DoctorCommandLine, OutputToAFileHoldsNoColour)
 {
-    site.Install();
+    installation.Install();
     EXPECT_THAT(RunTool().output, Not(HasSubstr("\x1B")));
     EXPECT_THAT(RunTool({L"--no-color"}).output, Not(HasSubstr("\x1B")));
 }
 
 TEST_F(DoctorCommandLine, NothingThatAFileHoldsSteersTheConsole)
 {
-    site.Install();
-    site.WriteClientConfig(R"({"ssoServer": {"bundleId": "a\u001B[31m\n\u009Bb", "searchPaths": ")" +
-                           JsonPath(site.ServerFolder()) + R"("}})");
+    installation.Install();
+    installation.WriteClientConfig(R"({"ssoServer": {"bundleId": "a\u001B[31m\n\u009Bb", "searchPaths": ")" +
+                                   JsonPath(installation.ServerFolder()) + R"("}})");
     EXPECT_THAT(RunTool().output, HasSubstr("a [31m  b"));
     EXPECT_EQ(Report().Find("client-config", "bundleId")["value"], "a\x1B[31m\n\xC2\x9B"
                                                                    "b")

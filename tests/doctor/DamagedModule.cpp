@@ -30,7 +30,8 @@ std::size_t ResourceSectionHeader(const std::string& module)
     throw std::runtime_error("the module has no resources");
 }
 
-/// Where the entry with an identifier leads, from the beginning of the first table; with 0, the table's first entry.
+/// The target of the entry with an identifier, from the start of the first table; of the table's first entry if it is
+/// 0.
 std::size_t Follow(const std::string& module, std::size_t table, WORD identifier)
 {
     const auto directory = At<IMAGE_RESOURCE_DIRECTORY>(module, table);

@@ -1,4 +1,4 @@
-// Verdicts of what no test can bring about on this machine, and the messages of the process that loads a plugin.
+// Diagnoses of what no test can cause on this machine, and the messages of the process that loads a plugin.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,7 +27,7 @@ using testing::HasSubstr;
 
 namespace {
 
-/// Of a start that comes to its end.
+/// The facts of a start-up that succeeds.
 StartFacts SoundFacts()
 {
     StartFacts facts;
@@ -45,10 +45,10 @@ StartFacts SoundFacts()
     return facts;
 }
 
-ExitCode CodeOfAnswer(unsigned long answer, BinaryTrustResult result)
+ExitCode CodeOfTrustResult(unsigned long platformResult, BinaryTrustResult result)
 {
     StartFacts facts = SoundFacts();
-    facts.trust->platformAnswer = static_cast<long>(answer);
+    facts.trust->platformAnswer = static_cast<long>(platformResult);
     facts.trust->result = result;
     facts.trust->signers.push_back(SignerEvidence{true, {}});
     return Diagnose(facts).code;
@@ -77,17 +77,17 @@ TEST(DoctorDiagnosis, TheLocalSystemAccountIsTheFirstCause)
     EXPECT_EQ(Diagnose(facts).code, ExitCode::LocalSystemAccount);
 }
 
-TEST(DoctorDiagnosis, EachAnswerOfTheSystemHasItsCode)
+TEST(DoctorDiagnosis, EachTrustResultOfTheSystemHasItsCode)
 {
     const auto unknown = BinaryTrustResult::UnknownError;
     const auto distrusted = BinaryTrustResult::NotTrusted;
-    EXPECT_EQ(CodeOfAnswer(0x800B0101, unknown), ExitCode::CertificateExpired);
-    EXPECT_EQ(CodeOfAnswer(0x80096010, unknown), ExitCode::FileChanged);
-    EXPECT_EQ(CodeOfAnswer(0x800B010A, unknown), ExitCode::SignatureRefused);
-    EXPECT_EQ(CodeOfAnswer(0x800B0111, distrusted), ExitCode::SignatureRefused);
-    EXPECT_EQ(CodeOfAnswer(0x80092026, distrusted), ExitCode::SignatureRefused);
-    EXPECT_EQ(CodeOfAnswer(0x800B0109, distrusted), ExitCode::RootNotTrusted);
-    EXPECT_EQ(CodeOfAnswer(0x800B0100, BinaryTrustResult::SignatureInvalid), ExitCode::SignatureMissing);
+    EXPECT_EQ(CodeOfTrustResult(0x800B0101, unknown), ExitCode::CertificateExpired);
+    EXPECT_EQ(CodeOfTrustResult(0x80096010, unknown), ExitCode::FileChanged);
+    EXPECT_EQ(CodeOfTrustResult(0x800B010A, unknown), ExitCode::SignatureRefused);
+    EXPECT_EQ(CodeOfTrustResult(0x800B0111, distrusted), ExitCode::SignatureRefused);
+    EXPECT_EQ(CodeOfTrustResult(0x80092026, distrusted), ExitCode::SignatureRefused);
+    EXPECT_EQ(CodeOfTrustResult(0x800B0109, distrusted), ExitCode::RootNotTrusted);
+    EXPECT_EQ(CodeOfTrustResult(0x800B0100, BinaryTrustResult::SignatureInvalid), ExitCode::SignatureMissing);
 }
 
 TEST(DoctorDiagnosis, BelowThePinnedRootOtherFaultsOfTheChainStopNoStart)
@@ -135,18 +135,18 @@ TEST(DoctorDiagnosis, ANameIsToBlameOnlyWhereTheNamesWereLookedAt)
 {
     StartFacts facts = SoundFacts();
     facts.trust->result = BinaryTrustResult::NotTrusted;
-    for (const unsigned long answer : {0x800B0111UL, 0x80092026UL, 0x800B0004UL})
+    for (const unsigned long result : {0x800B0111UL, 0x80092026UL, 0x800B0004UL})
     {
-        facts.trust->platformAnswer = static_cast<long>(answer);
+        facts.trust->platformAnswer = static_cast<long>(result);
         facts.trust->signers.clear();
-        EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << answer;
+        EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << result;
         facts.trust->signers.push_back(SignerEvidence{false, {}});
-        EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << answer;
+        EXPECT_EQ(Diagnose(facts).code, ExitCode::SignatureRefused) << result;
     }
-    for (const unsigned long answer : {0UL, 0x800B0109UL})
+    for (const unsigned long result : {0UL, 0x800B0109UL})
     {
-        facts.trust->platformAnswer = static_cast<long>(answer);
-        EXPECT_EQ(Diagnose(facts).code, ExitCode::SignerNotAccepted) << answer;
+        facts.trust->platformAnswer = static_cast<long>(result);
+        EXPECT_EQ(Diagnose(facts).code, ExitCode::SignerNotAccepted) << result;
     }
 }
 
@@ -195,7 +195,7 @@ TEST(DoctorDiagnosis, APluginIsNotToBlameForTheEndOfTheLibrarysLoad)
     }
 }
 
-TEST(DoctorDiagnosis, AFileThatCannotBeHeldNeverStarts)
+TEST(DoctorDiagnosis, AFileThatCannotBeLockedNeverStarts)
 {
     for (const unsigned long error : {ERROR_SHARING_VIOLATION, ERROR_ACCESS_DENIED, ERROR_LOCK_VIOLATION})
     {

@@ -1,4 +1,4 @@
-// Directories to search, as a hostile or a careless client config file names them.
+// Search directories from a hostile or a careless client config file.
 
 #include "DoctorTest.h"
 
@@ -16,7 +16,7 @@ protected:
 
     void WriteSearchPaths(const std::string& json) const
     {
-        site.WriteClientConfig(R"({"ssoServer": {"searchPaths": ")" + json + R"("}})");
+        installation.WriteClientConfig(R"({"ssoServer": {"searchPaths": ")" + json + R"("}})");
     }
 
     static std::string Repeated(const std::string& text, std::size_t count)
@@ -30,7 +30,7 @@ protected:
 
 TEST_F(DoctorDirectories, OfManyTheFirstHundredAreShownAndACount)
 {
-    site.Install();
+    installation.Install();
     WriteSearchPaths(Repeated("x;", 20000) + "x");
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 13U);
@@ -49,7 +49,7 @@ TEST_F(DoctorDirectories, OfManyTheFirstHundredAreShownAndACount)
 
 TEST_F(DoctorDirectories, AMegabyteOfSeparatorsMakesNoLongReport)
 {
-    site.Install();
+    installation.Install();
     WriteSearchPaths(std::string(1 << 20, ';'));
     const DoctorReport report = Report();
     EXPECT_TRUE(report.Run().inTime);
@@ -60,8 +60,8 @@ TEST_F(DoctorDirectories, AMegabyteOfSeparatorsMakesNoLongReport)
 
 TEST_F(DoctorDirectories, TheOneThatHoldsTheFileIsShownWhereverItStands)
 {
-    site.Install();
-    WriteSearchPaths(Repeated("x;", 300) + JsonPath(site.ServerFolder()));
+    installation.Install();
+    WriteSearchPaths(Repeated("x;", 300) + JsonPath(installation.ServerFolder()));
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
     EXPECT_THAT(report.Results("server-application"), testing::Contains("client config file: found"));
@@ -71,7 +71,7 @@ TEST_F(DoctorDirectories, TheOneThatHoldsTheFileIsShownWhereverItStands)
 
 TEST_F(DoctorDirectories, AHundredAreShownWithoutACount)
 {
-    site.Install();
+    installation.Install();
     WriteSearchPaths(Repeated("x;", Shown - 3) + "x");
     const DoctorReport report = Report();
     EXPECT_THAT(report.Results("server-application"), SizeIs(Shown + 1));
@@ -80,8 +80,8 @@ TEST_F(DoctorDirectories, AHundredAreShownWithoutACount)
 
 TEST_F(DoctorDirectories, ATextOfAMegabyteIsCut)
 {
-    site.Install();
-    WriteSearchPaths(JsonPath(site.ServerFolder()) + ";" + std::string(1 << 20, 'x'));
+    installation.Install();
+    WriteSearchPaths(JsonPath(installation.ServerFolder()) + ";" + std::string(1 << 20, 'x'));
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 0U) << report.Cause();
     EXPECT_LT(report.Run().output.size(), Bound);
@@ -91,9 +91,9 @@ TEST_F(DoctorDirectories, ATextOfAMegabyteIsCut)
 
 TEST_F(DoctorDirectories, AZeroInsideIsShown)
 {
-    site.Install();
-    WriteSearchPaths(JsonPath(site.ServerFolder()) + R"(\u0000nothing)");
-    const std::string directory = Utf8(site.ServerFolder());
+    installation.Install();
+    WriteSearchPaths(JsonPath(installation.ServerFolder()) + R"(\u0000nothing)");
+    const std::string directory = Utf8(installation.ServerFolder());
     EXPECT_THAT(RunTool().output, HasSubstr(directory + "\\u0000nothing"));
     const DoctorReport report = Report();
     EXPECT_EQ(report.Find("client-config", "searchPaths")["value"].asString(), directory + std::string("\0nothing", 8));

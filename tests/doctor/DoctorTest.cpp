@@ -103,7 +103,7 @@ Json::Value DoctorReport::Find(const std::string& step, const std::string& name)
 
 fs::path DoctorTest::BuildFolder()
 {
-    return Surroundings().plugins.parent_path().parent_path();
+    return Environment().plugins.parent_path().parent_path();
 }
 
 fs::path DoctorTest::Tool()
@@ -113,7 +113,7 @@ fs::path DoctorTest::Tool()
 
 ProgramRun DoctorTest::RunTool(std::vector<std::wstring> arguments) const
 {
-    arguments.insert(arguments.end(), {L"--host", site.HostFolder().native()});
+    arguments.insert(arguments.end(), {L"--host", installation.HostFolder().native()});
     return RunProgram(Tool(), arguments);
 }
 
@@ -125,7 +125,7 @@ DoctorReport DoctorTest::Report(std::vector<std::wstring> arguments) const
 
 bool DoctorTest::RealHostStarts(unsigned seconds) const
 {
-    const fs::path host = site.HostFolder() / "doctor_test_host.exe";
+    const fs::path host = installation.HostFolder() / "doctor_test_host.exe";
     fs::copy_file(BuildFolder() / "tests" / "doctor" / "doctor_test_host.exe", host,
                   fs::copy_options::overwrite_existing);
     const ProgramRun run = RunProgram(host, {}, seconds);
@@ -135,7 +135,7 @@ bool DoctorTest::RealHostStarts(unsigned seconds) const
 DoctorReport DoctorTest::ExpectFailure(ExitCode code, const std::string& step, const std::string& cause) const
 {
     const std::string number = std::to_string(static_cast<int>(code));
-    // What does not hang has minutes: the machine may have other work.
+    // A program that does not hang has minutes: the machine may be busy.
     const std::wstring seconds = code == ExitCode::PluginHung ? L"10" : L"300";
     DoctorReport report = Report({L"--load", L"--timeout", seconds});
     EXPECT_EQ(report.Run().exitCode, static_cast<unsigned long>(code)) << report.Run().output;

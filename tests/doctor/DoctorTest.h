@@ -12,17 +12,17 @@
 
 #include "ProgramRun.h"
 #include "doctor/ExitCode.h"
-#include "support/Site.h"
+#include "support/Installation.h"
 #include "support/Text.h"
 
 namespace OrlindexTest {
 
 using Orlindex::Doctor::ExitCode;
 
-/// The words for programs, by the kind of finding, as the tool's page lists them.
+/// The result words of each kind of finding, as the tool's page lists them.
 std::map<std::string, std::set<std::string>> DocumentedResults();
 
-/// The tool's JSON report. Whatever it says, it is UTF-8, and its words for programs are documented.
+/// The tool's JSON report. Expects that it is UTF-8 and that its result words are documented.
 class DoctorReport
 {
 public:
@@ -34,11 +34,11 @@ public:
     std::string Remedy() const { return root_["verdict"]["remedy"].asString(); }
     std::string FailedStep() const { return root_["verdict"]["step"].asString(); }
 
-    /// "good", "failed", ... of a step; empty where the report has no such step.
+    /// "good", "failed", ... of a step; empty if the report has no such step.
     std::string MarkOf(const std::string& step) const;
     /// "<name>: <result>" of a step's findings, in order.
     std::vector<std::string> Results(const std::string& step) const;
-    /// The first finding of a step with that name; null where there is none.
+    /// The first finding of a step with that name; null if there is none.
     Json::Value Find(const std::string& step, const std::string& name) const;
 
 private:
@@ -49,7 +49,7 @@ private:
     Json::Value root_;
 };
 
-/// The tool, run as a person would, over what is installed around the test's process.
+/// The tool, run as a user would run it, for the installation of the test.
 class DoctorTest : public testing::Test
 {
 protected:
@@ -63,13 +63,13 @@ protected:
     /// Whether the library starts in a real host in the same folder.
     bool RealHostStarts(unsigned seconds = 300) const;
 
-    /// Expects that the tool, with --load, names this failure, in both forms of its report, and that a real host does
-    /// not start either. Answers the report.
+    /// Expects that the tool, with --load, reports this failure, in both forms of its report, and that a real host does
+    /// not start either. Returns the report.
     DoctorReport ExpectFailure(ExitCode code, const std::string& step, const std::string& cause) const;
-    /// Expects that the tool, with --load, says that a host starts, and that a real one does. Answers the report.
+    /// Expects that the tool, with --load, reports that a host starts, and that a real host does. Returns the report.
     DoctorReport ExpectStart() const;
 
-    const Site site;
+    const Installation installation;
 };
 
 } // namespace OrlindexTest

@@ -1,4 +1,4 @@
-// Version compatibility files that nobody wrote in good faith, or by hand.
+// Version compatibility files from an attacker, or from a faulty program.
 
 #include "DoctorTest.h"
 
@@ -18,7 +18,7 @@ protected:
         std::string json = R"({"ssoClientPlugin": [)";
         for (std::size_t index = 0; index < count; ++index)
             json += element + ',';
-        site.WriteCompatibilityFile(json + last + "]}");
+        installation.WriteCompatibilityFile(json + last + "]}");
     }
 
     static std::string Element(const std::string& path, const std::string& version, const std::string& range)
@@ -33,9 +33,9 @@ protected:
 
 TEST_F(DoctorEntries, TextsThatAreNoUtf8BecomeSuch)
 {
-    site.Install();
-    site.WriteCompatibilityFile(R"({"ssoClientPlugin": [)" +
-                                Element("C:\\\\\xFE.dll", "1.\xFF", "{\"minVersion\": \"2.\xC3\"}") + "]}");
+    installation.Install();
+    installation.WriteCompatibilityFile(R"({"ssoClientPlugin": [)" +
+                                        Element("C:\\\\\xFE.dll", "1.\xFF", "{\"minVersion\": \"2.\xC3\"}") + "]}");
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 24U);
     const Json::Value entry = report.Find("compatibility-entries", "ssoClientPlugin[0]");
@@ -47,7 +47,7 @@ TEST_F(DoctorEntries, TextsThatAreNoUtf8BecomeSuch)
 
 TEST_F(DoctorEntries, OfManyThatAreIgnoredTheFirstAreShown)
 {
-    site.Install();
+    installation.Install();
     WriteElements("1", Many, "1");
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 23U);
@@ -62,7 +62,7 @@ TEST_F(DoctorEntries, OfManyThatAreIgnoredTheFirstAreShown)
 
 TEST_F(DoctorEntries, OfManyThatDoNotServeTheCauseNamesAFew)
 {
-    site.Install();
+    installation.Install();
     WriteElements(tooNew, Many / 10, "1");
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 24U);
@@ -72,7 +72,7 @@ TEST_F(DoctorEntries, OfManyThatDoNotServeTheCauseNamesAFew)
 
 TEST_F(DoctorEntries, OneThatServesAfterManyThatAreIgnoredIsNotOverlooked)
 {
-    site.Install();
+    installation.Install();
     WriteElements("1", 300, tooNew);
     EXPECT_EQ(Report().Run().exitCode, 24U);
     EXPECT_EQ(Report().Find("compatibility-entries", "ssoClientPlugin[300]")["result"], "below-minimum");
@@ -80,7 +80,7 @@ TEST_F(DoctorEntries, OneThatServesAfterManyThatAreIgnoredIsNotOverlooked)
 
 TEST_F(DoctorEntries, TheChosenOneIsShownWhereverItStands)
 {
-    site.Install();
+    installation.Install();
     WriteElements(tooNew, 300, Element(thisModule, "2", R"({"minVersion": "1"})"));
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
@@ -91,9 +91,9 @@ TEST_F(DoctorEntries, TheChosenOneIsShownWhereverItStands)
 
 TEST_F(DoctorEntries, ACheckFindsTheModulesEntryWhereverItStands)
 {
-    site.Install();
+    installation.Install();
     WriteElements(tooNew, 300, Element(thisModule, "2", R"({"minVersion": "2"})"));
-    const DoctorReport report = Report({L"check", site.PluginFile().native()});
+    const DoctorReport report = Report({L"check", installation.PluginFile().native()});
     EXPECT_EQ(report.Run().exitCode, 25U);
     EXPECT_THAT(report.Cause(), HasSubstr("ssoClientPlugin[300] names it, but does not serve"));
     EXPECT_EQ(report.Find("compatibility-entries", "further entries")["value"], "201");
@@ -101,7 +101,7 @@ TEST_F(DoctorEntries, ACheckFindsTheModulesEntryWhereverItStands)
 
 TEST_F(DoctorEntries, OfManyVersionsOfOneEntryTheFirstAreShown)
 {
-    site.Install();
+    installation.Install();
     std::string versions = R"("9")";
     for (std::size_t index = 1; index < Many; ++index)
         versions += R"(,"9")";

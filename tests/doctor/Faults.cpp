@@ -1,5 +1,5 @@
-// What the "faulty" build of the test plugin does when its factory function is called: the variable
-// ORLINDEX_TEST_FAULT says it.
+// What the "faulty" build of the test plugin does when its factory function is called. The environment variable
+// ORLINDEX_TEST_FAULT selects it.
 
 #include <cstdint>
 #include <cstdlib>
@@ -32,14 +32,14 @@ const std::map<std::string, PluginOperation>& NullResults()
     return results;
 }
 
-/// A wait that nothing ends.
+/// Waits for ever.
 void Hang()
 {
     const HANDLE never = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     WaitForSingleObject(never, INFINITE);
 }
 
-/// The pipe that the tool listens to; null in a real host. The tool names it to the process that it starts.
+/// The pipe that the tool reads; null in a real host. The tool passes it to the process in the command line.
 HANDLE ToolPipe()
 {
     int count = 0;
@@ -50,7 +50,7 @@ HANDLE ToolPipe()
     return reinterpret_cast<HANDLE>(number);
 }
 
-/// Gives the pipe's write end to the process that ORLINDEX_TEST_PROCESS names.
+/// Duplicates the pipe's write end into the process that ORLINDEX_TEST_PROCESS selects.
 void GivePipeAway()
 {
     const char* const id = std::getenv("ORLINDEX_TEST_PROCESS");
@@ -61,7 +61,7 @@ void GivePipeAway()
     CloseHandle(process);
 }
 
-/// Writes for as long as somebody reads.
+/// Writes as long as somebody reads.
 void Flood(const std::string& bytes)
 {
     DWORD written = 0;

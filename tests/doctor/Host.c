@@ -1,4 +1,4 @@
-/* The smallest host: starts the library and prints what it was answered. */
+/* The smallest host: starts the library and prints the result. */
 
 #include <stdio.h>
 

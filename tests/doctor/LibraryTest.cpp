@@ -1,4 +1,4 @@
-// The library beside the host, where it cannot be loaded: no host starts then, whatever else is in place.
+// A library beside the host that cannot be loaded: then no host starts, whatever else is installed.
 
 #include "DamagedModule.h"
 #include "DoctorTest.h"
@@ -26,8 +26,8 @@ class DoctorLibrary : public DoctorTest
 protected:
     DoctorLibrary()
     {
-        site.Install();
-        fs::copy_file(site.ClientConfigFile(), host_ / site.ClientConfigFile().filename());
+        installation.Install();
+        fs::copy_file(installation.ClientConfigFile(), host_ / installation.ClientConfigFile().filename());
     }
 
     DoctorReport ReportOf(std::vector<std::wstring> arguments) const
@@ -62,11 +62,11 @@ protected:
         return values;
     }
 
-    /// The build's own library, but for a text of its version record.
+    /// The build's own library with another text in its version record.
     void WriteLibraryWith(const std::string& text, const std::string& other) const
     {
         ASSERT_EQ(text.size(), other.size());
-        std::string bytes = ReadFile(site.HostFolder() / "Orlindex.dll");
+        std::string bytes = ReadFile(installation.HostFolder() / "Orlindex.dll");
         const std::size_t at = bytes.find(Utf16Bytes(text));
         ASSERT_NE(at, std::string::npos);
         WriteFile(Library(), bytes.replace(at, 2 * other.size(), Utf16Bytes(other)));
@@ -80,7 +80,7 @@ protected:
         return bytes;
     }
 
-    /// No more of one than its headers.
+    /// Only the headers of a library.
     static std::string DllFor32Bits()
     {
         IMAGE_DOS_HEADER dos = {};
@@ -115,7 +115,7 @@ protected:
 
     fs::path Library() const { return host_ / "Orlindex.dll"; }
 
-    const fs::path host_ = site.MakeFolder("other host");
+    const fs::path host_ = installation.MakeFolder("other host");
 };
 
 TEST_F(DoctorLibrary, AFileThatIsNoModuleIsNamed)
@@ -135,7 +135,7 @@ TEST_F(DoctorLibrary, AnEmptyFileIsNamed)
 
 TEST_F(DoctorLibrary, OneForAnotherMachineIsNamed)
 {
-    std::string bytes = ReadFile(site.HostFolder() / "Orlindex.dll");
+    std::string bytes = ReadFile(installation.HostFolder() / "Orlindex.dll");
     IMAGE_DOS_HEADER dos;
     std::memcpy(&dos, bytes.data(), sizeof dos);
     const WORD machine = IMAGE_FILE_MACHINE_I386;
@@ -147,18 +147,18 @@ TEST_F(DoctorLibrary, OneForAnotherMachineIsNamed)
 
 TEST_F(DoctorLibrary, OneThatLacksALibraryIsNamedWithIt)
 {
-    site.CopyPlugin("dependent", Library());
+    installation.CopyPlugin("dependent", Library());
     ExpectUnusable({L"--load"}, "it needs dependency.dll");
     const DoctorReport report = ReportOf({L"--load"});
     EXPECT_THAT(report.Remedy(), HasSubstr("Put dependency.dll into its folder"));
     EXPECT_EQ(report.Find("load", "host's library")["mark"], "failed");
-    EXPECT_EQ(ReportOf({L"check", site.PluginFile().native(), L"--load"}).Run().exitCode, 0U)
+    EXPECT_EQ(ReportOf({L"check", installation.PluginFile().native(), L"--load"}).Run().exitCode, 0U)
         << "it is not the module's fault";
 }
 
 TEST_F(DoctorLibrary, ASoundOneIsSaidToBeOne)
 {
-    fs::copy_file(site.HostFolder() / "Orlindex.dll", Library());
+    fs::copy_file(installation.HostFolder() / "Orlindex.dll", Library());
     const DoctorReport report = ReportOf({L"--load"});
     EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
     EXPECT_THAT(report.Results("library"),
@@ -166,7 +166,7 @@ TEST_F(DoctorLibrary, ASoundOneIsSaidToBeOne)
                             "accepted signers: same", "format: x64-dll"));
 }
 
-TEST_F(DoctorLibrary, OneThatTrustsAnotherRootIsNotAnsweredFor)
+TEST_F(DoctorLibrary, ALibraryThatTrustsAnotherRootIsNotDiagnosed)
 {
     const std::string digest = TrustOfSound()["pinned root"];
     ASSERT_THAT(digest, SizeIs(64));
@@ -174,7 +174,7 @@ TEST_F(DoctorLibrary, OneThatTrustsAnotherRootIsNotAnsweredFor)
     ExpectOtherTrust("pinned root");
 }
 
-TEST_F(DoctorLibrary, OneThatTrustsOtherSignersIsNotAnsweredFor)
+TEST_F(DoctorLibrary, ALibraryThatTrustsOtherSignersIsNotDiagnosed)
 {
     const std::string signers = TrustOfSound()["accepted signers"];
     EXPECT_EQ(signers, "Kestrany, Inc.;Kestrany Asia Pte");
@@ -192,9 +192,9 @@ TEST_F(DoctorLibrary, TheOrderOfTheSignersDoesNotCount)
 TEST_F(DoctorLibrary, OtherTrustIsNoExcuseForAModuleThatNobodyTrusts)
 {
     WriteLibraryWith("Kestrany, Inc.;Kestrany Asia Pte", "Kestrany, Inc.;Kestrany Asia Ltd");
-    site.CopyPlugin("stranger", site.PluginFile());
+    installation.CopyPlugin("stranger", installation.PluginFile());
     EXPECT_EQ(ReportOf({L"--load"}).Run().exitCode, 16U) << "its signer may be one that the library accepts";
-    site.CopyPlugin("unsigned", site.PluginFile());
+    installation.CopyPlugin("unsigned", installation.PluginFile());
     EXPECT_EQ(ReportOf({L"--load"}).Run().exitCode, 40U);
 }
 
@@ -210,7 +210,7 @@ TEST_F(DoctorLibrary, OneThatDoesNotSayWhomItTrustsIsAWarning)
 
 TEST_F(DoctorLibrary, OneWhoseVersionResourceIsDamagedHasNoVersionRecord)
 {
-    const std::string sound = ReadFile(site.HostFolder() / "Orlindex.dll");
+    const std::string sound = ReadFile(installation.HostFolder() / "Orlindex.dll");
     for (const ResourceDamage damage : {ResourceDamage::Size, ResourceDamage::Address})
     {
         WriteFile(Library(), WithDamage(sound, damage));
@@ -223,7 +223,7 @@ TEST_F(DoctorLibrary, OneWhoseVersionResourceIsDamagedHasNoVersionRecord)
 
 TEST_F(DoctorLibrary, OneWhoseResourcesClaimToFillTheAddressSpaceIsRead)
 {
-    WriteFile(Library(), WithDamage(ReadFile(site.HostFolder() / "Orlindex.dll"), ResourceDamage::SectionSize));
+    WriteFile(Library(), WithDamage(ReadFile(installation.HostFolder() / "Orlindex.dll"), ResourceDamage::SectionSize));
     const DoctorReport report = ReportOf({});
     EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
     EXPECT_EQ(report.Find("library", "Orlindex.dll")["value"], "1.11.13.3");
@@ -254,7 +254,7 @@ TEST_F(DoctorLibrary, AToolFor32BitHostsFindsThatGood)
     Orlindex::Doctor::ModuleFacts facts;
     facts.wanted = Orlindex::Doctor::Machine::X86;
     InspectLibraryFile(Library().native(), report, facts);
-    InspectLibraryFile((site.HostFolder() / "Orlindex.dll").native(), report, facts);
+    InspectLibraryFile((installation.HostFolder() / "Orlindex.dll").native(), report, facts);
     const auto& findings = report.Steps().back().findings;
     ASSERT_EQ(findings.size(), 2U);
     EXPECT_EQ(findings[0].result, "x86-dll");
@@ -264,33 +264,33 @@ TEST_F(DoctorLibrary, AToolFor32BitHostsFindsThatGood)
 
 TEST_F(DoctorLibrary, ALibraryThatOnlyTheToolsFolderHoldsIsAWarning)
 {
-    site.Install("dependent");
-    const fs::path tool = site.MakeFolder("tool") / "orlindex-doctor.exe";
+    installation.Install("dependent");
+    const fs::path tool = installation.MakeFolder("tool") / "orlindex-doctor.exe";
     fs::copy_file(Tool(), tool);
-    site.CopyPlugin("dependency", tool.parent_path() / "dependency.dll");
+    installation.CopyPlugin("dependency", tool.parent_path() / "dependency.dll");
     const auto finding = [&] {
-        return DoctorReport(RunProgram(tool, {L"--json", L"--load", L"--host", site.HostFolder().native()}))
+        return DoctorReport(RunProgram(tool, {L"--json", L"--load", L"--host", installation.HostFolder().native()}))
             .Find("load", "library of the module");
     };
     EXPECT_EQ(finding()["value"], "dependency.dll");
     EXPECT_EQ(finding()["result"], "beside-tool");
     EXPECT_EQ(finding()["mark"], "warning");
-    site.CopyPlugin("dependency", site.HostFolder() / "dependency.dll");
+    installation.CopyPlugin("dependency", installation.HostFolder() / "dependency.dll");
     EXPECT_TRUE(finding().isNull());
 }
 
 TEST_F(DoctorLibrary, ANameOfASetOfFunctionsIsNeverMissing)
 {
-    site.Install("dependent");
-    const std::string bytes = ReadFile(site.PluginFile());
+    installation.Install("dependent");
+    const std::string bytes = ReadFile(installation.PluginFile());
     const std::string name = "dependency.dll";
     const std::size_t at = bytes.find(name);
     ASSERT_NE(at, std::string::npos);
-    EXPECT_THAT(FindMissingLibraries(site.PluginFile().native(), host_.native()), ElementsAre(name));
+    EXPECT_THAT(FindMissingLibraries(installation.PluginFile().native(), host_.native()), ElementsAre(name));
     for (const std::string set : {"api-ms-win-x.d", "API-MS-Win-x.d", "EXT-MS-Win-x.d"})
     {
-        WriteFile(site.PluginFile(), std::string(bytes).replace(at, name.size(), set));
-        EXPECT_THAT(FindMissingLibraries(site.PluginFile().native(), host_.native()), IsEmpty()) << set;
+        WriteFile(installation.PluginFile(), std::string(bytes).replace(at, name.size(), set));
+        EXPECT_THAT(FindMissingLibraries(installation.PluginFile().native(), host_.native()), IsEmpty()) << set;
     }
 }
 

@@ -1,4 +1,4 @@
-// Failures of the load itself: each plugin really misbehaves, in the tool's own process for it and in a real host.
+// Failures of the load: each plugin really misbehaves, in the process that the tool starts for it and in a real host.
 
 #include "DoctorTest.h"
 
@@ -15,7 +15,7 @@ using testing::HasSubstr;
 
 namespace {
 
-/// A process that does nothing and stays, for plugins to give handles to.
+/// A process that does nothing and stays; plugins duplicate handles into it.
 class StayingProcess
 {
 public:
@@ -54,7 +54,7 @@ class DoctorLoad : public DoctorTest
 protected:
     void InstallFault(const wchar_t* fault) const
     {
-        site.Install("faulty");
+        installation.Install("faulty");
         SetEnvironmentVariableW(L"ORLINDEX_TEST_FAULT", fault);
     }
 
@@ -70,7 +70,7 @@ protected:
         EXPECT_THAT(report.Find("load", "call-factory")["note"].asString(), HasSubstr("more than 1000 messages or"));
     }
 
-    /// A null that the library goes on with.
+    /// Expects that the library continues with a null interface.
     void ExpectWarning(const wchar_t* fault, const std::string& step, const std::string& object) const
     {
         InstallFault(fault);
@@ -89,7 +89,7 @@ TEST_F(DoctorLoad, AFaultyBuildWithoutFaultStarts)
 
 TEST_F(DoctorLoad, AMissingDependencyIsNamed)
 {
-    site.Install("dependent");
+    installation.Install("dependent");
     const DoctorReport report = ExpectFailure(ExitCode::LoadFailed, "load", "it needs dependency.dll");
     EXPECT_EQ(report.Find("load", "load-module")["result"], "failed");
     EXPECT_THAT(report.Remedy(), HasSubstr("Put dependency.dll into its folder"));
@@ -97,27 +97,27 @@ TEST_F(DoctorLoad, AMissingDependencyIsNamed)
 
 TEST_F(DoctorLoad, ADependencyBesideTheModuleIsFound)
 {
-    site.Install("dependent");
-    site.CopyPlugin("dependency", site.ServerFolder() / "dependency.dll");
+    installation.Install("dependent");
+    installation.CopyPlugin("dependency", installation.ServerFolder() / "dependency.dll");
     ExpectStart();
 }
 
 TEST_F(DoctorLoad, ADependencyBesideTheHostIsFoundAsInARealHost)
 {
-    site.Install("dependent");
-    site.CopyPlugin("dependency", site.HostFolder() / "dependency.dll");
+    installation.Install("dependent");
+    installation.CopyPlugin("dependency", installation.HostFolder() / "dependency.dll");
     ExpectStart();
 }
 
 TEST_F(DoctorLoad, AModuleWithoutFactoryFunctionIsNamed)
 {
-    site.Install("no-factory");
+    installation.Install("no-factory");
     ExpectFailure(ExitCode::FactorySymbolMissing, "load", "does not export its factory function");
 }
 
 TEST_F(DoctorLoad, AModuleWithThe32BitSymbolIsNamed)
 {
-    site.Install("symbol32");
+    installation.Install("symbol32");
     const DoctorReport report =
         ExpectFailure(ExitCode::FactorySymbolMissing, "load", "does not export its factory function");
     EXPECT_THAT(report.Find("module-file", "factory function")["note"].asString(), HasSubstr("YAPAVISSOClientFactory"));

@@ -21,14 +21,14 @@ class DoctorLocation : public DoctorTest
 protected:
     void InstallWithConfig(const std::string& json) const
     {
-        site.Install();
-        site.WriteClientConfig(json);
+        installation.Install();
+        installation.WriteClientConfig(json);
     }
 
     void InstallWithEntry(const std::string& json) const
     {
-        site.Install();
-        site.WriteCompatibilityFile(R"({"ssoClientPlugin": [)" + json + "]}");
+        installation.Install();
+        installation.WriteCompatibilityFile(R"({"ssoClientPlugin": [)" + json + "]}");
     }
 
     void ExpectDefect(const std::string& defect, const std::string& words) const
@@ -36,13 +36,13 @@ protected:
         const DoctorReport report =
             ExpectFailure(ExitCode::CompatibilityEntriesDefective, "compatibility-entries", words);
         EXPECT_THAT(report.Results("compatibility-entries"), ElementsAre("ssoClientPlugin[0]: " + defect));
-        EXPECT_THAT(report.Remedy(), HasSubstr(Utf8(site.CompatibilityFile())));
+        EXPECT_THAT(report.Remedy(), HasSubstr(Utf8(installation.CompatibilityFile())));
     }
 };
 
 TEST_F(DoctorLocation, WithEverythingInPlaceAHostStartsAndEachStepSaysWhatItSaw)
 {
-    site.Install();
+    installation.Install();
     const DoctorReport report = ExpectStart();
     EXPECT_THAT(report.Results("client-config"),
                 ElementsAre("host's folder: found", "library's folder: not-searched", "client config file: found",
@@ -50,7 +50,8 @@ TEST_F(DoctorLocation, WithEverythingInPlaceAHostStartsAndEachStepSaysWhatItSaw)
                             "VersionCompatibilityConfigfilePath: default", "searchPaths: set",
                             "supportBothLocalAndAdmin: default"));
     EXPECT_EQ(report.Find("client-config", "bundleId")["value"], "com.kestrany.test");
-    EXPECT_EQ(report.Find("client-config", "bundleId")["source"], Utf8(site.ClientConfigFile()) + ", key bundleId");
+    EXPECT_EQ(report.Find("client-config", "bundleId")["source"],
+              Utf8(installation.ClientConfigFile()) + ", key bundleId");
     EXPECT_THAT(report.Results("registry"), ElementsAre("key: absent"));
     EXPECT_THAT(report.Results("server-application"),
                 ElementsAre("library's folder: not-there", "host's folder: not-there", "client config file: found",
@@ -63,12 +64,12 @@ TEST_F(DoctorLocation, WithEverythingInPlaceAHostStartsAndEachStepSaysWhatItSaw)
 
 TEST_F(DoctorLocation, NamesInAnyScriptStayWhatTheyAre)
 {
-    site.Install();
-    const fs::path folder = site.MakeFolder(L"\u30B5\u30FC\u30D0\u30FC \u0416\u00E9");
-    site.InstallServerApplication(folder);
-    site.CopyPlugin("good", folder / "PellwickClient.dll");
-    fs::copy_file(site.CompatibilityFile(), folder / site.CompatibilityFile().filename());
-    site.WriteClientConfig(R"({"ssoServer": {"searchPaths": ")" + JsonPath(folder) + R"("}})");
+    installation.Install();
+    const fs::path folder = installation.MakeFolder(L"\u30B5\u30FC\u30D0\u30FC \u0416\u00E9");
+    installation.InstallServerApplication(folder);
+    installation.CopyPlugin("good", folder / "PellwickClient.dll");
+    fs::copy_file(installation.CompatibilityFile(), folder / installation.CompatibilityFile().filename());
+    installation.WriteClientConfig(R"({"ssoServer": {"searchPaths": ")" + JsonPath(folder) + R"("}})");
     const DoctorReport report = ExpectStart();
     EXPECT_EQ(report.Find("module-file", "plugin module")["value"], Utf8(folder / "PellwickClient.dll"));
     EXPECT_THAT(RunTool().output, HasSubstr(Utf8(folder / "PellwickClient.dll")));
@@ -82,24 +83,24 @@ TEST_F(DoctorLocation, WithoutClientConfigFileAndRegistryTheServerApplicationIsN
                                                              "client config file: not-found"));
     EXPECT_EQ(report.MarkOf("client-config"), "ok") << "it is optional";
     EXPECT_EQ(report.MarkOf("server-application"), "failed");
-    EXPECT_THAT(report.Remedy(), HasSubstr(Utf8(site.ClientConfigFile())));
+    EXPECT_THAT(report.Remedy(), HasSubstr(Utf8(installation.ClientConfigFile())));
     EXPECT_THAT(report.Remedy(), HasSubstr("HKEY_LOCAL_MACHINE\\SOFTWARE\\Kestrany\\Pellwick"));
 }
 
 TEST_F(DoctorLocation, WithoutClientConfigFileAServerApplicationBesideTheHostServes)
 {
-    site.Install();
-    fs::remove(site.ClientConfigFile());
+    installation.Install();
+    fs::remove(installation.ClientConfigFile());
     for (const char* const name : {"Pellwick.exe", "PellwickClient.dll", "TALIXVersionCompatibility.config"})
-        fs::copy_file(site.ServerFolder() / name, site.HostFolder() / name);
+        fs::copy_file(installation.ServerFolder() / name, installation.HostFolder() / name);
     ExpectStart();
 }
 
 TEST_F(DoctorLocation, AClientConfigFileInTheToolsCurrentFolderIsNotTheHosts)
 {
-    site.Install();
-    const fs::path folder = site.MakeFolder("shell");
-    fs::rename(site.ClientConfigFile(), folder / "Orlindex.config");
+    installation.Install();
+    const fs::path folder = installation.MakeFolder("shell");
+    fs::rename(installation.ClientConfigFile(), folder / "Orlindex.config");
     fs::current_path(folder);
     for (const std::vector<std::wstring>& arguments : {std::vector<std::wstring>(), {L"--load"}})
     {
@@ -113,27 +114,27 @@ TEST_F(DoctorLocation, AClientConfigFileInTheToolsCurrentFolderIsNotTheHosts)
 
 TEST_F(DoctorLocation, AHostsFolderGivenFromTheCurrentOneIsTheSame)
 {
-    site.Install();
-    fs::current_path(site.HostFolder().parent_path());
+    installation.Install();
+    fs::current_path(installation.HostFolder().parent_path());
     const DoctorReport report(
-        RunProgram(Tool(), {L"--json", L"--load", L"--host", site.HostFolder().filename().native()}));
+        RunProgram(Tool(), {L"--json", L"--load", L"--host", installation.HostFolder().filename().native()}));
     EXPECT_EQ(report.Run().exitCode, 0U) << report.Run().output;
-    EXPECT_EQ(report.Root()["host"], Utf8(site.HostFolder()));
+    EXPECT_EQ(report.Root()["host"], Utf8(installation.HostFolder()));
 }
 
 TEST_F(DoctorLocation, AClientConfigFileThatIsNoJsonIsNamedWithLineAndColumn)
 {
     InstallWithConfig("{\n  \"ssoServer\": {\n    \"searchPaths\" \"C:\\\\x\"\n  }\n}\n");
     const DoctorReport report = ExpectFailure(ExitCode::ClientConfigInvalid, "client-config", "line 3, column 19");
-    EXPECT_THAT(report.Cause(), HasSubstr(Utf8(site.ClientConfigFile())));
+    EXPECT_THAT(report.Cause(), HasSubstr(Utf8(installation.ClientConfigFile())));
     EXPECT_EQ(report.Find("client-config", "contents")["result"], "invalid");
 }
 
 TEST_F(DoctorLocation, AClientConfigFileThatCannotBeReadIsNamed)
 {
-    site.Install();
-    fs::remove(site.ClientConfigFile());
-    site.MakeFolder("host/Orlindex.config");
+    installation.Install();
+    fs::remove(installation.ClientConfigFile());
+    installation.MakeFolder("host/Orlindex.config");
     const DoctorReport report = ExpectFailure(ExitCode::ClientConfigInvalid, "client-config", "cannot be read");
     EXPECT_EQ(report.Find("client-config", "contents")["result"], "unreadable");
 }
@@ -142,13 +143,13 @@ TEST_F(DoctorLocation, AnInvalidClientConfigFileIsAWarningWhereTheServerApplicat
 {
     InstallWithConfig("no JSON");
     for (const char* const name : {"Pellwick.exe", "PellwickClient.dll", "TALIXVersionCompatibility.config"})
-        fs::copy_file(site.ServerFolder() / name, site.HostFolder() / name);
+        fs::copy_file(installation.ServerFolder() / name, installation.HostFolder() / name);
     EXPECT_EQ(ExpectStart().MarkOf("client-config"), "warning");
 }
 
 TEST_F(DoctorLocation, ASettingOfAnotherTypeIsSaidToBeIgnored)
 {
-    InstallWithConfig(R"({"ssoServer": {"searchPaths": [")" + JsonPath(site.ServerFolder()) + R"("]}})");
+    InstallWithConfig(R"({"ssoServer": {"searchPaths": [")" + JsonPath(installation.ServerFolder()) + R"("]}})");
     const DoctorReport report =
         ExpectFailure(ExitCode::ServerApplicationNotFound, "server-application", "names no folder with it");
     EXPECT_EQ(report.Find("client-config", "searchPaths")["result"], "wrong-type");
@@ -157,8 +158,8 @@ TEST_F(DoctorLocation, ASettingOfAnotherTypeIsSaidToBeIgnored)
 
 TEST_F(DoctorLocation, ReferencesWithoutValueAndZerosAreSaidNotToBeSearched)
 {
-    const std::string server = JsonPath(site.ServerFolder());
-    // The second directory would be the server application's own where the zero ended it.
+    const std::string server = JsonPath(installation.ServerFolder());
+    // The second directory would be that of the server application if the zero character ended the path.
     InstallWithConfig(R"({"ssoServer": {"searchPaths": ";%Nothing%;)" + server + R"(\\Pellwick.exe\u0000;)" + server +
                       R"("}})");
     EXPECT_THAT(ExpectStart().Results("server-application"),
@@ -167,9 +168,9 @@ TEST_F(DoctorLocation, ReferencesWithoutValueAndZerosAreSaidNotToBeSearched)
                             "server application: found"));
 }
 
-TEST_F(DoctorLocation, ASearchPathThatRefersToTheResultOfTheSearchIsToldOnce)
+TEST_F(DoctorLocation, ASearchPathThatRefersToTheResultOfTheSearchIsReportedOnce)
 {
-    InstallWithConfig(R"({"ssoServer": {"searchPaths": "%SSOServerAppPath%;)" + JsonPath(site.ServerFolder()) +
+    InstallWithConfig(R"({"ssoServer": {"searchPaths": "%SSOServerAppPath%;)" + JsonPath(installation.ServerFolder()) +
                       R"("}})");
     const DoctorReport report = ExpectStart();
     EXPECT_THAT(report.Results("registry"), ElementsAre("key: absent"));
@@ -178,43 +179,43 @@ TEST_F(DoctorLocation, ASearchPathThatRefersToTheResultOfTheSearchIsToldOnce)
 
 TEST_F(DoctorLocation, AMissingVersionCompatibilityFileIsNamedWithItsFolder)
 {
-    site.Install();
-    fs::remove(site.CompatibilityFile());
+    installation.Install();
+    fs::remove(installation.CompatibilityFile());
     const DoctorReport report = ExpectFailure(ExitCode::CompatibilityFileNotFound, "compatibility-file",
                                               "There is no TALIXVersionCompatibility.config");
-    EXPECT_THAT(report.Cause(), HasSubstr(Utf8(site.ServerFolder())));
+    EXPECT_THAT(report.Cause(), HasSubstr(Utf8(installation.ServerFolder())));
 }
 
 TEST_F(DoctorLocation, WithoutVersionCompatibilityFileAnInvalidClientConfigFileIsNamedToo)
 {
     InstallWithConfig("no JSON");
-    site.InstallServerApplication(site.HostFolder());
+    installation.InstallServerApplication(installation.HostFolder());
     const DoctorReport report =
         ExpectFailure(ExitCode::CompatibilityFileNotFound, "compatibility-file", "is not used (");
-    EXPECT_THAT(report.Cause(), HasSubstr(Utf8(site.ClientConfigFile())));
-    EXPECT_THAT(report.Remedy(), HasSubstr("Mend \"" + Utf8(site.ClientConfigFile())));
+    EXPECT_THAT(report.Cause(), HasSubstr(Utf8(installation.ClientConfigFile())));
+    EXPECT_THAT(report.Remedy(), HasSubstr("Mend \"" + Utf8(installation.ClientConfigFile())));
 }
 
 TEST_F(DoctorLocation, AVersionCompatibilityFileWhereTheClientConfigFileSaysIsFound)
 {
-    site.Install();
-    const fs::path folder = site.MakeFolder("elsewhere");
-    fs::rename(site.CompatibilityFile(), folder / site.CompatibilityFile().filename());
-    site.WriteClientConfig(R"({"ssoServer": {"searchPaths": ")" + JsonPath(site.ServerFolder()) +
-                           R"(", "VersionCompatibilityConfigfilePath": ")" + JsonPath(folder) + R"("}})");
+    installation.Install();
+    const fs::path folder = installation.MakeFolder("elsewhere");
+    fs::rename(installation.CompatibilityFile(), folder / installation.CompatibilityFile().filename());
+    installation.WriteClientConfig(R"({"ssoServer": {"searchPaths": ")" + JsonPath(installation.ServerFolder()) +
+                                   R"(", "VersionCompatibilityConfigfilePath": ")" + JsonPath(folder) + R"("}})");
     EXPECT_THAT(ExpectStart().Results("compatibility-file"),
                 ElementsAre("server application: not-there", "version compatibility file: not-found",
                             "client config file: found", "version compatibility file: found", "contents: read"));
 }
 
-TEST_F(DoctorLocation, ASearchThatTheStartRepeatsIsToldOnce)
+TEST_F(DoctorLocation, ASearchThatTheStartUpRepeatsIsReportedOnce)
 {
-    site.Install();
-    fs::remove(site.ServerFolder() / "Pellwick.exe");
-    site.WriteClientConfig(R"({"ssoServer": {"VersionCompatibilityConfigfilePath": ")" + JsonPath(site.ServerFolder()) +
-                           R"("}})");
-    site.WriteCompatibilityFile(
-        {CompatibilityEntry{"%SSOServerAppPath%\\a.dll", "1"}, CompatibilityEntry{Utf8(site.PluginFile()), "2"}});
+    installation.Install();
+    fs::remove(installation.ServerFolder() / "Pellwick.exe");
+    installation.WriteClientConfig(R"({"ssoServer": {"VersionCompatibilityConfigfilePath": ")" +
+                                   JsonPath(installation.ServerFolder()) + R"("}})");
+    installation.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\a.dll", "1"},
+                                         CompatibilityEntry{Utf8(installation.PluginFile()), "2"}});
     const DoctorReport report = ExpectStart();
     EXPECT_EQ(report.MarkOf("server-application"), "failed") << "and a start goes on without it";
     int searches = 0;
@@ -225,26 +226,26 @@ TEST_F(DoctorLocation, ASearchThatTheStartRepeatsIsToldOnce)
 
 TEST_F(DoctorLocation, AVersionCompatibilityFileThatIsNoJsonIsNamedWithLineAndColumn)
 {
-    site.Install();
-    site.WriteCompatibilityFile("{\"ssoClientPlugin\": [}");
+    installation.Install();
+    installation.WriteCompatibilityFile("{\"ssoClientPlugin\": [}");
     const DoctorReport report =
         ExpectFailure(ExitCode::CompatibilityFileInvalid, "compatibility-file", "line 1, column");
-    EXPECT_THAT(report.Cause(), HasSubstr(Utf8(site.CompatibilityFile())));
+    EXPECT_THAT(report.Cause(), HasSubstr(Utf8(installation.CompatibilityFile())));
 }
 
 TEST_F(DoctorLocation, AVersionCompatibilityFileNestedTooDeepIsInvalid)
 {
-    site.Install();
-    site.WriteCompatibilityFile(std::string(2000, '['));
+    installation.Install();
+    installation.WriteCompatibilityFile(std::string(2000, '['));
     ExpectFailure(ExitCode::CompatibilityFileInvalid, "compatibility-file", "no JSON");
 }
 
 TEST_F(DoctorLocation, AVersionCompatibilityFileWithoutEntriesIsEmpty)
 {
-    site.Install();
+    installation.Install();
     for (const char* const json : {"{}", R"({"ssoClientPlugin": []})", R"({"ssoClientPlugin": 7})", "[]"})
     {
-        site.WriteCompatibilityFile(json);
+        installation.WriteCompatibilityFile(json);
         ExpectFailure(ExitCode::CompatibilityListEmpty, "compatibility-file", "missing or empty");
     }
 }
@@ -284,11 +285,11 @@ TEST_F(DoctorLocation, AnEntryWithAnEmptyRangeIsNamed)
 
 TEST_F(DoctorLocation, EntriesThatDoNotServeThisVersionSayWhichTheyServe)
 {
-    site.Install();
+    installation.Install();
     const std::string path = "%SSOServerAppPath%\\PellwickClient.dll";
-    site.WriteCompatibilityFile({CompatibilityEntry{path, "2", R"({"minVersion": "1.12"})"},
-                                 CompatibilityEntry{path, "3", R"({"maxVersion": "1.11.13.2"})"},
-                                 CompatibilityEntry{path, "4", R"({"versions": ["1.10", "1.12"]})"}});
+    installation.WriteCompatibilityFile({CompatibilityEntry{path, "2", R"({"minVersion": "1.12"})"},
+                                         CompatibilityEntry{path, "3", R"({"maxVersion": "1.11.13.2"})"},
+                                         CompatibilityEntry{path, "4", R"({"versions": ["1.10", "1.12"]})"}});
     const DoctorReport report =
         ExpectFailure(ExitCode::NoEntryServes, "compatibility-entries", "ssoClientPlugin[1] serves max 1.11.13.2");
     EXPECT_THAT(report.Results("compatibility-entries"),
@@ -298,9 +299,9 @@ TEST_F(DoctorLocation, EntriesThatDoNotServeThisVersionSayWhichTheyServe)
 
 TEST_F(DoctorLocation, EveryEntrySaysWhyItWasTakenOrNot)
 {
-    site.Install();
+    installation.Install();
     const std::string path = "%SSOServerAppPath%\\PellwickClient.dll";
-    site.WriteCompatibilityFile(
+    installation.WriteCompatibilityFile(
         {CompatibilityEntry{path, "1.9"}, CompatibilityEntry{path, "1.10"}, CompatibilityEntry{path, "1.10"},
          CompatibilityEntry{path, "9", R"({"minVersion": "2"})"}, CompatibilityEntry{path, "", SoundRange}});
     const DoctorReport report = ExpectStart();

@@ -1,4 +1,4 @@
-// What all tests share: the registry, the roots that the user trusts, and the machine that the tool must not change.
+// What all tests share: the registry, the roots that the user trusts, and the machine, which the tool must not change.
 
 #include <stdexcept>
 
@@ -20,11 +20,11 @@ using testing::HasSubstr;
 class MachineDoctor : public DoctorTest
 {
 protected:
-    /// Everything, found by way of the registry alone.
+    /// Installs everything, to be found only through the registry.
     void InstallRegistered() const
     {
-        site.Install();
-        fs::remove(site.ClientConfigFile());
+        installation.Install();
+        fs::remove(installation.ClientConfigFile());
     }
 
     MachineKey key;
@@ -34,13 +34,13 @@ TEST_F(MachineDoctor, TheGreatestRegisteredVersionIsTaken)
 {
     InstallRegistered();
     key.AddVersion(L"1.9.0", L"C:\\old");
-    key.AddVersion(L"1.10.0", site.ServerFolder().native());
+    key.AddVersion(L"1.10.0", installation.ServerFolder().native());
     key.AddVersion(L"2.0");
     const DoctorReport report = ExpectStart();
     EXPECT_THAT(report.Results("registry"),
                 testing::UnorderedElementsAre("version 1.9.0: location", "version 1.10.0: location",
                                               "version 2.0: no-location", "location: chosen"));
-    EXPECT_EQ(report.Find("registry", "location")["value"], Utf8(site.ServerFolder()));
+    EXPECT_EQ(report.Find("registry", "location")["value"], Utf8(installation.ServerFolder()));
     EXPECT_EQ(report.Find("registry", "location")["source"],
               "HKEY_LOCAL_MACHINE\\SOFTWARE\\Kestrany\\Pellwick\\1.10.0, value Location, 64-bit view");
     EXPECT_EQ(report.Find("server-application", "registry")["result"], "found");
@@ -49,17 +49,17 @@ TEST_F(MachineDoctor, TheGreatestRegisteredVersionIsTaken)
 TEST_F(MachineDoctor, TheKeysOwnLocationCountsWhereNoVersionHasOne)
 {
     InstallRegistered();
-    key.SetLocation(site.ServerFolder().native());
+    key.SetLocation(installation.ServerFolder().native());
     EXPECT_THAT(ExpectStart().Results("registry"), ElementsAre("key: location", "location: chosen"));
 }
 
 TEST_F(MachineDoctor, WithBothLocalAndAdminTheRegisteredFolderComesFirst)
 {
-    site.Install();
-    site.WriteClientConfig(R"({"ssoServer": {"supportBothLocalAndAdmin": true}})");
-    key.SetLocation(site.ServerFolder().native());
+    installation.Install();
+    installation.WriteClientConfig(R"({"ssoServer": {"supportBothLocalAndAdmin": true}})");
+    key.SetLocation(installation.ServerFolder().native());
     EXPECT_EQ(ExpectStart().Find("client-config", "supportBothLocalAndAdmin")["value"], "true");
-    key.AddVersion(L"1.0", site.ServerFolder().native());
+    key.AddVersion(L"1.0", installation.ServerFolder().native());
     EXPECT_THAT(ExpectStart().Results("server-application"),
                 ElementsAre("registry: found", "library's folder: not-searched", "host's folder: not-searched",
                             "server application: found"));
@@ -98,7 +98,7 @@ TEST_F(MachineDoctor, AnEmptyLocationIsNamed)
     ExpectFailure(ExitCode::RegistryUnusable, "registry", "its value Location is empty");
 }
 
-/// The root of signers whom the user's own store trusts.
+/// The root of signers that the user's own store trusts.
 class MachineDoctorRoots : public DoctorTest
 {
 protected:
@@ -110,7 +110,7 @@ protected:
     }
     void TearDown() override { Store().Remove(root); }
 
-    const std::string root = site.RootCertificate("trusted-root");
+    const std::string root = installation.RootCertificate("trusted-root");
 
 private:
     class Store
@@ -152,24 +152,24 @@ private:
 
 TEST_F(MachineDoctorRoots, ARootThatTheSystemTrustsIsShownAsSuch)
 {
-    site.Install("trusted");
+    installation.Install("trusted");
     EXPECT_EQ(ExpectStart().Find("signature", "root")["result"], "system-trusted");
 }
 
 TEST_F(MachineDoctorRoots, AnExpiredCertificateIsNamed)
 {
-    site.Install("expired");
+    installation.Install("expired");
     ExpectFailure(ExitCode::CertificateExpired, "signature", "is not valid at this machine's time");
 }
 
-/// Alone on the machine: others change it.
+/// Runs alone on the machine, as other tests change it.
 class MachineDoctorChanges : public DoctorTest
 {
 protected:
     Snapshot TakeSnapshot() const
     {
         Snapshot snapshot = SnapshotOfRegistry();
-        for (const fs::path& folder : {site.HostFolder(), site.ServerFolder()})
+        for (const fs::path& folder : {installation.HostFolder(), installation.ServerFolder()})
             snapshot.merge(SnapshotOfFiles(folder));
         return snapshot;
     }
@@ -177,9 +177,9 @@ protected:
 
 TEST_F(MachineDoctorChanges, NothingIsChanged)
 {
-    site.Install();
+    installation.Install();
     const std::vector<std::vector<std::wstring>> calls = {
-        {}, {L"--json"}, {L"check", site.PluginFile().native()}, {L"--load"}};
+        {}, {L"--json"}, {L"check", installation.PluginFile().native()}, {L"--load"}};
     Snapshot before = TakeSnapshot();
     ASSERT_GT(before.size(), 200U);
     for (const auto& call : calls)
@@ -194,7 +194,7 @@ TEST_F(MachineDoctorChanges, NothingIsChanged)
 TEST_F(MachineDoctorChanges, AChangeWouldBeSeen)
 {
     const Snapshot before = TakeSnapshot();
-    WriteFile(site.ServerFolder() / "new", "");
+    WriteFile(installation.ServerFolder() / "new", "");
     const MachineKey key;
     EXPECT_THAT(ToUtf8(Differences(before, TakeSnapshot())),
                 testing::AllOf(HasSubstr("HKLM\\SOFTWARE\\Kestrany\\Pellwick"), HasSubstr("\\server\\new\n")));

@@ -1,4 +1,4 @@
-// The messages of the process that loads a plugin, as bytes: what is split into lines, and what is read of a line.
+// The messages of the process that loads a plugin, as bytes: how they are split into lines and parsed.
 
 #include <string>
 #include <vector>

@@ -11,18 +11,18 @@
 
 namespace OrlindexTest {
 
-/// A 64-bit DLL that exports two names, imports one library and has a version resource, and which a test may change.
+/// A 64-bit DLL that exports two names, imports one library and has a version resource. A test may change it.
 class ModuleBytes
 {
 public:
-    // Where things lie in the file ...
+    // File offsets.
     static constexpr std::size_t PeOffset = 0x80;
     static constexpr std::size_t Coff = PeOffset + 4;
     static constexpr std::size_t Optional = Coff + 20;
     static constexpr std::size_t Directories = Optional + 112;
     static constexpr std::size_t SectionTable = Directories + 16 * 8;
     static constexpr std::size_t SectionOffset = 0x400;
-    // ... and at which address.
+    // Addresses.
     static constexpr std::uint32_t SectionAddress = 0x1000;
     static constexpr std::uint32_t SectionSize = 0x800;
     static constexpr std::uint32_t Exports = SectionAddress;
@@ -97,14 +97,14 @@ public:
             offset += 8;
         }
     }
-    /// What a resource table leads to in the end.
+    /// A resource data entry, at which the tables end.
     void PutEntry(std::uint32_t address, std::uint32_t target, std::uint32_t size)
     {
         Put32(At(address), target);
         Put32(At(address) + 4, size);
     }
 
-    /// Bytes behind the last section, as a signature is.
+    /// Bytes behind the last section, where a signature is.
     void Append(const std::string& bytes) { bytes_ += bytes; }
 
     const std::string& Bytes() const { return bytes_; }

@@ -1,4 +1,4 @@
-// Failures of the plugin module's file: where it lies, its signature, who else has it open.
+// Failures of the plugin module's file: its path, its signature, and other programs that have it open.
 
 #include "DamagedModule.h"
 #include "DoctorTest.h"
@@ -16,11 +16,11 @@ using testing::HasSubstr;
 class DoctorModule : public DoctorTest
 {
 protected:
-    std::string File() const { return Utf8(site.PluginFile()); }
+    std::string File() const { return Utf8(installation.PluginFile()); }
 
     DoctorReport ExpectSignatureFailure(const std::string& plugin, ExitCode code, const std::string& cause) const
     {
-        site.Install(plugin);
+        installation.Install(plugin);
         DoctorReport report = ExpectFailure(code, "signature", cause);
         EXPECT_THAT(report.Cause(), HasSubstr(File()));
         EXPECT_THAT(report.Remedy(), HasSubstr(File()));
@@ -31,31 +31,31 @@ protected:
 
     void ExpectRefusedPath(const std::string& path, const std::string& words) const
     {
-        site.Install();
-        site.WriteCompatibilityFile({CompatibilityEntry{path}});
+        installation.Install();
+        installation.WriteCompatibilityFile({CompatibilityEntry{path}});
         const DoctorReport report = ExpectFailure(ExitCode::ModulePathRefused, "module-file", words);
-        EXPECT_THAT(report.Remedy(), HasSubstr(Utf8(site.CompatibilityFile())));
+        EXPECT_THAT(report.Remedy(), HasSubstr(Utf8(installation.CompatibilityFile())));
     }
 };
 
 TEST_F(DoctorModule, AMissingModuleIsNamed)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     const DoctorReport report = ExpectFailure(ExitCode::ModuleMissing, "module-file", File());
     EXPECT_THAT(report.Results("module-file"), Contains("plugin module: missing"));
 }
 
 TEST_F(DoctorModule, AFolderInItsPlaceIsNamed)
 {
-    site.InstallWithoutPlugin();
-    site.MakeFolder("server/PellwickClient.dll");
+    installation.InstallWithoutPlugin();
+    installation.MakeFolder("server/PellwickClient.dll");
     ExpectFailure(ExitCode::ModuleFormat, "module-file", "cannot be read");
 }
 
 TEST_F(DoctorModule, APathThatIsNotAbsoluteIsAWarning)
 {
-    site.Install();
-    site.WriteCompatibilityFile({CompatibilityEntry{"..\\server\\PellwickClient.dll"}});
+    installation.Install();
+    installation.WriteCompatibilityFile({CompatibilityEntry{"..\\server\\PellwickClient.dll"}});
     const DoctorReport report = ExpectStart();
     EXPECT_EQ(report.MarkOf("module-file"), "warning");
     EXPECT_EQ(report.Find("module-file", "path")["value"], "..\\server\\PellwickClient.dll");
@@ -74,15 +74,15 @@ TEST_F(DoctorModule, APathThatTheSystemStripsIsRefused)
 
 TEST_F(DoctorModule, AFileThatIsNoModuleIsNamed)
 {
-    site.InstallWithoutPlugin();
-    WriteFile(site.PluginFile(), "no module");
+    installation.InstallWithoutPlugin();
+    WriteFile(installation.PluginFile(), "no module");
     ExpectFailure(ExitCode::ModuleFormat, "module-file", "no Windows module");
 }
 
 TEST_F(DoctorModule, AnEmptyFileIsNoModule)
 {
-    site.InstallWithoutPlugin();
-    WriteFile(site.PluginFile(), "");
+    installation.InstallWithoutPlugin();
+    WriteFile(installation.PluginFile(), "");
     ExpectFailure(ExitCode::ModuleFormat, "module-file", "no Windows module");
 }
 
@@ -93,20 +93,21 @@ TEST_F(DoctorModule, AnUnsignedModuleIsNamed)
 
 TEST_F(DoctorModule, AModuleThatWasChangedIsNamed)
 {
-    site.Install();
-    Tamper(site.PluginFile());
+    installation.Install();
+    Tamper(installation.PluginFile());
     ExpectFailure(ExitCode::FileChanged, "signature", "was changed after it was signed");
 }
 
 TEST_F(DoctorModule, OneWhoseVersionResourceIsDamagedIsReadAllTheSame)
 {
-    site.Install();
-    const std::string sound = ReadFile(site.HostFolder() / "Orlindex.dll"); // It has such a resource, and no signature.
+    installation.Install();
+    const std::string sound =
+        ReadFile(installation.HostFolder() / "Orlindex.dll"); // It has such a resource, and no signature.
     for (const ResourceDamage damage : {ResourceDamage::Size, ResourceDamage::Address, ResourceDamage::SectionSize})
     {
-        WriteFile(site.PluginFile(), WithDamage(sound, damage));
+        WriteFile(installation.PluginFile(), WithDamage(sound, damage));
         for (const std::vector<std::wstring>& arguments :
-             {std::vector<std::wstring>{}, {L"check", site.PluginFile().native()}})
+             {std::vector<std::wstring>{}, {L"check", installation.PluginFile().native()}})
         {
             const DoctorReport report = Report(arguments);
             EXPECT_EQ(report.Run().exitCode, 40U) << report.Run().output;
@@ -139,7 +140,7 @@ TEST_F(DoctorModule, AnotherRootIsNamed)
 
 TEST_F(DoctorModule, AnExpiredCertificateBelowThePinnedRootIsAWarning)
 {
-    site.Install("pinned-expired");
+    installation.Install("pinned-expired");
     const DoctorReport report = ExpectStart();
     EXPECT_EQ(report.MarkOf("signature"), "warning");
     const Json::Value fault = report.Find("signature", "chain");
@@ -150,7 +151,7 @@ TEST_F(DoctorModule, AnExpiredCertificateBelowThePinnedRootIsAWarning)
 
 TEST_F(DoctorModule, AGoodSignatureIsShownWithSignerChainAndRoot)
 {
-    site.Install();
+    installation.Install();
     const DoctorReport report = Report();
     EXPECT_EQ(report.Run().exitCode, 0U);
     EXPECT_EQ(report.Find("signature", "signer")["value"], "Kestrany, Inc.");
@@ -163,9 +164,9 @@ TEST_F(DoctorModule, AGoodSignatureIsShownWithSignerChainAndRoot)
 
 TEST_F(DoctorModule, AFileThatSomebodyMayStillWriteIsInUse)
 {
-    site.Install();
-    const Handle writer(CreateFileW(site.PluginFile().c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                    nullptr, OPEN_EXISTING, 0, nullptr));
+    installation.Install();
+    const Handle writer(CreateFileW(installation.PluginFile().c_str(), GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
     ASSERT_NE(writer.get(), INVALID_HANDLE_VALUE);
     ExpectFailure(ExitCode::FileInUse, "signature", "cannot be kept from changing");
 }
@@ -174,7 +175,7 @@ TEST_F(DoctorModule, WithoutLoadAMissingFactoryFunctionIsReadFromTheFile)
 {
     for (const char* const plugin : {"no-factory", "symbol32"})
     {
-        site.Install(plugin);
+        installation.Install(plugin);
         const DoctorReport report = Report();
         EXPECT_EQ(report.Run().exitCode, 34U) << plugin;
         EXPECT_EQ(report.FailedStep(), "module-file");
@@ -185,7 +186,7 @@ TEST_F(DoctorModule, WithoutLoadAMissingFactoryFunctionIsReadFromTheFile)
 
 TEST_F(DoctorModule, WithoutLoadNoCodeOfThePluginRuns)
 {
-    site.Install("faulty");
+    installation.Install("faulty");
     SetEnvironmentVariableW(L"ORLINDEX_TEST_FAULT", L"crash");
     EXPECT_EQ(Report().Run().exitCode, 0U);
 }

@@ -1,4 +1,4 @@
-// Module files as they should be, and as they should not: no byte of them makes the reader leave the file.
+// Valid and invalid module files: no byte of them makes the parser read outside the file.
 
 #include <cstdint>
 #include <gmock/gmock.h>
@@ -20,10 +20,10 @@ namespace {
 
 using Module = OrlindexTest::ModuleBytes;
 
-/// Everything that the reader can be asked for.
+/// Calls everything that the parser offers.
 void AskEverything(std::string_view bytes)
 {
-    // A copy of exactly that size: a sanitizer sees every step beyond its end.
+    // A copy of exactly that size: a sanitizer reports every access beyond its end.
     const std::string exact(bytes);
     if (const auto file = PeFile::Read(exact))
     {

@@ -1,4 +1,4 @@
-// What the tool hears of the process that loads a plugin, whatever that process does with the pipe.
+// The lines that the tool gets from the process that loads a plugin, whatever that process does with the pipe.
 
 #include <stdexcept>
 #include <string>
@@ -24,15 +24,15 @@ using testing::SizeIs;
 
 namespace {
 
-constexpr std::uint64_t Minutes = 10 * 60'000; ///< Milliseconds, for what comes to an end by itself.
+constexpr std::uint64_t Minutes = 10 * 60'000; ///< Milliseconds, for a read that ends by itself.
 
 } // namespace
 
-/// An event stands in for the process: it ends when the event is set.
+/// An event replaces the process: the process has ended when the event is set.
 class DoctorPipeReader : public testing::Test
 {
 protected:
-    /// False if nobody reads any more.
+    /// Returns false if nobody reads any more.
     bool Write(const std::string& bytes) const
     {
         DWORD written = 0;
@@ -49,7 +49,7 @@ protected:
     {
         std::thread writer(write);
         const End end = Read();
-        pipe_.readEnd.reset(); // A writer that waits is woken.
+        pipe_.readEnd.reset(); // Wakes a writer that waits.
         writer.join();
         return end;
     }

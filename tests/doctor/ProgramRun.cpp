@@ -36,8 +36,8 @@ std::wstring CommandLine(const fs::path& program, const std::vector<std::wstring
 
 ProgramRun RunProgram(const fs::path& program, const std::vector<std::wstring>& arguments, unsigned seconds)
 {
-    const fs::path outputFile = Surroundings().root / "program-output";
-    const fs::path errorFile = Surroundings().root / "program-errors";
+    const fs::path outputFile = Environment().root / "program-output";
+    const fs::path errorFile = Environment().root / "program-errors";
     ProgramRun run{};
     {
         const Handle output = CreateOutput(outputFile);

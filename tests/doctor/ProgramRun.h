@@ -7,17 +7,17 @@
 
 namespace OrlindexTest {
 
-/// How a program went.
+/// The result of a program.
 struct ProgramRun
 {
     unsigned long exitCode;
-    bool inTime;        ///< Or it was ended.
-    std::string output; ///< Standard output, as it was written.
+    bool inTime;        ///< False if it was terminated.
+    std::string output; ///< Standard output, unchanged.
     std::string errors;
 };
 
-/// Runs a program to its end, or ends it after `seconds`. Arguments must hold no quotation marks and not end with a
-/// backslash.
+/// Runs a program to its end, or terminates it after `seconds`. Arguments must not contain quotation marks or end with
+/// a backslash.
 ProgramRun RunProgram(const std::filesystem::path& program, const std::vector<std::wstring>& arguments,
                       unsigned seconds = 300);
 

@@ -1,4 +1,4 @@
-// Reports of every kind, written for the test that holds them against the published schema.
+// Writes reports of every kind for the test that validates them with the published schema.
 
 #include "DoctorTest.h"
 
@@ -16,17 +16,18 @@ protected:
 TEST_F(DoctorReports, OfEachKindAreWritten)
 {
     Write("fails", Report());
-    site.Install();
+    installation.Install();
     Write("starts", Report({L"--load"}));
-    Write("check", Report({L"check", site.PluginFile().native()}));
-    site.Install("stranger");
-    site.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\PellwickClient.dll"},
-                                 CompatibilityEntry{"x", "9", R"({"minVersion": "2"})"}, CompatibilityEntry{"", "1"}});
+    Write("check", Report({L"check", installation.PluginFile().native()}));
+    installation.Install("stranger");
+    installation.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\PellwickClient.dll"},
+                                         CompatibilityEntry{"x", "9", R"({"minVersion": "2"})"},
+                                         CompatibilityEntry{"", "1"}});
     Write("signature", Report());
     std::string paths;
     for (int index = 0; index < 200; ++index)
         paths += "x;";
-    site.WriteClientConfig(R"({"ssoServer": {"searchPaths": ")" + paths + R"("}})");
+    installation.WriteClientConfig(R"({"ssoServer": {"searchPaths": ")" + paths + R"("}})");
     Write("directories", Report());
 }
 

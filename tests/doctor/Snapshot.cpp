@@ -12,7 +12,7 @@ namespace {
 
 void AddValues(HKEY key, const std::wstring& path, Snapshot& snapshot)
 {
-    static std::vector<wchar_t> name(16384); // Made once: there are thousands of keys.
+    static std::vector<wchar_t> name(16384); // Allocated once: there are thousands of keys.
     static std::vector<BYTE> data(1 << 20);
     for (DWORD index = 0;; ++index)
     {

@@ -7,7 +7,7 @@
 
 namespace OrlindexTest {
 
-// Version resources as a resource compiler writes them, for tests that change them.
+// Version resources in the form of a resource compiler, for tests that change them.
 
 inline void PutU16(std::string& bytes, std::size_t offset, unsigned number)
 {
@@ -29,7 +29,7 @@ inline std::string Aligned(std::string bytes)
     return bytes;
 }
 
-/// A block whose value counts `valueLength` of its type's units, and which holds these blocks.
+/// A block with these blocks, whose value has `valueLength` units of its type.
 inline std::string VersionBlock(std::u16string_view key, unsigned valueLength, unsigned type, const std::string& value,
                                 const std::string& blocks = {})
 {

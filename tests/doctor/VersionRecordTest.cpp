@@ -1,4 +1,4 @@
-// Version records of real files: what the platform reads of sound ones is read, and of damaged ones nothing else.
+// Version records of real files: of valid ones the tool reads what the platform reads, of damaged ones nothing else.
 
 #include <iterator>
 #include <optional>
@@ -22,7 +22,7 @@ using testing::StartsWith;
 
 namespace {
 
-/// A file's version record by the platform's own functions, which are no danger with files that are sound.
+/// A file's version record, read by the platform's own functions, which are safe for valid files.
 class PlatformRecord
 {
 public:
@@ -71,7 +71,7 @@ private:
     std::wstring texts_;
 };
 
-/// Bytes that this process had at once.
+/// The largest memory of this process so far, in bytes.
 std::size_t PeakMemory()
 {
     PROCESS_MEMORY_COUNTERS counters = {};
@@ -81,7 +81,7 @@ std::size_t PeakMemory()
     return counters.PeakWorkingSetSize;
 }
 
-/// DLLs of the system, each with a record of its maker's resource compiler.
+/// DLLs of the system, each with a record from the resource compiler of its vendor.
 std::vector<fs::path> SystemLibraries()
 {
     wchar_t folder[MAX_PATH] = {};
@@ -98,9 +98,9 @@ std::vector<fs::path> SystemLibraries()
 class DoctorVersionRecord : public DoctorTest
 {
 protected:
-    fs::path Library() const { return site.HostFolder() / "Orlindex.dll"; }
+    fs::path Library() const { return installation.HostFolder() / "Orlindex.dll"; }
 
-    /// Whether it is what the platform reads.
+    /// Expects the record that the platform reads.
     static void ExpectSame(const fs::path& file)
     {
         const PlatformRecord platform(file);
@@ -118,7 +118,7 @@ protected:
 
     std::optional<VersionRecord> RecordWith(ResourceDamage damage) const
     {
-        const fs::path file = site.MakeFolder("damaged") / "Orlindex.dll";
+        const fs::path file = installation.MakeFolder("damaged") / "Orlindex.dll";
         WriteFile(file, WithDamage(ReadFile(Library()), damage));
         return ReadVersionRecord(file.native());
     }
@@ -138,7 +138,7 @@ TEST_F(DoctorVersionRecord, TheLibrarysSaysWhatItTrusts)
 
 TEST_F(DoctorVersionRecord, OfASoundFileItIsWhatThePlatformReads)
 {
-    for (const fs::path& file : {Library(), Tool(), site.ServerFolder() / "PellwickClient.dll"})
+    for (const fs::path& file : {Library(), Tool(), installation.ServerFolder() / "PellwickClient.dll"})
         ExpectSame(file);
     std::size_t compared = 0;
     for (const fs::path& file : SystemLibraries())
@@ -165,7 +165,7 @@ TEST_F(DoctorVersionRecord, ASectionThatClaimsToFillTheAddressSpaceIsReadFromThe
 
 TEST_F(DoctorVersionRecord, AFileThatIsNoModuleOrCannotBeReadHasNone)
 {
-    const fs::path file = site.MakeFolder("other") / "file";
+    const fs::path file = installation.MakeFolder("other") / "file";
     EXPECT_FALSE(ReadVersionRecord(file.native()));
     WriteFile(file, "");
     EXPECT_FALSE(ReadVersionRecord(file.native()));

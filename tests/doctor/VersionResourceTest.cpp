@@ -1,4 +1,4 @@
-// Version resources as they should be, and as they should not: in a module's file, and by themselves.
+// Valid and invalid version resources, in a module's file and by themselves.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ namespace {
 
 constexpr VersionResource::Version Numbers = {1, 2, 3, 4};
 
-/// Bytes of exactly that size: a sanitizer sees every step beyond their end.
+/// Bytes of exactly that size: a sanitizer reports every access beyond their end.
 class Exact
 {
 public:
@@ -46,7 +46,7 @@ std::u16string TextOf(const std::string& bytes, std::string_view name)
     return resource ? resource->Text(name) : u"no resource";
 }
 
-/// Where the block with that key begins.
+/// The start of the block with this key.
 std::size_t BlockOf(const std::string& bytes, std::u16string_view key)
 {
     return bytes.find(Units(key)) - 6;
@@ -61,7 +61,7 @@ bool HasVersion(const ModuleBytes& module)
     return resource && resource->Text("CompanyName") == u"Maker";
 }
 
-/// With three languages, of which the one with this identifier has the version and the others a damaged one.
+/// With three languages: the one with this identifier has a valid version, the others a damaged one.
 ModuleBytes ModuleWithLanguages(std::uint32_t first, std::uint32_t second, std::uint32_t third, std::uint32_t sound)
 {
     ModuleBytes module;

@@ -1,5 +1,5 @@
-// What a plugin may write to the pipe of the process that loads it: the doctor's lines keep their limits, however the
-// bytes arrive, and a message that is read is one that could have been written.
+// Any bytes that a plugin may write to the pipe of the process that loads it: lines stay within their limits, however
+// the bytes arrive, and a parsed message can be written and parsed again.
 
 #include <algorithm>
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Texts of any bytes and any units, converted and given to callers: nothing beyond the memory that there is, and what
-// comes back is what went in.
+// Texts of any bytes and any units, converted and returned to callers: no access outside their memory, and a round trip
+// returns the same text.
 
 #include <windows.h>
 
@@ -62,7 +62,7 @@ void NarrowAnything(const std::wstring& units)
     Require(std::string(memory.data(), size) == narrow, "both conversions agree");
 }
 
-/// What a caller's buffer of some size gets of the plugin's text.
+/// What a caller's buffer of some size receives of the plugin's text.
 void GiveToCaller(ByteReader& bytes)
 {
     PluginText<MostUnits> text;

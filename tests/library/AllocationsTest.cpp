@@ -1,5 +1,4 @@
-// What forwarded calls cost in memory: every allocation of the library passes its imports of the C runtime, and is
-// counted there.
+// The allocations of forwarded calls: the tests count them at the library's imports of the C runtime.
 
 #include <algorithm>
 #include <cstddef>
@@ -16,7 +15,7 @@ using namespace Kestrany::IdentityServices;
 
 namespace {
 
-/// Counts what the library, and nobody else in the process, allocates while it lives.
+/// Counts the allocations of the library alone while the object lives.
 class Allocations
 {
 public:
@@ -38,7 +37,7 @@ private:
     }};
 };
 
-/// The library, and nobody else in the process, finds no memory while it lives.
+/// Makes every allocation of the library alone fail while the object lives.
 class NoMemory
 {
     MallocDouble malloc_{[](std::size_t) { return nullptr; }};
@@ -54,7 +53,7 @@ int AllocationsOf(const Call& call)
     return allocations.Count();
 }
 
-/// Forwards one call, and hands the host no text and no object of its own.
+/// Whether the function forwards one call and creates no text or object for it.
 bool IsPlainForward(const FlatFunction& function)
 {
     const std::string name = function.name;
@@ -62,7 +61,7 @@ bool IsPlainForward(const FlatFunction& function)
            name != "talix_remove_event_callback";
 }
 
-/// Calls `check` with each function that only forwards, and with arguments for it.
+/// Calls `check` for each function that only forwards, with arguments for it.
 template <class Check>
 void ForEachPlainForward(const Check& check)
 {
@@ -195,7 +194,7 @@ class AllocationsWithoutPlugin : public HostTest
 
 TEST_F(AllocationsWithoutPlugin, AFallbackAfterTheFirstAllocatesNothing)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
     SSOClientPrivate::LoadLoginFromCache(false);
     EXPECT_EQ(AllocationsOf([] { SSOClientPrivate::LoadLoginFromCache(false); }), 0);

@@ -11,7 +11,7 @@ namespace {
 using Manager = IdServicesMgr;
 using Arguments = MemberArguments;
 
-// No range is checked: values below 1000 and without a name pass too.
+// The library checks no range: values below IdSuccess and values without a name pass too.
 const std::vector<std::int64_t> statuses{IdSuccess, 1001, 3030, 999, 0, -7};
 const std::vector<std::int64_t> booleans{1, 0};
 const std::vector<std::int64_t> times{1, 0x7FFFFFFF, 0xFFFFFFFF, 0};

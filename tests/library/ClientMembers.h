@@ -11,7 +11,7 @@
 
 namespace OrlindexTest {
 
-/// Arguments with values that cannot be mistaken for one another.
+/// Arguments, all with different values.
 struct MemberArguments
 {
     Kestrany::IdentityServices::ProductConfig config;

@@ -1,4 +1,4 @@
-// Event callbacks: how they are registered, and what reaches them when the plugin calls the library's observer.
+// Event callbacks: how they are registered, and what they receive when the plugin calls the library's observer.
 
 #include <functional>
 #include <future>
@@ -43,7 +43,7 @@ void PrintTo(const Event& event, std::ostream* stream)
 
 std::vector<Event> events;
 
-/// What a callback does besides.
+/// What a callback does after it recorded its call.
 std::map<char, std::function<void()>> actions;
 
 template <char Name>
@@ -63,7 +63,7 @@ Event Received(char callback, std::int32_t code, std::int32_t status, void* valu
     return {callback, code, status, value, 0};
 }
 
-/// Calls an operation of an observer by its place in the virtual table, as a plugin of another compiler does.
+/// Calls an operation of an observer through its slot, as a plugin of another compiler does.
 bool CallObserver(void* observer, const PluginOperation& operation, const void* argument)
 {
     using Operation = bool (*)(void*, const void*);

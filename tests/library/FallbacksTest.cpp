@@ -1,4 +1,4 @@
-// What the public operations answer when the plugin, or one of its interfaces, is missing.
+// What the public operations return if the plugin, or one of its interfaces, is missing.
 
 #include "ClientMembers.h"
 #include "orlindex/IdServicesAutomation.h"
@@ -21,7 +21,7 @@ protected:
     }
 };
 
-TEST_F(Fallbacks, EveryMemberWithoutClientAnswersItsFallback)
+TEST_F(Fallbacks, EveryMemberWithoutClientReturnsItsFallback)
 {
     for (const ClientMember& member : ClientMembers())
     {
@@ -47,7 +47,7 @@ TEST_F(Fallbacks, NoMemberWithoutClientTouchesItsArguments)
     }
 }
 
-TEST_F(Fallbacks, IsOAuth2TokenExpiredWithoutClientAnswersTrueAndIsLoginExpiredAnswersFalse)
+TEST_F(Fallbacks, IsOAuth2TokenExpiredWithoutClientReturnsTrueAndIsLoginExpiredReturnsFalse)
 {
     EXPECT_TRUE(manager->IsOAuth2TokenExpired());
     EXPECT_FALSE(manager->IsLoginExpired());
@@ -55,7 +55,7 @@ TEST_F(Fallbacks, IsOAuth2TokenExpiredWithoutClientAnswersTrueAndIsLoginExpiredA
 
 TEST_F(Fallbacks, GetProductConfigWithoutClientCopiesTheEmptyConfiguration)
 {
-    // Copying entries that were never set leaves the target's texts as they were.
+    // Entries that were never set are not copied: the target keeps its texts.
     ProductConfig config;
     config.SetOAuth2ClientID("kept");
     EXPECT_EQ(manager->GetProductConfig(TALIX_SERVER_PRODUCTION, config), IdClientUnavailable);
@@ -83,12 +83,12 @@ TEST_F(Fallbacks, EveryRequestOfAMissingClientLogsTheReason)
     EXPECT_THAT(Plugin().Log(), ElementsAre(reason, reason));
 }
 
-TEST_F(Fallbacks, AutomatedLoginWithoutClientAnswersClientUnavailable)
+TEST_F(Fallbacks, AutomatedLoginWithoutClientReturnsClientUnavailable)
 {
     EXPECT_EQ(IdServicesAutomation::Login(L"user", L"secret", true, L"context"), IdClientUnavailable);
 }
 
-TEST_F(Fallbacks, LoginWithoutArgumentsAnswersSuccess)
+TEST_F(Fallbacks, LoginWithoutArgumentsReturnsSuccess)
 {
     EXPECT_EQ(manager->Login(), IdSuccess);
 }
@@ -102,7 +102,7 @@ class MissingInterfaces : public HostTest
 {
 };
 
-TEST_F(MissingInterfaces, WithoutServerManagerQuitAllServerProcessesAnswersFalse)
+TEST_F(MissingInterfaces, WithoutServerManagerQuitAllServerProcessesReturnsFalse)
 {
     InstallPlugin().Return(Factory::GetSSOServerManager, 0);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
@@ -123,7 +123,7 @@ TEST_F(MissingInterfaces, WithoutPrivateInterfaceTheClientStillServes)
     EXPECT_TRUE(IdServicesMgr::GetInstance()->IsLoggedIn());
 }
 
-TEST_F(MissingInterfaces, WithoutModuleInterfaceInitializeAnswersClientUnavailableAndLogsTheReason)
+TEST_F(MissingInterfaces, WithoutModuleInterfaceInitializeReturnsClientUnavailableAndLogsTheReason)
 {
     InstallPlugin().Return(Factory::GetSSOClientModule, 0);
     EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
@@ -139,11 +139,11 @@ class NotInitialized : public HostTest
 {
 };
 
-TEST_F(NotInitialized, AutomatedLoginAnswersClientUnavailableAndLoadsNothing)
+TEST_F(NotInitialized, AutomatedLoginReturnsClientUnavailableAndLoadsNothing)
 {
-    site.Install();
+    installation.Install();
     EXPECT_EQ(IdServicesAutomation::Login(L"user", L"secret", true, L"context"), IdClientUnavailable);
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(NotInitialized, AutomatedLoginAfterTheLastUninitializeDoesNotReachThePlugin)

@@ -1,5 +1,4 @@
-// Which check decides, where a call is wrong in more than one way, and the differences between functions that look
-// alike.
+// Which check decides if a call is wrong in more than one way, and the differences between similar functions.
 
 #include <cstring>
 
@@ -8,6 +7,8 @@
 
 namespace OrlindexTest {
 
+using Kestrany::IdentityServices::ApiFeatureIdToken;
+using Kestrany::IdentityServices::ApiFeatureLoginMode;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -82,24 +83,24 @@ TEST_F(FlatNotInitialized, SetProductConfigDoesNotReadTheHandle)
     EXPECT_EQ(talix_set_product_config(TALIX_SERVER_PRODUCTION, nullptr), IdNotInitialized);
 }
 
-TEST_F(FlatNotInitialized, GetServerAndGetEnvironmentBeforeInitAnswerMinusOne)
+TEST_F(FlatNotInitialized, GetServerAndGetEnvironmentBeforeInitReturnMinusOne)
 {
     EXPECT_EQ(talix_get_server(), -1);
     EXPECT_EQ(talix_get_environment(), -1);
 }
 
-TEST_F(FlatNotInitialized, SetProcessIdAnswersNotSupportedEvenBeforeInit)
+TEST_F(FlatNotInitialized, SetProcessIdReturnsNotSupportedEvenBeforeInit)
 {
     EXPECT_EQ(talix_set_process_id(0), IdNotSupported);
     EXPECT_EQ(talix_set_process_id(-1), IdNotSupported);
 }
 
-TEST_F(FlatNotInitialized, CreateProductConfigAnswersNull)
+TEST_F(FlatNotInitialized, CreateProductConfigReturnsNull)
 {
     EXPECT_EQ(talix_create_product_config("client", "scope"), nullptr);
 }
 
-TEST_F(FlatNotInitialized, DeinitWithoutInitAnswersSuccess)
+TEST_F(FlatNotInitialized, DeinitWithoutInitReturnsSuccess)
 {
     EXPECT_EQ(talix_deinit(), IdSuccess);
     EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 0);
@@ -107,7 +108,7 @@ TEST_F(FlatNotInitialized, DeinitWithoutInitAnswersSuccess)
 
 // Without client.
 
-TEST_F(FlatWithoutClient, UserInfoAndTheSessionAddressAnswerFailedWhereOthersAnswerClientUnavailable)
+TEST_F(FlatWithoutClient, UserInfoAndTheSessionAddressReturnFailedAndOthersClientUnavailable)
 {
     FlatArguments arguments;
     EXPECT_EQ(talix_get_user_info(&arguments.userInfo), IdFailed);
@@ -116,7 +117,7 @@ TEST_F(FlatWithoutClient, UserInfoAndTheSessionAddressAnswerFailedWhereOthersAns
     EXPECT_EQ(talix_get_token(&arguments.buffer), IdClientUnavailable);
 }
 
-TEST_F(FlatWithoutClient, SetHostAnswersSuccess)
+TEST_F(FlatWithoutClient, SetHostReturnsSuccess)
 {
     int window = 0;
     EXPECT_EQ(talix_set_host(&window), IdSuccess);
@@ -129,9 +130,9 @@ TEST_F(FlatWithoutClient, HasProxyInfoChecksThePortBeforeTheClient)
     EXPECT_EQ(talix_has_proxy_info("host", 1), IdClientUnavailable);
 }
 
-TEST_F(FlatWithoutClient, GetBooleanOfTheExpiredTokenAnswersTrue)
+TEST_F(FlatWithoutClient, GetBooleanOfTheExpiredTokenReturnsTrue)
 {
-    EXPECT_EQ(talix_get_boolean(4), 1);
+    EXPECT_EQ(talix_get_boolean(TALIX_KEY_TOKEN_EXPIRED), 1);
 }
 
 TEST_F(FlatWithoutClient, AnAccessTokenBufferThatIsTooSmallReplacesClientUnavailable)
@@ -152,14 +153,14 @@ TEST_F(FlatFeatures, WithoutTheFeatureTheIdTokenIsUnavailableAndTheBufferUntouch
     FlatArguments arguments;
     EXPECT_EQ(talix_get_id_token(&arguments.buffer), IdApiUnavailable);
     EXPECT_STREQ(arguments.text, "untouched");
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::IsApiAvailable, "2")));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::IsApiAvailable, std::to_string(ApiFeatureIdToken))));
 }
 
 TEST_F(FlatFeatures, WithoutTheFeatureTheLoginModeIsUnavailable)
 {
     Plugin().Return(Client::IsApiAvailable, 0);
     EXPECT_EQ(talix_set_login_mode(TALIX_LOGIN_MODE_BROWSER), IdApiUnavailable);
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::IsApiAvailable, "3")));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::IsApiAvailable, std::to_string(ApiFeatureLoginMode))));
 }
 
 // Proxies.
@@ -302,7 +303,7 @@ TEST_F(FlatUser, TheProfileAndTheProductConfigurationAlsoNeedTheInstance)
     EXPECT_NE(talix_create_product_config("client", "scope"), nullptr);
 }
 
-TEST_F(FlatUser, GetBooleanOfUnknownKeysAnswersFalseWhetherOrNotAUserIsLoggedIn)
+TEST_F(FlatUser, GetBooleanOfUnknownKeysReturnsFalseWhetherOrNotAUserIsLoggedIn)
 {
     for (const int loggedIn : {0, 1})
     {

@@ -14,8 +14,8 @@
 
 namespace OrlindexTest {
 
-/// Arguments that every flat function accepts, with values that cannot be mistaken for one another. The records point
-/// into the object itself, so that a comparison of its bytes shows whatever was written.
+/// Arguments that every flat function accepts, all with different values. The records point into
+/// the object itself, so that a comparison of its bytes shows every write.
 struct FlatArguments
 {
     FlatArguments();
@@ -29,13 +29,13 @@ struct FlatArguments
     talix_buffer buffer{};
     talix_user_info userInfo{};
     talix_proxy_info proxyInfo{};
-    /// Of talix_create_product_config; null where the library is not initialized.
+    /// From talix_create_product_config; null while the library is not initialized.
     talix_product_config config = nullptr;
     void* window = reinterpret_cast<void*>(std::uintptr_t{0xFEDCBA9876543210});
 };
 
-/// What becomes of the plugin's result.
-enum class Answer
+/// What the function makes of the plugin's result.
+enum class ResultRule
 {
     Mapped,   ///< A value below IdSuccess becomes IdFailed.
     Unmapped, ///< Passed on as it is.
@@ -55,7 +55,7 @@ struct FlatFunction
     std::int64_t notInitialized;
     /// Result while the plugin has neither a client nor a server-process interface.
     std::int64_t withoutClient;
-    Answer answer = Answer::Fixed;
+    ResultRule rule = ResultRule::Fixed;
     /// The operation that it forwards to, if any.
     std::optional<PluginOperation> operation = std::nullopt;
     /// The arguments that the plugin must see, as the journal shows them.

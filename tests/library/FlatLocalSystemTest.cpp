@@ -12,7 +12,7 @@ namespace {
 
 } // namespace
 
-/// The platform's answers about the caller's account are the test's.
+/// Replaces the platform's results about the caller's account.
 class FlatLocalSystem : public HostTest
 {
 protected:
@@ -59,11 +59,11 @@ private:
 
 TEST_F(FlatLocalSystem, InitUnderTheLocalSystemAccountIsRefusedAndNothingIsStarted)
 {
-    site.Install();
+    installation.Install();
     isMember = TRUE;
     EXPECT_EQ(talix_init(), IdRunningAsLocalSystem);
     EXPECT_EQ(talix_get_boolean(1), 0);
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
     EXPECT_THAT(steps, ElementsAre("allocate", "ask", "free"));
 }
 
@@ -92,14 +92,14 @@ TEST_F(FlatLocalSystem, ARefusedInitLeavesTheProductConfiguration)
 
 TEST_F(FlatLocalSystem, AnyOtherAccountStarts)
 {
-    site.Install();
+    installation.Install();
     EXPECT_EQ(talix_init(), IdSuccess);
     EXPECT_THAT(steps, ElementsAre("allocate", "ask", "free"));
 }
 
 TEST_F(FlatLocalSystem, AQuestionThatFailsCountsAsNo)
 {
-    site.Install();
+    installation.Install();
     canAsk = FALSE;
     isMember = TRUE;
     EXPECT_EQ(talix_init(), IdSuccess);
@@ -108,7 +108,7 @@ TEST_F(FlatLocalSystem, AQuestionThatFailsCountsAsNo)
 
 TEST_F(FlatLocalSystem, WithoutAnIdentifierTheCheckIsSkipped)
 {
-    site.Install();
+    installation.Install();
     canAllocate = FALSE;
     isMember = TRUE;
     EXPECT_EQ(talix_init(), IdSuccess);
@@ -117,7 +117,7 @@ TEST_F(FlatLocalSystem, WithoutAnIdentifierTheCheckIsSkipped)
 
 TEST_F(FlatLocalSystem, TheClassInterfaceDoesNotAsk)
 {
-    site.Install();
+    installation.Install();
     isMember = TRUE;
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_THAT(steps, IsEmpty());

@@ -45,7 +45,7 @@ protected:
         return seen;
     }
 
-    /// What a handle points at, and what it holds.
+    /// The address of a configuration and its texts.
     static const ProductConfig* const& Held(talix_product_config config)
     {
         return *reinterpret_cast<const ProductConfig* const*>(config);
@@ -109,7 +109,7 @@ TEST_F(FlatProduct, TheConfigurationIsReadThroughTheHandleBeforeTheClientIsAsked
                     [&seen](const CallArguments& call) { seen = call.Pointer<const ProductConfig>(1); });
     int asked = 0;
     {
-        // Asking for the client takes the process lock.
+        // A call that gets the client takes the process lock.
         using Double = EnterCriticalSectionDouble;
         const Double asking([&](LPCRITICAL_SECTION section) {
             ++asked;
@@ -158,7 +158,7 @@ TEST_F(FlatProduct, AnInitThatFindsNoPluginEmptiesTheHandleToo)
     const ProductConfig* const& held = Held(talix_create_product_config("client", "scope"));
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess); // Unlike talix_deinit it leaves the handle alone.
     ASSERT_NE(held, nullptr);
-    site.WriteCompatibilityFile("{}");
+    installation.WriteCompatibilityFile("{}");
     EXPECT_EQ(talix_init(), IdClientUnavailable);
     EXPECT_EQ(held, nullptr);
 }

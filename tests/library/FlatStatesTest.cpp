@@ -1,4 +1,4 @@
-// Every flat function in every state of the library, and with every kind of answer of the plugin.
+// Every flat function in every state of the library, and with every kind of result of the plugin.
 
 #include <algorithm>
 #include <limits>
@@ -31,27 +31,27 @@ void ExpectEach(std::int64_t FlatFunction::* result, FlatArguments& arguments)
     }
 }
 
-std::vector<std::int64_t> PluginAnswers(Answer answer)
+std::vector<std::int64_t> PluginResults(ResultRule rule)
 {
-    if (answer == Answer::YesOrNo || answer == Answer::Quit)
+    if (rule == ResultRule::YesOrNo || rule == ResultRule::Quit)
         return {0, 1};
     constexpr std::int64_t lowest = (std::numeric_limits<std::int32_t>::min)();
     constexpr std::int64_t highest = (std::numeric_limits<std::int32_t>::max)();
     return {IdSuccess, 1001, 3030, 999, 500, 1, 0, -1, lowest, highest};
 }
 
-std::int64_t Expected(const FlatFunction& function, std::int64_t pluginAnswer)
+std::int64_t Expected(const FlatFunction& function, std::int64_t pluginResult)
 {
-    switch (function.answer)
+    switch (function.rule)
     {
-    case Answer::Mapped:
-        return pluginAnswer < IdSuccess ? std::int64_t{IdFailed} : pluginAnswer;
-    case Answer::Quit:
-        return pluginAnswer != 0 ? IdSuccess : IdServerQuitFailed;
-    case Answer::Fixed:
+    case ResultRule::Mapped:
+        return pluginResult < IdSuccess ? std::int64_t{IdFailed} : pluginResult;
+    case ResultRule::Quit:
+        return pluginResult != 0 ? IdSuccess : IdServerQuitFailed;
+    case ResultRule::Fixed:
         return IdSuccess;
     default:
-        return pluginAnswer;
+        return pluginResult;
     }
 }
 
@@ -83,15 +83,15 @@ TEST(FlatTable, ItHoldsAllFunctionsOfTheFlatInterface)
         EXPECT_NE(GetProcAddress(LibraryModule(), name.c_str()), nullptr) << name;
 }
 
-TEST_F(FlatNotInitialized, EveryFunctionBeforeInitAnswersSoAndLoadsNothing)
+TEST_F(FlatNotInitialized, EveryFunctionBeforeInitReturnsItsFallbackAndLoadsNothing)
 {
-    site.Install();
+    installation.Install();
     FlatArguments arguments;
     ExpectEach(&FlatFunction::notInitialized, arguments);
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
 }
 
-TEST_F(FlatNotInitialized, EveryFunctionAfterAnInitWithoutPluginAnswersAsBeforeInit)
+TEST_F(FlatNotInitialized, EveryFunctionAfterAnInitWithoutPluginReturnsTheSameAsBeforeInit)
 {
     EXPECT_EQ(talix_init(), IdClientUnavailable);
     FlatArguments arguments;
@@ -99,7 +99,7 @@ TEST_F(FlatNotInitialized, EveryFunctionAfterAnInitWithoutPluginAnswersAsBeforeI
     EXPECT_EQ(talix_deinit(), IdSuccess);
 }
 
-TEST_F(FlatStates, EveryFunctionAfterTheLastDeinitAnswersAsBeforeInitAndReachesNothing)
+TEST_F(FlatStates, EveryFunctionAfterTheLastDeinitReturnsTheSameAsBeforeInitAndReachesNothing)
 {
     FlatArguments arguments;
     arguments.config = talix_create_product_config("client", "scope");
@@ -110,7 +110,7 @@ TEST_F(FlatStates, EveryFunctionAfterTheLastDeinitAnswersAsBeforeInitAndReachesN
     EXPECT_THAT(Plugin().Calls(), IsEmpty());
 }
 
-TEST_F(FlatWithoutClient, EveryFunctionAnswersItsFallback)
+TEST_F(FlatWithoutClient, EveryFunctionReturnsItsFallback)
 {
     for (const FlatFunction& function : FlatFunctions())
     {
@@ -160,19 +160,19 @@ TEST_F(FlatStates, EveryFunctionReachesItsSlotWithItsArgumentsAndNoOther)
     }
 }
 
-TEST_F(FlatStates, EveryFunctionPassesThePluginsAnswerOnOrMapsIt)
+TEST_F(FlatStates, EveryFunctionPassesThePluginsResultOnOrMapsIt)
 {
     // Among them: 999 reaches a mapping function and comes out as IdFailed, 1001 passes unchanged.
     for (const FlatFunction& function : FlatFunctions())
     {
         if (!function.operation)
             continue;
-        for (const std::int64_t pluginAnswer : PluginAnswers(function.answer))
+        for (const std::int64_t pluginResult : PluginResults(function.rule))
         {
-            SCOPED_TRACE(function.name + (" with " + std::to_string(pluginAnswer)));
+            SCOPED_TRACE(function.name + (" with " + std::to_string(pluginResult)));
             PreparedCall prepared(function, Plugin());
-            Plugin().Return(*function.operation, pluginAnswer);
-            EXPECT_EQ(function.call(prepared.arguments), Expected(function, pluginAnswer));
+            Plugin().Return(*function.operation, pluginResult);
+            EXPECT_EQ(function.call(prepared.arguments), Expected(function, pluginResult));
         }
     }
 }
@@ -207,7 +207,7 @@ TEST_F(FlatStates, NoExceptionOfTheFeatureQuestionReachesTheHost)
 
 TEST_F(FlatStates, WithoutMemoryForTheConversionOfItsArgumentATextFunctionFails)
 {
-    // The small blocks that an exception itself takes are still there.
+    // The small blocks that an exception needs can still be allocated.
     constexpr std::size_t length = 4000;
     const std::string address(length, 'x');
     FlatArguments arguments;

@@ -1,4 +1,4 @@
-// Texts that flat functions write into buffers of their callers, and texts that they hand to the plugin.
+// Texts that flat functions write into buffers of their callers, and texts that they pass to the plugin.
 
 #include <algorithm>
 #include <ostream>
@@ -11,14 +11,14 @@ namespace OrlindexTest {
 
 namespace {
 
-/// A flat function that writes a text which the plugin gives.
+/// A flat function that writes a text of the plugin.
 struct TextFunction
 {
     const char* name;
     talix_status_code (*call)(talix_buffer*);
     PluginOperation operation;
     std::size_t bufferArgument;
-    std::size_t units; ///< Of the buffer that the plugin gets.
+    std::size_t units; ///< Capacity of the buffer that the plugin gets.
 };
 
 void PrintTo(const TextFunction& function, std::ostream* stream)
@@ -57,7 +57,7 @@ const std::string replacement = "\xEF\xBF\xBD"; // U+FFFD
 class FlatText : public FlatTest, public testing::WithParamInterface<TextFunction>
 {
 protected:
-    /// The plugin writes these units as they stand: no zero after them but those that were there.
+    /// Makes the plugin write these units, without a terminating zero.
     void PluginWrites(const std::wstring& text)
     {
         Plugin().OnCall(GetParam().operation, [this, text](const CallArguments& call) {
@@ -77,7 +77,7 @@ protected:
         return result;
     }
 
-    /// The text that arrives in a buffer which just holds it; one byte less must not do.
+    /// Expects this text in a buffer that is just large enough, and IdBufferTooSmall with one byte less.
     void ExpectText(const std::string& expected)
     {
         const GuardedBuffer tooSmall(expected.size());
@@ -224,7 +224,7 @@ class FlatTokens : public FlatText
 INSTANTIATE_TEST_SUITE_P(All, FlatTokens, testing::Values(textFunctions[0], textFunctions[1], textFunctions[2]),
                          NameOf);
 
-TEST_P(FlatTokens, WhenThePluginAnswers500TheBufferReceivesAnEmptyTextAndTheResultIsFailed)
+TEST_P(FlatTokens, WhenThePluginReturns500TheBufferReceivesAnEmptyTextAndTheResultIsFailed)
 {
     Plugin().Return(GetParam().operation, 500);
     const GuardedBuffer buffer(16);
@@ -240,7 +240,7 @@ TEST_P(FlatTokens, WhenThePluginThrowsTheBufferReceivesAnEmptyText)
     EXPECT_STREQ(buffer.Data(), "");
 }
 
-TEST_P(FlatTokens, WhatThePluginWroteIsCopiedOutWhateverItAnswers)
+TEST_P(FlatTokens, WhatThePluginWroteIsCopiedOutWhateverItReturns)
 {
     PluginWrites(L"text");
     Plugin().Return(GetParam().operation, 3030);
@@ -271,16 +271,16 @@ TEST_P(FlatTokens, ASizeOfZeroIsTooSmallForAnyText)
 
 using FlatSessionAddress = FlatTest;
 
-TEST_F(FlatSessionAddress, WhenThePluginAnswers3030TheBufferStaysUntouched)
+TEST_F(FlatSessionAddress, WhenThePluginReturns3030TheBufferStaysUntouched)
 {
     Plugin().OnCall(Client::GetSessionUri,
                     [](const CallArguments& call) { std::wcscpy(call.Pointer<wchar_t>(2), L"text"); });
-    for (const int answer : {3030, 1001, 999})
+    for (const int result : {3030, 1001, 999})
     {
-        Plugin().Return(Client::GetSessionUri, answer);
+        Plugin().Return(Client::GetSessionUri, result);
         const GuardedBuffer buffer(16);
         talix_buffer record{buffer.Data(), buffer.Size()};
-        EXPECT_EQ(talix_get_session_uri("uri", 0, &record), answer < IdSuccess ? int{IdFailed} : answer);
+        EXPECT_EQ(talix_get_session_uri("uri", 0, &record), result < IdSuccess ? int{IdFailed} : result);
         EXPECT_TRUE(buffer.IsUntouched());
     }
 }
@@ -288,7 +288,7 @@ TEST_F(FlatSessionAddress, WhenThePluginAnswers3030TheBufferStaysUntouched)
 class FlatTextIn : public FlatTest
 {
 protected:
-    /// What the plugin sees of an address.
+    /// The address that the plugin receives.
     std::wstring Seen(const std::string& uri)
     {
         std::wstring seen = L"nothing";
@@ -319,8 +319,8 @@ TEST_F(FlatTextIn, ALongAddressArrivesWhole)
 
 TEST_F(FlatTextIn, IllFormedPartsOfAnAddressBecomeReplacementCharacters)
 {
-    // A stray byte, a cut sequence, an overlong form, an encoded surrogate: how many replacement characters each gives
-    // is the system's choice.
+    // A stray byte, a truncated sequence, an overlong form, an encoded surrogate: the system decides how many
+    // replacement characters each becomes.
     for (const std::string part : {"\xFF", "\xE2\x82", "\xC0\xAF", "\xED\xA0\xBD"})
     {
         std::wstring seen = Seen("a" + part + "z");

@@ -24,24 +24,25 @@ TEST_F(Loading, ThePluginIsConfiguredInOrderBeforeItsInterfacesAreTaken)
 {
     PluginControl& plugin = InstallPlugin();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_THAT(
-        plugin.Calls(),
-        ElementsAre(Call(FactoryFunction), Call(Factory::GetSSOServerManager),
-                    Call(ServerManager::ConfigureServerApp,
-                         '"' + Utf8(site.ServerFolder()) + "\", \"" + Utf8(site.ServerFolder() / "Pellwick.exe") + '"'),
-                    Call(Factory::GetLoggerSource), Call(LoggerSource::GetLogger, "\"Orlindex\""),
-                    Call(ServerManager::SetProcessIdentityName, "\"Kestrany.TALIX.DefaultProcess-v2\""),
-                    Call(ServerManager::SetServerIdentityName, "\"Kestrany.TALIX.DefaultServer-v2\""),
-                    Call(ServerManager::SetSupportBothLocalAndAdmin, "false"), Call(Factory::GetSSOClientModule),
-                    Call(Factory::GetSSOServerManager), Call(Factory::GetSSOClient), Call(Factory::GetSSOClientPrivate),
-                    Call(Module::Initialize, "false")));
+    EXPECT_THAT(plugin.Calls(),
+                ElementsAre(Call(FactoryFunction), Call(Factory::GetSSOServerManager),
+                            Call(ServerManager::ConfigureServerApp,
+                                 '"' + Utf8(installation.ServerFolder()) + "\", \"" +
+                                     Utf8(installation.ServerFolder() / "Pellwick.exe") + '"'),
+                            Call(Factory::GetLoggerSource), Call(LoggerSource::GetLogger, "\"Orlindex\""),
+                            Call(ServerManager::SetProcessIdentityName, "\"Kestrany.TALIX.DefaultProcess-v2\""),
+                            Call(ServerManager::SetServerIdentityName, "\"Kestrany.TALIX.DefaultServer-v2\""),
+                            Call(ServerManager::SetSupportBothLocalAndAdmin, "false"),
+                            Call(Factory::GetSSOClientModule), Call(Factory::GetSSOServerManager),
+                            Call(Factory::GetSSOClient), Call(Factory::GetSSOClientPrivate),
+                            Call(Module::Initialize, "false")));
 }
 
 TEST_F(Loading, SupportForBothLocalAndAdminReachesTheServerManager)
 {
     PluginControl& plugin = InstallPlugin();
-    site.WriteClientConfig(R"({"ssoServer": {"supportBothLocalAndAdmin": true, "searchPaths": ")" +
-                           JsonPath(site.ServerFolder()) + R"("}})");
+    installation.WriteClientConfig(R"({"ssoServer": {"supportBothLocalAndAdmin": true, "searchPaths": ")" +
+                                   JsonPath(installation.ServerFolder()) + R"("}})");
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_THAT(plugin.Calls(ServerManager::Interface),
                 Contains(Call(ServerManager::SetSupportBothLocalAndAdmin, "true")));
@@ -50,10 +51,10 @@ TEST_F(Loading, SupportForBothLocalAndAdminReachesTheServerManager)
 TEST_F(Loading, APluginIsConfiguredWithoutServerApplicationToo)
 {
     PluginControl& plugin = InstallPlugin();
-    site.WriteClientConfig(R"({"ssoServer": {"VersionCompatibilityConfigfilePath": ")" + JsonPath(site.ServerFolder()) +
-                           R"("}})");
-    site.WriteCompatibilityFile({CompatibilityEntry{File()}});
-    std::filesystem::remove(site.ServerFolder() / "Pellwick.exe");
+    installation.WriteClientConfig(R"({"ssoServer": {"VersionCompatibilityConfigfilePath": ")" +
+                                   JsonPath(installation.ServerFolder()) + R"("}})");
+    installation.WriteCompatibilityFile({CompatibilityEntry{File()}});
+    std::filesystem::remove(installation.ServerFolder() / "Pellwick.exe");
     CapturedOutput output;
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_THAT(output.Take(), HasSubstr("Failed to find SSO server app Pellwick.exe"));
@@ -73,10 +74,10 @@ TEST_F(Loading, EveryStepOfAStartIsLoggedInOrder)
 {
     PluginControl& plugin = InstallPlugin();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    const std::string host = Utf8(site.HostFolder());
-    const std::string server = Utf8(site.ServerFolder());
-    const std::string config = Utf8(site.ClientConfigFile());
-    const std::string compatibility = Utf8(site.CompatibilityFile());
+    const std::string host = Utf8(installation.HostFolder());
+    const std::string server = Utf8(installation.ServerFolder());
+    const std::string config = Utf8(installation.ClientConfigFile());
+    const std::string compatibility = Utf8(installation.CompatibilityFile());
     const std::vector<LogLine> expected{
         {Info, "Orlindex.dll module loaded (Version: 1.11.13.3 Config: x64-Release File: " + host + "\\Orlindex.dll)"},
         {Info, "Searching for client config file Orlindex.config in the following paths:\n" + host + '\n' + host},
@@ -107,7 +108,7 @@ TEST_F(Loading, EveryStepOfAStartIsLoggedInOrder)
 
 TEST_F(Loading, WithNoPluginLoggerAnInfoMessageIsOnlyBufferedAndAnErrorMessageIsPrintedToo)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     EXPECT_EQ(FailedStart(), "Client plugin module not found: " + File() + '\n');
 }
 
@@ -135,7 +136,7 @@ TEST_F(Loading, AFactoryWithoutLoggerSourceLeavesThePendingMessagesInPlace)
     EXPECT_EQ(output.Take(), reason + '\n');
     EXPECT_THAT(plugin.Log(), IsEmpty());
 
-    // A later start with a logger delivers what was kept, in order, before anything newer.
+    // A later start-up with a logger delivers the kept messages in order, before newer ones.
     plugin.Return(Factory::GetLoggerSource, source);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
@@ -176,37 +177,37 @@ TEST_F(Loading, ARestartWithoutLoggerDoesNotGoOnUsingTheEarlierOne)
 
 TEST_F(Loading, AModuleThatIsMissingIsNotFound)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     EXPECT_THAT(FailedStart(), HasSubstr("Client plugin module not found: " + File()));
 }
 
 TEST_F(Loading, AFolderInThePlaceOfTheModuleIsNoModule)
 {
-    site.InstallWithoutPlugin();
-    site.MakeFolder("server/PellwickClient.dll");
+    installation.InstallWithoutPlugin();
+    installation.MakeFolder("server/PellwickClient.dll");
     EXPECT_THAT(FailedStart(), HasSubstr("Binary file: "));
 }
 
 TEST_F(Loading, AModuleWithoutFactoryFunctionIsRefusedWithTheSystemsText)
 {
-    site.Install("no-factory");
+    installation.Install("no-factory");
     EXPECT_EQ(FailedStart(), "Failed to get factory proc from client plugin module " + File() +
                                  ". Error: " + SystemText(ERROR_PROC_NOT_FOUND) + '\n');
-    EXPECT_TRUE(IsLoaded(site.PluginFile()));
+    EXPECT_TRUE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(Loading, AModuleWithThe32BitSymbolIsRefusedInA64BitProcess)
 {
-    site.Install("symbol32");
+    installation.Install("symbol32");
     EXPECT_THAT(FailedStart(), HasSubstr("Failed to get factory proc from client plugin module " + File()));
 }
 
 TEST_F(Loading, InAWow64ProcessThe32BitSymbolNameIsLookedUp)
 {
-    site.Install("symbol32");
-    site.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\PellwickClient.dll", "2.0.0",
-                                                    R"({"versions": ["1.11"]})", "modulePathWoW64"}});
-    PluginControl plugin(site.PluginFile());
+    installation.Install("symbol32");
+    installation.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\PellwickClient.dll", "2.0.0",
+                                                            R"({"versions": ["1.11"]})", "modulePathWoW64"}});
+    PluginControl plugin(installation.PluginFile());
     const IsWow64ProcessDouble wow64([](HANDLE, PBOOL isWow64) {
         *isWow64 = TRUE;
         return TRUE;
@@ -223,7 +224,7 @@ TEST_F(Loading, InAWow64ProcessThe32BitSymbolNameIsLookedUp)
 
 TEST_F(Loading, AFailedWow64QueryCountsAs64Bit)
 {
-    site.Install();
+    installation.Install();
     const IsWow64ProcessDouble wow64([](HANDLE, PBOOL isWow64) {
         *isWow64 = TRUE;
         return FALSE;
@@ -276,7 +277,8 @@ TEST_F(Loading, APluginThatThrowsWhatIsNoExceptionWhileItIsConfiguredFailsTheSta
 TEST_F(Loading, APluginThatThrowsWhatIsNoExceptionBetweenItsInterfacesIsNotHalfLoaded)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.OnCall(Factory::GetSSOClient, [](const CallArguments&) { throw 42; }); // Two interfaces were taken by then.
+    plugin.OnCall(Factory::GetSSOClient,
+                  [](const CallArguments&) { throw 42; }); // Two interfaces were obtained before.
     FailedStart();
     EXPECT_EQ(plugin.Log().back(),
               (LogLine{Error, "Failed to load client plugin module " + File() + ". Error: unknown exception"}));

@@ -1,4 +1,4 @@
-// What the private and server-process surface answers when the plugin, or one of its interfaces, is missing.
+// What the private and server-process classes return if the plugin, or one of its interfaces, is missing.
 
 #include "PrivateTest.h"
 #include "orlindex/SSOServerManager.h"
@@ -26,7 +26,7 @@ void ExpectFallback(const PrivateMember& member)
 class PrivateFallbacks : public HostTest
 {
 protected:
-    /// With a plugin whose factory returns null for one interface: its members fall back, the others serve.
+    /// Expects that members of an interface that the factory returns null for fall back, and that the others work.
     void ExpectFallbacksWithout(const std::string& interfaceName, const PluginOperation& getter, const LogLine& reason)
     {
         InstallPlugin().Return(getter, 0);
@@ -52,29 +52,29 @@ protected:
     }
 };
 
-TEST_F(PrivateFallbacks, WithNoPluginLoadableEveryMemberAnswersItsFallbackAndTouchesNothing)
+TEST_F(PrivateFallbacks, WithNoPluginLoadableEveryMemberReturnsItsFallbackAndTouchesNothing)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     for (const PrivateMember& member : PrivateMembers())
         ExpectFallback(member);
 }
 
-TEST_F(PrivateFallbacks, WithNothingInstalledEveryMemberAnswersItsFallbackAndTouchesNothing)
+TEST_F(PrivateFallbacks, WithNothingInstalledEveryMemberReturnsItsFallbackAndTouchesNothing)
 {
     for (const PrivateMember& member : PrivateMembers())
         ExpectFallback(member);
 }
 
-TEST_F(PrivateFallbacks, WithNoPluginLoadableServerNameToServerAnswersMinusOneAndTheTimeoutIsZeroSeconds)
+TEST_F(PrivateFallbacks, WithNoPluginLoadableServerNameToServerReturnsMinusOneAndTheTimeoutIsZeroSeconds)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     EXPECT_EQ(SSOClientPrivate::ServerNameToServer(L"production"), -1);
     EXPECT_EQ(SSOClientPrivate::GetKillFrozenServerTimeout(), std::chrono::seconds(0));
 }
 
 TEST_F(PrivateFallbacks, WithNoPluginLoadableTheRetryScheduleIsZeroWithoutEntries)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     const Kestrany::StdUtil::RetrySchedule schedule = SSOClientPrivate::GetActiveOAuth2TokenRefreshRetrySchedule();
     EXPECT_EQ(schedule.limit, 0);
     EXPECT_THAT(schedule.steps, IsEmpty());
@@ -82,16 +82,16 @@ TEST_F(PrivateFallbacks, WithNoPluginLoadableTheRetryScheduleIsZeroWithoutEntrie
 
 TEST_F(PrivateFallbacks, ATamperedPluginCountsAsMissing)
 {
-    site.Install();
-    Tamper(site.PluginFile());
+    installation.Install();
+    Tamper(installation.PluginFile());
     for (const PrivateMember& member : PrivateMembers())
         ExpectFallback(member);
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(PrivateFallbacks, AfterTheFailedLoadNoMemberPrintsAnything)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     SSOClientPrivate::ClearEventQueue();
     CapturedOutput output;
     for (const PrivateMember& member : PrivateMembers())
@@ -99,21 +99,21 @@ TEST_F(PrivateFallbacks, AfterTheFailedLoadNoMemberPrintsAnything)
     EXPECT_EQ(output.Take(), "");
 }
 
-TEST_F(PrivateFallbacks, WithoutPrivateInterfaceItsMembersAnswerTheirFallbacks)
+TEST_F(PrivateFallbacks, WithoutPrivateInterfaceItsMembersReturnTheirFallbacks)
 {
     ExpectFallbacksWithout(
         Private::Interface, Factory::GetSSOClientPrivate,
         {Error, "Failed to obtain ISSOClientPrivate. ISSOClientFactory::GetSSOClientPrivate returned null."});
 }
 
-TEST_F(PrivateFallbacks, WithoutServerManagerItsMembersAnswerTheirFallbacks)
+TEST_F(PrivateFallbacks, WithoutServerManagerItsMembersReturnTheirFallbacks)
 {
     ExpectFallbacksWithout(
         ServerManager::Interface, Factory::GetSSOServerManager,
         {Error, "Failed to obtain ISSOServerManager. ISSOClientFactory::GetSSOServerManager returned null."});
 }
 
-TEST_F(PrivateFallbacks, WithoutModuleInterfaceItsMembersAnswerTheirFallbacks)
+TEST_F(PrivateFallbacks, WithoutModuleInterfaceItsMembersReturnTheirFallbacks)
 {
     ExpectFallbacksWithout(
         Module::Interface, Factory::GetSSOClientModule,

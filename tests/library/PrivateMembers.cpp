@@ -60,7 +60,7 @@ std::string ShownResult(const Result& result)
         return std::to_string(static_cast<std::int64_t>(result));
 }
 
-/// The call with its result as a text.
+/// The call, with its result as a text.
 template <typename Call>
 auto Calling(Call call)
 {
@@ -157,8 +157,8 @@ std::vector<PrivateMember> OfPrivateInterface()
          Calling([](Arguments&) { return SSOClientPrivate::LockLoginStateFile(); }), None, nothing, ""},
         {"UnlockLoginStateFile", Private::UnlockLoginStateFile,
          Calling([](Arguments&) { return SSOClientPrivate::UnlockLoginStateFile(); }), None, nothing, ""},
-        {"Ping with map", Private::Ping, Calling([](Arguments& a) { return SSOClientPrivate::Ping(a.answers); }),
-         [](const Arguments& a) { return Eq(Address(&a.answers)); }, booleans, "false"},
+        {"Ping with map", Private::Ping, Calling([](Arguments& a) { return SSOClientPrivate::Ping(a.message); }),
+         [](const Arguments& a) { return Eq(Address(&a.message)); }, booleans, "false"},
         {"Ping", Private::Ping, Calling([](Arguments&) { return SSOClientPrivate::Ping(); }), Like("@"), booleans,
          "false"},
         {"ClearEventQueue", Private::ClearEventQueue,
@@ -312,7 +312,7 @@ std::string PrivateArguments::Outputs() const
     std::string outputs = ShownResult(server) + ' ' + Text(config) + ' ' + Text(otherConfig) + ' ' + Shown(schedule) +
                           ' ' + std::to_string(processId) + ' ' + std::string(text, sizeof text) +
                           std::string(otherText, sizeof otherText) + ToUtf8({wideText, 32});
-    for (const auto& [key, value] : answers)
+    for (const auto& [key, value] : message)
         outputs += key + '=' + value + ';';
     return outputs;
 }

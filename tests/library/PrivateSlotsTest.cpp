@@ -1,4 +1,4 @@
-// Every member of the private and server-process surface reaches its own operation of the plugin, and only that one.
+// Every member of the private and server-process classes calls its own operation of the plugin, and only that one.
 
 #include <cstring>
 #include <future>
@@ -85,7 +85,7 @@ TEST_F(PrivateSlots, EveryMemberReachesItsSlotWithItsArgumentsInOrder)
     EXPECT_THAT(Plugin().Log(), IsEmpty());
 }
 
-TEST_F(PrivateSlots, EveryMemberPassesThePluginsAnswerOn)
+TEST_F(PrivateSlots, EveryMemberPassesThePluginsResultOn)
 {
     for (const PrivateMember& member : PrivateMembers())
     {
@@ -156,27 +156,27 @@ static_assert(sizeof(RetrySchedule) == 8 + sizeof(std::vector<Kestrany::StdUtil:
 
 TEST_F(PrivateSlots, PingWithoutMapAndPingWithMapReachTheSamePluginSlot)
 {
-    std::map<std::string, std::string> answers;
+    std::map<std::string, std::string> message;
     SSOClientPrivate::Ping();
-    SSOClientPrivate::Ping(answers);
+    SSOClientPrivate::Ping(message);
     const auto calls = Plugin().Calls();
     ASSERT_THAT(calls, SizeIs(2));
     EXPECT_THAT(calls[0], StartsWith(FullName(Private::Ping) + "(@"));
-    EXPECT_EQ(calls[1], Call(Private::Ping, Address(&answers)));
+    EXPECT_EQ(calls[1], Call(Private::Ping, Address(&message)));
 }
 
 TEST_F(PrivateSlots, PingHandsOverWhatThePluginPutIntoTheMap)
 {
     Plugin().Return(Private::Ping, 1);
     Plugin().OnCall(Private::Ping, [](const CallArguments& call) {
-        auto& answers = *call.Pointer<std::map<std::string, std::string>>(0);
-        EXPECT_EQ(answers.count("old"), 1U);
-        answers["version"] = "a text that is too long to be kept inside the string object";
-        answers["old"] = "new";
+        auto& message = *call.Pointer<std::map<std::string, std::string>>(0);
+        EXPECT_EQ(message.count("old"), 1U);
+        message["version"] = "a text that is too long to be kept inside the string object";
+        message["old"] = "new";
     });
-    std::map<std::string, std::string> answers{{"old", "old"}};
-    EXPECT_TRUE(SSOClientPrivate::Ping(answers));
-    EXPECT_THAT(answers, ElementsAre(Pair("old", "new"),
+    std::map<std::string, std::string> message{{"old", "old"}};
+    EXPECT_TRUE(SSOClientPrivate::Ping(message));
+    EXPECT_THAT(message, ElementsAre(Pair("old", "new"),
                                      Pair("version", "a text that is too long to be kept inside the string object")));
 }
 
@@ -185,9 +185,9 @@ TEST_F(PrivateSlots, PingWithoutMapGivesThePluginAnEmptyMapAndDiscardsWhatItPuts
     Plugin().Return(Private::Ping, 1);
     int sizes = 0;
     Plugin().OnCall(Private::Ping, [&sizes](const CallArguments& call) {
-        auto& answers = *call.Pointer<std::map<std::string, std::string>>(0);
-        sizes += static_cast<int>(answers.size());
-        answers["key"] = "a text that is too long to be kept inside the string object";
+        auto& message = *call.Pointer<std::map<std::string, std::string>>(0);
+        sizes += static_cast<int>(message.size());
+        message["key"] = "a text that is too long to be kept inside the string object";
     });
     EXPECT_TRUE(SSOClientPrivate::Ping());
     EXPECT_TRUE(SSOClientPrivate::Ping());

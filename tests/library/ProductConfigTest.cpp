@@ -120,7 +120,7 @@ TEST(ProductConfigLayout, TheDestructorReleasesTheBlockAndClearsThePointerButKee
         EXPECT_EQ(texts[i], "text " + std::to_string(i + 1));
 }
 
-TEST(ProductConfigReading, ADefaultConstructedObjectAnswersZeroAndLeavesTheBufferUntouched)
+TEST(ProductConfigReading, ADefaultConstructedObjectReturnsZeroAndLeavesTheBufferUntouched)
 {
     const ProductConfig config;
     for (const Entry& entry : entries)
@@ -144,7 +144,7 @@ TEST(ProductConfigReading, ATextOfThreeFitsABufferOfFour)
     }
 }
 
-TEST(ProductConfigReading, ANullBufferOrASizeOfZeroAnswersZero)
+TEST(ProductConfigReading, ANullBufferOrASizeOfZeroReturnsZero)
 {
     for (const Entry& entry : entries)
     {
@@ -167,7 +167,7 @@ TEST(ProductConfigReading, AnEmptyTextIsSet)
     EXPECT_STREQ(buffer, "");
 }
 
-TEST(ProductConfigReading, AnOverflowReachesTheHostsHandlerAndTheLengthIsAnsweredAllTheSame)
+TEST(ProductConfigReading, AnOverflowReachesTheHostsHandlerAndTheLengthIsStillReturned)
 {
     ProductConfig config;
     Fill(config);
@@ -274,7 +274,7 @@ TEST(ProductConfigStoring, ATextLongerThanTheStoredOneGetsANewBufferEvenWhereThe
 
 TEST(ProductConfigStoring, WithoutMemoryForALongerTextTheOldOneStays)
 {
-    // The small blocks that an exception itself takes are still there.
+    // The small blocks that an exception needs can still be allocated.
     const std::string longer(4000, 'x');
     for (const Entry& entry : entries)
     {

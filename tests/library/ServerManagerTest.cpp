@@ -1,4 +1,4 @@
-// The server-process members without a start of the library, and those that share an operation.
+// The server-process members without Initialize, and those that share an operation.
 
 #include <future>
 #include <limits>
@@ -20,7 +20,7 @@ class ServerManagerMissing : public HostTest
 {
 };
 
-TEST_F(ServerManagerMissing, EveryBooleanMemberAnswersFalseAndLeavesTheProcessIdAndTheBuffersUnchanged)
+TEST_F(ServerManagerMissing, EveryBooleanMemberReturnsFalseAndLeavesTheProcessIdAndTheBuffersUnchanged)
 {
     std::int64_t processId = -4713;
     wchar_t buffer[] = L"unchanged";
@@ -138,13 +138,13 @@ TEST_F(QuitAllServerProcesses, WorksAfterTheLastUninitializeAndLoadsThePluginAga
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
 }
 
-TEST_F(QuitAllServerProcesses, AfterTheLastUninitializeWithoutPluginAnswersFalse)
+TEST_F(QuitAllServerProcesses, AfterTheLastUninitializeWithoutPluginReturnsFalse)
 {
-    // The file of a loaded module cannot be removed; the way to it can.
+    // The file of a loaded module cannot be removed, but what leads to it can.
     InstallPlugin().Return(ServerManager::QuitAllSSOServerProcesses, 1);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
-    site.WriteCompatibilityFile(std::vector<CompatibilityEntry>());
+    installation.WriteCompatibilityFile(std::vector<CompatibilityEntry>());
     Plugin().ClearJournal();
     EXPECT_FALSE(ManagerWithoutState().QuitAllSSOServerProcesses(2));
     EXPECT_THAT(Plugin().Calls(), IsEmpty());

@@ -1,4 +1,4 @@
-// Every public operation reaches its own operation of the plugin, and only that one.
+// Every public operation calls its own operation of the plugin, and only that one.
 
 #include <cstring>
 #include <future>
@@ -30,7 +30,7 @@ TEST_F(Slots, EveryMemberReachesItsSlotWithItsArgumentsInOrder)
     }
 }
 
-TEST_F(Slots, EveryMemberPassesThePluginsAnswerOn)
+TEST_F(Slots, EveryMemberPassesThePluginsResultOn)
 {
     for (const ClientMember& member : ClientMembers())
     {
@@ -44,7 +44,7 @@ TEST_F(Slots, EveryMemberPassesThePluginsAnswerOn)
     }
 }
 
-TEST_F(Slots, AddObserverWhenThePluginReportsFailureStillAnswersSuccess)
+TEST_F(Slots, AddObserverWhenThePluginReportsFailureStillReturnsSuccess)
 {
     Plugin().Return(Client::AddObserver, 3999);
     Plugin().Return(Client::RemoveObserver, 3998);
@@ -185,15 +185,16 @@ TEST_F(Slots, NoLockIsHeldWhileThePluginRuns)
 
 TEST_F(Slots, TheClientInterfaceIsObtainedAfreshOnEveryCall)
 {
-    // The same object, before and after a new start that finds another plugin: what it kept would be the first one's.
+    // The same object before and after a new start-up that finds another plugin: a kept interface would be the first
+    // one's.
     IdServicesMgr& kept = ManagerWithoutState();
     MemberArguments arguments;
     for (const ClientMember& member : ClientMembers())
         member.call(kept, arguments);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
-    const auto file = site.ServerFolder() / "OtherClient.dll";
-    site.CopyPlugin("asia", file);
-    site.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\OtherClient.dll"}});
+    const auto file = installation.ServerFolder() / "OtherClient.dll";
+    installation.CopyPlugin("asia", file);
+    installation.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\OtherClient.dll"}});
     PluginControl other(file);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     Plugin().ClearJournal();

@@ -34,11 +34,11 @@ TEST_F(StartStop, InitializeMakesTheLibraryReady)
 {
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
-    site.Install();
+    installation.Install();
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_TRUE(IdServicesMgr::IsInitialized());
     EXPECT_NE(IdServicesMgr::GetInstance(), nullptr);
-    EXPECT_TRUE(IsLoaded(site.PluginFile()));
+    EXPECT_TRUE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(StartStop, InitializeTwiceThenUninitializeOnceStaysInitialized)
@@ -66,7 +66,7 @@ TEST_F(StartStop, InitializeTwiceThenUninitializeOnceStaysInitialized)
                 ElementsAre(Call(Module::Initialize, "false"), Call(Module::Uninitialize)));
 }
 
-TEST_F(StartStop, UninitializeWithoutInitializeAnswersSuccessAndDoesNothing)
+TEST_F(StartStop, UninitializeWithoutInitializeReturnsSuccessAndDoesNothing)
 {
     PluginControl& plugin = InstallPlugin();
     CapturedOutput output;
@@ -92,7 +92,7 @@ TEST_F(StartStop, UninitializeAfterTheLastOneDoesNotReachThePluginAgain)
     EXPECT_THAT(plugin.Log(), IsEmpty());
 }
 
-TEST_F(StartStop, InitializeWithNoPluginAvailableAnswersClientUnavailable)
+TEST_F(StartStop, InitializeWithNoPluginAvailableReturnsClientUnavailable)
 {
     CapturedOutput output;
     EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
@@ -103,24 +103,24 @@ TEST_F(StartStop, InitializeWithNoPluginAvailableAnswersClientUnavailable)
 
 TEST_F(StartStop, AFailedStartIsNotRetriedByLaterCalls)
 {
-    // Not even when everything is there by now: a failed attempt is final for the manager.
+    // Not even if everything is installed by now: a failed attempt is final for the manager.
     ASSERT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
-    site.Install();
+    installation.Install();
     CapturedOutput output;
     EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
     EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
     EXPECT_EQ(output.Take(), "");
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
 }
 
 TEST_F(StartStop, ThePluginStaysInTheProcessAfterTheLastUninitialize)
 {
-    site.Install();
+    installation.Install();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
-    EXPECT_TRUE(IsLoaded(site.PluginFile()));
+    EXPECT_TRUE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(StartStop, ANewStartAfterTheLastStopResolvesEveryPathAgain)
@@ -136,12 +136,12 @@ TEST_F(StartStop, ANewStartAfterTheLastStopResolvesEveryPathAgain)
         steps.push_back(line.text);
     for (const std::string& step :
          {std::string("Orlindex.dll module loaded (Version: 1.11.13.3 Config: x64-Release File: ") +
-              Utf8(site.HostFolder() / "Orlindex.dll") + ')',
-          "Loading client config file " + Utf8(site.ClientConfigFile()),
-          "Found SSO server app at " + Utf8(site.ServerFolder() / "Pellwick.exe"),
-          "Found version compatibility file at " + Utf8(site.CompatibilityFile()),
-          "Binary file: is valid: " + Utf8(site.PluginFile()),
-          "Successfully loaded client plugin module " + Utf8(site.PluginFile())})
+              Utf8(installation.HostFolder() / "Orlindex.dll") + ')',
+          "Loading client config file " + Utf8(installation.ClientConfigFile()),
+          "Found SSO server app at " + Utf8(installation.ServerFolder() / "Pellwick.exe"),
+          "Found version compatibility file at " + Utf8(installation.CompatibilityFile()),
+          "Binary file: is valid: " + Utf8(installation.PluginFile()),
+          "Successfully loaded client plugin module " + Utf8(installation.PluginFile())})
         EXPECT_THAT(steps, Contains(step));
     EXPECT_THAT(plugin.Calls(FactoryFunction), SizeIs(1));
     EXPECT_THAT(plugin.Calls(Module::Interface), ElementsAre(Call(Module::Initialize, "false")));
@@ -149,13 +149,13 @@ TEST_F(StartStop, ANewStartAfterTheLastStopResolvesEveryPathAgain)
 
 TEST_F(StartStop, ANewStartMayFindAnotherPlugin)
 {
-    site.Install();
+    installation.Install();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
 
-    const auto other = site.ServerFolder() / "OtherClient.dll";
-    site.CopyPlugin("asia", other);
-    site.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\OtherClient.dll"}});
+    const auto other = installation.ServerFolder() / "OtherClient.dll";
+    installation.CopyPlugin("asia", other);
+    installation.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\OtherClient.dll"}});
     PluginControl plugin(other);
     plugin.Return(Client::IsLoggedIn, 1);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
@@ -174,10 +174,10 @@ TEST_F(StartStop, ANewStartMayFindAnotherPlugin)
 
 TEST_F(StartStop, ANewStartMayFail)
 {
-    site.Install();
+    installation.Install();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
-    site.WriteCompatibilityFile("{}");
+    installation.WriteCompatibilityFile("{}");
     EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
@@ -189,7 +189,7 @@ TEST_F(StartStop, MessagesAfterTheLastStopStillReachThePluginsLogger)
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     plugin.ClearJournal();
-    site.WriteCompatibilityFile("{}");
+    installation.WriteCompatibilityFile("{}");
     CapturedOutput output;
     ASSERT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
     EXPECT_EQ(output.Take(), "");
@@ -256,7 +256,7 @@ TEST_F(StartStop, APluginThatThrowsWhenItIsAskedForItsClientLeavesNoInstanceAndT
 
 TEST_F(StartStop, TheInstanceIsNewAfterANewStart)
 {
-    site.Install();
+    installation.Install();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     IdServicesMgr::GetInstance()->GetProductConfigObj()->SetProductLineName("first");
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
@@ -265,7 +265,7 @@ TEST_F(StartStop, TheInstanceIsNewAfterANewStart)
     EXPECT_EQ(IdServicesMgr::GetInstance()->GetProductConfigObj()->GetProductLineName(text, sizeof text), 0);
 }
 
-TEST_F(StartStop, ASecondInitializeAnswersAtOnceWhileTheFirstIsStillStarting)
+TEST_F(StartStop, ASecondInitializeReturnsAtOnceWhileTheFirstIsStillStarting)
 {
     PluginControl& plugin = InstallPlugin();
     std::promise<void> starting;
@@ -335,7 +335,8 @@ TEST_F(StartStop, AStartThatFailsTakesItsCountBackBeforeAStopThatWaitsForItRuns)
     });
     starting.get_future().wait();
 
-    // The mutex of the library's runtime: who waits for it waits for an event, and who leaves it to a waiter sets that.
+    // The mutex of the library's runtime: a thread that waits for it waits for an event, which the owner sets on
+    // release.
     std::promise<void> waiting;
     std::promise<void> stopped;
     bool noted = false;
@@ -348,7 +349,7 @@ TEST_F(StartStop, AStartThatFailsTakesItsCountBackBeforeAStopThatWaitsForItRuns)
     const SetEventDouble leave([&](HANDLE object) {
         const BOOL set = SetEventDouble::Original(object);
         if (GetCurrentThreadId() == starter && !std::exchange(left, true))
-            stopped.get_future().wait(); // The start goes on only after the stop is through.
+            stopped.get_future().wait(); // The start-up continues only after the stop.
         return set;
     });
     auto stop = std::async(std::launch::async, [&stopped]() {

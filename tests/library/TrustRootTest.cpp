@@ -1,4 +1,4 @@
-// The root that the platform does not trust: which one is compared with the pinned one, and what follows from it.
+// A root that the platform does not trust: which certificate is compared with the pinned one, and what follows.
 
 #include <array>
 #include <ostream>
@@ -13,11 +13,11 @@ class UntrustedRoot : public TrustTest
 protected:
     void SetUp() override
     {
-        site.Install("good");
-        verifyAnswer = 0x800B0109;
+        installation.Install("good");
+        verifyResult = 0x800B0109;
     }
 
-    /// Answers of the hashing, call by call; the real digest comes first and may be changed.
+    /// Results of the hashing, call by call; the real digest is passed in and may be changed.
     template <typename Change>
     auto ChangedHash(Change change)
     {
@@ -27,7 +27,7 @@ protected:
             EXPECT_EQ(flags, 0U);
             EXPECT_EQ(reserved, nullptr);
             EXPECT_EQ(*size, 32U);
-            EXPECT_EQ(std::string(reinterpret_cast<const char*>(bytes), count), site.RootCertificate("root"));
+            EXPECT_EQ(std::string(reinterpret_cast<const char*>(bytes), count), installation.RootCertificate("root"));
             ++hashes;
             CryptHashCertificate2Double::Original(algorithm, flags, reserved, bytes, count, digest, size);
             return change(digest, *size);
@@ -242,7 +242,7 @@ INSTANTIATE_TEST_SUITE_P(Platform, PinnedRoot,
 
 TEST_F(UntrustedRoot, ASignerWhoseNameIsNotListedIsNotTrustedWhateverElseTheChainReports)
 {
-    site.Install("stranger");
+    installation.Install("stranger");
     CERT_CHAIN_CONTEXT context{};
     const ChangedSigner expired([&context](CRYPT_PROVIDER_SGNR& signer) {
         context = *signer.pChainContext;

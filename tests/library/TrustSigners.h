@@ -8,7 +8,7 @@
 
 namespace OrlindexTest {
 
-/// Provider data that claim another number of signers than the file has.
+/// Provider data with another number of signers than the file has.
 class SignerCount
 {
 public:

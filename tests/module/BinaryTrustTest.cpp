@@ -1,4 +1,4 @@
-// Verification without a file: the library's callers see to it that there is one.
+// Verification of a missing file: the callers in the library make sure that there is one.
 
 #include <gtest/gtest.h>
 #include <vector>

@@ -19,7 +19,7 @@ using namespace Kestrany::IdentityServices;
 class FileSearch : public LocateTest
 {
 protected:
-    /// Where "wanted" is found; "none" where it is not.
+    /// The directory in which "wanted" is found; "none" if it is not found.
     std::string Search(const std::vector<fs::path>& directories) const
     {
         SearchList list;
@@ -31,8 +31,8 @@ protected:
         return any ? ToUtf8(found) : "none";
     }
 
-    const fs::path first = site.MakeFolder("first");
-    const fs::path second = site.MakeFolder("second");
+    const fs::path first = installation.MakeFolder("first");
+    const fs::path second = installation.MakeFolder("second");
 };
 
 TEST_F(FileSearch, TheFirstDirectoryInListOrderWins)
@@ -47,7 +47,7 @@ TEST_F(FileSearch, TheFirstDirectoryInListOrderWins)
 TEST_F(FileSearch, NothingIsFoundInEmptyOrMissingDirectories)
 {
     EXPECT_EQ(Search({}), "none");
-    EXPECT_EQ(Search({first, second, site.HostFolder() / "missing", first / "wanted" / "deeper"}), "none");
+    EXPECT_EQ(Search({first, second, installation.HostFolder() / "missing", first / "wanted" / "deeper"}), "none");
 }
 
 TEST_F(FileSearch, AMissingDirectoryDoesNotEndTheSearch)
@@ -72,8 +72,8 @@ TEST_F(FileSearch, AnEmptyEntryDoesNotMeanTheCurrentDirectory)
     EXPECT_EQ(Search({L"", second, L""}), Utf8(second / "wanted"));
 }
 
-/// The platform ends a path at a zero, so what lies beside the real directories would be found, or a file of another
-/// name.
+/// The platform ends a path at a zero character, so a file beside the real directories or of another name would be
+/// found.
 TEST_F(FileSearch, ADirectoryWithAZeroInsideHoldsNothing)
 {
     WriteFile(first / "wanted", "");
@@ -84,7 +84,7 @@ TEST_F(FileSearch, ADirectoryWithAZeroInsideHoldsNothing)
     EXPECT_EQ(Search({(first / "wanted").native() + zero, zero, second}), Utf8(second / "wanted"));
 }
 
-TEST_F(FileSearch, TheStateOfEachDirectoryIsTold)
+TEST_F(FileSearch, TheStateOfEachDirectoryIsReported)
 {
     WriteFile(second / "wanted", "");
     std::vector<DirectoryState> states;
@@ -162,14 +162,14 @@ class Existence : public LocateTest
 protected:
     void SetUp() override { WriteFile(there, "there"); }
 
-    const std::wstring there = (site.HostFolder() / "there").native();
-    const std::wstring missing = (site.HostFolder() / "missing").native();
+    const std::wstring there = (installation.HostFolder() / "there").native();
+    const std::wstring missing = (installation.HostFolder() / "missing").native();
 };
 
 TEST_F(Existence, FilesAndDirectoriesAreThere)
 {
     EXPECT_TRUE(PathExists(there));
-    EXPECT_TRUE(PathExists(site.HostFolder().native()));
+    EXPECT_TRUE(PathExists(installation.HostFolder().native()));
     EXPECT_FALSE(PathExists(missing));
     EXPECT_FALSE(PathExists(missing + L"\\deeper"));
     EXPECT_FALSE(PathExists(there + L"\\deeper"));
@@ -184,7 +184,7 @@ TEST_F(Existence, ALinkIsThereWhereWhatItLeadsToIs)
     EXPECT_FALSE(PathExists(missing));
 }
 
-TEST_F(Existence, WhereAttributesAreRefusedTheFileIsOpenedToTell)
+TEST_F(Existence, IfAttributesAreRefusedTheFileIsOpened)
 {
     for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION})
     {
@@ -199,8 +199,8 @@ TEST_F(Existence, WhereAttributesAreRefusedTheFileIsOpenedToTell)
     }
 }
 
-/// Each question may take the time in which the system gives up.
-TEST_F(Existence, AShareThatDoesNotAnswerIsAskedOnce)
+/// Each access may take until the system's time-out.
+TEST_F(Existence, AShareThatDoesNotRespondIsAskedOnce)
 {
     int questions = 0;
     const GetFileAttributesDouble refuse(
@@ -228,7 +228,7 @@ class FileContents : public LocateTest
 TEST_F(FileContents, AllBytesAreRead)
 {
     const std::string bytes("a\r\n\x1A\0\xFF z", 8);
-    const fs::path file = site.HostFolder() / L"\u4E2D.bin";
+    const fs::path file = installation.HostFolder() / L"\u4E2D.bin";
     WriteFile(file, bytes);
     EXPECT_EQ(ReadFileContents(file.native()), bytes);
     WriteFile(file, "");
@@ -237,7 +237,7 @@ TEST_F(FileContents, AllBytesAreRead)
 
 TEST_F(FileContents, WhatAnotherMayDeleteIsRead)
 {
-    const fs::path file = site.HostFolder() / "deletable";
+    const fs::path file = installation.HostFolder() / "deletable";
     WriteFile(file, "read");
     const Handle deleter(CreateFileW(file.c_str(), DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                      nullptr, OPEN_EXISTING, 0, nullptr));
@@ -247,7 +247,7 @@ TEST_F(FileContents, WhatAnotherMayDeleteIsRead)
 
 TEST_F(FileContents, WhatIsCutOffWhileTheFileIsReadIsLeftOut)
 {
-    const fs::path file = site.HostFolder() / "shrinking";
+    const fs::path file = installation.HostFolder() / "shrinking";
     WriteFile(file, "all of it");
     const ReadFileDouble cutOff(
         [](HANDLE handle, LPVOID buffer, DWORD, LPDWORD read, LPOVERLAPPED overlapped) {
@@ -259,7 +259,7 @@ TEST_F(FileContents, WhatIsCutOffWhileTheFileIsReadIsLeftOut)
 
 TEST_F(FileContents, AFileThatCannotBeMeasuredOrReadGivesNothing)
 {
-    const fs::path file = site.HostFolder() / "failing";
+    const fs::path file = installation.HostFolder() / "failing";
     WriteFile(file, "unread");
     DWORD error = ERROR_SUCCESS;
     {
@@ -285,8 +285,8 @@ TEST_F(FileContents, AFileThatCannotBeMeasuredOrReadGivesNothing)
 TEST_F(FileContents, WhatCannotBeReadGivesNothing)
 {
     EXPECT_EQ(ReadFileContents(L""), std::nullopt);
-    EXPECT_EQ(ReadFileContents((site.HostFolder() / "missing").native()), std::nullopt);
-    EXPECT_EQ(ReadFileContents(site.HostFolder().native()), std::nullopt) << "a directory";
+    EXPECT_EQ(ReadFileContents((installation.HostFolder() / "missing").native()), std::nullopt);
+    EXPECT_EQ(ReadFileContents(installation.HostFolder().native()), std::nullopt) << "a directory";
 }
 
 TEST_F(FileContents, WhatIsNoFileOnADiskIsNotWaitedFor)
@@ -304,7 +304,7 @@ TEST_F(FileContents, WhatIsNoFileOnADiskIsNotWaitedFor)
 
 TEST_F(FileContents, AFileOfTheLargestSizeIsReadAndALargerOneIsNot)
 {
-    const fs::path file = site.HostFolder() / "large";
+    const fs::path file = installation.HostFolder() / "large";
     WriteFile(file, "x");
     fs::resize_file(file, LargestFile);
     const auto contents = ReadFileContents(file.native());

@@ -27,7 +27,7 @@ class Wow64Process
                                 Executable()};
 };
 
-/// Makes the question whether this is a 32-bit process fail, with a misleading answer left behind.
+/// Makes IsWow64Process fail, with a misleading value in its output.
 class FailingWow64Query
 {
     IsWow64ProcessDouble query_{[](HANDLE, BOOL* wow64) -> BOOL {
@@ -37,11 +37,11 @@ class FailingWow64Query
                                 Executable()};
 };
 
-/// Notes with which access a registry key is opened, and may refuse to open it.
+/// Records the access with which registry keys are opened, and may refuse to open them.
 class RegistryOpenings
 {
 public:
-    /// Answers the status of an attempt to open a key; ERROR_SUCCESS lets it through to the platform.
+    /// Returns the status for an attempt to open a key; ERROR_SUCCESS passes the call on to the platform.
     using Judge = std::function<LSTATUS(const std::wstring& path, REGSAM access)>;
 
     explicit RegistryOpenings(Judge judge)
@@ -64,7 +64,8 @@ private:
     RegOpenKeyExDouble openings_;
 };
 
-// How the library opens keys, as numbers: KEY_READ and KEY_QUERY_VALUE, each alone and in the 64-bit view.
+// The access with which the library opens keys, as numbers: KEY_READ and KEY_QUERY_VALUE, alone and with the 64-bit
+// view.
 inline constexpr REGSAM ReadAccess = 131097;
 inline constexpr REGSAM ReadAccess64 = 131353;
 inline constexpr REGSAM QueryAccess = 1;

@@ -56,7 +56,7 @@ LSTATUS LetThrough(const std::wstring&, REGSAM)
     return ERROR_SUCCESS;
 }
 
-/// What a 32-bit process sees of a key that exists in the 64-bit view alone.
+/// Makes this process see what a 32-bit process sees of a key that only exists in the 64-bit view.
 LSTATUS Only64BitView(const std::wstring&, REGSAM access)
 {
     return access & KEY_WOW64_64KEY ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;

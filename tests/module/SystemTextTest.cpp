@@ -1,4 +1,4 @@
-// Texts as the platform converts and gives them.
+// Texts that the platform converts, and system error texts.
 
 #include <gtest/gtest.h>
 #include <string>
@@ -15,7 +15,7 @@ using namespace Kestrany::IdentityServices;
 
 namespace {
 
-/// A platform without text for any code; `text` is what it allocates all the same.
+/// A platform without a text for any code. `text` is what it still allocates.
 DWORD NoText(LPWSTR buffer, wchar_t* text)
 {
     *reinterpret_cast<wchar_t**>(buffer) = text;
@@ -111,7 +111,7 @@ TEST(TextConversion, ReplacesWhatIsIllFormed)
 
 TEST(TextConversion, ThatFailsGivesAnEmptyText)
 {
-    for (const int needed : {0, 3}) // At the question for the length, and at the conversion itself.
+    for (const int needed : {0, 3}) // The call for the length, and the conversion.
     {
         std::wstring widened = L"not called";
         std::string narrowed = "not called";

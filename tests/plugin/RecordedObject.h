@@ -76,8 +76,8 @@ struct Slot<Operation, Result(Arguments...)>
     static Result Call(void* /*object*/, Arguments... arguments) { return Record<Result>(Operation, arguments...); }
 };
 
-/// An object with a virtual table written out by hand. It does not derive from the contract's class, so that an
-/// operation declared at a wrong place there is noticed here.
+/// An object with a virtual table written by hand. It does not derive from the contract's class, so that the tests
+/// notice an operation that is declared at a wrong place there.
 template <typename... Slots>
 class RecordedObject
 {

@@ -4,7 +4,7 @@ namespace OrlindexTest {
 
 Recorder& Recorder::Instance()
 {
-    // Never destroyed: the library may call the plugin until the very end of the process.
+    // Never destroyed: the library may call the plugin until the end of the process.
     static Recorder* const recorder = new Recorder;
     return *recorder;
 }

@@ -32,7 +32,7 @@ private:
     using Hook = std::pair<OperationHook, void*>;
 
     std::mutex mutex_;
-    std::deque<std::string> journal_;             // A deque: the texts that were handed out stay where they are.
+    std::deque<std::string> journal_;             // A deque: texts that were returned do not move.
     std::map<std::string, std::int64_t> results_; // By the operation's name.
     std::map<std::string, Hook> hooks_;
 };

@@ -21,7 +21,7 @@ struct TestPluginControl
     /// What the operation returns from now on; pointers as numbers. Until then a status is IdSuccess and all else 0 or
     /// null.
     void (*SetResult)(const PluginOperation& operation, std::int64_t result);
-    /// What it returns now, if that was set; else 0. The plugin's own objects are set from the start.
+    /// What it returns now if that was set, else 0. The plugin's own objects are set from the start.
     std::int64_t (*Result)(const PluginOperation& operation);
     /// A null `hook` removes the one that was set.
     void (*SetHook)(const PluginOperation& operation, OperationHook hook, void* context);

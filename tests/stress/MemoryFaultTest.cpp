@@ -1,5 +1,5 @@
-// Every allocation of the library fails once, from the start over forwarding, texts and events to the stop, each in a
-// process of its own; and all allocations from one on.
+// Out of memory: each allocation of the library fails once, and all allocations from one on fail. The sweep covers
+// start-up, forwarded calls, texts, events and the stop, each fault in a process of its own.
 
 #include <cstring>
 #include <filesystem>
@@ -8,10 +8,10 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "Aftermath.h"
 #include "Child.h"
-#include "Effort.h"
 #include "ImportHooks.h"
+#include "LeakCheck.h"
+#include "TestScale.h"
 #include "orlindex/IObserver.h"
 #include "orlindex/SSOClientPrivate.h"
 #include "orlindex/talix.h"
@@ -29,12 +29,12 @@ using testing::Not;
 namespace {
 
 const std::vector<std::string> Allocators = {"malloc", "calloc", "realloc"};
-constexpr FailingAnswer NoMemory = {0, ERROR_NOT_ENOUGH_MEMORY};
+constexpr FailingResult NoMemory = {0, ERROR_NOT_ENOUGH_MEMORY};
 
 constexpr wchar_t Token[] = L"a token with \u00DC and a length that no short text has";
 constexpr wchar_t SessionAddress[] = L"https://address.invalid/?with=a+text+that+is+long+enough";
 
-/// The end of a message that no plugin here gives cause for.
+/// The end of a message that must not appear: every plugin here has all interfaces.
 constexpr char InterfaceMissing[] = " returned null.";
 
 int eventsReceived = 0;
@@ -49,7 +49,7 @@ void WriteText(const CallArguments& arguments, std::size_t buffer, const wchar_t
     std::wcscpy(arguments.Pointer<wchar_t>(buffer), text);
 }
 
-/// Whether this many allocations are made to fail, from which one on.
+/// Which allocations fail: number `first` only, or all from it on.
 struct MemoryFault
 {
     bool onwards;
@@ -75,13 +75,13 @@ class MemoryFaultSweep : public HostTest
 protected:
     static constexpr int Shares = 4;
 
-    /// The parent part of one share of the work.
+    /// The parent part, for one share of the faults.
     void Sweep(const std::string& name, int share, int denseUpTo, int pointsAfter)
     {
-        site.Install();
+        installation.Install();
         const ChildOutcome counting = RunChild(ToText({false, 0}));
         ASSERT_TRUE(counting.passed) << counting.output;
-        const int allocations = std::stoi(counting.answer);
+        const int allocations = std::stoi(counting.report);
         ASSERT_GT(allocations, 100);
         const int dense = LongForm() ? allocations : denseUpTo;
         const int stride = std::max(1, (allocations - dense) / pointsAfter);
@@ -111,14 +111,14 @@ protected:
     /// The child part: runs `use` with the fault.
     void Try(const std::string& input, const std::function<void()>& use)
     {
-        PrepareAnswers();
+        PreparePlugin();
         const MemoryFault fault = ToMemoryFault(input);
         {
             ImportHooks hooks;
             ThrowOnce(hooks);
             hooks.Fail(Allocators, fault.first, NoMemory, fault.onwards ? ImportHooks::AllLater : 1);
             use();
-            AnswerParent(std::to_string(hooks.Matched()));
+            ReportToParent(std::to_string(hooks.Matched()));
             hooks.Fail({}, 0, NoMemory, 0);
         }
         ExpectLocksAreFree();
@@ -126,16 +126,17 @@ protected:
         ExpectNoPluginHalfConfigured();
     }
 
-    /// A start that needs nothing of the client config file, of which a fault may leave nothing.
+    /// Makes a start-up work without the client config file, which a fault may keep from being read.
     void InstallServerApplicationBesideHost()
     {
-        site.InstallServerApplication(site.HostFolder());
-        site.WriteCompatibilityFile({CompatibilityEntry{Utf8(site.PluginFile())}});
-        std::filesystem::rename(site.CompatibilityFile(), site.HostFolder() / site.CompatibilityFile().filename());
+        installation.InstallServerApplication(installation.HostFolder());
+        installation.WriteCompatibilityFile({CompatibilityEntry{Utf8(installation.PluginFile())}});
+        std::filesystem::rename(installation.CompatibilityFile(),
+                                installation.HostFolder() / installation.CompatibilityFile().filename());
     }
 
-    /// The compiler's runtime allocates what a thread needs for exceptions with the first one, and ends the process
-    /// where even that fails. So the library throws its first one beforehand.
+    /// The compiler's runtime allocates what a thread needs for exceptions with the first one, and ends the process if
+    /// that fails. So the library throws its first exception before the sweep.
     static void ThrowOnce(ImportHooks& hooks)
     {
         hooks.Fail(Allocators, 1, NoMemory, 2);
@@ -143,9 +144,9 @@ protected:
     }
 
 private:
-    void PrepareAnswers()
+    void PreparePlugin()
     {
-        PluginControl& plugin = plugin_.emplace(site.PluginFile());
+        PluginControl& plugin = plugin_.emplace(installation.PluginFile());
         plugin.OnCall(Client::GetOAuth2AccessToken,
                       [](const CallArguments& arguments) { WriteText(arguments, 0, Token); });
         plugin.OnCall(Client::GetSessionUri,
@@ -162,7 +163,7 @@ private:
                       static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(settingsPath_.c_str())));
     }
 
-    /// What the plugin's module was told to start it was also told to stop.
+    /// Each start of the plugin's module has its stop.
     void ExpectAnotherStartBalances()
     {
         const talix_status_code result = talix_init();
@@ -175,7 +176,7 @@ private:
         EXPECT_EQ(plugin_->Calls(Module::Initialize).size(), plugin_->Calls(Module::Uninitialize).size());
     }
 
-    /// A plugin was told who it is and where its server is before anybody used it, or nobody did.
+    /// A plugin that was used had got the identity names and the server application before.
     void ExpectNoPluginHalfConfigured()
     {
         for (const LogLine& line : plugin_->Log())
@@ -261,7 +262,7 @@ void UseFlatInterface()
     EXPECT_EQ(talix_deinit(), IdSuccess);
 }
 
-/// Runs a step; std::bad_alloc alone may come out of it. Answers whether it came to its end.
+/// Runs a step, which may only throw std::bad_alloc. Returns whether it reached its end.
 template <typename Step>
 bool Survives(Step&& step)
 {
@@ -317,14 +318,14 @@ void UseClasses(const MemoryFault& fault)
 
 } // namespace
 
-TEST_P(MemoryFaults, TheFlatInterfaceAnswersItsCodes)
+TEST_P(MemoryFaults, TheFlatInterfaceReturnsItsCodes)
 {
     if (const auto input = ChildInput())
         return Try(*input, &UseFlatInterface);
     Sweep("flat interface", GetParam(), 150, 40);
 }
 
-TEST_P(MemoryFaults, TheClassesAnswerTheirCodesOrThrowBadAlloc)
+TEST_P(MemoryFaults, TheClassesReturnTheirCodesOrThrowBadAlloc)
 {
     if (const auto input = ChildInput())
         return Try(*input, [&input]() { UseClasses(ToMemoryFault(*input)); });
@@ -334,10 +335,10 @@ TEST_P(MemoryFaults, TheClassesAnswerTheirCodesOrThrowBadAlloc)
 
 using MemoryFaultWhileLoading = MemoryFaultSweep;
 
-TEST_F(MemoryFaultWhileLoading, WithoutMemoryToTellOfAnExceptionThePluginIsNotHalfLoaded)
+TEST_F(MemoryFaultWhileLoading, OutOfMemoryWhileAnExceptionIsLoggedThePluginIsNotHalfLoaded)
 {
-    site.Install();
-    PluginControl plugin(site.PluginFile());
+    installation.Install();
+    PluginControl plugin(installation.PluginFile());
     ImportHooks hooks;
     ThrowOnce(hooks);
     hooks.Fail({}, 0, NoMemory, 0);

@@ -17,8 +17,8 @@ using AnyFunction = void (*)();
 /// Names of the functions that a module imports by name, each once.
 std::set<std::string> ImportedFunctions(HMODULE module);
 
-/// Puts a function in the place of one that a module imports, and the original back on destruction. Found by name, from
-/// whatever library it comes.
+/// Replaces a function that a module imports, and restores the original on destruction. The function is found by its
+/// name, whichever library exports it.
 class ImportPatch
 {
 public:
@@ -60,7 +60,7 @@ public:
     ImportDouble(const ImportDouble&) = delete;
     ImportDouble& operator=(const ImportDouble&) = delete;
 
-    /// The function that stood there before.
+    /// The replaced function.
     static Result Original(Arguments... arguments)
     {
         return reinterpret_cast<Result(WINAPI*)(Arguments...)>(active_->patch_.Original())(arguments...);

@@ -14,8 +14,8 @@
 
 namespace OrlindexTest {
 
-// The functions that tests replace in the import table: `<Name>Double fails([](...) { ... });` replaces one for as long as
-// the object lives. Each line gives the name in the code, the name in the import table, and the function's type.
+// The functions that tests replace in the import table. `<Name>Double fails([](...) { ... });` replaces one while the
+// object lives. Each line gives the name in the code, the name in the import table, and the function's type.
 
 #define ORLINDEX_IMPORT(name, function, ...)      \
     struct name##Import                           \
@@ -27,7 +27,7 @@ namespace OrlindexTest {
 
 // clang-format off: one function a line.
 
-// Files. The last two are behind the path of the file that a module was mapped from, and are in no public header.
+// Files. The last two give the path of the file that a module was mapped from; no public header declares them.
 ORLINDEX_IMPORT(CreateFile, CreateFileW, decltype(::CreateFileW));
 ORLINDEX_IMPORT(GetFileAttributes, GetFileAttributesW, decltype(::GetFileAttributesW));
 ORLINDEX_IMPORT(GetFileInformationByHandle, GetFileInformationByHandle, decltype(::GetFileInformationByHandle));

@@ -14,7 +14,7 @@ namespace {
 
 const TestPluginControl* LoadControl(const std::filesystem::path& file)
 {
-    // The altered search path finds a library beside the plugin, as the library's own way of loading does.
+    // With the altered search path the system finds a library beside the plugin, as it does when Orlindex.dll loads it.
     const HMODULE module = LoadLibraryExW(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     if (module == nullptr)
         throw std::runtime_error("cannot load " + Utf8(file) + ": error " + std::to_string(GetLastError()));

@@ -40,8 +40,8 @@ struct LogLine
 
 void PrintTo(const LogLine& line, std::ostream* stream);
 
-/// Controls one build of the test plugin and reads its journal. Loads the file, so that results can be set before the
-/// library loads it too; the library checks the file's signature all the same.
+/// Controls one build of the test plugin and reads its journal. Loads the file, so that a test can set results before
+/// the library loads it; the library still verifies the file's signature.
 class PluginControl
 {
 public:
@@ -54,12 +54,12 @@ public:
 
     /// What the operation returns from now on. A reference to a plugin's object is a number too; 0 is null.
     void Return(const PluginOperation& operation, std::int64_t result);
-    /// What it returns now, if that was set; the plugin's own objects are from the start.
+    /// What it returns now if that was set; the plugin's own objects are set from the start.
     std::int64_t ResultOf(const PluginOperation& operation) const;
     /// What the operation does from now on, on its caller's thread, before it returns.
     void OnCall(const PluginOperation& operation, Action action);
 
-    /// Every call but those of the logger, in order.
+    /// All calls except those of the logger, in order.
     std::vector<std::string> Calls() const;
     /// The calls of one interface, in order.
     std::vector<std::string> Calls(const char* interfaceName) const;
@@ -84,7 +84,7 @@ private:
     std::list<Hook> hooks_; // A list: the plugin holds pointers to the elements.
 };
 
-/// Whether a module file is in this process.
+/// Whether a module file is loaded in this process.
 bool IsLoaded(const std::filesystem::path& file);
 
 /// A pointer as the journal shows it.
@@ -95,7 +95,7 @@ inline std::string Address(const void* pointer)
 
 /// A journal entry.
 std::string Call(const PluginOperation& operation, const std::string& arguments = {});
-/// What stands between the brackets of a journal entry.
+/// The arguments in a journal entry.
 std::string ArgumentsOf(const std::string& journalEntry);
 
 } // namespace OrlindexTest

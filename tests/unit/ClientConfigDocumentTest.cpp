@@ -13,7 +13,7 @@ using Kestrany::IdentityServices::ReadClientConfigDocument;
 
 namespace {
 
-/// Reads a document that must be one.
+/// Parses a valid document.
 ClientConfigValues ReadDocument(const std::string& json)
 {
     const auto values = ReadClientConfigDocument(json);
@@ -86,7 +86,7 @@ TEST(ClientConfigDocument, AKeyOfAWrongTypeReadsAsMissing)
         EXPECT_FALSE(ReadServer(R"("supportBothLocalAndAdmin": )" + value).supportBothLocalAndAdmin) << value;
 }
 
-TEST(ClientConfigDocument, AKeyOfAWrongTypeDoesNotSpoilTheOthers)
+TEST(ClientConfigDocument, AKeyOfAWrongTypeDoesNotAffectTheOthers)
 {
     const ClientConfigValues values =
         ReadServer(R"("bundleId": [], "searchPaths": "s", "supportBothLocalAndAdmin": true)");
@@ -94,7 +94,7 @@ TEST(ClientConfigDocument, AKeyOfAWrongTypeDoesNotSpoilTheOthers)
     EXPECT_TRUE(values.supportBothLocalAndAdmin);
 }
 
-TEST(ClientConfigDocument, ANumberTooLargeDoesNotSpoilTheOthers)
+TEST(ClientConfigDocument, ANumberTooLargeDoesNotAffectTheOthers)
 {
     for (const std::string number : {"1e999", "-1e999", "1e-999"})
     {

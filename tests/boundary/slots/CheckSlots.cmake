@@ -63,7 +63,7 @@ foreach(line IN LISTS missing)
     message(SEND_ERROR "not at its slot: ${line}")
 endforeach()
 
-# Destructors show up a second time in lists that count from the first slot.
+# The dump lists destructors a second time, with numbers that count from the first slot.
 set(new ${found})
 list(REMOVE_ITEM new ${reviewed})
 list(FILTER new EXCLUDE REGEX " ~")

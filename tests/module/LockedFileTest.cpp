@@ -1,4 +1,4 @@
-// A file that is held: by which path it is verified and loaded.
+// A locked file: by which path it is verified and loaded.
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -10,8 +10,8 @@
 #include "Imports.h"
 #include "base/Paths.h"
 #include "load/HeldFile.h"
+#include "support/Installation.h"
 #include "support/PlatformImports.h"
-#include "support/Site.h"
 #include "support/Text.h"
 
 namespace OrlindexTest {
@@ -26,12 +26,12 @@ constexpr DWORD NormalizedNameOnVolume = 1;
 
 } // namespace
 
-class HeldFiles : public testing::Test
+class LockedFiles : public testing::Test
 {
 protected:
     void SetUp() override { WriteFile(file, "held"); }
 
-    /// The path of a file that was asked for as `given`, where the platform names it `own`.
+    /// The path of a file that was opened as `given` and whose final path is `own`.
     std::wstring PathOf(const std::wstring& own, const std::wstring& given = L"C:\\given.dll") const
     {
         const CreateFileDouble open(
@@ -54,45 +54,45 @@ protected:
         return held.Path();
     }
 
-    const Site site;
-    const std::filesystem::path file = site.HostFolder() / "held.dll";
+    const Installation installation;
+    const std::filesystem::path file = installation.HostFolder() / "held.dll";
 };
 
-TEST_F(HeldFiles, NobodyMayWriteOrRenameIt)
+TEST_F(LockedFiles, NobodyMayWriteOrRenameIt)
 {
     const HeldFile held(file.native());
     EXPECT_TRUE(held.IsHeld());
     EXPECT_EQ(held.Path(), file.native());
-    EXPECT_FALSE(MoveFileW(file.c_str(), (site.HostFolder() / "moved.dll").c_str()));
+    EXPECT_FALSE(MoveFileW(file.c_str(), (installation.HostFolder() / "moved.dll").c_str()));
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SHARING_VIOLATION));
 }
 
-TEST_F(HeldFiles, OneThatIsNotThereIsNotHeldAndKeepsItsName)
+TEST_F(LockedFiles, AMissingFileIsNotLockedAndKeepsItsName)
 {
-    const std::wstring missing = (site.HostFolder() / "missing.dll").native();
+    const std::wstring missing = (installation.HostFolder() / "missing.dll").native();
     const HeldFile held(missing);
     EXPECT_FALSE(held.IsHeld());
     EXPECT_EQ(held.Error(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
     EXPECT_EQ(held.Path(), missing);
 }
 
-TEST_F(HeldFiles, ItsOwnPathIsPlainWhereThatMeansTheSame)
+TEST_F(LockedFiles, TheFinalPathIsPlainIfThatMeansTheSame)
 {
     EXPECT_EQ(PathOf(L"\\\\?\\C:\\folder\\file.dll"), L"C:\\folder\\file.dll");
     EXPECT_EQ(PathOf(L"\\\\?\\UNC\\server\\share\\file.dll"), L"\\\\server\\share\\file.dll");
     EXPECT_EQ(PathOf(L"C:\\folder\\file.dll"), L"C:\\folder\\file.dll");
 }
 
-TEST_F(HeldFiles, ItsOwnPathIsTakenLiterallyWhereAPlainOneWouldMeanAnother)
+TEST_F(LockedFiles, TheFinalPathIsTakenLiterallyIfAPlainOneWouldMeanAnotherFile)
 {
     for (const wchar_t* own : {L"\\\\?\\C:\\folder.\\file.dll", L"\\\\?\\C:\\folder/file.dll",
                                L"\\\\?\\Volume{0b3f7e6c-0000-0000-0000-000000000000}\\file.dll"})
         EXPECT_EQ(PathOf(own), own);
-    // What was configured leads there through a link that bears the name without the point.
+    // The configured path leads there through a link that has the name without the point.
     EXPECT_EQ(PathOf(L"\\\\?\\C:\\folder.\\file.dll", L"C:\\folder.\\file.dll"), L"\\\\?\\C:\\folder.\\file.dll");
 }
 
-TEST_F(HeldFiles, ALongPathIsPlainOnlyWhereItWasGivenSo)
+TEST_F(LockedFiles, ALongPathIsPlainOnlyIfItWasGivenSo)
 {
     const auto pathOfLength = [](std::size_t length) { return L"C:\\" + std::wstring(length - 7, L'n') + L".dll"; };
     EXPECT_EQ(PathOf(L"\\\\?\\" + pathOfLength(259)), pathOfLength(259));
@@ -100,7 +100,7 @@ TEST_F(HeldFiles, ALongPathIsPlainOnlyWhereItWasGivenSo)
     EXPECT_EQ(PathOf(L"\\\\?\\" + pathOfLength(260), pathOfLength(260)), pathOfLength(260));
 }
 
-TEST_F(HeldFiles, WhereNamesCannotBeNormalizedTheOpenedOneIsTaken)
+TEST_F(LockedFiles, IfTheNameCannotBeNormalizedTheOpenedOneIsTaken)
 {
     const GetFinalPathNameByHandleDouble name(
         [](HANDLE handle, LPWSTR path, DWORD size, DWORD form) {
@@ -115,7 +115,7 @@ TEST_F(HeldFiles, WhereNamesCannotBeNormalizedTheOpenedOneIsTaken)
     EXPECT_EQ(held.Path(), file.native());
 }
 
-TEST_F(HeldFiles, WhereTheVolumeHasNoLetterItsOwnNameIsTaken)
+TEST_F(LockedFiles, IfTheVolumeHasNoLetterItsOwnNameIsTaken)
 {
     constexpr wchar_t own[] = L"\\\\?\\Volume{0b3f7e6c-0000-0000-0000-000000000000}\\file.dll";
     const GetFinalPathNameByHandleDouble name(
@@ -132,23 +132,23 @@ TEST_F(HeldFiles, WhereTheVolumeHasNoLetterItsOwnNameIsTaken)
     EXPECT_EQ(held.Path(), own);
 }
 
-TEST_F(HeldFiles, OneWithoutAnyNameIsNotHeld)
+TEST_F(LockedFiles, AFileWithoutAnyNameIsNotLocked)
 {
-    // None, one that needs more room each time, and two that are longer than any.
-    for (const DWORD answer : {0U, 32767U, 32768U, 40000U})
+    // No name, one that needs a larger buffer each time, and two that are longer than the maximum.
+    for (const DWORD length : {0U, 32767U, 32768U, 40000U})
     {
         std::vector<DWORD> forms;
         const GetFinalPathNameByHandleDouble name(
             [&](HANDLE, LPWSTR, DWORD size, DWORD form) {
                 if (forms.empty() || forms.back() != form)
                     forms.push_back(form);
-                SetLastError(answer > 0 ? ERROR_SUCCESS : ERROR_PATH_NOT_FOUND);
-                return answer > 0 ? std::max<DWORD>(answer, size) : 0;
+                SetLastError(length > 0 ? ERROR_SUCCESS : ERROR_PATH_NOT_FOUND);
+                return length > 0 ? std::max<DWORD>(length, size) : 0;
             },
             Executable());
         const HeldFile held(file.native());
         EXPECT_FALSE(held.IsHeld());
-        EXPECT_EQ(held.Error(), static_cast<DWORD>(answer > 0 ? ERROR_FILENAME_EXCED_RANGE : ERROR_PATH_NOT_FOUND));
+        EXPECT_EQ(held.Error(), static_cast<DWORD>(length > 0 ? ERROR_FILENAME_EXCED_RANGE : ERROR_PATH_NOT_FOUND));
         EXPECT_EQ(held.Path(), file.native());
         EXPECT_EQ(forms, (std::vector<DWORD>{NormalizedName, OpenedName, NormalizedNameOnVolume}));
     }
