@@ -7,13 +7,14 @@
 #   build/coverage/report/index.html      each source with its counts
 #   build/coverage/report/coverage.json   the same data for programs
 #
-# Then compares the lines and branches that did not run with tests/coverage/uncovered.txt, which lists them with their
-# reasons. No figure includes branches that only exceptions take.
+# Then compares the lines and branches that did not run with the markers that give their reasons in the sources (see
+# scripts/lib/coverage_markers.py) and with tests/coverage/uncovered.txt, which lists others. No figure includes branches
+# that only exceptions take.
 #
 #   --report    evaluates the counts of the last run again
 #   --help      prints this text
 #
-# The exit code is 0 if the list is right, and 1 if it is not or if a test failed.
+# The exit code is 0 if the markers and the list are right, and 1 if they are not or if a test failed.
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh

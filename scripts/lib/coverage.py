@@ -1,15 +1,16 @@
-"""Prints the coverage of each source and compares what did not run with the list of what need not run.
+"""Prints the coverage of each source and compares what did not run with the markers in the sources, and with a list.
 
 coverage.py ROOT COVERAGE-JSON LIST
 
-The list names lines and branches by their text, which says more than a number and stays right if lines move:
+A marker stands in the source, beside what it explains: see coverage_markers.py. The list names lines and branches by their text, which says more than a number and stays right if lines move:
 
     src/load/PluginLoader.cpp
         line: return nullptr;
         branch: if (!module)
         why: The reason for all entries above it.
 
-A text stands for every line of the file with this text. The exit code is 0 if exactly the listed items did not run.
+A text stands for every line of the file with this text. The exit code is 0 if exactly the marked and the
+listed items did not run.
 """
 
 import json
@@ -17,6 +18,7 @@ import re
 import sys
 from pathlib import Path
 
+from coverage_markers import MarkerError, problems_of_markers
 
 # Compilers add other branches, such as one for each element of an initialiser. These only count in the figures.
 DECISION = re.compile(r"\b(if|for|while|switch|case)\b|&&|\|\||\?")
@@ -66,17 +68,24 @@ class Source:
         return sum(1 for branch in self.branches if branch["count"]), len(self.branches)
 
     def uncovered(self):
-        """Lines that did not run, and decisions of which one branch did not run: (kind, text) -> line numbers."""
-        found = {}
+        """Lines that did not run, and decisions of which one branch did not run: line number -> kind."""
+        kinds = {}
         for line in self.lines:
             if not line["count"]:
-                kind = "line"
-            elif DECISION.search(self.text(line)) and any(not branch["count"] for branch in line["branches"]):
-                kind = "branch"
-            else:
-                continue
-            found.setdefault((kind, self.text(line)), []).append(line["line_number"])
-        return found
+                kinds[line["line_number"]] = "line"
+            elif DECISION.search(self.text(line).split("// not covered")[0]) and any(not branch["count"] for branch in line["branches"]):
+                kinds[line["line_number"]] = "branch"
+        return kinds
+
+    def unmarked(self):
+        """Of these, the ones that no marker explains: (kind, text) -> line numbers; and the problems of the markers."""
+        kinds = self.uncovered()
+        code = {line["line_number"] for line in self.lines}
+        numbers, problems = problems_of_markers(self.name, self.texts, code, set(kinds))
+        found = {}
+        for number in sorted(numbers):
+            found.setdefault((kinds[number], self.texts[number - 1].strip()), []).append(number)
+        return found, problems
 
 
 def share(counts):
@@ -97,10 +106,14 @@ def print_table(sources):
 
 
 def compare(sources, listed):
-    """What did not run and is not listed, and what is listed and ran."""
-    uncovered = {(source.name, *item): numbers for source in sources for item, numbers in source.uncovered().items()}
-    problems = [f"{file}:{','.join(map(str, uncovered[file, kind, text]))}: did not run, and is not listed: {kind}: {text}"
-                for file, kind, text in sorted(uncovered.keys() - listed.keys())]
+    """What did not run and is neither marked nor listed, and what is marked or listed and ran."""
+    uncovered, problems = {}, []
+    for source in sources:
+        found, wrong = source.unmarked()
+        uncovered.update({(source.name, *item): numbers for item, numbers in found.items()})
+        problems += wrong
+    problems += [f"{file}:{','.join(map(str, uncovered[file, kind, text]))}: did not run, and has no marker: {kind}: {text}"
+                 for file, kind, text in sorted(uncovered.keys() - listed.keys())]
     problems += [f"{listed[item]}: ran, or no longer exists: {item[0]}: {item[1]}: {item[2]}"
                  for item in sorted(listed.keys() - uncovered.keys(), key=listed.get)]
     return problems
@@ -112,12 +125,12 @@ def main(root, report, path):
     print_table(sorted(sources, key=lambda source: source.name))
     try:
         problems = compare(sources, read_list(Path(path)))
-    except ListError as error:
+    except (ListError, MarkerError) as error:
         problems = [str(error)]
     for problem in problems:
         print(problem)
     if problems:
-        print("Test these lines, or list them with a reason in tests/coverage/uncovered.txt.")
+        print("Test these lines, or say why not with a marker: see scripts/lib/coverage_markers.py.")
     return 1 if problems else 0
 
 

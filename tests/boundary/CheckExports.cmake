@@ -1,5 +1,5 @@
-# Compares the names that the built library exports with the reviewed list, and says what is missing and what is new.
-# A name that is gone breaks hosts; a new one is promised for ever.
+# Compares the names that the built library exports with the reviewed list, and reports missing and new ones. A missing
+# name breaks hosts; a new one has to stay for ever.
 #
 #     cmake -DLIBRARY=<dll> -DREADOBJ=<program> -DCPPFILT=<program> -DREVIEWED=<list> -P CheckExports.cmake
 

@@ -67,7 +67,7 @@ def functions_of_page(text, errors):
         if '[DllImport(Dll, CallingConvention = CallingConvention.Cdecl)]' not in attributes:
             errors.append(f'{name}: not declared with the calling convention Cdecl')
         if (result == 'bool') != ('[return: MarshalAs(UnmanagedType.U1)]' in attributes):
-            errors.append(f'{name}: a bool that is answered, and nothing else, is one byte')
+            errors.append(f'{name}: a returned bool, and nothing else, is one byte')
     return functions
 
 

@@ -4,7 +4,7 @@ plugin contract, and its fallbacks those that the forwarding members name in the
 import re
 from collections import Counter
 
-from pages import ROOT, codes, page, report
+from pages import ROOT, codes, contract_slots, page, report
 
 # Slots that the library calls itself, while it starts and configures the plugin.
 CALLED_BY_THE_LOADER = {
@@ -60,7 +60,7 @@ def fallbacks_of_sources():
 
 
 def flat_fallbacks_of_sources():
-    """{function: (answer while not initialized, answer without client)} of those that have the usual shape."""
+    """{function: (result while not initialized, result without client)} of those that have the usual shape."""
     found = {}
     for file in (ROOT / 'src/api').glob('Flat*.cpp'):
         source = file.read_text(encoding='utf-8')
@@ -85,7 +85,7 @@ def main():
     errors = []
     described = Counter()
     slots = set()
-    answers = {}
+    results = {}
     flat = {}
     parameters = {}
     for line, cells in fallbacks.rows(without={'Texts'}):
@@ -98,14 +98,14 @@ def main():
         rows_slots = re.findall(r'(\w+ \d+) `(\w+)`', cells[-1])
         slots.update(f'{where} {operation}' for where, operation in rows_slots)
         for _, operation in rows_slots:
-            answers[name, operation] = (place, re.split(r'[;: ]', cells[1])[0])
+            results[name, operation] = (place, re.split(r'[;: ]', cells[1])[0])
 
     exported = exported_names()
     for name in sorted(exported | described):
         if exported[name] != described[name]:
             errors.append(f'{name}: {exported[name]} exported, {described[name]} described')
 
-    contract = set((ROOT / 'tests/boundary/slots/slots.txt').read_text(encoding='utf-8').splitlines())
+    contract = set(contract_slots())
     for slot in sorted(slots - contract):
         errors.append(f'there is no slot {slot}')
     needed = {slot for slot in contract if slot.startswith(FORWARDED) and 'Reserved' not in slot}
@@ -118,18 +118,18 @@ def main():
 
     values = fallbacks_of_sources()
     for key, value in sorted(values.items()):
-        if key not in answers:
+        if key not in results:
             errors.append(f'{key[0]} forwards to {key[1]}, and the page does not say so')
-        elif value not in FALLBACKS or answers[key][1] != FALLBACKS[value]:
-            errors.append(f'{answers[key][0]}: {key[0]} answers {value}, not {answers[key][1]}')
+        elif value not in FALLBACKS or results[key][1] != FALLBACKS[value]:
+            errors.append(f'{results[key][0]}: {key[0]} returns {value}, not {results[key][1]}')
     if len(values) < 40:
         errors.append(f'only {len(values)} forwarding members were recognised in the sources')
     usual = flat_fallbacks_of_sources()
-    for name, answer in sorted(usual.items()):
-        place, described_answer = flat.get(name, (fallbacks.name, None))
-        if answer != described_answer:
-            errors.append(f'{place}: {name} answers {answer} while not initialized and without client, '
-                          f'not {described_answer}')
+    for name, result in sorted(usual.items()):
+        place, documented = flat.get(name, (fallbacks.name, None))
+        if result != documented:
+            errors.append(f'{place}: {name} returns {result} while not initialized and without client, '
+                          f'not {documented}')
     if len(usual) < 15:
         errors.append(f'only {len(usual)} flat functions were recognised in the sources')
     report(errors, f'{sum(exported.values())} exported names, {len(slots)} slots, {len(values) + len(usual)} fallbacks')

@@ -95,6 +95,12 @@ def codes(text):
     return re.findall(r'`([^`]+)`', text)
 
 
+def contract_slots():
+    """The operations of the plugin contract: '<interface> <slot> <operation>'."""
+    table = (ROOT / 'tests/plugin/Slots.h').read_text(encoding='utf-8')
+    return [' '.join(operation) for operation in re.findall(r'\{"(\w+)", (\d+), "(~?\w+)"\}', table)]
+
+
 def report(errors, summary):
     """Ends a check."""
     for error in errors:

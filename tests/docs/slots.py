@@ -2,8 +2,7 @@
 
 import re
 
-from pages import ROOT, codes, page, report
-
+from pages import ROOT, codes, contract_slots, page, report
 
 
 def main():
@@ -26,7 +25,7 @@ def main():
                 described[interface, slot] = names[0].split('(')[0].split()[-1] if names else ''
 
     expected = {}
-    for line in (ROOT / 'tests/boundary/slots/slots.txt').read_text(encoding='utf-8').splitlines():
+    for line in contract_slots():
         if not line.startswith(('BaseConfig ', 'ProductConfig ')):  # Hosts' own classes, not the plugin's.
             name, slot, operation = line.split()
             expected[name, int(slot)] = operation

@@ -53,8 +53,8 @@ std::wstring CommandLine(const fs::path& program, const std::vector<std::wstring
 
 ProgramRun RunProgram(const fs::path& program, const std::vector<std::wstring>& arguments, unsigned seconds)
 {
-    const fs::path outputFile = Surroundings().root / "program-output";
-    const fs::path errorFile = Surroundings().root / "program-errors";
+    const fs::path outputFile = Environment().root / "program-output";
+    const fs::path errorFile = Environment().root / "program-errors";
     ProgramRun run{};
     {
         const Handle output = CreateOutput(outputFile);
@@ -154,7 +154,7 @@ Json::Value DoctorReport::Find(const std::string& step, const std::string& name)
 
 fs::path DoctorTest::BuildFolder()
 {
-    return Surroundings().plugins.parent_path().parent_path();
+    return Environment().plugins.parent_path().parent_path();
 }
 
 fs::path DoctorTest::Tool()

@@ -12,7 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "doctor/ExitCode.h"
-#include "support/Site.h"
+#include "support/Installation.h"
 #include "support/Text.h"
 
 namespace OrlindexTest {
@@ -83,7 +83,7 @@ protected:
     /// Expects that the tool, with --load, reports that a host starts, and that a real one does. Returns the report.
     DoctorReport ExpectStart() const;
 
-    const Site installation;
+    const Installation installation;
 };
 
 } // namespace OrlindexTest

@@ -1,5 +1,5 @@
-// What the "faulty" build of the test plugin does when its factory function is called: the variable
-// ORLINDEX_TEST_FAULT says it.
+// What the "faulty" build of the test plugin does when its factory function is called. The environment variable
+// ORLINDEX_TEST_FAULT selects it.
 
 #include <cstdint>
 #include <cstdlib>
@@ -17,31 +17,29 @@
 namespace OrlindexTest {
 namespace {
 
-struct Operation
+/// The operation that returns null for a fault.
+const std::map<std::string, PluginOperation>& NullResults()
 {
-    const char* interfaceName;
-    int slot;
-};
-
-const std::map<std::string, Operation>& NullAnswers()
-{
-    static const std::map<std::string, Operation> answers = {
-        {"null-factory", {FactoryFunction, 0}}, {"null-logger-source", {Factory, 1}},
-        {"null-module", {Factory, 2}},          {"null-client", {Factory, 3}},
-        {"null-private", {Factory, 4}},         {"null-server-manager", {Factory, 5}},
-        {"null-logger", {LoggerSource, 1}},
+    static const std::map<std::string, PluginOperation> results = {
+        {"null-factory", {FactoryFunction}},
+        {"null-logger-source", {Factory::GetLoggerSource}},
+        {"null-module", {Factory::GetSSOClientModule}},
+        {"null-client", {Factory::GetSSOClient}},
+        {"null-private", {Factory::GetSSOClientPrivate}},
+        {"null-server-manager", {Factory::GetSSOServerManager}},
+        {"null-logger", {LoggerSource::GetLogger}},
     };
-    return answers;
+    return results;
 }
 
-/// A wait that nothing ends.
+/// Waits for ever.
 void Hang()
 {
     const HANDLE never = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     WaitForSingleObject(never, INFINITE);
 }
 
-/// The pipe that the tool listens to; null in a real host. The tool names it to the process that it starts.
+/// The pipe that the tool reads; null in a real host. The tool passes it to the process in the command line.
 HANDLE ToolPipe()
 {
     int count = 0;
@@ -52,7 +50,7 @@ HANDLE ToolPipe()
     return reinterpret_cast<HANDLE>(number);
 }
 
-/// Gives the pipe's write end to the process that ORLINDEX_TEST_PROCESS names.
+/// Duplicates the pipe's write end into the process that ORLINDEX_TEST_PROCESS selects.
 void GivePipeAway()
 {
     const char* const id = std::getenv("ORLINDEX_TEST_PROCESS");
@@ -63,7 +61,7 @@ void GivePipeAway()
     CloseHandle(process);
 }
 
-/// Writes for as long as somebody reads.
+/// Writes as long as somebody reads.
 void Flood(const std::string& bytes)
 {
     DWORD written = 0;
@@ -91,12 +89,12 @@ void Misbehave(void* /*context*/, const std::uint64_t* /*arguments*/, int /*coun
         Flood(std::string(4096, 'x'));
     if (fault == "hang" || fault == "give-pipe-away-and-hang")
         Hang();
-    const auto answer = NullAnswers().find(fault);
-    if (answer != NullAnswers().end())
-        Recorder::Instance().SetResult(answer->second.interfaceName, answer->second.slot, 0);
+    const auto result = NullResults().find(fault);
+    if (result != NullResults().end())
+        Recorder::Instance().SetResult(result->second, 0);
 }
 
-const bool prepared = (Recorder::Instance().SetHook(FactoryFunction, 0, &Misbehave, nullptr), true);
+const bool prepared = (Recorder::Instance().SetHook(FactoryFunction, &Misbehave, nullptr), true);
 
 } // namespace
 } // namespace OrlindexTest

@@ -7,7 +7,7 @@
 
 namespace OrlindexTest {
 
-/// Makes values out of a fuzzer's bytes, in order; zeros where they are used up.
+/// Makes values from a fuzzer's bytes, in order; zeros after the last byte.
 class ByteReader
 {
 public:

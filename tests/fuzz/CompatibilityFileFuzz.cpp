@@ -17,7 +17,7 @@ namespace {
 
 constexpr char Key[] = "ssoClientPlugin";
 
-/// Stands in for the platform's conversion: one character a byte.
+/// Replaces the platform's conversion: one character for each byte.
 std::wstring WidenBytes(const std::string& text)
 {
     std::wstring wide;

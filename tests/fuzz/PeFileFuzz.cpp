@@ -1,4 +1,4 @@
-// Module files of any bytes: what is read of them lies within them, and is no more than was asked for.
+// Module files of any bytes: everything that is read is inside the file, and no more than requested.
 
 #include <cstdint>
 #include <string>

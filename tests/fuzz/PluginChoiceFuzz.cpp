@@ -1,4 +1,4 @@
-// The choice among plugin builds: well-formed documents made of the input, and a second way to choose to compare with.
+// The choice of a plugin build: valid documents made from the input, compared with a second implementation.
 
 #include <algorithm>
 #include <cstdint>
@@ -47,7 +47,7 @@ Json::Value MakeRange(ByteReader& bytes)
     return range;
 }
 
-/// An entry whose module names its place, so that a choice can be told from its equals.
+/// An entry whose module name is its position, so that equal entries can be distinguished.
 Json::Value MakeEntry(ByteReader& bytes, unsigned place)
 {
     Json::Value entry(Json::objectValue);
@@ -86,7 +86,7 @@ bool IsHigher(const VersionCompatibilityEntry& a, const VersionCompatibilityEntr
     return CompareVersions(a.version, b.version) > 0;
 }
 
-/// Whether "higher" orders these entries at all: odd versions can be higher than each other in a circle.
+/// Whether "higher" is an order for these entries: unusual versions can be higher than each other in a circle.
 bool CanBeSorted(const std::vector<VersionCompatibilityEntry>& entries)
 {
     const auto notHigher = [](const auto& a, const auto& b) { return !IsHigher(a, b); };
@@ -98,7 +98,7 @@ bool CanBeSorted(const std::vector<VersionCompatibilityEntry>& entries)
     return true;
 }
 
-/// The documented way: highest first, equals in the order of the file, and the first that serves.
+/// The documented choice: highest first, equal ones in the order of the file, and the first that is compatible.
 const VersionCompatibilityEntry* ChooseBySorting(std::list<VersionCompatibilityEntry>& entries,
                                                  const VersionParts& version)
 {

@@ -1,4 +1,4 @@
-// Replacing references, compared with the regular expression that says what a reference is.
+// Replacing references, compared with the regular expression that defines a reference.
 
 #include <cstdint>
 #include <iterator>
@@ -16,10 +16,10 @@ using OrlindexTest::Require;
 
 namespace {
 
-/// The regular expression's engine recurses once a character.
+/// The regular expression recurses for each character.
 constexpr std::size_t LongestForPattern = 512;
 
-/// Half of all bytes become a character that matters here.
+/// Half of all bytes become a character that is significant here.
 wchar_t MakeCharacter(unsigned byte)
 {
     static constexpr wchar_t special[] = L"%%%%%%ab\n\r\u2028\u2029\u0085\u2027\u202A\v\f\t \\";

@@ -34,9 +34,9 @@ void Replay(const fs::path& input)
     if (!file)
         throw std::runtime_error("cannot be read: " + input.string());
     const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    // Of exactly that size, so that a sanitizer sees the first byte that is read beyond it.
+    // Of exactly that size, so that a sanitizer reports the first read beyond it.
     const std::vector<std::uint8_t> exact(bytes.begin(), bytes.end());
-    // Before the run: where that ends the process, the last name is that of the input.
+    // Before the run: if that ends the process, the last name is that of the input.
     std::printf("%s\n", input.filename().string().c_str());
     std::fflush(stdout);
     LLVMFuzzerTestOneInput(exact.data(), exact.size());

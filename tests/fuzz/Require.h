@@ -6,7 +6,7 @@
 
 namespace OrlindexTest {
 
-/// Ends the process where `holds` is false: that is how a fuzzer hears of an input that breaks a property.
+/// Aborts the process if `holds` is false: this is how a fuzzer detects an input that breaks a property.
 inline void Require(bool holds, const char* property)
 {
     if (holds)

@@ -1,4 +1,4 @@
-// Addresses that hold any text: one that is percent-encoded, with the text inside.
+// Addresses made of any text, which is percent-encoded in them.
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,11 +1,12 @@
-// Texts of any bytes and any units, converted and given to callers: nothing beyond the memory that there is, and what
-// comes back is what went in.
+// Texts of any bytes and any units, converted and returned to callers: no access outside their memory, and a round trip
+// returns the same text.
 
 #include <windows.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -49,7 +50,9 @@ void WidenAnything(const std::string& text)
     const std::string narrow = Narrow(wide);
     Require(narrow == ToUtf8(FromUtf16(wide)), "nothing is lost on the way back");
     Require(Widen(narrow) == wide, "what was converted once is well formed");
-    if (ToUtf8(FromUtf8(text)) == text)
+    const bool isWellFormed = ToUtf8(FromUtf8(text)) == text;
+    Require(WidenStrictly(text) == (isWellFormed ? std::optional(wide) : std::nullopt), "strict: well-formed texts alone");
+    if (isWellFormed)
         Require(narrow == text, "a well-formed text comes back");
 }
 
@@ -57,12 +60,15 @@ void NarrowAnything(const std::wstring& units)
 {
     const std::string narrow = Narrow(units);
     Require(narrow == ToUtf8(FromUtf16(units)), "lone surrogates are replaced, and nothing else");
+    const bool isWellFormed = ToUtf16(FromUtf16(units)) == units;
+    Require(NarrowStrictly(units) == (isWellFormed ? std::optional(narrow) : std::nullopt),
+            "strict: well-formed texts alone");
     std::vector<char> memory(units.size() * Utf8BytesPerUnit, Untouched);
     const std::size_t size = NarrowInto(memory.data(), units);
     Require(std::string(memory.data(), size) == narrow, "both conversions agree");
 }
 
-/// What a caller's buffer of some size gets of the plugin's text.
+/// What a caller's buffer of some size receives of the plugin's text.
 void GiveToCaller(ByteReader& bytes)
 {
     PluginText<MostUnits> text;

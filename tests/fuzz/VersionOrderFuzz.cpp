@@ -1,4 +1,4 @@
-// Comparing versions of any bytes: what holds for every pair, and that orderings by it are at least safe.
+// Comparing versions of any bytes: properties of every pair, and that sorting by it is safe.
 
 #include <algorithm>
 #include <cstdint>
@@ -54,7 +54,7 @@ int ComparePart(const std::string& a, const std::string& b)
     for (std::string* text : {&foldedLeft, &foldedRight})
         std::transform(text->begin(), text->end(), text->begin(),
                        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    const int order = foldedLeft.compare(foldedRight); // By bytes, as unsigned ones.
+    const int order = foldedLeft.compare(foldedRight); // By unsigned bytes.
     return order < 0 ? -1 : order > 0 ? 1 : 0;
 }
 
@@ -74,11 +74,11 @@ void RequireComparison(const VersionParts& a, const VersionParts& b)
     {
         const std::size_t count = limit > 0 ? (std::min)(all, static_cast<std::size_t>(limit)) : all;
         Require(CompareVersions(a, b, limit) == CompareByParts(a, b, count), "the order is that of the parts");
-        Require(CompareVersions(b, a, limit) == -CompareVersions(a, b, limit), "swapped versions swap the answer");
+        Require(CompareVersions(b, a, limit) == -CompareVersions(a, b, limit), "swapped versions swap the result");
     }
 }
 
-/// Not an order for some versions. Whoever sorts by it all the same gets some sequence, and no broken memory.
+/// It is no order for some versions. Sorting by it still gives some sequence, and breaks no memory.
 void RequireSafeOrderings(const Versions& versions)
 {
     const auto isLess = [](const VersionParts& a, const VersionParts& b) { return CompareVersions(a, b) < 0; };

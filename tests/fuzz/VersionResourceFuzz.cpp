@@ -1,4 +1,4 @@
-// Version resources of any bytes: what is read of them lies within them, and nothing that follows them counts.
+// Version resources of any bytes: everything that is read is inside them, and bytes behind them do not count.
 
 #include <cstdint>
 #include <string>
@@ -16,7 +16,7 @@ constexpr std::size_t LargestResource = 0xFFFF;
 constexpr const char* Names[] = {"CompanyName",      "FileDescription", "SpecialBuild",
                                  "PinnedRootSha256", "AcceptedSigners", ""};
 
-/// All that the resource says, on a line each.
+/// All contents of the resource, one on each line.
 std::u16string ContentsOf(const VersionResource& resource)
 {
     std::u16string contents;

@@ -1,5 +1,4 @@
-// What forwarded calls cost in memory: every allocation of the library passes its imports of the C runtime, and is
-// counted there.
+// The allocations of forwarded calls: the tests count them at the library's imports of the C runtime.
 
 #include <algorithm>
 #include <cstddef>
@@ -8,6 +7,7 @@
 #include "FlatFunctions.h"
 #include "FlatTest.h"
 #include "orlindex/SSOClientPrivate.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -15,25 +15,7 @@ using namespace Kestrany::IdentityServices;
 
 namespace {
 
-struct MallocImport
-{
-    static constexpr char Name[] = "malloc";
-    using Type = void*(std::size_t);
-};
-
-struct CallocImport
-{
-    static constexpr char Name[] = "calloc";
-    using Type = void*(std::size_t, std::size_t);
-};
-
-struct ReallocImport
-{
-    static constexpr char Name[] = "realloc";
-    using Type = void*(void*, std::size_t);
-};
-
-/// Counts what the library, and nobody else in the process, allocates while it lives.
+/// Counts the allocations of the library alone while the object lives.
 class Allocations
 {
 public:
@@ -41,26 +23,26 @@ public:
 
 private:
     int count_ = 0;
-    ImportDouble<MallocImport> malloc_{[this](std::size_t size) {
+    MallocDouble malloc_{[this](std::size_t size) {
         ++count_;
-        return ImportDouble<MallocImport>::Original(size);
+        return MallocDouble::Original(size);
     }};
-    ImportDouble<CallocImport> calloc_{[this](std::size_t number, std::size_t size) {
+    CallocDouble calloc_{[this](std::size_t number, std::size_t size) {
         ++count_;
-        return ImportDouble<CallocImport>::Original(number, size);
+        return CallocDouble::Original(number, size);
     }};
-    ImportDouble<ReallocImport> realloc_{[this](void* memory, std::size_t size) {
+    ReallocDouble realloc_{[this](void* memory, std::size_t size) {
         ++count_;
-        return ImportDouble<ReallocImport>::Original(memory, size);
+        return ReallocDouble::Original(memory, size);
     }};
 };
 
-/// The library, and nobody else in the process, finds no memory while it lives.
+/// Makes every allocation of the library alone fail while the object lives.
 class NoMemory
 {
-    ImportDouble<MallocImport> malloc_{[](std::size_t) { return nullptr; }};
-    ImportDouble<CallocImport> calloc_{[](std::size_t, std::size_t) { return nullptr; }};
-    ImportDouble<ReallocImport> realloc_{[](void*, std::size_t) { return nullptr; }};
+    MallocDouble malloc_{[](std::size_t) { return nullptr; }};
+    CallocDouble calloc_{[](std::size_t, std::size_t) { return nullptr; }};
+    ReallocDouble realloc_{[](void*, std::size_t) { return nullptr; }};
 };
 
 template <class Call>
@@ -71,15 +53,15 @@ int AllocationsOf(const Call& call)
     return allocations.Count();
 }
 
-/// Forwards one call, and hands the host no text and no object of its own.
+/// Whether the function forwards one call and creates no text or object for it.
 bool IsPlainForward(const FlatFunction& function)
 {
     const std::string name = function.name;
-    return function.slot >= 0 && name != "talix_get_session_uri" && name != "talix_add_event_callback" &&
+    return function.operation && name != "talix_get_session_uri" && name != "talix_add_event_callback" &&
            name != "talix_remove_event_callback";
 }
 
-/// Calls `check` with each function that only forwards, and with arguments for it.
+/// Calls `check` for each function that only forwards, with arguments for it.
 template <class Check>
 void ForEachPlainForward(const Check& check)
 {
@@ -110,12 +92,16 @@ protected:
     void SetUp() override
     {
         FlatTest::SetUp();
-        for (const int slot : {4, 6, 35})
-            Plugin().OnCall(Client, slot, [slot](const CallArguments& call) {
-                wchar_t* const target = call.Pointer<wchar_t>(slot == 4 ? 2 : 0);
+        const auto writeText = [](std::size_t argument) {
+            return [argument](const CallArguments& call) {
+                wchar_t* const target = call.Pointer<wchar_t>(argument);
                 std::fill_n(target, length, L'a');
                 target[length] = L'\0';
-            });
+            };
+        };
+        Plugin().OnCall(Client::GetSessionUri, writeText(2));
+        Plugin().OnCall(Client::GetOAuth2AccessToken, writeText(0));
+        Plugin().OnCall(Client::GetOAuth2IdToken, writeText(0));
     }
 
     static constexpr std::size_t length = 2047; ///< The longest address.
@@ -136,7 +122,7 @@ TEST_F(AllocationsOfMembers, NoForwardedMemberAllocates)
         MemberArguments arguments;
         EXPECT_EQ(AllocationsOf([&] { member.call(*manager, arguments); }), 0);
     }
-    EXPECT_THAT(Plugin().Calls(Client), testing::SizeIs(ClientMembers().size()));
+    EXPECT_THAT(Plugin().Calls(Client::Interface), testing::SizeIs(ClientMembers().size()));
 }
 
 TEST_F(AllocationsOfFunctions, NoForwardedFunctionAllocates)
@@ -158,8 +144,8 @@ TEST_F(AllocationsOfFunctions, ALongTokenIsCopiedOutWithoutAllocation)
 TEST_F(AllocationsOfFunctions, AnEventIsDeliveredWithoutAllocation)
 {
     IObserver* observer = nullptr;
-    Plugin().OnCall(Client, 17, [&](const CallArguments& call) { observer = call.Pointer<IObserver>(0); });
-    Plugin().OnCall(Client, 25, [&](const CallArguments&) {
+    Plugin().OnCall(Client::AddObserver, [&](const CallArguments& call) { observer = call.Pointer<IObserver>(0); });
+    Plugin().OnCall(Client::DispatchEvent, [&](const CallArguments&) {
         observer->OnLoggedIn(IdSuccess);
         observer->OnLoginRestored();
     });
@@ -174,8 +160,8 @@ TEST_F(AllocationsOfFunctions, AnEventIsDeliveredWithoutAllocation)
 TEST_F(AllocationsOfFunctions, ACallbackRemovesItselfWithoutMemory)
 {
     IObserver* observer = nullptr;
-    Plugin().OnCall(Client, 17, [&](const CallArguments& call) { observer = call.Pointer<IObserver>(0); });
-    Plugin().OnCall(Client, 25, [&](const CallArguments&) {
+    Plugin().OnCall(Client::AddObserver, [&](const CallArguments& call) { observer = call.Pointer<IObserver>(0); });
+    Plugin().OnCall(Client::DispatchEvent, [&](const CallArguments&) {
         observer->OnLoggedIn(IdSuccess);
         observer->OnLoggedOut(IdSuccess);
     });
@@ -208,7 +194,7 @@ class AllocationsWithoutPlugin : public HostTest
 
 TEST_F(AllocationsWithoutPlugin, AFallbackAfterTheFirstAllocatesNothing)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
     SSOClientPrivate::LoadLoginFromCache(false);
     EXPECT_EQ(AllocationsOf([] { SSOClientPrivate::LoadLoginFromCache(false); }), 0);
@@ -246,8 +232,8 @@ class AllocationsWithoutLogger : public HostTest
 TEST_F(AllocationsWithoutLogger, AFallbackForAMissingInterfaceAfterTheFirstAllocatesNothing)
 {
     InstallPlugin();
-    Plugin().Answer(Factory, 1, 0);
-    Plugin().Answer(Factory, 3, 0);
+    Plugin().Return(Factory::GetLoggerSource, 0);
+    Plugin().Return(Factory::GetSSOClient, 0);
     ASSERT_EQ(talix_init(), IdSuccess);
     EXPECT_EQ(talix_login(), IdClientUnavailable);
     const NoMemory noMemory;

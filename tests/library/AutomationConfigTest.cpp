@@ -24,7 +24,7 @@ namespace {
 constexpr std::int32_t largest = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t smallest = std::numeric_limits<std::int32_t>::min();
 
-/// A kind of configuration that only the host knows. Counts what is done to it.
+/// A kind of configuration that only the host knows. Counts how often it is used.
 class HostConfig : public BaseConfig
 {
 public:
@@ -89,7 +89,7 @@ void ExpectBadCast(BaseConfig& config, IdServicesAutomation::OverridingType type
     }
 }
 
-/// Where a field lies in its object. These classes have virtual tables, which offsetof is not made for.
+/// The offset of a field. offsetof does not support classes with virtual tables.
 template <class Config, class Field>
 std::size_t PlaceOf(Field Config::* field)
 {
@@ -98,7 +98,7 @@ std::size_t PlaceOf(Field Config::* field)
                                     reinterpret_cast<const char*>(&config));
 }
 
-/// Every input, the mismatched ones and the unknown types too, answers client unavailable and nothing is touched.
+/// Expects IdClientUnavailable for every input, also for mismatched and unknown types, and that nothing is touched.
 void ExpectUnavailableForAnyInput()
 {
     CallConfig call = SomeCall();
@@ -119,7 +119,7 @@ void ExpectUnavailableForAnyInput()
 
 } // namespace
 
-// Hosts of other builds fill the fields where they were.
+// Hosts of other builds fill the fields at these offsets.
 
 constexpr std::size_t table = sizeof(void*);
 
@@ -149,14 +149,14 @@ TEST_F(AutomationOverride, ACallConfigReachesItsSlotWithItsFieldsInOrder)
 {
     CallConfig call = SomeCall();
     EXPECT_EQ(Override(call, OfCall), IdSuccess);
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client, 32, SomeCallShown)));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::OverrideCallConfig, SomeCallShown)));
 }
 
 TEST_F(AutomationOverride, ABackoffConfigReachesItsSlotWithItsFieldsInOrder)
 {
     BackoffConfig backoff = SomeBackoff();
     EXPECT_EQ(Override(backoff, OfBackoff), IdSuccess);
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client, 33, SomeBackoffShown)));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::OverrideBackoffConfig, SomeBackoffShown)));
 }
 
 TEST_F(AutomationOverride, NoValueIsLookedAt)
@@ -173,29 +173,29 @@ TEST_F(AutomationOverride, NoValueIsLookedAt)
     backoff.initialInterval = smallest;
     backoff.jitter = largest;
     EXPECT_EQ(Override(backoff, OfBackoff), IdSuccess);
-    EXPECT_THAT(Plugin().Calls(),
-                ElementsAre(Call(Client, 32, "0, 0, 0, 0, \"\""),
-                            Call(Client, 32, "-2147483648, 2147483647, -1, 0, \"a\""),
-                            Call(Client, 33, "0, 0, 0, 0, 0"), Call(Client, 33, "-2147483648, 0, 0, 0, 2147483647")));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::OverrideCallConfig, "0, 0, 0, 0, \"\""),
+                                              Call(Client::OverrideCallConfig, "-2147483648, 2147483647, -1, 0, \"a\""),
+                                              Call(Client::OverrideBackoffConfig, "0, 0, 0, 0, 0"),
+                                              Call(Client::OverrideBackoffConfig, "-2147483648, 0, 0, 0, 2147483647")));
 }
 
-TEST_F(AutomationOverride, ThePluginsAnswerIsPassedOn)
+TEST_F(AutomationOverride, ThePluginsResultIsPassedOn)
 {
     CallConfig call;
     BackoffConfig backoff;
-    for (const int answer : {1000, 1001, 3030, 999, 0, -7})
+    for (const int result : {int{IdSuccess}, 1001, 3030, 999, 0, -7})
     {
-        Plugin().Answer(Client, 32, answer);
-        Plugin().Answer(Client, 33, answer);
-        EXPECT_EQ(Override(call, OfCall), answer);
-        EXPECT_EQ(Override(backoff, OfBackoff), answer);
+        Plugin().Return(Client::OverrideCallConfig, result);
+        Plugin().Return(Client::OverrideBackoffConfig, result);
+        EXPECT_EQ(Override(call, OfCall), result);
+        EXPECT_EQ(Override(backoff, OfBackoff), result);
     }
 }
 
 TEST_F(AutomationOverride, TheConfigurationItselfIsLeftAlone)
 {
     CallConfig call = SomeCall();
-    Plugin().OnCall(Client, 32, [&call](const CallArguments& arguments) {
+    Plugin().OnCall(Client::OverrideCallConfig, [&call](const CallArguments& arguments) {
         call.url = "changed while the plugin runs";
         EXPECT_STREQ(arguments.Pointer<const char>(4), "https://call/\xC3\xBC");
     });
@@ -204,7 +204,7 @@ TEST_F(AutomationOverride, TheConfigurationItselfIsLeftAlone)
     EXPECT_EQ(call.url, "changed while the plugin runs");
 }
 
-TEST_F(AutomationOverride, AnyOtherTypeAnswersClientUnavailable)
+TEST_F(AutomationOverride, AnyOtherTypeReturnsClientUnavailable)
 {
     CallConfig call;
     BackoffConfig backoff;
@@ -239,12 +239,12 @@ TEST_F(AutomationOverride, AHostsClassOfTheRightKindServes)
     call.interval = 31;
     EXPECT_EQ(Override(call, OfCall), IdSuccess);
     ExpectBadCast(call, OfBackoff);
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client, 32, "31, 0, 0, 0, \"\"")));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::OverrideCallConfig, "31, 0, 0, 0, \"\"")));
 }
 
 TEST_F(AutomationOverride, AnExceptionOfThePluginPassesToTheCaller)
 {
-    Plugin().OnCall(Client, 33, [](const CallArguments&) { throw 4711; });
+    Plugin().OnCall(Client::OverrideBackoffConfig, [](const CallArguments&) { throw 4711; });
     BackoffConfig backoff;
     EXPECT_THROW(Override(backoff, OfBackoff), int);
 }
@@ -252,7 +252,7 @@ TEST_F(AutomationOverride, AnExceptionOfThePluginPassesToTheCaller)
 TEST_F(AutomationOverride, ThePluginRunsOnTheCallersThreadWithNoLockHeld)
 {
     DWORD thread = 0;
-    std::future<void> elsewhere; // Outlives the plugin's call: where a lock is held, it ends only afterwards.
+    std::future<void> elsewhere; // Outlives the plugin's call: it only ends afterwards if a lock is held.
     const auto useLocksElsewhere = [&](const CallArguments&) {
         thread = GetCurrentThreadId();
         elsewhere = std::async(std::launch::async, [] {
@@ -262,8 +262,8 @@ TEST_F(AutomationOverride, ThePluginRunsOnTheCallersThreadWithNoLockHeld)
         });
         EXPECT_EQ(elsewhere.wait_for(Patience), std::future_status::ready);
     };
-    Plugin().OnCall(Client, 32, useLocksElsewhere);
-    Plugin().OnCall(Client, 33, useLocksElsewhere);
+    Plugin().OnCall(Client::OverrideCallConfig, useLocksElsewhere);
+    Plugin().OnCall(Client::OverrideBackoffConfig, useLocksElsewhere);
     CallConfig call;
     BackoffConfig backoff;
     for (const auto type : {OfCall, OfBackoff})
@@ -276,7 +276,7 @@ TEST_F(AutomationOverride, ThePluginRunsOnTheCallersThreadWithNoLockHeld)
     }
 }
 
-TEST_F(AutomationOverride, AnInstanceWithoutStateAnswersClientUnavailableForAnyInput)
+TEST_F(AutomationOverride, AnInstanceWithoutStateReturnsClientUnavailableForAnyInput)
 {
     void* storage = nullptr;
     *manager = reinterpret_cast<const IdServicesMgr&>(storage);
@@ -289,14 +289,14 @@ class AutomationNotInitialized : public HostTest
 {
 };
 
-TEST_F(AutomationNotInitialized, AnyInputBeforeInitializeAnswersClientUnavailableAndTouchesNothing)
+TEST_F(AutomationNotInitialized, AnyInputBeforeInitializeReturnsClientUnavailableAndTouchesNothing)
 {
-    site.Install();
+    installation.Install();
     ExpectUnavailableForAnyInput();
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
 }
 
-TEST_F(AutomationNotInitialized, AnyInputAfterTheLastUninitializeAnswersClientUnavailableAndReachesNothing)
+TEST_F(AutomationNotInitialized, AnyInputAfterTheLastUninitializeReturnsClientUnavailableAndReachesNothing)
 {
     InstallPlugin();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
@@ -312,14 +312,14 @@ class AutomationWithoutClient : public StartedTest
 protected:
     void SetUp() override
     {
-        InstallPlugin().Answer(Factory, 3, 0);
+        InstallPlugin().Return(Factory::GetSSOClient, 0);
         Start();
     }
 
     const LogLine reason{Error, "Failed to obtain ISSOClient. ISSOClientFactory::GetSSOClient returned null."};
 };
 
-TEST_F(AutomationWithoutClient, BothKindsAnswerClientUnavailable)
+TEST_F(AutomationWithoutClient, BothKindsReturnClientUnavailable)
 {
     CallConfig call = SomeCall();
     BackoffConfig backoff = SomeBackoff();

@@ -1,5 +1,5 @@
-// The JSON form of overriding configurations. The values are exchanged between two modules, each with a JSON library of
-// its own: what the library's raises must reach the host as the host's own would.
+// The JSON form of overriding configurations. The values pass between two modules with a JSON library each: an
+// exception of the library's must reach the host like one of the host's.
 
 #include <functional>
 #include <limits>
@@ -29,7 +29,7 @@ Json::Value Parsed(const std::string& text)
     return value;
 }
 
-/// A configuration in which every field holds something.
+/// A configuration in which every field is set.
 CallConfig Filled()
 {
     CallConfig call;
@@ -54,7 +54,7 @@ std::string Shown(const CallConfig& call)
            std::to_string(call.minJitter) + ' ' + std::to_string(call.maxJitter) + " <" + call.url + '>';
 }
 
-/// What a call raises, as this module sees it: class and text.
+/// The exception of a call, as this module sees it: class and text.
 std::string Raised(const std::function<void()>& call)
 {
     try
@@ -68,8 +68,8 @@ std::string Raised(const std::function<void()>& call)
     }
 }
 
-/// Expects that reading `json` raises what the host's own library raises for `conversion`, and that its text holds
-/// `text`.
+/// Expects that reading `json` throws the exception that the host's own library throws for `conversion`, and that its
+/// message contains `text`.
 void ExpectRaised(const std::string& json, const std::function<void(const Json::Value&)>& conversion,
                   const std::string& text)
 {
@@ -176,7 +176,7 @@ TEST(AutomationJson, AValueThatIsNeitherAnObjectNorNullRaisesTheErrorWordForWord
 
 TEST(AutomationJson, KeysAreReadInTheirOrder)
 {
-    // What was read before the failing key has its new value, what comes after it the old one.
+    // Fields before the failing key have their new values, those after it the old ones.
     const char* const keys[] = {"failInterval", "interval", "maxJitter", "minJitter"};
     const char* const shown[] = {"1 2 3 4 <before>", "1 0 3 4 <before>", "0 0 3 4 <before>", "0 0 3 0 <before>"};
     for (int i = 0; i < 4; ++i)
@@ -223,7 +223,7 @@ TEST(AutomationJson, WhatIsWrittenIsReadBack)
     EXPECT_EQ(Shown(read), Shown(call));
 }
 
-TEST(AutomationJson, ThroughTheBaseClassEachKindAnswersForItself)
+TEST(AutomationJson, ThroughTheBaseClassEachKindUsesItsOwnMembers)
 {
     CallConfig call;
     BackoffConfig backoff;

@@ -7,10 +7,11 @@
 #include <vector>
 
 #include "orlindex/IdServicesMgr.h"
+#include "plugin/Slots.h"
 
 namespace OrlindexTest {
 
-/// Arguments with values that cannot be mistaken for one another.
+/// Arguments, all with different values.
 struct MemberArguments
 {
     Kestrany::IdentityServices::ProductConfig config;
@@ -29,17 +30,17 @@ struct MemberArguments
 struct ClientMember
 {
     const char* name;
-    int slot;
-    /// Calls it; answers its result as a number, 0 if it has none.
+    PluginOperation operation;
+    /// Calls it; returns its result as a number, 0 if it has none.
     std::function<std::int64_t(Kestrany::IdentityServices::IdServicesMgr&, MemberArguments&)> call;
     /// The arguments that the plugin must see, as the journal shows them.
     std::function<std::string(const MemberArguments&)> arguments;
-    /// Programmed answers of the plugin; each must come back unchanged unless `answer` says otherwise.
-    std::vector<std::int64_t> pluginAnswers;
-    /// Answer without a client interface.
+    /// What the plugin returns in turn; the caller gets each unchanged unless `fixedResult` is set.
+    std::vector<std::int64_t> pluginResults;
+    /// Result without a client interface.
     std::int64_t fallback;
-    /// Answer whatever the plugin says; 0 if the plugin's own is passed on.
-    std::int64_t fixedAnswer = 0;
+    /// Result whatever the plugin returns; 0 if the plugin's own is passed on.
+    std::int64_t fixedResult = 0;
 };
 
 /// Every such member.

@@ -1,10 +1,11 @@
-// Event callbacks: how they are registered, and what reaches them when the plugin calls the library's observer.
+// Event callbacks: how they are registered, and what they receive when the plugin calls the library's observer.
 
 #include <functional>
 #include <future>
 #include <map>
 #include <ostream>
 #include <tuple>
+#include <utility>
 
 #include "FlatTest.h"
 #include "orlindex/IObserver.h"
@@ -42,7 +43,7 @@ void PrintTo(const Event& event, std::ostream* stream)
 
 std::vector<Event> events;
 
-/// What a callback does besides.
+/// What a callback does after it recorded its call.
 std::map<char, std::function<void()>> actions;
 
 template <char Name>
@@ -62,12 +63,12 @@ Event Received(char callback, std::int32_t code, std::int32_t status, void* valu
     return {callback, code, status, value, 0};
 }
 
-/// Calls an operation of an observer by its place in the virtual table, as a plugin of another compiler does.
-bool CallSlot(void* observer, int slot, const void* argument)
+/// Calls an operation of an observer through its slot, as a plugin of another compiler does.
+bool CallObserver(void* observer, const PluginOperation& operation, const void* argument)
 {
     using Operation = bool (*)(void*, const void*);
     void** const table = *static_cast<void***>(observer);
-    return reinterpret_cast<Operation>(table[slot])(observer, argument);
+    return reinterpret_cast<Operation>(table[operation.slot])(observer, argument);
 }
 
 } // namespace
@@ -89,27 +90,28 @@ protected:
 
     void NoteObserver()
     {
-        Plugin().OnCall(Client, 17, [this](const CallArguments& call) { observer = call.Pointer<void>(0); });
+        Plugin().OnCall(Client::AddObserver, [this](const CallArguments& call) { observer = call.Pointer<void>(0); });
     }
 
-    /// Has the plugin call the observer while the host dispatches, and answers what the operation answered.
-    bool Dispatch(int slot, const void* argument)
+    /// Has the plugin call the observer while the host dispatches, and returns what the observer returned.
+    bool Dispatch(const PluginOperation& operation, const void* argument)
     {
-        bool answer = false;
-        Plugin().OnCall(Client, 25, [&](const CallArguments&) { answer = CallSlot(observer, slot, argument); });
+        bool result = false;
+        Plugin().OnCall(Client::DispatchEvent,
+                        [&](const CallArguments&) { result = CallObserver(observer, operation, argument); });
         EXPECT_EQ(talix_dispatch_events(), IdSuccess);
-        return answer;
+        return result;
     }
 
-    void Raise(int slot, std::int32_t status) { Dispatch(slot, &status); }
+    void Raise(const PluginOperation& operation, std::int32_t status) { Dispatch(operation, &status); }
 
-    /// Has the plugin deliver several events, by the slots that report them, while the host dispatches once.
-    void RaiseInOneDispatch(std::vector<int> slots)
+    /// Has the plugin deliver several events while the host dispatches once.
+    void RaiseInOneDispatch(std::vector<PluginOperation> operations)
     {
         static const std::int32_t success = IdSuccess;
-        Plugin().OnCall(Client, 25, [this, slots](const CallArguments&) {
-            for (const int slot : slots)
-                CallSlot(observer, slot, &success);
+        Plugin().OnCall(Client::DispatchEvent, [this, operations](const CallArguments&) {
+            for (const PluginOperation& operation : operations)
+                CallObserver(observer, operation, &success);
         });
         EXPECT_EQ(talix_dispatch_events(), IdSuccess);
     }
@@ -127,14 +129,14 @@ protected:
     std::vector<std::string> ObserverCalls()
     {
         std::vector<std::string> calls;
-        for (const std::string& call : Plugin().Calls(Client))
-            if (call != Call(Client, 25))
+        for (const std::string& call : Plugin().Calls(Client::Interface))
+            if (call != Call(Client::DispatchEvent))
                 calls.push_back(call);
         return calls;
     }
 
-    std::string Added() const { return Call(Client, 17, Address(observer)); }
-    std::string Removed() const { return Call(Client, 18, Address(observer)); }
+    std::string Added() const { return Call(Client::AddObserver, Address(observer)); }
+    std::string Removed() const { return Call(Client::RemoveObserver, Address(observer)); }
 
     void* observer = nullptr; ///< As the plugin received it last.
     int first = 0;            ///< User values.
@@ -143,40 +145,48 @@ protected:
 
 // Delivery.
 
-TEST_F(Events, Slots0To4ReachTheCallbackWithTheirNumberAndStatus)
+TEST_F(Events, EventsOfLoginsAndTokensReachTheCallbackWithTheirCodeAndStatus)
 {
+    const std::pair<PluginOperation, std::int32_t> codes[] = {
+        {Observer::OnLoggedIn, TALIX_EVENT_LOGGED_IN},
+        {Observer::OnLoggedOut, TALIX_EVENT_LOGGED_OUT},
+        {Observer::OnAccountCreated, TALIX_EVENT_ACCOUNT_CREATED},
+        {Observer::OnTokenRefreshed, TALIX_EVENT_TOKEN_REFRESHED},
+        {Observer::OnTokenAvailable, TALIX_EVENT_TOKEN_AVAILABLE},
+    };
     ASSERT_EQ(talix_add_event_callback(a, &first), IdSuccess);
-    for (const int slot : {0, 1, 2, 3, 4})
+    for (const auto& [operation, code] : codes)
     {
-        for (const std::int32_t status : {1000, 3030, 999, 0, -1})
+        for (const std::int32_t status : {int{IdSuccess}, 3030, 999, 0, -1})
         {
             events.clear();
-            Raise(slot, status);
-            EXPECT_THAT(events, ElementsAre(Received('a', slot, status, &first)));
+            Raise(operation, status);
+            EXPECT_THAT(events, ElementsAre(Received('a', code, status, &first)));
         }
     }
 }
 
-TEST_F(Events, Slot7ReachesEveryCallbackAsCode5WithSuccess)
+TEST_F(Events, OnLoginRestoredReachesEveryCallbackWithSuccess)
 {
     talix_add_event_callback(a, &first);
     talix_add_event_callback(b, &second);
-    Dispatch(7, nullptr);
-    EXPECT_THAT(events, UnorderedElementsAre(Received('a', 5, 1000, &first), Received('b', 5, 1000, &second)));
+    Dispatch(Observer::OnLoginRestored, nullptr);
+    EXPECT_THAT(events, UnorderedElementsAre(Received('a', TALIX_EVENT_LOGIN_RESTORED, IdSuccess, &first),
+                                             Received('b', TALIX_EVENT_LOGIN_RESTORED, IdSuccess, &second)));
 }
 
-TEST_F(Events, Slots5And8ReachNoCallbackAndDoNotReadTheirArgument)
+TEST_F(Events, OnServerChangedAndOnOtherEventReachNoCallbackAndDoNotReadTheirArgument)
 {
     talix_add_event_callback(a, &first);
-    Dispatch(5, nullptr);
-    Dispatch(8, nullptr);
+    Dispatch(Observer::OnServerChanged, nullptr);
+    Dispatch(Observer::OnOtherEvent, nullptr);
     EXPECT_THAT(events, IsEmpty());
 }
 
-TEST_F(Events, Slot6AnswersTrueWithoutAskingAnyCallback)
+TEST_F(Events, OnAboutToLogoutReturnsTrueWithoutAskingAnyCallback)
 {
     talix_add_event_callback(a, &first);
-    EXPECT_TRUE(Dispatch(6, nullptr));
+    EXPECT_TRUE(Dispatch(Observer::OnAboutToLogout, nullptr));
     EXPECT_THAT(events, IsEmpty());
 }
 
@@ -196,24 +206,28 @@ TEST_F(Events, TheOrderOfTheObserversOperationsIsThatOfItsClass)
     std::vector<std::int32_t> codes;
     for (const Event& event : events)
         codes.push_back(event.code);
-    EXPECT_THAT(codes, ElementsAre(0, 1, 2, 3, 4, 5));
+    EXPECT_THAT(codes,
+                ElementsAre(TALIX_EVENT_LOGGED_IN, TALIX_EVENT_LOGGED_OUT, TALIX_EVENT_ACCOUNT_CREATED,
+                            TALIX_EVENT_TOKEN_REFRESHED, TALIX_EVENT_TOKEN_AVAILABLE, TALIX_EVENT_LOGIN_RESTORED));
 }
 
-TEST_F(Events, Slot6ReturnsTrueWithoutCallbacksToo)
+TEST_F(Events, OnAboutToLogoutReturnsTrueWithoutCallbacksToo)
 {
     talix_add_event_callback(nullptr, nullptr);
-    EXPECT_TRUE(Dispatch(6, nullptr));
+    EXPECT_TRUE(Dispatch(Observer::OnAboutToLogout, nullptr));
     talix_add_event_callback(a, &first);
     talix_remove_event_callback(a);
-    EXPECT_TRUE(Dispatch(6, nullptr)) << "the plugin may still be asking while the observer is removed";
+    EXPECT_TRUE(Dispatch(Observer::OnAboutToLogout, nullptr))
+        << "the plugin may still be asking while the observer is removed";
 }
 
 TEST_F(Events, EveryCallbackIsCalledOnceWithItsOwnValue)
 {
     talix_add_event_callback(a, &first);
     talix_add_event_callback(b, nullptr);
-    Raise(1, 1000);
-    EXPECT_THAT(events, UnorderedElementsAre(Received('a', 1, 1000, &first), Received('b', 1, 1000, nullptr)));
+    Raise(Observer::OnLoggedOut, IdSuccess);
+    EXPECT_THAT(events, UnorderedElementsAre(Received('a', TALIX_EVENT_LOGGED_OUT, IdSuccess, &first),
+                                             Received('b', TALIX_EVENT_LOGGED_OUT, IdSuccess, nullptr)));
 }
 
 TEST_F(Events, TheStatusIsReadOnceBeforeTheFirstCallback)
@@ -230,15 +244,16 @@ TEST_F(Events, TheStatusIsReadOnceBeforeTheFirstCallback)
     };
     talix_add_event_callback(overwriting, nullptr);
     talix_add_event_callback(too, nullptr);
-    Dispatch(0, &status);
-    EXPECT_THAT(events, UnorderedElementsAre(Received('a', 0, 1234, nullptr), Received('b', 0, 1234, nullptr)));
+    Dispatch(Observer::OnLoggedIn, &status);
+    EXPECT_THAT(events, UnorderedElementsAre(Received('a', TALIX_EVENT_LOGGED_IN, 1234, nullptr),
+                                             Received('b', TALIX_EVENT_LOGGED_IN, 1234, nullptr)));
 }
 
 TEST_F(Events, CallbacksRunOnTheThreadThatDispatches)
 {
     talix_add_event_callback(a, &first);
     const DWORD other = std::async(std::launch::async, [this] {
-                            Raise(0, 1000);
+                            Raise(Observer::OnLoggedIn, IdSuccess);
                             return GetCurrentThreadId();
                         }).get();
     ASSERT_THAT(events, SizeIs(1));
@@ -246,9 +261,9 @@ TEST_F(Events, CallbacksRunOnTheThreadThatDispatches)
     EXPECT_NE(other, GetCurrentThreadId());
 }
 
-TEST_F(Events, DispatchAnswersWhatThePluginAnswers)
+TEST_F(Events, DispatchReturnsWhatThePluginReturns)
 {
-    Plugin().Answer(Client, 25, 999);
+    Plugin().Return(Client::DispatchEvent, 999);
     EXPECT_EQ(talix_dispatch_events(), 999) << "unmapped";
 }
 
@@ -258,8 +273,8 @@ TEST_F(Events, AddingTheSameFunctionTwiceLeavesOneEntryWithTheSecondValue)
 {
     EXPECT_EQ(talix_add_event_callback(a, &first), IdSuccess);
     EXPECT_EQ(talix_add_event_callback(a, &second), IdSuccess);
-    Raise(0, 1000);
-    EXPECT_THAT(events, ElementsAre(Received('a', 0, 1000, &second)));
+    Raise(Observer::OnLoggedIn, IdSuccess);
+    EXPECT_THAT(events, ElementsAre(Received('a', TALIX_EVENT_LOGGED_IN, IdSuccess, &second)));
     EXPECT_EQ(talix_remove_event_callback(a), IdSuccess);
     EXPECT_THAT(ObserverCalls(), ElementsAre(Added(), Removed())) << "one entry, so one removal empties";
 }
@@ -268,7 +283,7 @@ TEST_F(Events, ANullCallbackRegistersTheAdapterAndStoresNothing)
 {
     EXPECT_EQ(talix_add_event_callback(nullptr, &first), IdSuccess);
     EXPECT_THAT(ObserverCalls(), ElementsAre(Added()));
-    Raise(0, 1000);
+    Raise(Observer::OnLoggedIn, IdSuccess);
     EXPECT_THAT(events, IsEmpty());
 }
 
@@ -284,8 +299,8 @@ TEST_F(Events, RemovingTheLastCallbackRemovesTheAdapterAndAddingOneAgainReaddsIt
     EXPECT_EQ(talix_add_event_callback(a, &first), IdSuccess);
     EXPECT_EQ(observer, before) << "there is one adapter";
     EXPECT_THAT(ObserverCalls(), ElementsAre(Added(), Removed(), Added()));
-    Raise(0, 1000);
-    EXPECT_THAT(events, ElementsAre(Received('a', 0, 1000, &first)));
+    Raise(Observer::OnLoggedIn, IdSuccess);
+    EXPECT_THAT(events, ElementsAre(Received('a', TALIX_EVENT_LOGGED_IN, IdSuccess, &first)));
 }
 
 TEST_F(Events, ARemovedCallbackIsNotCalledAnyMore)
@@ -293,8 +308,8 @@ TEST_F(Events, ARemovedCallbackIsNotCalledAnyMore)
     talix_add_event_callback(a, &first);
     talix_add_event_callback(b, &second);
     talix_remove_event_callback(a);
-    Raise(0, 1000);
-    EXPECT_THAT(events, ElementsAre(Received('b', 0, 1000, &second)));
+    Raise(Observer::OnLoggedIn, IdSuccess);
+    EXPECT_THAT(events, ElementsAre(Received('b', TALIX_EVENT_LOGGED_IN, IdSuccess, &second)));
 }
 
 TEST_F(Events, ANullOrUnknownCallbackRemovesNothing)
@@ -303,7 +318,7 @@ TEST_F(Events, ANullOrUnknownCallbackRemovesNothing)
     EXPECT_EQ(talix_remove_event_callback(nullptr), IdSuccess);
     EXPECT_EQ(talix_remove_event_callback(b), IdSuccess);
     EXPECT_THAT(ObserverCalls(), ElementsAre(Added()));
-    Raise(0, 1000);
+    Raise(Observer::OnLoggedIn, IdSuccess);
     EXPECT_THAT(events, SizeIs(1));
 }
 
@@ -320,10 +335,10 @@ TEST_F(Events, RemovingWithoutTheAdapterAddedDoesNotReachThePlugin)
     EXPECT_THAT(ObserverCalls(), IsEmpty());
 }
 
-TEST_F(Events, ThePluginsAnswersToAddAndRemoveAreNotReported)
+TEST_F(Events, ThePluginsResultsOfAddAndRemoveAreNotReported)
 {
-    Plugin().Answer(Client, 17, 999);
-    Plugin().Answer(Client, 18, 3030);
+    Plugin().Return(Client::AddObserver, 999);
+    Plugin().Return(Client::RemoveObserver, 3030);
     EXPECT_EQ(talix_add_event_callback(a, &first), IdSuccess);
     EXPECT_EQ(talix_add_event_callback(b, &first), IdSuccess);
     EXPECT_THAT(ObserverCalls(), SizeIs(1)) << "it counts as added";
@@ -333,11 +348,11 @@ TEST_F(Events, ThePluginsAnswersToAddAndRemoveAreNotReported)
 
 TEST_F(Events, APluginThatThrowsWhileTheAdapterIsAddedIsAskedAgain)
 {
-    Plugin().OnCall(Client, 17, [](const CallArguments&) { throw 1; });
+    Plugin().OnCall(Client::AddObserver, [](const CallArguments&) { throw 1; });
     EXPECT_EQ(talix_add_event_callback(a, &first), IdFailed);
     NoteObserver();
     EXPECT_EQ(talix_add_event_callback(a, &first), IdSuccess);
-    Raise(0, 1000);
+    Raise(Observer::OnLoggedIn, IdSuccess);
     EXPECT_THAT(events, SizeIs(1));
 }
 
@@ -349,7 +364,7 @@ TEST_F(Events, ACallbackThatRemovesItselfIsNotCalledAnyMore)
     talix_add_event_callback(b, nullptr);
     talix_add_event_callback(c, nullptr);
     actions['b'] = [] { EXPECT_EQ(talix_remove_event_callback(b), IdSuccess); };
-    RaiseInOneDispatch({0, 1});
+    RaiseInOneDispatch({Observer::OnLoggedIn, Observer::OnLoggedOut});
     EXPECT_EQ(Arrived(), "a0 b0 c0 a1 c1");
 }
 
@@ -357,7 +372,7 @@ TEST_F(Events, TheOnlyCallbackMayRemoveItself)
 {
     talix_add_event_callback(a, nullptr);
     actions['a'] = [] { EXPECT_EQ(talix_remove_event_callback(a), IdSuccess); };
-    RaiseInOneDispatch({0, 1});
+    RaiseInOneDispatch({Observer::OnLoggedIn, Observer::OnLoggedOut});
     EXPECT_EQ(Arrived(), "a0");
     EXPECT_THAT(ObserverCalls(), ElementsAre(Added(), Removed()));
 }
@@ -369,7 +384,7 @@ TEST_F(Events, WhatACallbackAddsIsCalledFromTheNextEventOn)
         EXPECT_EQ(talix_add_event_callback(b, nullptr), IdSuccess);
         EXPECT_EQ(talix_add_event_callback(c, nullptr), IdSuccess);
     };
-    RaiseInOneDispatch({0, 1});
+    RaiseInOneDispatch({Observer::OnLoggedIn, Observer::OnLoggedOut});
     EXPECT_EQ(Arrived(), "a0 a1 b1 c1");
 }
 
@@ -382,7 +397,7 @@ TEST_F(Events, ACallbackThatRemovesAllAndAddsItselfAgainIsCalledFromTheNextEvent
         talix_remove_event_callback(b);
         EXPECT_EQ(talix_add_event_callback(a, nullptr), IdSuccess);
     };
-    RaiseInOneDispatch({0, 1});
+    RaiseInOneDispatch({Observer::OnLoggedIn, Observer::OnLoggedOut});
     EXPECT_EQ(Arrived(), "a0 a1");
     EXPECT_THAT(ObserverCalls(), ElementsAre(Added(), Removed(), Added(), Removed(), Added()));
 }
@@ -392,11 +407,11 @@ TEST_F(Events, ADeinitByACallbackEndsTheDelivery)
     talix_add_event_callback(a, nullptr);
     talix_add_event_callback(b, nullptr);
     actions['a'] = [] { EXPECT_EQ(talix_deinit(), IdSuccess); };
-    RaiseInOneDispatch({0, 1});
+    RaiseInOneDispatch({Observer::OnLoggedIn, Observer::OnLoggedOut});
     EXPECT_EQ(Arrived(), "a0");
     EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 0);
     EXPECT_EQ(talix_dispatch_events(), IdNotInitialized);
-    EXPECT_THAT(Plugin().Calls(Module), ElementsAre(Call(Module, 3)));
+    EXPECT_THAT(Plugin().Calls(Module::Interface), ElementsAre(Call(Module::Uninitialize)));
 }
 
 TEST_F(Events, ADeinitByACallbackThatOnlyCountsEndsTheDeliveryToo)
@@ -405,7 +420,7 @@ TEST_F(Events, ADeinitByACallbackThatOnlyCountsEndsTheDeliveryToo)
     talix_add_event_callback(a, nullptr);
     talix_add_event_callback(b, nullptr);
     actions['a'] = [] { EXPECT_EQ(talix_deinit(), IdSuccess); };
-    RaiseInOneDispatch({0, 1});
+    RaiseInOneDispatch({Observer::OnLoggedIn, Observer::OnLoggedOut});
     EXPECT_EQ(Arrived(), "a0");
     EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 1);
 }
@@ -422,7 +437,7 @@ TEST_F(Events, ACallbackMayStopStartAndAddCallbacksAgain)
         EXPECT_EQ(talix_add_event_callback(c, nullptr), IdSuccess);
         EXPECT_EQ(talix_add_event_callback(a, nullptr), IdSuccess);
     };
-    RaiseInOneDispatch({0, 1});
+    RaiseInOneDispatch({Observer::OnLoggedIn, Observer::OnLoggedOut});
     EXPECT_EQ(Arrived(), "a0 b1 c1 a1");
     EXPECT_EQ(events.at(1).value, &second);
     EXPECT_EQ(talix_deinit(), IdSuccess);
@@ -436,12 +451,12 @@ TEST_F(Events, ACallbackMayDispatchFurtherEvents)
         actions.clear();
         talix_remove_event_callback(b);
         talix_add_event_callback(c, nullptr);
-        RaiseInOneDispatch({1});
+        RaiseInOneDispatch({Observer::OnLoggedOut});
         EXPECT_EQ(Arrived(), "a0 a1 c1");
     };
-    RaiseInOneDispatch({0});
+    RaiseInOneDispatch({Observer::OnLoggedIn});
     EXPECT_EQ(Arrived(), "a0 a1 c1") << "what was removed is not called, and what was added not for the event before";
-    RaiseInOneDispatch({2});
+    RaiseInOneDispatch({Observer::OnAccountCreated});
     EXPECT_EQ(Arrived(), "a0 a1 c1 a2 c2");
 }
 
@@ -451,9 +466,9 @@ TEST_F(Events, ADeinitByACallbackThatADispatchInsideAnotherCallsEndsBoth)
     talix_add_event_callback(b, nullptr);
     actions['a'] = [this] {
         actions['a'] = [] { EXPECT_EQ(talix_deinit(), IdSuccess); };
-        RaiseInOneDispatch({1});
+        RaiseInOneDispatch({Observer::OnLoggedOut});
     };
-    RaiseInOneDispatch({0, 2});
+    RaiseInOneDispatch({Observer::OnLoggedIn, Observer::OnAccountCreated});
     EXPECT_EQ(Arrived(), "a0 a1");
 }
 
@@ -461,10 +476,10 @@ TEST_F(Events, ADeinitByACallbackThatThePluginCallsWhileItStopsFailsAndDoesNotHa
 {
     talix_add_event_callback(a, nullptr);
     talix_add_event_callback(b, nullptr);
-    const std::int32_t status = 1000;
-    Plugin().OnCall(Module, 3, [&](const CallArguments&) {
-        CallSlot(observer, 1, &status);
-        CallSlot(observer, 1, &status);
+    const std::int32_t status = IdSuccess;
+    Plugin().OnCall(Module::Uninitialize, [&](const CallArguments&) {
+        CallObserver(observer, Observer::OnLoggedOut, &status);
+        CallObserver(observer, Observer::OnLoggedOut, &status);
     });
     actions['a'] = [] {
         EXPECT_EQ(talix_deinit(), IdFailed) << "the stop is under way";
@@ -473,7 +488,7 @@ TEST_F(Events, ADeinitByACallbackThatThePluginCallsWhileItStopsFailsAndDoesNotHa
     EXPECT_EQ(talix_deinit(), IdSuccess);
     EXPECT_EQ(Arrived(), "a1");
     EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 0);
-    Plugin().OnCall(Module, 3, [](const CallArguments&) {});
+    Plugin().OnCall(Module::Uninitialize, [](const CallArguments&) {});
     EXPECT_EQ(talix_init(), IdSuccess) << "neither count nor lock was left behind";
     EXPECT_EQ(talix_deinit(), IdSuccess);
     EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 0);
@@ -516,12 +531,12 @@ TEST_F(Events, ADeinitThatOnlyCountsForgetsTheCallbacksWithoutRemovingTheAdapter
     talix_add_event_callback(a, &first);
     ASSERT_EQ(talix_deinit(), IdSuccess);
     EXPECT_THAT(ObserverCalls(), ElementsAre(Added()));
-    Raise(0, 1000); // The plugin still knows the adapter.
+    Raise(Observer::OnLoggedIn, IdSuccess); // The plugin still knows the adapter.
     EXPECT_THAT(events, IsEmpty());
     EXPECT_EQ(talix_add_event_callback(b, &second), IdSuccess);
     EXPECT_THAT(ObserverCalls(), ElementsAre(Added(), Added())) << "the adapter counts as not added";
-    Raise(0, 1000);
-    EXPECT_THAT(events, ElementsAre(Received('b', 0, 1000, &second)));
+    Raise(Observer::OnLoggedIn, IdSuccess);
+    EXPECT_THAT(events, ElementsAre(Received('b', TALIX_EVENT_LOGGED_IN, IdSuccess, &second)));
 }
 
 TEST_F(Events, TheLastDeinitForgetsTheCallbacksWithoutRemovingTheAdapter)
@@ -536,8 +551,8 @@ TEST_F(Events, TheLastDeinitForgetsTheCallbacksWithoutRemovingTheAdapter)
     EXPECT_EQ(talix_add_event_callback(b, &second), IdSuccess);
     EXPECT_THAT(ObserverCalls(), ElementsAre(Added()));
     EXPECT_EQ(observer, before) << "there is one adapter a process";
-    Raise(3, 1000);
-    EXPECT_THAT(events, ElementsAre(Received('b', 3, 1000, &second)));
+    Raise(Observer::OnTokenRefreshed, IdSuccess);
+    EXPECT_THAT(events, ElementsAre(Received('b', TALIX_EVENT_TOKEN_REFRESHED, IdSuccess, &second)));
 }
 
 TEST_F(Events, ADeinitWithNothingStartedForgetsTheCallbacksToo)
@@ -547,7 +562,7 @@ TEST_F(Events, ADeinitWithNothingStartedForgetsTheCallbacksToo)
     EXPECT_EQ(talix_deinit(), IdSuccess);
     EXPECT_EQ(talix_add_event_callback(b, &second), IdNotInitialized) << "the adapter counts as not added";
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    Raise(0, 1000); // The plugin still knows the adapter.
+    Raise(Observer::OnLoggedIn, IdSuccess); // The plugin still knows the adapter.
     EXPECT_THAT(events, IsEmpty());
 }
 
@@ -557,30 +572,31 @@ TEST_F(Events, RemovingWhileNotInitializedRemovesNothing)
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     EXPECT_EQ(talix_remove_event_callback(a), IdNotInitialized);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    Raise(0, 1000);
-    EXPECT_THAT(events, ElementsAre(Received('a', 0, 1000, &first)));
+    Raise(Observer::OnLoggedIn, IdSuccess);
+    EXPECT_THAT(events, ElementsAre(Received('a', TALIX_EVENT_LOGGED_IN, IdSuccess, &first)));
 }
 
 TEST_F(Events, EventsThatThePluginRaisesWhileItStopsStillReachTheCallbacks)
 {
     talix_add_event_callback(a, &first);
-    const std::int32_t status = 1000;
-    Plugin().OnCall(Module, 3, [&](const CallArguments&) { CallSlot(observer, 1, &status); });
+    const std::int32_t status = IdSuccess;
+    Plugin().OnCall(Module::Uninitialize,
+                    [&](const CallArguments&) { CallObserver(observer, Observer::OnLoggedOut, &status); });
     ASSERT_EQ(talix_deinit(), IdSuccess);
-    EXPECT_THAT(events, ElementsAre(Received('a', 1, 1000, &first)));
+    EXPECT_THAT(events, ElementsAre(Received('a', TALIX_EVENT_LOGGED_OUT, IdSuccess, &first)));
 }
 
 TEST_F(Events, ADeinitInWhichThePluginThrowsForgetsTheCallbacks)
 {
     talix_add_event_callback(a, &first);
-    Plugin().OnCall(Module, 3, [](const CallArguments&) { throw 1; });
+    Plugin().OnCall(Module::Uninitialize, [](const CallArguments&) { throw 1; });
     ASSERT_EQ(talix_deinit(), IdFailed);
-    Plugin().OnCall(Module, 3, [](const CallArguments&) {});
+    Plugin().OnCall(Module::Uninitialize, [](const CallArguments&) {});
     EXPECT_EQ(talix_add_event_callback(b, &second), IdNotInitialized);
     ASSERT_EQ(talix_init(), IdSuccess);
     EXPECT_EQ(talix_add_event_callback(b, &second), IdSuccess);
-    Raise(0, 1000);
-    EXPECT_THAT(events, ElementsAre(Received('b', 0, 1000, &second)));
+    Raise(Observer::OnLoggedIn, IdSuccess);
+    EXPECT_THAT(events, ElementsAre(Received('b', TALIX_EVENT_LOGGED_IN, IdSuccess, &second)));
 }
 
 } // namespace OrlindexTest

@@ -1,4 +1,4 @@
-// What the public operations answer when the plugin, or one of its interfaces, is missing.
+// What the public operations return if the plugin, or one of its interfaces, is missing.
 
 #include "ClientMembers.h"
 #include "orlindex/IdServicesAutomation.h"
@@ -16,12 +16,12 @@ class Fallbacks : public StartedTest
 protected:
     void SetUp() override
     {
-        InstallPlugin().Answer(Factory, 3, 0);
+        InstallPlugin().Return(Factory::GetSSOClient, 0);
         Start();
     }
 };
 
-TEST_F(Fallbacks, EveryMemberWithoutClientAnswersItsFallback)
+TEST_F(Fallbacks, EveryMemberWithoutClientReturnsItsFallback)
 {
     for (const ClientMember& member : ClientMembers())
     {
@@ -29,7 +29,7 @@ TEST_F(Fallbacks, EveryMemberWithoutClientAnswersItsFallback)
         MemberArguments arguments;
         EXPECT_EQ(member.call(*manager, arguments), member.fallback);
     }
-    EXPECT_THAT(Plugin().Calls(Client), IsEmpty());
+    EXPECT_THAT(Plugin().Calls(Client::Interface), IsEmpty());
 }
 
 TEST_F(Fallbacks, NoMemberWithoutClientTouchesItsArguments)
@@ -47,7 +47,7 @@ TEST_F(Fallbacks, NoMemberWithoutClientTouchesItsArguments)
     }
 }
 
-TEST_F(Fallbacks, IsOAuth2TokenExpiredWithoutClientAnswersTrueAndIsLoginExpiredAnswersFalse)
+TEST_F(Fallbacks, IsOAuth2TokenExpiredWithoutClientReturnsTrueAndIsLoginExpiredReturnsFalse)
 {
     EXPECT_TRUE(manager->IsOAuth2TokenExpired());
     EXPECT_FALSE(manager->IsLoginExpired());
@@ -55,7 +55,7 @@ TEST_F(Fallbacks, IsOAuth2TokenExpiredWithoutClientAnswersTrueAndIsLoginExpiredA
 
 TEST_F(Fallbacks, GetProductConfigWithoutClientCopiesTheEmptyConfiguration)
 {
-    // Copying entries that were never set leaves the target's texts as they were.
+    // Entries that were never set are not copied: the target keeps its texts.
     ProductConfig config;
     config.SetOAuth2ClientID("kept");
     EXPECT_EQ(manager->GetProductConfig(TALIX_SERVER_PRODUCTION, config), IdClientUnavailable);
@@ -83,12 +83,12 @@ TEST_F(Fallbacks, EveryRequestOfAMissingClientLogsTheReason)
     EXPECT_THAT(Plugin().Log(), ElementsAre(reason, reason));
 }
 
-TEST_F(Fallbacks, AutomatedLoginWithoutClientAnswersClientUnavailable)
+TEST_F(Fallbacks, AutomatedLoginWithoutClientReturnsClientUnavailable)
 {
     EXPECT_EQ(IdServicesAutomation::Login(L"user", L"secret", true, L"context"), IdClientUnavailable);
 }
 
-TEST_F(Fallbacks, LoginWithoutArgumentsAnswersSuccess)
+TEST_F(Fallbacks, LoginWithoutArgumentsReturnsSuccess)
 {
     EXPECT_EQ(manager->Login(), IdSuccess);
 }
@@ -102,9 +102,9 @@ class MissingInterfaces : public HostTest
 {
 };
 
-TEST_F(MissingInterfaces, WithoutServerManagerQuitAllServerProcessesAnswersFalse)
+TEST_F(MissingInterfaces, WithoutServerManagerQuitAllServerProcessesReturnsFalse)
 {
-    InstallPlugin().Answer(Factory, 5, 0);
+    InstallPlugin().Return(Factory::GetSSOServerManager, 0);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     Plugin().ClearJournal();
     EXPECT_FALSE(IdServicesMgr::GetInstance()->QuitAllSSOServerProcesses(1000));
@@ -112,38 +112,38 @@ TEST_F(MissingInterfaces, WithoutServerManagerQuitAllServerProcessesAnswersFalse
         Plugin().Log(),
         ElementsAre(LogLine{
             Error, "Failed to obtain ISSOServerManager. ISSOClientFactory::GetSSOServerManager returned null."}));
-    EXPECT_THAT(Plugin().Calls(ServerManager), IsEmpty());
+    EXPECT_THAT(Plugin().Calls(ServerManager::Interface), IsEmpty());
 }
 
 TEST_F(MissingInterfaces, WithoutPrivateInterfaceTheClientStillServes)
 {
-    InstallPlugin().Answer(Factory, 4, 0);
+    InstallPlugin().Return(Factory::GetSSOClientPrivate, 0);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    Plugin().Answer(Client, 7, 1);
+    Plugin().Return(Client::IsLoggedIn, 1);
     EXPECT_TRUE(IdServicesMgr::GetInstance()->IsLoggedIn());
 }
 
-TEST_F(MissingInterfaces, WithoutModuleInterfaceInitializeAnswersClientUnavailableAndLogsTheReason)
+TEST_F(MissingInterfaces, WithoutModuleInterfaceInitializeReturnsClientUnavailableAndLogsTheReason)
 {
-    InstallPlugin().Answer(Factory, 2, 0);
+    InstallPlugin().Return(Factory::GetSSOClientModule, 0);
     EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
     EXPECT_EQ(
         Plugin().Log().back(),
         (LogLine{Error, "Failed to obtain ISSOClientModule. ISSOClientFactory::GetSSOClientModule returned null."}));
-    EXPECT_THAT(Plugin().Calls(Module), IsEmpty());
+    EXPECT_THAT(Plugin().Calls(Module::Interface), IsEmpty());
 }
 
 class NotInitialized : public HostTest
 {
 };
 
-TEST_F(NotInitialized, AutomatedLoginAnswersClientUnavailableAndLoadsNothing)
+TEST_F(NotInitialized, AutomatedLoginReturnsClientUnavailableAndLoadsNothing)
 {
-    site.Install();
+    installation.Install();
     EXPECT_EQ(IdServicesAutomation::Login(L"user", L"secret", true, L"context"), IdClientUnavailable);
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(NotInitialized, AutomatedLoginAfterTheLastUninitializeDoesNotReachThePlugin)
@@ -152,7 +152,7 @@ TEST_F(NotInitialized, AutomatedLoginAfterTheLastUninitializeDoesNotReachThePlug
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     EXPECT_EQ(IdServicesAutomation::Login(L"user", L"secret", true, L"context"), IdClientUnavailable);
-    EXPECT_THAT(Plugin().Calls(Client), IsEmpty());
+    EXPECT_THAT(Plugin().Calls(Client::Interface), IsEmpty());
 }
 
 } // namespace OrlindexTest

@@ -1,5 +1,4 @@
-// Which check decides, where a call is wrong in more than one way, and the differences between functions that look
-// alike.
+// Which check decides if a call is wrong in more than one way, and the differences between similar functions.
 
 #include <cstring>
 
@@ -8,6 +7,8 @@
 
 namespace OrlindexTest {
 
+using Kestrany::IdentityServices::ApiFeatureIdToken;
+using Kestrany::IdentityServices::ApiFeatureLoginMode;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -82,24 +83,24 @@ TEST_F(FlatNotInitialized, SetProductConfigDoesNotReadTheHandle)
     EXPECT_EQ(talix_set_product_config(TALIX_SERVER_PRODUCTION, nullptr), IdNotInitialized);
 }
 
-TEST_F(FlatNotInitialized, GetServerAndGetEnvironmentBeforeInitAnswerMinusOne)
+TEST_F(FlatNotInitialized, GetServerAndGetEnvironmentBeforeInitReturnMinusOne)
 {
     EXPECT_EQ(talix_get_server(), -1);
     EXPECT_EQ(talix_get_environment(), -1);
 }
 
-TEST_F(FlatNotInitialized, SetProcessIdAnswersNotSupportedEvenBeforeInit)
+TEST_F(FlatNotInitialized, SetProcessIdReturnsNotSupportedEvenBeforeInit)
 {
     EXPECT_EQ(talix_set_process_id(0), IdNotSupported);
     EXPECT_EQ(talix_set_process_id(-1), IdNotSupported);
 }
 
-TEST_F(FlatNotInitialized, CreateProductConfigAnswersNull)
+TEST_F(FlatNotInitialized, CreateProductConfigReturnsNull)
 {
     EXPECT_EQ(talix_create_product_config("client", "scope"), nullptr);
 }
 
-TEST_F(FlatNotInitialized, DeinitWithoutInitAnswersSuccess)
+TEST_F(FlatNotInitialized, DeinitWithoutInitReturnsSuccess)
 {
     EXPECT_EQ(talix_deinit(), IdSuccess);
     EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 0);
@@ -107,7 +108,7 @@ TEST_F(FlatNotInitialized, DeinitWithoutInitAnswersSuccess)
 
 // Without client.
 
-TEST_F(FlatWithoutClient, UserInfoAndTheSessionAddressAnswerFailedWhereOthersAnswerClientUnavailable)
+TEST_F(FlatWithoutClient, UserInfoAndTheSessionAddressReturnFailedAndOthersClientUnavailable)
 {
     FlatArguments arguments;
     EXPECT_EQ(talix_get_user_info(&arguments.userInfo), IdFailed);
@@ -116,7 +117,7 @@ TEST_F(FlatWithoutClient, UserInfoAndTheSessionAddressAnswerFailedWhereOthersAns
     EXPECT_EQ(talix_get_token(&arguments.buffer), IdClientUnavailable);
 }
 
-TEST_F(FlatWithoutClient, SetHostAnswersSuccess)
+TEST_F(FlatWithoutClient, SetHostReturnsSuccess)
 {
     int window = 0;
     EXPECT_EQ(talix_set_host(&window), IdSuccess);
@@ -129,9 +130,9 @@ TEST_F(FlatWithoutClient, HasProxyInfoChecksThePortBeforeTheClient)
     EXPECT_EQ(talix_has_proxy_info("host", 1), IdClientUnavailable);
 }
 
-TEST_F(FlatWithoutClient, GetBooleanOfTheExpiredTokenAnswersTrue)
+TEST_F(FlatWithoutClient, GetBooleanOfTheExpiredTokenReturnsTrue)
 {
-    EXPECT_EQ(talix_get_boolean(4), 1);
+    EXPECT_EQ(talix_get_boolean(TALIX_KEY_TOKEN_EXPIRED), 1);
 }
 
 TEST_F(FlatWithoutClient, AnAccessTokenBufferThatIsTooSmallReplacesClientUnavailable)
@@ -148,18 +149,18 @@ using FlatFeatures = FlatTest;
 
 TEST_F(FlatFeatures, WithoutTheFeatureTheIdTokenIsUnavailableAndTheBufferUntouched)
 {
-    Plugin().Answer(Client, 34, 0);
+    Plugin().Return(Client::IsApiAvailable, 0);
     FlatArguments arguments;
     EXPECT_EQ(talix_get_id_token(&arguments.buffer), IdApiUnavailable);
     EXPECT_STREQ(arguments.text, "untouched");
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client, 34, "2")));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::IsApiAvailable, std::to_string(ApiFeatureIdToken))));
 }
 
 TEST_F(FlatFeatures, WithoutTheFeatureTheLoginModeIsUnavailable)
 {
-    Plugin().Answer(Client, 34, 0);
+    Plugin().Return(Client::IsApiAvailable, 0);
     EXPECT_EQ(talix_set_login_mode(TALIX_LOGIN_MODE_BROWSER), IdApiUnavailable);
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client, 34, "3")));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::IsApiAvailable, std::to_string(ApiFeatureLoginMode))));
 }
 
 // Proxies.
@@ -192,9 +193,9 @@ TEST_F(FlatProxy, WithoutAHostThePortIsNotChecked)
     EXPECT_EQ(GetProxy("", 0), IdSuccess);
     const auto calls = Plugin().Calls();
     ASSERT_EQ(calls.size(), 4U);
-    EXPECT_EQ(calls[0], Call(Client, 19, "null, 0"));
-    EXPECT_EQ(calls[1], Call(Client, 19, "\"\", 70000"));
-    EXPECT_THAT(calls[2], testing::StartsWith("ISSOClient 20 (null, 4294967295, "));
+    EXPECT_EQ(calls[0], Call(Client::HasProxyInfo, "null, 0"));
+    EXPECT_EQ(calls[1], Call(Client::HasProxyInfo, "\"\", 70000"));
+    EXPECT_THAT(calls[2], testing::StartsWith(FullName(Client::GetProxyInfo) + "(null, 4294967295, "));
 }
 
 TEST_F(FlatProxy, SetProxyInfoNeedsAHost)
@@ -258,7 +259,7 @@ TEST_F(FlatUser, ABufferAndASizeOfDifferentAttributesAreNotEnough)
 
 TEST_F(FlatUser, WhatThePluginWritesIntoTheUserRecordArrives)
 {
-    Plugin().OnCall(Client, 3, [](const CallArguments& call) {
+    Plugin().OnCall(Client::GetUserInfo, [](const CallArguments& call) {
         std::strcpy(call.Pointer<talix_user_info>(0)->email, "a@b.c");
         call.Pointer<talix_user_info>(0)->reserved = 7;
     });
@@ -274,12 +275,12 @@ TEST_F(FlatUser, WhatThePluginWritesIntoTheUserRecordArrives)
 TEST_F(FlatUser, TheProfileRecordIsPassedOnUnchecked)
 {
     talix_buffer record{nullptr, 0};
-    Plugin().OnCall(Client, 23, [](const CallArguments& call) { *call.Pointer<int>(1) = 4711; });
+    Plugin().OnCall(Client::GetProfileInfo, [](const CallArguments& call) { *call.Pointer<int>(1) = 4711; });
     EXPECT_EQ(talix_get_profile_info(&record), IdSuccess);
     EXPECT_EQ(record.size, 4711) << "the plugin reports the size that it needs";
     record.size = -1;
     EXPECT_EQ(talix_get_profile_info(&record), IdSuccess);
-    const std::string seen = Call(Client, 23, Address(nullptr) + ", " + Address(&record.size));
+    const std::string seen = Call(Client::GetProfileInfo, Address(nullptr) + ", " + Address(&record.size));
     EXPECT_THAT(Plugin().Calls(), ElementsAre(seen, seen));
 }
 
@@ -289,12 +290,12 @@ TEST_F(FlatUser, TheProfileAndTheProductConfigurationAlsoNeedTheInstance)
     ASSERT_EQ(talix_deinit(), IdSuccess);
     FlatArguments arguments;
     std::vector<int> results;
-    Plugin().OnCall(Module, 1, [&](const CallArguments&) {
+    Plugin().OnCall(Module::Initialize, [&](const CallArguments&) {
         results = {talix_get_profile_info(&arguments.buffer), talix_get_user_info(&arguments.userInfo),
                    talix_get_boolean(TALIX_KEY_INITIALIZED), talix_get_boolean(TALIX_KEY_TOKEN_EXPIRED)};
         EXPECT_EQ(talix_create_product_config("client", "scope"), nullptr);
     });
-    Plugin().Answer(Client, 9, 1);
+    Plugin().Return(Client::IsOAuth2TokenExpired, 1);
     ASSERT_EQ(talix_init(), IdSuccess);
     EXPECT_THAT(results, ElementsAre(IdNotInitialized, IdSuccess, 1, 0));
     EXPECT_EQ(talix_get_profile_info(&arguments.buffer), IdSuccess);
@@ -302,12 +303,13 @@ TEST_F(FlatUser, TheProfileAndTheProductConfigurationAlsoNeedTheInstance)
     EXPECT_NE(talix_create_product_config("client", "scope"), nullptr);
 }
 
-TEST_F(FlatUser, GetBooleanOfUnknownKeysAnswersFalseWhetherOrNotAUserIsLoggedIn)
+TEST_F(FlatUser, GetBooleanOfUnknownKeysReturnsFalseWhetherOrNotAUserIsLoggedIn)
 {
     for (const int loggedIn : {0, 1})
     {
-        for (const int slot : {7, 9, 12})
-            Plugin().Answer(Client, slot, loggedIn);
+        for (const PluginOperation& operation :
+             {Client::IsLoggedIn, Client::IsOAuth2TokenExpired, Client::IsLoginValid})
+            Plugin().Return(operation, loggedIn);
         for (const std::int32_t key : {0, 5, -1, 256, 2147483647})
             EXPECT_EQ(talix_get_boolean(key), 0) << key;
     }
@@ -315,10 +317,11 @@ TEST_F(FlatUser, GetBooleanOfUnknownKeysAnswersFalseWhetherOrNotAUserIsLoggedIn)
 
 TEST_F(FlatUser, TheTimeLimitOfQuitServerProcessIsWidenedWithItsSign)
 {
-    Plugin().Answer(ServerManager, 17, 1);
+    Plugin().Return(ServerManager::QuitAllSSOServerProcesses, 1);
     EXPECT_EQ(talix_quit_server_process(2147483647), IdSuccess);
     EXPECT_EQ(talix_quit_server_process(-1), IdSuccess);
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(ServerManager, 17, "2147483647"), Call(ServerManager, 17, "-1")));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(ServerManager::QuitAllSSOServerProcesses, "2147483647"),
+                                              Call(ServerManager::QuitAllSSOServerProcesses, "-1")));
 }
 
 // Start and stop.
@@ -333,17 +336,17 @@ TEST_F(FlatStartStop, InitAndDeinitAreCounted)
     EXPECT_THAT(Plugin().Calls(), IsEmpty());
     EXPECT_EQ(talix_deinit(), IdSuccess);
     EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 0);
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Module, 3)));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Module::Uninitialize)));
 }
 
 TEST_F(FlatStartStop, APluginThatThrowsWhileItStartsIsAFailure)
 {
     ASSERT_EQ(talix_deinit(), IdSuccess);
-    Plugin().OnCall(Module, 1, [](const CallArguments&) { throw 1; });
+    Plugin().OnCall(Module::Initialize, [](const CallArguments&) { throw 1; });
     EXPECT_EQ(talix_init(), IdFailed);
     EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 0);
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
-    Plugin().OnCall(Module, 1, [](const CallArguments&) {});
+    Plugin().OnCall(Module::Initialize, [](const CallArguments&) {});
     EXPECT_EQ(talix_init(), IdSuccess) << "neither count nor lock was left behind";
     EXPECT_EQ(talix_deinit(), IdSuccess);
     EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 0);
@@ -351,10 +354,10 @@ TEST_F(FlatStartStop, APluginThatThrowsWhileItStartsIsAFailure)
 
 TEST_F(FlatStartStop, APluginThatThrowsWhileItStopsIsAFailureAndTheLibraryIsStopped)
 {
-    Plugin().OnCall(Module, 3, [](const CallArguments&) { throw 1; });
+    Plugin().OnCall(Module::Uninitialize, [](const CallArguments&) { throw 1; });
     EXPECT_EQ(talix_deinit(), IdFailed);
     EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 0);
-    Plugin().OnCall(Module, 3, [](const CallArguments&) {});
+    Plugin().OnCall(Module::Uninitialize, [](const CallArguments&) {});
     Plugin().ClearJournal();
     EXPECT_EQ(talix_init(), IdSuccess);
     EXPECT_EQ(Plugin().Calls(FactoryFunction).size(), 1U) << "the start begins anew";
@@ -368,8 +371,9 @@ class FlatFailedStart : public HostTest
 TEST_F(FlatFailedStart, APluginThatThrowsWhileItIsLoadedIsUnavailable)
 {
     PluginControl& plugin = InstallPlugin();
-    for (const int slot : {2, 3, 4, 5})
-        plugin.OnCall(Factory, slot, [](const CallArguments&) { throw 1; });
+    for (const PluginOperation& getter : {Factory::GetSSOClientModule, Factory::GetSSOClient,
+                                          Factory::GetSSOClientPrivate, Factory::GetSSOServerManager})
+        plugin.OnCall(getter, [](const CallArguments&) { throw 1; });
     EXPECT_EQ(talix_init(), IdClientUnavailable);
     EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 0);
     EXPECT_EQ(talix_login(), IdNotInitialized);

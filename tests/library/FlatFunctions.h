@@ -3,17 +3,19 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 
 #include "orlindex/talix.h"
+#include "plugin/Slots.h"
 
 namespace OrlindexTest {
 
-/// Arguments that every flat function accepts, with values that cannot be mistaken for one another. The records point
-/// into the object itself, so that a comparison of its bytes shows whatever was written.
+/// Arguments that every flat function accepts, all with different values. The records point into
+/// the object itself, so that a comparison of its bytes shows every write.
 struct FlatArguments
 {
     FlatArguments();
@@ -27,42 +29,41 @@ struct FlatArguments
     talix_buffer buffer{};
     talix_user_info userInfo{};
     talix_proxy_info proxyInfo{};
-    /// Of talix_create_product_config; null where the library is not initialized.
+    /// From talix_create_product_config; null while the library is not initialized.
     talix_product_config config = nullptr;
     void* window = reinterpret_cast<void*>(std::uintptr_t{0xFEDCBA9876543210});
 };
 
-/// What becomes of the plugin's result.
-enum class Answer
+/// What the function makes of the plugin's result.
+enum class ResultRule
 {
-    Mapped,   ///< A value below 1000 becomes IdFailed.
+    Mapped,   ///< A value below IdSuccess becomes IdFailed.
     Unmapped, ///< Passed on as it is.
     YesOrNo,  ///< Passed on as 1 or 0.
     Fixed,    ///< The result never depends on it.
     Quit      ///< True is IdSuccess, false IdServerQuitFailed.
 };
 
-/// A flat function with one set of valid arguments, and what it must answer in each state of the library. All but
+/// A flat function with one set of valid arguments, and what it must return in each state of the library. All but
 /// talix_init and talix_deinit, which change the state.
 struct FlatFunction
 {
     const char* name;
-    /// Calls it; answers its result as a number, 0 if it has none.
+    /// Calls it; returns its result as a number, 0 if it has none.
     std::function<std::int64_t(FlatArguments&)> call;
     /// Result while the library is not initialized.
     std::int64_t notInitialized;
     /// Result while the plugin has neither a client nor a server-process interface.
     std::int64_t withoutClient;
-    Answer answer = Answer::Fixed;
-    /// The operation that it forwards to, -1 where there is none, and the arguments that the plugin must see, as the
-    /// journal shows them.
-    int slot = -1;
+    ResultRule rule = ResultRule::Fixed;
+    /// The operation that it forwards to, if any.
+    std::optional<PluginOperation> operation = std::nullopt;
+    /// The arguments that the plugin must see, as the journal shows them.
     std::function<testing::Matcher<std::string>(const FlatArguments&)> arguments = {};
-    const char* interfaceName = nullptr;
-    /// The feature that it asks for first (ISSOClient slot 34), 0 where it asks for none.
+    /// The feature that it asks for first (Client::IsApiAvailable), 0 if it asks for none.
     int feature = 0;
-    /// Result where the plugin throws.
-    std::int64_t thrown = 3004;
+    /// Result when the plugin throws.
+    std::int64_t thrown = IdFailed;
     /// What must have happened before, for the operation to be reached.
     std::function<void(FlatArguments&)> prepare = [](FlatArguments&) {};
 };

@@ -1,6 +1,7 @@
 // talix_init refuses to run under the local system account.
 
 #include "FlatTest.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -9,31 +10,9 @@ using testing::IsEmpty;
 
 namespace {
 
-struct AllocateAndInitializeSidImport
-{
-    static constexpr char Name[] = "AllocateAndInitializeSid";
-    using Type = decltype(AllocateAndInitializeSid);
-};
-
-struct CheckTokenMembershipImport
-{
-    static constexpr char Name[] = "CheckTokenMembership";
-    using Type = decltype(CheckTokenMembership);
-};
-
-struct FreeSidImport
-{
-    static constexpr char Name[] = "FreeSid";
-    using Type = decltype(FreeSid);
-};
-
-using AllocateDouble = ImportDouble<AllocateAndInitializeSidImport>;
-using MembershipDouble = ImportDouble<CheckTokenMembershipImport>;
-using FreeDouble = ImportDouble<FreeSidImport>;
-
 } // namespace
 
-/// The platform's answers about the caller's account are the test's.
+/// Replaces the platform's results about the caller's account.
 class FlatLocalSystem : public HostTest
 {
 protected:
@@ -46,8 +25,8 @@ protected:
               EXPECT_EQ(first, 18U);
               if (!canAllocate)
                   return FALSE;
-              const BOOL done = AllocateDouble::Original(authority, count, first, second, third, fourth, fifth, sixth,
-                                                         seventh, eighth, sid);
+              const BOOL done = AllocateAndInitializeSidDouble::Original(authority, count, first, second, third, fourth,
+                                                                         fifth, sixth, seventh, eighth, sid);
               allocated = *sid;
               return done;
           }),
@@ -61,7 +40,7 @@ protected:
           free_([this](PSID sid) {
               steps.push_back("free");
               EXPECT_EQ(sid, allocated);
-              return FreeDouble::Original(sid);
+              return FreeSidDouble::Original(sid);
           })
     {
     }
@@ -73,18 +52,18 @@ protected:
     std::vector<std::string> steps;
 
 private:
-    AllocateDouble allocate_;
-    MembershipDouble membership_;
-    FreeDouble free_;
+    AllocateAndInitializeSidDouble allocate_;
+    CheckTokenMembershipDouble membership_;
+    FreeSidDouble free_;
 };
 
 TEST_F(FlatLocalSystem, InitUnderTheLocalSystemAccountIsRefusedAndNothingIsStarted)
 {
-    site.Install();
+    installation.Install();
     isMember = TRUE;
     EXPECT_EQ(talix_init(), IdRunningAsLocalSystem);
     EXPECT_EQ(talix_get_boolean(1), 0);
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
     EXPECT_THAT(steps, ElementsAre("allocate", "ask", "free"));
 }
 
@@ -113,14 +92,14 @@ TEST_F(FlatLocalSystem, ARefusedInitLeavesTheProductConfiguration)
 
 TEST_F(FlatLocalSystem, AnyOtherAccountStarts)
 {
-    site.Install();
+    installation.Install();
     EXPECT_EQ(talix_init(), IdSuccess);
     EXPECT_THAT(steps, ElementsAre("allocate", "ask", "free"));
 }
 
 TEST_F(FlatLocalSystem, AQuestionThatFailsCountsAsNo)
 {
-    site.Install();
+    installation.Install();
     canAsk = FALSE;
     isMember = TRUE;
     EXPECT_EQ(talix_init(), IdSuccess);
@@ -129,7 +108,7 @@ TEST_F(FlatLocalSystem, AQuestionThatFailsCountsAsNo)
 
 TEST_F(FlatLocalSystem, WithoutAnIdentifierTheCheckIsSkipped)
 {
-    site.Install();
+    installation.Install();
     canAllocate = FALSE;
     isMember = TRUE;
     EXPECT_EQ(talix_init(), IdSuccess);
@@ -138,7 +117,7 @@ TEST_F(FlatLocalSystem, WithoutAnIdentifierTheCheckIsSkipped)
 
 TEST_F(FlatLocalSystem, TheClassInterfaceDoesNotAsk)
 {
-    site.Install();
+    installation.Install();
     isMember = TRUE;
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_THAT(steps, IsEmpty());

@@ -2,6 +2,7 @@
 
 #include "FlatTest.h"
 #include "orlindex/ProductConfig.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -25,12 +26,6 @@ std::vector<std::string> Texts(const ProductConfig& config)
     return texts;
 }
 
-struct EnterCriticalSectionImport
-{
-    static constexpr char Name[] = "EnterCriticalSection";
-    using Type = decltype(EnterCriticalSection);
-};
-
 bool EndedByAnAccessViolation(int code)
 {
     return static_cast<DWORD>(code) == STATUS_ACCESS_VIOLATION;
@@ -44,13 +39,13 @@ protected:
     std::vector<std::string> SeenByPlugin(talix_product_config config)
     {
         std::vector<std::string> seen;
-        Plugin().OnCall(Client, 2,
+        Plugin().OnCall(Client::SetProductConfig,
                         [&seen](const CallArguments& call) { seen = Texts(*call.Pointer<const ProductConfig>(1)); });
         EXPECT_EQ(talix_set_product_config(TALIX_SERVER_STAGING, config), IdSuccess);
         return seen;
     }
 
-    /// What a handle points at, and what it holds.
+    /// The address of a configuration and its texts.
     static const ProductConfig* const& Held(talix_product_config config)
     {
         return *reinterpret_cast<const ProductConfig* const*>(config);
@@ -110,11 +105,12 @@ TEST_F(FlatProduct, TheConfigurationIsReadThroughTheHandleBeforeTheClientIsAsked
     const talix_product_config config = talix_create_product_config("client", "scope");
     const ProductConfig* const held = Held(config);
     const void* seen = nullptr;
-    Plugin().OnCall(Client, 2, [&seen](const CallArguments& call) { seen = call.Pointer<const ProductConfig>(1); });
+    Plugin().OnCall(Client::SetProductConfig,
+                    [&seen](const CallArguments& call) { seen = call.Pointer<const ProductConfig>(1); });
     int asked = 0;
     {
-        // Asking for the client takes the process lock.
-        using Double = ImportDouble<EnterCriticalSectionImport>;
+        // A call that gets the client takes the process lock.
+        using Double = EnterCriticalSectionDouble;
         const Double asking([&](LPCRITICAL_SECTION section) {
             ++asked;
             *reinterpret_cast<const ProductConfig**>(config) = nullptr;
@@ -162,7 +158,7 @@ TEST_F(FlatProduct, AnInitThatFindsNoPluginEmptiesTheHandleToo)
     const ProductConfig* const& held = Held(talix_create_product_config("client", "scope"));
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess); // Unlike talix_deinit it leaves the handle alone.
     ASSERT_NE(held, nullptr);
-    site.WriteCompatibilityFile("{}");
+    installation.WriteCompatibilityFile("{}");
     EXPECT_EQ(talix_init(), IdClientUnavailable);
     EXPECT_EQ(held, nullptr);
 }
@@ -171,7 +167,7 @@ TEST_F(FlatProduct, AnInitInWhichThePluginThrowsEmptiesTheHandleToo)
 {
     const ProductConfig* const& held = Held(talix_create_product_config("client", "scope"));
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
-    Plugin().OnCall(Module, 1, [](const CallArguments&) { throw 1; });
+    Plugin().OnCall(Module::Initialize, [](const CallArguments&) { throw 1; });
     EXPECT_EQ(talix_init(), IdFailed);
     EXPECT_EQ(held, nullptr);
 }
@@ -188,7 +184,7 @@ TEST_F(FlatProduct, ADeinitInWhichThePluginThrowsEmptiesTheHandleToo)
 {
     const ProductConfig* const& held = Held(talix_create_product_config("client", "scope"));
     ASSERT_EQ(held, IdServicesMgr::GetInstance()->GetProductConfigObj());
-    Plugin().OnCall(Module, 3, [](const CallArguments&) { throw 1; });
+    Plugin().OnCall(Module::Uninitialize, [](const CallArguments&) { throw 1; });
     EXPECT_EQ(talix_deinit(), IdFailed);
     EXPECT_EQ(held, nullptr);
 }
@@ -202,7 +198,7 @@ TEST_F(FlatProductDeathTest, ANullHandleIsTheCallersFaultWithoutClientToo)
     EXPECT_EXIT(
         {
             InstallPlugin();
-            Plugin().Answer(Factory, 3, 0);
+            Plugin().Return(Factory::GetSSOClient, 0);
             talix_init();
             talix_set_product_config(TALIX_SERVER_STAGING, nullptr);
             std::_Exit(0);

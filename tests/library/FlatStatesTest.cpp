@@ -1,4 +1,4 @@
-// Every flat function in every state of the library, and with every kind of answer of the plugin.
+// Every flat function in every state of the library, and with every kind of result of the plugin.
 
 #include <algorithm>
 #include <limits>
@@ -7,6 +7,7 @@
 
 #include "FlatFunctions.h"
 #include "FlatTest.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -30,27 +31,27 @@ void ExpectEach(std::int64_t FlatFunction::* result, FlatArguments& arguments)
     }
 }
 
-std::vector<std::int64_t> PluginAnswers(Answer answer)
+std::vector<std::int64_t> PluginResults(ResultRule rule)
 {
-    if (answer == Answer::YesOrNo || answer == Answer::Quit)
+    if (rule == ResultRule::YesOrNo || rule == ResultRule::Quit)
         return {0, 1};
     constexpr std::int64_t lowest = (std::numeric_limits<std::int32_t>::min)();
     constexpr std::int64_t highest = (std::numeric_limits<std::int32_t>::max)();
-    return {1000, 1001, 3030, 999, 500, 1, 0, -1, lowest, highest};
+    return {IdSuccess, 1001, 3030, 999, 500, 1, 0, -1, lowest, highest};
 }
 
-std::int64_t Expected(const FlatFunction& function, std::int64_t pluginAnswer)
+std::int64_t Expected(const FlatFunction& function, std::int64_t pluginResult)
 {
-    switch (function.answer)
+    switch (function.rule)
     {
-    case Answer::Mapped:
-        return pluginAnswer < 1000 ? 3004 : pluginAnswer;
-    case Answer::Quit:
-        return pluginAnswer != 0 ? 1000 : 3080;
-    case Answer::Fixed:
-        return 1000;
+    case ResultRule::Mapped:
+        return pluginResult < IdSuccess ? std::int64_t{IdFailed} : pluginResult;
+    case ResultRule::Quit:
+        return pluginResult != 0 ? IdSuccess : IdServerQuitFailed;
+    case ResultRule::Fixed:
+        return IdSuccess;
     default:
-        return pluginAnswer;
+        return pluginResult;
     }
 }
 
@@ -68,12 +69,6 @@ public:
     FlatArguments arguments;
 };
 
-struct MallocImport
-{
-    static constexpr char Name[] = "malloc";
-    using Type = void*(std::size_t);
-};
-
 } // namespace
 
 using FlatStates = FlatTest;
@@ -88,15 +83,15 @@ TEST(FlatTable, ItHoldsAllFunctionsOfTheFlatInterface)
         EXPECT_NE(GetProcAddress(LibraryModule(), name.c_str()), nullptr) << name;
 }
 
-TEST_F(FlatNotInitialized, EveryFunctionBeforeInitAnswersSoAndLoadsNothing)
+TEST_F(FlatNotInitialized, EveryFunctionBeforeInitReturnsItsFallbackAndLoadsNothing)
 {
-    site.Install();
+    installation.Install();
     FlatArguments arguments;
     ExpectEach(&FlatFunction::notInitialized, arguments);
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
 }
 
-TEST_F(FlatNotInitialized, EveryFunctionAfterAnInitWithoutPluginAnswersAsBeforeInit)
+TEST_F(FlatNotInitialized, EveryFunctionAfterAnInitWithoutPluginReturnsTheSameAsBeforeInit)
 {
     EXPECT_EQ(talix_init(), IdClientUnavailable);
     FlatArguments arguments;
@@ -104,7 +99,7 @@ TEST_F(FlatNotInitialized, EveryFunctionAfterAnInitWithoutPluginAnswersAsBeforeI
     EXPECT_EQ(talix_deinit(), IdSuccess);
 }
 
-TEST_F(FlatStates, EveryFunctionAfterTheLastDeinitAnswersAsBeforeInitAndReachesNothing)
+TEST_F(FlatStates, EveryFunctionAfterTheLastDeinitReturnsTheSameAsBeforeInitAndReachesNothing)
 {
     FlatArguments arguments;
     arguments.config = talix_create_product_config("client", "scope");
@@ -115,7 +110,7 @@ TEST_F(FlatStates, EveryFunctionAfterTheLastDeinitAnswersAsBeforeInitAndReachesN
     EXPECT_THAT(Plugin().Calls(), IsEmpty());
 }
 
-TEST_F(FlatWithoutClient, EveryFunctionAnswersItsFallback)
+TEST_F(FlatWithoutClient, EveryFunctionReturnsItsFallback)
 {
     for (const FlatFunction& function : FlatFunctions())
     {
@@ -134,7 +129,7 @@ TEST_F(FlatWithoutClient, NoFunctionButTheAccessTokensWritesAnything)
         PreparedCall prepared(function, Plugin());
         const std::string before = prepared.arguments.Bytes();
         function.call(prepared.arguments);
-        if (function.interfaceName == Client && function.slot == 6)
+        if (function.operation && FullName(*function.operation) == FullName(Client::GetOAuth2AccessToken))
         {
             EXPECT_STREQ(prepared.arguments.text, "");
             prepared.arguments.text[0] = 'u';
@@ -154,31 +149,30 @@ TEST_F(FlatStates, EveryFunctionReachesItsSlotWithItsArgumentsAndNoOther)
         if (function.feature != 0)
         {
             ASSERT_THAT(calls, SizeIs(2));
-            EXPECT_EQ(calls.front(), Call(Client, 34, std::to_string(function.feature)));
+            EXPECT_EQ(calls.front(), Call(Client::IsApiAvailable, std::to_string(function.feature)));
             calls.erase(calls.begin());
         }
-        ASSERT_THAT(calls, SizeIs(function.slot < 0 ? 0 : 1));
-        if (function.slot < 0)
+        ASSERT_THAT(calls, SizeIs(function.operation ? 1 : 0));
+        if (!function.operation)
             continue;
-        const std::string start = std::string(function.interfaceName) + ' ' + std::to_string(function.slot) + " (";
-        EXPECT_THAT(calls.front(), AllOf(StartsWith(start), EndsWith(")")));
+        EXPECT_THAT(calls.front(), AllOf(StartsWith(FullName(*function.operation) + '('), EndsWith(")")));
         EXPECT_THAT(ArgumentsOf(calls.front()), function.arguments(prepared.arguments));
     }
 }
 
-TEST_F(FlatStates, EveryFunctionPassesThePluginsAnswerOnOrMapsIt)
+TEST_F(FlatStates, EveryFunctionPassesThePluginsResultOnOrMapsIt)
 {
-    // Among them: 999 reaches a mapping function and comes out as 3004, 1001 passes unchanged.
+    // Among them: 999 reaches a mapping function and comes out as IdFailed, 1001 passes unchanged.
     for (const FlatFunction& function : FlatFunctions())
     {
-        if (function.slot < 0)
+        if (!function.operation)
             continue;
-        for (const std::int64_t pluginAnswer : PluginAnswers(function.answer))
+        for (const std::int64_t pluginResult : PluginResults(function.rule))
         {
-            SCOPED_TRACE(function.name + (" with " + std::to_string(pluginAnswer)));
+            SCOPED_TRACE(function.name + (" with " + std::to_string(pluginResult)));
             PreparedCall prepared(function, Plugin());
-            Plugin().Answer(function.interfaceName, function.slot, pluginAnswer);
-            EXPECT_EQ(function.call(prepared.arguments), Expected(function, pluginAnswer));
+            Plugin().Return(*function.operation, pluginResult);
+            EXPECT_EQ(function.call(prepared.arguments), Expected(function, pluginResult));
         }
     }
 }
@@ -187,25 +181,25 @@ TEST_F(FlatStates, NoExceptionOfThePluginReachesTheHost)
 {
     for (const FlatFunction& function : FlatFunctions())
     {
-        if (function.slot < 0)
+        if (!function.operation)
             continue;
         SCOPED_TRACE(function.name);
         PreparedCall prepared(function, Plugin());
         int thrown = 0;
-        Plugin().OnCall(function.interfaceName, function.slot, [&thrown](const CallArguments&) {
+        Plugin().OnCall(*function.operation, [&thrown](const CallArguments&) {
             ++thrown;
             throw std::runtime_error("from the plugin");
         });
         EXPECT_EQ(function.call(prepared.arguments), function.thrown);
         EXPECT_EQ(thrown, 1);
-        Plugin().OnCall(function.interfaceName, function.slot, [](const CallArguments&) {});
+        Plugin().OnCall(*function.operation, [](const CallArguments&) {});
     }
     EXPECT_EQ(talix_login(), IdSuccess) << "the library goes on";
 }
 
 TEST_F(FlatStates, NoExceptionOfTheFeatureQuestionReachesTheHost)
 {
-    Plugin().OnCall(Client, 34, [](const CallArguments&) { throw 1; });
+    Plugin().OnCall(Client::IsApiAvailable, [](const CallArguments&) { throw 1; });
     FlatArguments arguments;
     EXPECT_EQ(talix_get_id_token(&arguments.buffer), IdFailed);
     EXPECT_EQ(talix_set_login_mode(TALIX_LOGIN_MODE_DEFAULT), IdFailed);
@@ -213,11 +207,11 @@ TEST_F(FlatStates, NoExceptionOfTheFeatureQuestionReachesTheHost)
 
 TEST_F(FlatStates, WithoutMemoryForTheConversionOfItsArgumentATextFunctionFails)
 {
-    // The small blocks that an exception itself takes are still there.
+    // The small blocks that an exception needs can still be allocated.
     constexpr std::size_t length = 4000;
     const std::string address(length, 'x');
     FlatArguments arguments;
-    using Double = ImportDouble<MallocImport>;
+    using Double = MallocDouble;
     int refused = 0;
     const Double littleMemory([&refused](std::size_t size) {
         if (size < length)
@@ -228,14 +222,15 @@ TEST_F(FlatStates, WithoutMemoryForTheConversionOfItsArgumentATextFunctionFails)
     EXPECT_EQ(talix_get_session_uri(address.c_str(), 0, &arguments.buffer), IdFailed);
     EXPECT_EQ(refused, 1);
     EXPECT_STREQ(arguments.text, "untouched");
-    EXPECT_THAT(Plugin().Calls(Client), IsEmpty());
+    EXPECT_THAT(Plugin().Calls(Client::Interface), IsEmpty());
 }
 
 TEST_F(FlatStates, ATokenArrivesWithoutMemory)
 {
-    Plugin().OnCall(Client, 6, [](const CallArguments& call) { call.Pointer<wchar_t>(0)[0] = L'x'; });
+    Plugin().OnCall(Client::GetOAuth2AccessToken,
+                    [](const CallArguments& call) { call.Pointer<wchar_t>(0)[0] = L'x'; });
     FlatArguments arguments;
-    const ImportDouble<MallocImport> noMemory([](std::size_t) { return static_cast<void*>(nullptr); });
+    const MallocDouble noMemory([](std::size_t) { return static_cast<void*>(nullptr); });
     EXPECT_EQ(talix_get_token(&arguments.buffer), IdSuccess);
     EXPECT_STREQ(arguments.text, "x");
 }

@@ -19,7 +19,7 @@ protected:
 
     void Start()
     {
-        Plugin().Answer(Client, 34, 1);
+        Plugin().Return(Client::IsApiAvailable, 1);
         ASSERT_EQ(talix_init(), IdSuccess);
         Plugin().ClearJournal();
     }
@@ -32,8 +32,8 @@ protected:
     void SetUp() override
     {
         InstallPlugin();
-        Plugin().Answer(Factory, 3, 0);
-        Plugin().Answer(Factory, 5, 0);
+        Plugin().Return(Factory::GetSSOClient, 0);
+        Plugin().Return(Factory::GetSSOServerManager, 0);
         Start();
     }
 };

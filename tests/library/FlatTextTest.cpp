@@ -1,23 +1,24 @@
-// Texts that flat functions write into buffers of their callers, and texts that they hand to the plugin.
+// Texts that flat functions write into buffers of their callers, and texts that they pass to the plugin.
 
 #include <algorithm>
 #include <ostream>
 
 #include "FlatTest.h"
 #include "GuardedBuffer.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
 namespace {
 
-/// A flat function that writes a text which the plugin gives.
+/// A flat function that writes a text of the plugin.
 struct TextFunction
 {
     const char* name;
     talix_status_code (*call)(talix_buffer*);
-    int slot;
+    PluginOperation operation;
     std::size_t bufferArgument;
-    std::size_t units; ///< Of the buffer that the plugin gets.
+    std::size_t units; ///< Capacity of the buffer that the plugin gets.
 };
 
 void PrintTo(const TextFunction& function, std::ostream* stream)
@@ -26,10 +27,12 @@ void PrintTo(const TextFunction& function, std::ostream* stream)
 }
 
 const TextFunction textFunctions[] = {
-    {"AccessToken", [](talix_buffer* b) { return talix_get_token(b); }, 6, 0, 4096},
-    {"AccessTokenBlocking", [](talix_buffer* b) { return talix_get_token_blocking(b); }, 6, 0, 4096},
-    {"IdToken", [](talix_buffer* b) { return talix_get_id_token(b); }, 35, 0, 4096},
-    {"SessionAddress", [](talix_buffer* b) { return talix_get_session_uri("https://a.example", 0, b); }, 4, 2, 2048},
+    {"AccessToken", [](talix_buffer* b) { return talix_get_token(b); }, Client::GetOAuth2AccessToken, 0, 4096},
+    {"AccessTokenBlocking", [](talix_buffer* b) { return talix_get_token_blocking(b); }, Client::GetOAuth2AccessToken,
+     0, 4096},
+    {"IdToken", [](talix_buffer* b) { return talix_get_id_token(b); }, Client::GetOAuth2IdToken, 0, 4096},
+    {"SessionAddress", [](talix_buffer* b) { return talix_get_session_uri("https://a.example", 0, b); },
+     Client::GetSessionUri, 2, 2048},
 };
 
 std::string NameOf(const testing::TestParamInfo<TextFunction>& info)
@@ -45,18 +48,6 @@ std::wstring Repeated(const std::wstring& text, std::size_t count)
     return all;
 }
 
-struct WideCharToMultiByteImport
-{
-    static constexpr char Name[] = "WideCharToMultiByte";
-    using Type = decltype(WideCharToMultiByte);
-};
-
-struct MultiByteToWideCharImport
-{
-    static constexpr char Name[] = "MultiByteToWideChar";
-    using Type = decltype(MultiByteToWideChar);
-};
-
 const std::wstring smile = L"\xD83D\xDE00"; // U+1F600, beyond the basic multilingual plane.
 const std::string smileUtf8 = "\xF0\x9F\x98\x80";
 const std::string replacement = "\xEF\xBF\xBD"; // U+FFFD
@@ -66,10 +57,10 @@ const std::string replacement = "\xEF\xBF\xBD"; // U+FFFD
 class FlatText : public FlatTest, public testing::WithParamInterface<TextFunction>
 {
 protected:
-    /// The plugin writes these units as they stand: no zero after them but those that were there.
+    /// Makes the plugin write these units, without a terminating zero.
     void PluginWrites(const std::wstring& text)
     {
-        Plugin().OnCall(Client, GetParam().slot, [this, text](const CallArguments& call) {
+        Plugin().OnCall(GetParam().operation, [this, text](const CallArguments& call) {
             std::copy(text.begin(), text.end(), call.Pointer<wchar_t>(GetParam().bufferArgument));
         });
     }
@@ -86,7 +77,7 @@ protected:
         return result;
     }
 
-    /// The text that arrives in a buffer which just holds it; one byte less must not do.
+    /// Expects this text in a buffer that is just large enough, and IdBufferTooSmall with one byte less.
     void ExpectText(const std::string& expected)
     {
         const GuardedBuffer tooSmall(expected.size());
@@ -106,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(All, FlatText, testing::ValuesIn(textFunctions), NameOf
 TEST_P(FlatText, ThePluginGetsAZeroFilledBuffer)
 {
     bool zero = false;
-    Plugin().OnCall(Client, GetParam().slot, [&](const CallArguments& call) {
+    Plugin().OnCall(GetParam().operation, [&](const CallArguments& call) {
         const wchar_t* const buffer = call.Pointer<wchar_t>(GetParam().bufferArgument);
         zero = std::all_of(buffer, buffer + GetParam().units, [](wchar_t unit) { return unit == L'\0'; });
     });
@@ -202,8 +193,7 @@ TEST_P(FlatText, APairThatThePluginsBufferCutsInHalfBecomesAReplacementCharacter
 TEST_P(FlatText, ATextThatCannotBeConvertedBecomesEmpty)
 {
     PluginWrites(L"text");
-    const ImportDouble<WideCharToMultiByteImport> fails(
-        [](UINT, DWORD, LPCWCH, int, LPSTR, int, LPCCH, LPBOOL) { return 0; });
+    const WideCharToMultiByteDouble fails([](UINT, DWORD, LPCWCH, int, LPSTR, int, LPCCH, LPBOOL) { return 0; });
     const GuardedBuffer buffer(8);
     EXPECT_EQ(CallWith(buffer), IdSuccess);
     EXPECT_STREQ(buffer.Data(), "");
@@ -212,7 +202,7 @@ TEST_P(FlatText, ATextThatCannotBeConvertedBecomesEmpty)
 TEST_P(FlatText, TheConversionIsTheSystemsForUtf8WithoutFlags)
 {
     PluginWrites(L"text");
-    using Double = ImportDouble<WideCharToMultiByteImport>;
+    using Double = WideCharToMultiByteDouble;
     int conversions = 0;
     const Double recorded(
         [&](UINT page, DWORD flags, LPCWCH from, int length, LPSTR to, int size, LPCCH standard, LPBOOL used) {
@@ -234,9 +224,9 @@ class FlatTokens : public FlatText
 INSTANTIATE_TEST_SUITE_P(All, FlatTokens, testing::Values(textFunctions[0], textFunctions[1], textFunctions[2]),
                          NameOf);
 
-TEST_P(FlatTokens, WhenThePluginAnswers500TheBufferReceivesAnEmptyTextAndTheResultIsFailed)
+TEST_P(FlatTokens, WhenThePluginReturns500TheBufferReceivesAnEmptyTextAndTheResultIsFailed)
 {
-    Plugin().Answer(Client, GetParam().slot, 500);
+    Plugin().Return(GetParam().operation, 500);
     const GuardedBuffer buffer(16);
     EXPECT_EQ(CallWith(buffer), IdFailed);
     EXPECT_EQ(buffer.Bytes(), '\0' + std::string(15, GuardedBuffer::Fill));
@@ -244,16 +234,16 @@ TEST_P(FlatTokens, WhenThePluginAnswers500TheBufferReceivesAnEmptyTextAndTheResu
 
 TEST_P(FlatTokens, WhenThePluginThrowsTheBufferReceivesAnEmptyText)
 {
-    Plugin().OnCall(Client, GetParam().slot, [](const CallArguments&) { throw 1; });
+    Plugin().OnCall(GetParam().operation, [](const CallArguments&) { throw 1; });
     const GuardedBuffer buffer(16);
     EXPECT_EQ(CallWith(buffer), IdFailed);
     EXPECT_STREQ(buffer.Data(), "");
 }
 
-TEST_P(FlatTokens, WhatThePluginWroteIsCopiedOutWhateverItAnswers)
+TEST_P(FlatTokens, WhatThePluginWroteIsCopiedOutWhateverItReturns)
 {
     PluginWrites(L"text");
-    Plugin().Answer(Client, GetParam().slot, 3030);
+    Plugin().Return(GetParam().operation, 3030);
     const GuardedBuffer buffer(5);
     EXPECT_EQ(CallWith(buffer), 3030);
     EXPECT_STREQ(buffer.Data(), "text");
@@ -261,7 +251,7 @@ TEST_P(FlatTokens, WhatThePluginWroteIsCopiedOutWhateverItAnswers)
 
 TEST_P(FlatTokens, ABufferThatIsTooSmallReplacesThePluginsFailure)
 {
-    Plugin().Answer(Client, GetParam().slot, 3030);
+    Plugin().Return(GetParam().operation, 3030);
     const GuardedBuffer buffer(4);
     EXPECT_EQ(CallWith(buffer, 0), IdBufferTooSmall);
     EXPECT_TRUE(buffer.IsUntouched());
@@ -281,15 +271,16 @@ TEST_P(FlatTokens, ASizeOfZeroIsTooSmallForAnyText)
 
 using FlatSessionAddress = FlatTest;
 
-TEST_F(FlatSessionAddress, WhenThePluginAnswers3030TheBufferStaysUntouched)
+TEST_F(FlatSessionAddress, WhenThePluginReturns3030TheBufferStaysUntouched)
 {
-    Plugin().OnCall(Client, 4, [](const CallArguments& call) { std::wcscpy(call.Pointer<wchar_t>(2), L"text"); });
-    for (const int answer : {3030, 1001, 999})
+    Plugin().OnCall(Client::GetSessionUri,
+                    [](const CallArguments& call) { std::wcscpy(call.Pointer<wchar_t>(2), L"text"); });
+    for (const int result : {3030, 1001, 999})
     {
-        Plugin().Answer(Client, 4, answer);
+        Plugin().Return(Client::GetSessionUri, result);
         const GuardedBuffer buffer(16);
         talix_buffer record{buffer.Data(), buffer.Size()};
-        EXPECT_EQ(talix_get_session_uri("uri", 0, &record), answer == 999 ? 3004 : answer);
+        EXPECT_EQ(talix_get_session_uri("uri", 0, &record), result < IdSuccess ? int{IdFailed} : result);
         EXPECT_TRUE(buffer.IsUntouched());
     }
 }
@@ -297,11 +288,12 @@ TEST_F(FlatSessionAddress, WhenThePluginAnswers3030TheBufferStaysUntouched)
 class FlatTextIn : public FlatTest
 {
 protected:
-    /// What the plugin sees of an address.
+    /// The address that the plugin receives.
     std::wstring Seen(const std::string& uri)
     {
         std::wstring seen = L"nothing";
-        Plugin().OnCall(Client, 4, [&seen](const CallArguments& call) { seen = call.Pointer<const wchar_t>(0); });
+        Plugin().OnCall(Client::GetSessionUri,
+                        [&seen](const CallArguments& call) { seen = call.Pointer<const wchar_t>(0); });
         char text[8];
         talix_buffer record{text, sizeof text};
         EXPECT_EQ(talix_get_session_uri(uri.c_str(), 0, &record), IdSuccess);
@@ -327,8 +319,8 @@ TEST_F(FlatTextIn, ALongAddressArrivesWhole)
 
 TEST_F(FlatTextIn, IllFormedPartsOfAnAddressBecomeReplacementCharacters)
 {
-    // A stray byte, a cut sequence, an overlong form, an encoded surrogate: how many replacement characters each gives
-    // is the system's choice.
+    // A stray byte, a truncated sequence, an overlong form, an encoded surrogate: the system decides how many
+    // replacement characters each becomes.
     for (const std::string part : {"\xFF", "\xE2\x82", "\xC0\xAF", "\xED\xA0\xBD"})
     {
         std::wstring seen = Seen("a" + part + "z");
@@ -341,7 +333,7 @@ TEST_F(FlatTextIn, IllFormedPartsOfAnAddressBecomeReplacementCharacters)
 
 TEST_F(FlatTextIn, AnAddressThatCannotBeConvertedBecomesEmpty)
 {
-    const ImportDouble<MultiByteToWideCharImport> fails([](UINT page, DWORD flags, LPCCH, int, LPWSTR, int) {
+    const MultiByteToWideCharDouble fails([](UINT page, DWORD flags, LPCCH, int, LPWSTR, int) {
         EXPECT_EQ(page, 65001U);
         EXPECT_EQ(flags, 0U);
         return 0;

@@ -1,4 +1,4 @@
-// talix_get_versions, and what the runtime's bounded copy does to a host that gives it a bad buffer.
+// talix_get_versions, and what the runtime's bounded copy does if a host passes a bad buffer.
 
 #include "FlatTest.h"
 #include "GuardedBuffer.h"
@@ -9,7 +9,7 @@ namespace OrlindexTest {
 
 namespace {
 
-/// The result, with a record of these two buffers.
+/// The result for a record with these two buffers.
 talix_status_code GetVersions(char* server, std::int32_t serverSize, char* sdk, std::int32_t sdkSize)
 {
     talix_versions versions{server, serverSize, sdk, sdkSize};
@@ -35,7 +35,7 @@ class FlatVersions : public HostTest
 {
 };
 
-TEST_F(FlatVersions, ANullRecordAnswersSuccess)
+TEST_F(FlatVersions, ANullRecordReturnsSuccess)
 {
     EXPECT_EQ(talix_get_versions(nullptr), IdSuccess);
 }
@@ -123,12 +123,13 @@ using FlatFault = FlatTest;
 
 TEST_F(FlatFault, ATokenIntoANullBufferReachesTheHostsHandlerAndTheCallGoesOn)
 {
-    Plugin().OnCall(Client, 6, [](const CallArguments& call) { std::wcscpy(call.Pointer<wchar_t>(0), L"token"); });
+    Plugin().OnCall(Client::GetOAuth2AccessToken,
+                    [](const CallArguments& call) { std::wcscpy(call.Pointer<wchar_t>(0), L"token"); });
     const FaultCounter counter;
     talix_buffer record{nullptr, 64};
     EXPECT_EQ(talix_get_token(&record), IdSuccess);
     EXPECT_EQ(counter.Faults(), 1);
-    Plugin().Answer(Client, 6, 3030);
+    Plugin().Return(Client::GetOAuth2AccessToken, 3030);
     EXPECT_EQ(talix_get_token(&record), 3030);
     EXPECT_EQ(talix_get_id_token(&record), IdSuccess);
     EXPECT_EQ(counter.Faults(), 3);
@@ -136,7 +137,8 @@ TEST_F(FlatFault, ATokenIntoANullBufferReachesTheHostsHandlerAndTheCallGoesOn)
 
 TEST_F(FlatFault, ATextThatDoesNotFitIsNoFault)
 {
-    Plugin().OnCall(Client, 6, [](const CallArguments& call) { std::wcscpy(call.Pointer<wchar_t>(0), L"token"); });
+    Plugin().OnCall(Client::GetOAuth2AccessToken,
+                    [](const CallArguments& call) { std::wcscpy(call.Pointer<wchar_t>(0), L"token"); });
     const FaultCounter counter;
     char text[5];
     talix_buffer record{text, sizeof text};
@@ -153,7 +155,7 @@ TEST_F(FlatFaultDeathTest, WithoutAHandlerATokenIntoANullBufferEndsTheProcess)
     talix_buffer record{nullptr, 64};
     EXPECT_EXIT(
         {
-            site.Install();
+            installation.Install();
             talix_init();
             SetInvalidParameterHandler(nullptr);
             talix_get_token(&record);

@@ -11,8 +11,7 @@
 
 namespace OrlindexTest {
 
-/// Memory of a caller that ends where the process may not write any more: the first byte written beyond it ends the
-/// process, and so the test.
+/// A caller's buffer in front of a guard page: a write beyond its end terminates the process, and the test fails.
 class GuardedBuffer
 {
 public:
@@ -33,7 +32,7 @@ public:
     std::int32_t Size() const { return static_cast<std::int32_t>(size_); }
     std::string Bytes() const { return {data_, size_}; }
     bool IsUntouched() const { return Bytes() == std::string(size_, Fill) && IsUntouchedBefore(); }
-    /// Whether the bytes in front of it are as they were.
+    /// Whether the bytes in front of it are unchanged.
     bool IsUntouchedBefore() const { return std::string(data_ - 64, 64) == std::string(64, Fill); }
 
 private:

@@ -12,10 +12,10 @@ namespace OrlindexTest {
 
 using InvalidParameterHandler = void (*)(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t);
 
-/// What a runtime whose copy was given a bad argument ends the process with.
+/// The exit code with which the runtime ends the process after a bad argument of its copy function.
 inline constexpr DWORD InvalidParameterExitCode = 0xC0000417;
 
-/// Sets the handler of the runtime that hosts of current compilers share.
+/// Sets the handler of the runtime that the library shares with hosts of current compilers.
 inline void SetInvalidParameterHandler(InvalidParameterHandler handler)
 {
     using Setter = InvalidParameterHandler (*)(InvalidParameterHandler);
@@ -27,7 +27,7 @@ inline void SetInvalidParameterHandler(InvalidParameterHandler handler)
     reinterpret_cast<Setter>(setter)(handler);
 }
 
-/// A host's own handler that returns: it counts, and the copy goes on.
+/// A host's handler that returns: it counts the calls, and the copy continues.
 class FaultCounter
 {
 public:

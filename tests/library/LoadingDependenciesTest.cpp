@@ -1,4 +1,4 @@
-// What a module needs beside itself: where the system looks for it while the module is loaded, and afterwards.
+// The libraries that a module needs: where the system searches for them while the module is loaded, and afterwards.
 
 #include "LoadingSupport.h"
 #include "support/Count.h"
@@ -23,16 +23,16 @@ std::wstring DllDirectory()
 class LoadingDependencies : public Loading
 {
 protected:
-    /// Installs the plugin that needs a library, with none of it yet; answers where it looks first.
+    /// Installs the plugin that needs a library, without that library; returns the directory that is searched first.
     std::filesystem::path InstallDependent() const
     {
-        site.Install("dependent");
-        return site.ServerFolder() / "dependency.dll";
+        installation.Install("dependent");
+        return installation.ServerFolder() / "dependency.dll";
     }
 
     std::filesystem::path Plant(const std::filesystem::path& folder) const
     {
-        site.CopyPlugin("dependency", folder / "dependency.dll");
+        installation.CopyPlugin("dependency", folder / "dependency.dll");
         return folder / "dependency.dll";
     }
 
@@ -45,26 +45,26 @@ protected:
 
 TEST_F(LoadingDependencies, AModuleWhoseDependencyIsMissingIsRefusedWithTheSystemsText)
 {
-    site.Install("dependent");
+    installation.Install("dependent");
     const std::string output = FailedStart();
     const std::string text = SystemText(ERROR_MOD_NOT_FOUND);
     EXPECT_EQ(output, "Failed to load client plugin module " + File() +
                           ". Error: " + (text.empty() ? ModuleMissing : text) + '\n');
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(LoadingDependencies, AModulesDependencyIsFoundBesideIt)
 {
-    site.Install("dependent");
-    site.CopyPlugin("dependency", site.ServerFolder() / "dependency.dll");
+    installation.Install("dependent");
+    installation.CopyPlugin("dependency", installation.ServerFolder() / "dependency.dll");
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_TRUE(IsLoaded(site.ServerFolder() / "dependency.dll"));
+    EXPECT_TRUE(IsLoaded(installation.ServerFolder() / "dependency.dll"));
 }
 
 TEST_F(LoadingDependencies, TheLibrarySearchDirectoryIsThePluginsWhileItIsLoadedAndTheFormerAfterwards)
 {
-    site.Install();
-    const std::wstring former = site.HostFolder().native();
+    installation.Install();
+    const std::wstring former = installation.HostFolder().native();
     ASSERT_TRUE(SetDllDirectoryW(former.c_str()));
     std::vector<std::pair<std::wstring, std::wstring>> loads;
     const LoadLibraryDouble record([&loads](LPCWSTR path) {
@@ -72,34 +72,35 @@ TEST_F(LoadingDependencies, TheLibrarySearchDirectoryIsThePluginsWhileItIsLoaded
         return LoadLibraryDouble::Original(path);
     });
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_THAT(loads, ElementsAre(std::pair{site.PluginFile().native(), site.ServerFolder().native()}));
+    EXPECT_THAT(loads,
+                ElementsAre(std::pair{installation.PluginFile().native(), installation.ServerFolder().native()}));
     EXPECT_EQ(DllDirectory(), former);
 }
 
 TEST_F(LoadingDependencies, WithoutAFormerLibrarySearchDirectoryItIsTheEmptyTextAfterwardsNotTheDefault)
 {
-    site.Install();
+    installation.Install();
     std::vector<std::wstring> directories;
     const SetDllDirectoryDouble record([&directories](LPCWSTR directory) {
         directories.push_back(directory != nullptr ? directory : L"null");
         return SetDllDirectoryDouble::Original(directory);
     });
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_THAT(directories, ElementsAre(site.ServerFolder().native(), L""));
+    EXPECT_THAT(directories, ElementsAre(installation.ServerFolder().native(), L""));
 }
 
 TEST_F(LoadingDependencies, TheLibrarySearchDirectoryIsRestoredAfterAFailedLoadToo)
 {
-    site.Install("dependent");
-    ASSERT_TRUE(SetDllDirectoryW(site.HostFolder().c_str()));
+    installation.Install("dependent");
+    ASSERT_TRUE(SetDllDirectoryW(installation.HostFolder().c_str()));
     EXPECT_THAT(FailedStart(), HasSubstr("Failed to load client plugin module"));
-    EXPECT_EQ(DllDirectory(), site.HostFolder().native());
+    EXPECT_EQ(DllDirectory(), installation.HostFolder().native());
 }
 
 TEST_F(LoadingDependencies, AFormerLibrarySearchDirectoryThatIsTooLongToBeSavedIsReplacedAndTheEmptyTextIsRestored)
 {
-    site.Install();
-    ASSERT_TRUE(SetDllDirectoryW((site.HostFolder().native() + std::wstring(300, L'\\')).c_str()));
+    installation.Install();
+    ASSERT_TRUE(SetDllDirectoryW((installation.HostFolder().native() + std::wstring(300, L'\\')).c_str()));
     std::vector<DWORD> capacities;
     const GetDllDirectoryDouble question([&capacities](DWORD size, LPWSTR directory) {
         capacities.push_back(size);
@@ -112,12 +113,12 @@ TEST_F(LoadingDependencies, AFormerLibrarySearchDirectoryThatIsTooLongToBeSavedI
     });
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_THAT(capacities, ElementsAre(0U, 260U));
-    EXPECT_THAT(directories, ElementsAre(site.ServerFolder().native(), L""));
+    EXPECT_THAT(directories, ElementsAre(installation.ServerFolder().native(), L""));
 }
 
 TEST_F(LoadingDependencies, WithoutALengthNoFormerLibrarySearchDirectoryIsAskedFor)
 {
-    site.Install();
+    installation.Install();
     int questions = 0;
     const GetDllDirectoryDouble none([&questions](DWORD, LPWSTR) {
         ++questions;
@@ -130,13 +131,13 @@ TEST_F(LoadingDependencies, WithoutALengthNoFormerLibrarySearchDirectoryIsAskedF
     });
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_EQ(questions, 1);
-    EXPECT_THAT(directories, ElementsAre(site.ServerFolder().native(), L""));
+    EXPECT_THAT(directories, ElementsAre(installation.ServerFolder().native(), L""));
 }
 
 TEST_F(LoadingDependencies, AFormerLibrarySearchDirectoryThatCannotBeReadIsReplacedAndTheEmptyTextIsRestored)
 {
-    site.Install();
-    ASSERT_TRUE(SetDllDirectoryW(site.HostFolder().c_str()));
+    installation.Install();
+    ASSERT_TRUE(SetDllDirectoryW(installation.HostFolder().c_str()));
     const GetDllDirectoryDouble unreadable([](DWORD size, LPWSTR directory) {
         return size == 0 ? GetDllDirectoryDouble::Original(size, directory) : DWORD{0};
     });
@@ -146,14 +147,14 @@ TEST_F(LoadingDependencies, AFormerLibrarySearchDirectoryThatCannotBeReadIsRepla
         return SetDllDirectoryDouble::Original(directory);
     });
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_THAT(directories, ElementsAre(site.ServerFolder().native(), L""));
+    EXPECT_THAT(directories, ElementsAre(installation.ServerFolder().native(), L""));
 }
 
 TEST_F(LoadingDependencies, OnePlantedInTheHostsFolderDoesNotWinOverTheModulesOwn)
 {
     const std::filesystem::path own = InstallDependent();
-    Plant(site.ServerFolder());
-    const std::filesystem::path planted = Plant(site.HostFolder());
+    Plant(installation.ServerFolder());
+    const std::filesystem::path planted = Plant(installation.HostFolder());
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_TRUE(IsLoaded(own));
     ExpectPassedOver(planted);
@@ -162,8 +163,8 @@ TEST_F(LoadingDependencies, OnePlantedInTheHostsFolderDoesNotWinOverTheModulesOw
 TEST_F(LoadingDependencies, OnePlantedInTheCurrentDirectoryDoesNotWinOverTheModulesOwn)
 {
     const std::filesystem::path own = InstallDependent();
-    Plant(site.ServerFolder());
-    const std::filesystem::path planted = Plant(site.MakeFolder("current"));
+    Plant(installation.ServerFolder());
+    const std::filesystem::path planted = Plant(installation.MakeFolder("current"));
     ASSERT_TRUE(SetCurrentDirectoryW(planted.parent_path().c_str()));
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_TRUE(IsLoaded(own));
@@ -173,7 +174,7 @@ TEST_F(LoadingDependencies, OnePlantedInTheCurrentDirectoryDoesNotWinOverTheModu
 TEST_F(LoadingDependencies, OnePlantedInTheCurrentDirectoryIsNotEvenTakenWhereTheModuleHasNone)
 {
     InstallDependent();
-    const std::filesystem::path planted = Plant(site.MakeFolder("current"));
+    const std::filesystem::path planted = Plant(installation.MakeFolder("current"));
     ASSERT_TRUE(SetCurrentDirectoryW(planted.parent_path().c_str()));
     EXPECT_THAT(FailedStart(), HasSubstr("Failed to load client plugin module"));
     ExpectPassedOver(planted);
@@ -182,7 +183,7 @@ TEST_F(LoadingDependencies, OnePlantedInTheCurrentDirectoryIsNotEvenTakenWhereTh
 TEST_F(LoadingDependencies, OneThatOnlyTheHostHasIsFoundThere)
 {
     InstallDependent();
-    const std::filesystem::path hosts = Plant(site.HostFolder());
+    const std::filesystem::path hosts = Plant(installation.HostFolder());
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_TRUE(IsLoaded(hosts));
 }

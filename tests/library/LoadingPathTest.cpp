@@ -1,7 +1,7 @@
-// Module paths that are relative, and those that the loader would take for another file than the one that is verified.
+// Relative module paths, and paths for which the loader would load another file than the verified one.
 
 #include "LoadingSupport.h"
-#include "TrustDoubles.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -13,14 +13,14 @@ using testing::SizeIs;
 class LoadingPath : public Loading
 {
 protected:
-    /// Installs everything but the module, which `modulePath` names.
+    /// Installs everything except the module at `modulePath`.
     void Configure(const std::string& modulePath) const
     {
-        site.InstallWithoutPlugin();
-        site.WriteCompatibilityFile({CompatibilityEntry{modulePath}});
+        installation.InstallWithoutPlugin();
+        installation.WriteCompatibilityFile({CompatibilityEntry{modulePath}});
     }
 
-    /// Expects a start with this path to verify and load `file` by its full path, and to name the path as configured.
+    /// Expects a start-up with this path to verify and load `file` by its full path, and to log the path as configured.
     void ExpectLoadedByFullPath(const std::string& modulePath, const std::string& shown,
                                 const std::filesystem::path& file)
     {
@@ -46,7 +46,7 @@ protected:
                                         Contains(LogLine{Info, "Successfully loaded client plugin module " + shown})));
     }
 
-    /// Expects a start with this path to fail at the load, before a module is passed to the library loader.
+    /// Expects a start-up with this path to fail at the load, before the library loader is called.
     void ExpectRefused(const std::string& modulePath) const
     {
         Configure(modulePath);
@@ -58,25 +58,26 @@ protected:
 
 TEST_F(LoadingPath, ABareNameInTheCurrentDirectoryIsVerifiedAndLoadedByItsFullPath)
 {
-    const std::filesystem::path folder = site.MakeFolder("current");
-    site.CopyPlugin("good", folder / "Relative.dll");
-    site.CopyPlugin("unsigned", site.HostFolder() / "Relative.dll"); // Where the loader would search first.
+    const std::filesystem::path folder = installation.MakeFolder("current");
+    installation.CopyPlugin("good", folder / "Relative.dll");
+    installation.CopyPlugin("unsigned",
+                            installation.HostFolder() / "Relative.dll"); // Where the loader would search first.
     ASSERT_TRUE(SetCurrentDirectoryW(folder.c_str()));
     ExpectLoadedByFullPath("Relative.dll", "Relative.dll", folder / "Relative.dll");
 }
 
 TEST_F(LoadingPath, APathRelativeToTheCurrentDirectoryIsVerifiedAndLoadedByItsFullPath)
 {
-    const std::filesystem::path folder = site.MakeFolder("current");
+    const std::filesystem::path folder = installation.MakeFolder("current");
     std::filesystem::create_directory(folder / "sub");
-    site.CopyPlugin("good", folder / "sub" / "Relative.dll");
+    installation.CopyPlugin("good", folder / "sub" / "Relative.dll");
     ASSERT_TRUE(SetCurrentDirectoryW(folder.c_str()));
     ExpectLoadedByFullPath("sub/Relative.dll", "sub\\Relative.dll", folder / "sub" / "Relative.dll");
 }
 
 TEST_F(LoadingPath, ARelativePathToAFileWhoseSignatureIsNotAcceptedIsNotLoaded)
 {
-    site.CopyPlugin("unsigned", "Relative.dll");
+    installation.CopyPlugin("unsigned", "Relative.dll");
     Configure("Relative.dll");
     EXPECT_EQ(FailedStart(), "Binary file: signature is invalid: Relative.dll\n");
     EXPECT_EQ(GetModuleHandleW(L"Relative.dll"), nullptr);
@@ -84,16 +85,16 @@ TEST_F(LoadingPath, ARelativePathToAFileWhoseSignatureIsNotAcceptedIsNotLoaded)
 
 TEST_F(LoadingPath, AFileNameThatTheLoaderWouldExtendFailsAtTheLoad)
 {
-    const std::filesystem::path folder = site.MakeFolder("modules");
-    site.CopyPlugin("good", folder / "plugin");         // would be verified
-    site.CopyPlugin("unsigned", folder / "plugin.dll"); // would be loaded
+    const std::filesystem::path folder = installation.MakeFolder("modules");
+    installation.CopyPlugin("good", folder / "plugin");         // would be verified
+    installation.CopyPlugin("unsigned", folder / "plugin.dll"); // would be loaded
     ExpectRefused(Utf8(folder / "plugin"));
 }
 
 TEST_F(LoadingPath, AnEndThatTheSystemStripsFailsAtTheLoad)
 {
-    const std::filesystem::path folder = site.MakeFolder("modules");
-    site.CopyPlugin("good", folder / "plugin.dll");
+    const std::filesystem::path folder = installation.MakeFolder("modules");
+    installation.CopyPlugin("good", folder / "plugin.dll");
     ExpectRefused(Utf8(folder / "plugin.dll") + '.');
 }
 

@@ -5,7 +5,7 @@
 
 #include "SystemText.h"
 #include "support/HostTest.h"
-#include "support/LoaderImports.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -14,15 +14,15 @@ using namespace Kestrany::IdentityServices;
 class Loading : public HostTest
 {
 protected:
-    std::string File() const { return Utf8(site.PluginFile()); }
+    std::string File() const { return Utf8(installation.PluginFile()); }
 
-    /// What is printed where the load of the module at that path fails.
+    /// What is printed if the load of the module at that path fails.
     static std::string LoadFailure(const std::string& path, DWORD error)
     {
         return "Failed to load client plugin module " + path + ". Error: " + SystemText(error) + '\n';
     }
 
-    /// Expects the start to fail; answers what was printed.
+    /// Expects the start-up to fail; returns what was printed.
     static std::string FailedStart()
     {
         CapturedOutput output;

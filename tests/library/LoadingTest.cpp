@@ -4,7 +4,7 @@
 
 #include "LoadingSupport.h"
 #include "orlindex/SSOServerManager.h"
-#include "support/Wow64Import.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -18,71 +18,66 @@ using testing::StartsWith;
 
 namespace {
 
-struct GetProcAddressImport
-{
-    static constexpr char Name[] = "GetProcAddress";
-    using Type = decltype(GetProcAddress);
-};
-
-using GetProcAddressDouble = ImportDouble<GetProcAddressImport>;
-using IsWow64ProcessDouble = ImportDouble<IsWow64ProcessImport>;
-
 } // namespace
 
 TEST_F(Loading, ThePluginIsConfiguredInOrderBeforeItsInterfacesAreTaken)
 {
     PluginControl& plugin = InstallPlugin();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_THAT(
-        plugin.Calls(),
-        ElementsAre(Call(FactoryFunction, 0), Call(Factory, 5),
-                    Call(ServerManager, 2,
-                         '"' + Utf8(site.ServerFolder()) + "\", \"" + Utf8(site.ServerFolder() / "Pellwick.exe") + '"'),
-                    Call(Factory, 1), Call(LoggerSource, 1, "\"Orlindex\""),
-                    Call(ServerManager, 6, "\"Kestrany.TALIX.DefaultProcess-v2\""),
-                    Call(ServerManager, 8, "\"Kestrany.TALIX.DefaultServer-v2\""), Call(ServerManager, 18, "false"),
-                    Call(Factory, 2), Call(Factory, 5), Call(Factory, 3), Call(Factory, 4), Call(Module, 1, "false")));
+    EXPECT_THAT(plugin.Calls(),
+                ElementsAre(Call(FactoryFunction), Call(Factory::GetSSOServerManager),
+                            Call(ServerManager::ConfigureServerApp,
+                                 '"' + Utf8(installation.ServerFolder()) + "\", \"" +
+                                     Utf8(installation.ServerFolder() / "Pellwick.exe") + '"'),
+                            Call(Factory::GetLoggerSource), Call(LoggerSource::GetLogger, "\"Orlindex\""),
+                            Call(ServerManager::SetProcessIdentityName, "\"Kestrany.TALIX.DefaultProcess-v2\""),
+                            Call(ServerManager::SetServerIdentityName, "\"Kestrany.TALIX.DefaultServer-v2\""),
+                            Call(ServerManager::SetSupportBothLocalAndAdmin, "false"),
+                            Call(Factory::GetSSOClientModule), Call(Factory::GetSSOServerManager),
+                            Call(Factory::GetSSOClient), Call(Factory::GetSSOClientPrivate),
+                            Call(Module::Initialize, "false")));
 }
 
 TEST_F(Loading, SupportForBothLocalAndAdminReachesTheServerManager)
 {
     PluginControl& plugin = InstallPlugin();
-    site.WriteClientConfig(R"({"ssoServer": {"supportBothLocalAndAdmin": true, "searchPaths": ")" +
-                           JsonPath(site.ServerFolder()) + R"("}})");
+    installation.WriteClientConfig(R"({"ssoServer": {"supportBothLocalAndAdmin": true, "searchPaths": ")" +
+                                   JsonPath(installation.ServerFolder()) + R"("}})");
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_THAT(plugin.Calls(ServerManager), Contains(Call(ServerManager, 18, "true")));
+    EXPECT_THAT(plugin.Calls(ServerManager::Interface),
+                Contains(Call(ServerManager::SetSupportBothLocalAndAdmin, "true")));
 }
 
 TEST_F(Loading, APluginIsConfiguredWithoutServerApplicationToo)
 {
     PluginControl& plugin = InstallPlugin();
-    site.WriteClientConfig(R"({"ssoServer": {"VersionCompatibilityConfigfilePath": ")" + JsonPath(site.ServerFolder()) +
-                           R"("}})");
-    site.WriteCompatibilityFile({CompatibilityEntry{File()}});
-    std::filesystem::remove(site.ServerFolder() / "Pellwick.exe");
+    installation.WriteClientConfig(R"({"ssoServer": {"VersionCompatibilityConfigfilePath": ")" +
+                                   JsonPath(installation.ServerFolder()) + R"("}})");
+    installation.WriteCompatibilityFile({CompatibilityEntry{File()}});
+    std::filesystem::remove(installation.ServerFolder() / "Pellwick.exe");
     CapturedOutput output;
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_THAT(output.Take(), HasSubstr("Failed to find SSO server app Pellwick.exe"));
-    EXPECT_THAT(plugin.Calls(ServerManager), Contains(Call(ServerManager, 2, R"("", "")")));
+    EXPECT_THAT(plugin.Calls(ServerManager::Interface), Contains(Call(ServerManager::ConfigureServerApp, R"("", "")")));
 }
 
 TEST_F(Loading, APluginWithoutServerManagerIsLoadedAllTheSame)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.Answer(Factory, 5, 0);
+    plugin.Return(Factory::GetSSOServerManager, 0);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_THAT(plugin.Calls(ServerManager), IsEmpty());
-    EXPECT_THAT(plugin.Calls(LoggerSource), ElementsAre(Call(LoggerSource, 1, "\"Orlindex\"")));
+    EXPECT_THAT(plugin.Calls(ServerManager::Interface), IsEmpty());
+    EXPECT_THAT(plugin.Calls(LoggerSource::Interface), ElementsAre(Call(LoggerSource::GetLogger, "\"Orlindex\"")));
 }
 
 TEST_F(Loading, EveryStepOfAStartIsLoggedInOrder)
 {
     PluginControl& plugin = InstallPlugin();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    const std::string host = Utf8(site.HostFolder());
-    const std::string server = Utf8(site.ServerFolder());
-    const std::string config = Utf8(site.ClientConfigFile());
-    const std::string compatibility = Utf8(site.CompatibilityFile());
+    const std::string host = Utf8(installation.HostFolder());
+    const std::string server = Utf8(installation.ServerFolder());
+    const std::string config = Utf8(installation.ClientConfigFile());
+    const std::string compatibility = Utf8(installation.CompatibilityFile());
     const std::vector<LogLine> expected{
         {Info, "Orlindex.dll module loaded (Version: 1.11.13.3 Config: x64-Release File: " + host + "\\Orlindex.dll)"},
         {Info, "Searching for client config file Orlindex.config in the following paths:\n" + host + '\n' + host},
@@ -113,14 +108,14 @@ TEST_F(Loading, EveryStepOfAStartIsLoggedInOrder)
 
 TEST_F(Loading, WithNoPluginLoggerAnInfoMessageIsOnlyBufferedAndAnErrorMessageIsPrintedToo)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     EXPECT_EQ(FailedStart(), "Client plugin module not found: " + File() + '\n');
 }
 
 TEST_F(Loading, WithALoggerErrorMessagesAreNotPrinted)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.Answer(Factory, 3, 0);
+    plugin.Return(Factory::GetSSOClient, 0);
     CapturedOutput output;
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     IdServicesMgr::GetInstance()->IsLoggedIn();
@@ -131,9 +126,9 @@ TEST_F(Loading, WithALoggerErrorMessagesAreNotPrinted)
 TEST_F(Loading, AFactoryWithoutLoggerSourceLeavesThePendingMessagesInPlace)
 {
     PluginControl& plugin = InstallPlugin();
-    const std::int64_t source = plugin.Answer(Factory, 1);
-    plugin.Answer(Factory, 1, 0);
-    plugin.Answer(Factory, 3, 0);
+    const std::int64_t source = plugin.ResultOf(Factory::GetLoggerSource);
+    plugin.Return(Factory::GetLoggerSource, 0);
+    plugin.Return(Factory::GetSSOClient, 0);
     CapturedOutput output;
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     IdServicesMgr::GetInstance()->IsLoggedIn();
@@ -141,8 +136,8 @@ TEST_F(Loading, AFactoryWithoutLoggerSourceLeavesThePendingMessagesInPlace)
     EXPECT_EQ(output.Take(), reason + '\n');
     EXPECT_THAT(plugin.Log(), IsEmpty());
 
-    // A later start with a logger delivers what was kept, in order, before anything newer.
-    plugin.Answer(Factory, 1, source);
+    // A later start-up with a logger delivers the kept messages in order, before newer ones.
+    plugin.Return(Factory::GetLoggerSource, source);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     std::vector<std::string> starts;
@@ -155,23 +150,23 @@ TEST_F(Loading, AFactoryWithoutLoggerSourceLeavesThePendingMessagesInPlace)
 TEST_F(Loading, WhereTheLoggerSourceHasNoLoggerThePendingMessagesArePrinted)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.Answer(LoggerSource, 1, 0);
+    plugin.Return(LoggerSource::GetLogger, 0);
     CapturedOutput output;
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     const std::string printed = output.Take();
     EXPECT_THAT(printed, StartsWith("Orlindex.dll module loaded "));
     EXPECT_THAT(printed, EndsWith("\nGetting factory from client plugin module " + File() + '\n'));
-    EXPECT_THAT(plugin.Calls(LoggerSource), ElementsAre(Call(LoggerSource, 1, "\"Orlindex\"")));
+    EXPECT_THAT(plugin.Calls(LoggerSource::Interface), ElementsAre(Call(LoggerSource::GetLogger, "\"Orlindex\"")));
     EXPECT_THAT(plugin.Log(), IsEmpty());
 }
 
 TEST_F(Loading, ARestartWithoutLoggerDoesNotGoOnUsingTheEarlierOne)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.Answer(Factory, 3, 0);
+    plugin.Return(Factory::GetSSOClient, 0);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
-    plugin.Answer(LoggerSource, 1, 0);
+    plugin.Return(LoggerSource::GetLogger, 0);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     plugin.ClearJournal();
     CapturedOutput output;
@@ -182,37 +177,37 @@ TEST_F(Loading, ARestartWithoutLoggerDoesNotGoOnUsingTheEarlierOne)
 
 TEST_F(Loading, AModuleThatIsMissingIsNotFound)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     EXPECT_THAT(FailedStart(), HasSubstr("Client plugin module not found: " + File()));
 }
 
 TEST_F(Loading, AFolderInThePlaceOfTheModuleIsNoModule)
 {
-    site.InstallWithoutPlugin();
-    site.MakeFolder("server/PellwickClient.dll");
+    installation.InstallWithoutPlugin();
+    installation.MakeFolder("server/PellwickClient.dll");
     EXPECT_THAT(FailedStart(), HasSubstr("Binary file: "));
 }
 
 TEST_F(Loading, AModuleWithoutFactoryFunctionIsRefusedWithTheSystemsText)
 {
-    site.Install("no-factory");
+    installation.Install("no-factory");
     EXPECT_EQ(FailedStart(), "Failed to get factory proc from client plugin module " + File() +
                                  ". Error: " + SystemText(ERROR_PROC_NOT_FOUND) + '\n');
-    EXPECT_TRUE(IsLoaded(site.PluginFile()));
+    EXPECT_TRUE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(Loading, AModuleWithThe32BitSymbolIsRefusedInA64BitProcess)
 {
-    site.Install("symbol32");
+    installation.Install("symbol32");
     EXPECT_THAT(FailedStart(), HasSubstr("Failed to get factory proc from client plugin module " + File()));
 }
 
 TEST_F(Loading, InAWow64ProcessThe32BitSymbolNameIsLookedUp)
 {
-    site.Install("symbol32");
-    site.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\PellwickClient.dll", "2.0.0",
-                                                    R"({"versions": ["1.11"]})", "modulePathWoW64"}});
-    PluginControl plugin(site.PluginFile());
+    installation.Install("symbol32");
+    installation.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\PellwickClient.dll", "2.0.0",
+                                                            R"({"versions": ["1.11"]})", "modulePathWoW64"}});
+    PluginControl plugin(installation.PluginFile());
     const IsWow64ProcessDouble wow64([](HANDLE, PBOOL isWow64) {
         *isWow64 = TRUE;
         return TRUE;
@@ -224,12 +219,12 @@ TEST_F(Loading, InAWow64ProcessThe32BitSymbolNameIsLookedUp)
     });
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_THAT(names, ElementsAre("?GetSSOClientFactory@@YAPAVISSOClientFactory@IdentityServices@Kestrany@@XZ"));
-    EXPECT_THAT(plugin.Calls(FactoryFunction), ElementsAre(Call(FactoryFunction, 0)));
+    EXPECT_THAT(plugin.Calls(FactoryFunction), ElementsAre(Call(FactoryFunction)));
 }
 
 TEST_F(Loading, AFailedWow64QueryCountsAs64Bit)
 {
-    site.Install();
+    installation.Install();
     const IsWow64ProcessDouble wow64([](HANDLE, PBOOL isWow64) {
         *isWow64 = TRUE;
         return FALSE;
@@ -240,18 +235,18 @@ TEST_F(Loading, AFailedWow64QueryCountsAs64Bit)
 TEST_F(Loading, ANullFactoryFailsTheStart)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.Answer(FactoryFunction, 0, 0);
+    plugin.Return(FactoryFunction, 0);
     EXPECT_EQ(FailedStart(), "");
-    EXPECT_THAT(plugin.Calls(), ElementsAre(Call(FactoryFunction, 0)));
+    EXPECT_THAT(plugin.Calls(), ElementsAre(Call(FactoryFunction)));
 }
 
 TEST_F(Loading, AFailedLoadIsNotAttemptedAgain)
 {
     PluginControl& plugin = InstallPlugin();
-    const std::int64_t factory = plugin.Answer(FactoryFunction, 0);
-    plugin.Answer(FactoryFunction, 0, 0);
+    const std::int64_t factory = plugin.ResultOf(FactoryFunction);
+    plugin.Return(FactoryFunction, 0);
     FailedStart();
-    plugin.Answer(FactoryFunction, 0, factory);
+    plugin.Return(FactoryFunction, factory);
     plugin.ClearJournal();
     int loads = 0;
     const LoadLibraryDouble count([&loads](LPCWSTR path) {
@@ -266,7 +261,7 @@ TEST_F(Loading, AFailedLoadIsNotAttemptedAgain)
 TEST_F(Loading, AThrowingFactoryFailsTheStart)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.OnCall(FactoryFunction, 0, [](const CallArguments&) { throw std::runtime_error("from the factory"); });
+    plugin.OnCall(FactoryFunction, [](const CallArguments&) { throw std::runtime_error("from the factory"); });
     FailedStart();
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
 }
@@ -274,7 +269,7 @@ TEST_F(Loading, AThrowingFactoryFailsTheStart)
 TEST_F(Loading, APluginThatThrowsWhatIsNoExceptionWhileItIsConfiguredFailsTheStartWithAMessage)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.OnCall(ServerManager, 2, [](const CallArguments&) { throw 42; });
+    plugin.OnCall(ServerManager::ConfigureServerApp, [](const CallArguments&) { throw 42; });
     EXPECT_EQ(FailedStart(), "Failed to load client plugin module " + File() + ". Error: unknown exception\n");
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
 }
@@ -282,11 +277,12 @@ TEST_F(Loading, APluginThatThrowsWhatIsNoExceptionWhileItIsConfiguredFailsTheSta
 TEST_F(Loading, APluginThatThrowsWhatIsNoExceptionBetweenItsInterfacesIsNotHalfLoaded)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.OnCall(Factory, 3, [](const CallArguments&) { throw 42; }); // Two interfaces were taken by then.
+    plugin.OnCall(Factory::GetSSOClient,
+                  [](const CallArguments&) { throw 42; }); // Two interfaces were obtained before.
     FailedStart();
     EXPECT_EQ(plugin.Log().back(),
               (LogLine{Error, "Failed to load client plugin module " + File() + ". Error: unknown exception"}));
-    plugin.OnCall(Factory, 3, [](const CallArguments&) {});
+    plugin.OnCall(Factory::GetSSOClient, [](const CallArguments&) {});
     plugin.ClearJournal();
     FailedStart();
     EXPECT_FALSE(SSOServerManager::IsSSOServerProcessReady());
@@ -296,15 +292,15 @@ TEST_F(Loading, APluginThatThrowsWhatIsNoExceptionBetweenItsInterfacesIsNotHalfL
 TEST_F(Loading, ALoggerThatThrowsDoesNotReachTheHost)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.OnCall(Logger, 10, [](const CallArguments&) { throw std::runtime_error("from the logger"); });
+    plugin.OnCall(Logger::Log, [](const CallArguments&) { throw std::runtime_error("from the logger"); });
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
 }
 
 TEST_F(Loading, ALoggerThatThrowsWhatIsNoExceptionNeitherEndsTheHostNorFailsTheLoad)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.OnCall(Logger, 10, [](const CallArguments&) { throw 42; });
-    plugin.Answer(Factory, 3, 0);
+    plugin.OnCall(Logger::Log, [](const CallArguments&) { throw 42; });
+    plugin.Return(Factory::GetSSOClient, 0);
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess) << "where the messages so far are delivered";
     EXPECT_FALSE(IdServicesMgr::GetInstance()->IsLoggedIn()) << "where a message is written";
 }

@@ -1,9 +1,8 @@
-// Between verification and loading: what is loaded is the file that was verified, and nothing else.
+// Between verification and load: the loaded file is the verified one.
 
 #include "LoadingSupport.h"
-#include "TrustDoubles.h"
-#include "support/FileImports.h"
 #include "support/Handle.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -26,7 +25,8 @@ Handle OpenForWriting(const std::filesystem::path& file)
 class LoadingVerifiedFile : public Loading
 {
 protected:
-    /// Makes the configured path a link to another file for whoever opens it; for the rest it is what lies there.
+    /// Makes the configured path a link to another file for those that open it; all other calls see the file that is
+    /// there.
     static CreateFileDouble::Behaviour LeadingTo(const std::filesystem::path& link, const std::filesystem::path& file)
     {
         return [link, file](LPCWSTR path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security,
@@ -36,24 +36,24 @@ protected:
         };
     }
 
-    /// A build of the test plugin in a folder of its own.
+    /// A build of the test plugin in its own folder.
     std::filesystem::path InstallElsewhere(const std::string& plugin, const char* name = "Real.dll") const
     {
-        const std::filesystem::path file = site.MakeFolder("elsewhere") / name;
-        site.CopyPlugin(plugin, file);
+        const std::filesystem::path file = installation.MakeFolder("elsewhere") / name;
+        installation.CopyPlugin(plugin, file);
         return file;
     }
 };
 
 TEST_F(LoadingVerifiedFile, NobodyCanWriteOrReplaceTheFileBetweenVerificationAndLoading)
 {
-    site.Install();
+    installation.Install();
     DWORD writing = 0;
     DWORD replacing = 0;
     const LoadLibraryExDouble attack([&](LPCWSTR path, HANDLE reserved, DWORD flags) {
         const Handle file = OpenForWriting(path);
         writing = file.get() == INVALID_HANDLE_VALUE ? GetLastError() : 0;
-        replacing = MoveFileW(path, (site.ServerFolder() / "moved.dll").c_str()) ? 0 : GetLastError();
+        replacing = MoveFileW(path, (installation.ServerFolder() / "moved.dll").c_str()) ? 0 : GetLastError();
         return LoadLibraryExDouble::Original(path, reserved, flags);
     });
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
@@ -63,21 +63,22 @@ TEST_F(LoadingVerifiedFile, NobodyCanWriteOrReplaceTheFileBetweenVerificationAnd
 
 TEST_F(LoadingVerifiedFile, AFileThatSomebodyMayStillWriteFailsWithTheSystemsText)
 {
-    site.Install();
-    const Handle writer = OpenForWriting(site.PluginFile());
+    installation.Install();
+    const Handle writer = OpenForWriting(installation.PluginFile());
     ASSERT_NE(writer.get(), INVALID_HANDLE_VALUE);
-    // The platform's verification shares reading alone, too, and may not get as far as the signature.
+    // The platform's verification also opens the file for shared reading only, and may fail before it reads the
+    // signature.
     EXPECT_THAT(FailedStart(),
                 AnyOf(LoadFailure(File(), ERROR_SHARING_VIOLATION), "Binary file: unknown error: " + File() + '\n'));
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(LoadingVerifiedFile, AFileThatCannotBeLockedFailsAtTheLoadEvenThoughItsSignatureIsValid)
 {
-    site.Install();
+    installation.Install();
     const CreateFileDouble refuse([&](LPCWSTR path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security,
                                       DWORD disposition, DWORD flags, HANDLE model) {
-        if (path == site.PluginFile().native())
+        if (path == installation.PluginFile().native())
         {
             SetLastError(ERROR_SHARING_VIOLATION);
             return INVALID_HANDLE_VALUE;
@@ -85,12 +86,12 @@ TEST_F(LoadingVerifiedFile, AFileThatCannotBeLockedFailsAtTheLoadEvenThoughItsSi
         return CreateFileDouble::Original(path, access, sharing, security, disposition, flags, model);
     });
     EXPECT_EQ(FailedStart(), LoadFailure(File(), ERROR_SHARING_VIOLATION));
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(LoadingVerifiedFile, ARefusedFileIsNeverPassedToTheLibraryLoader)
 {
-    site.Install("stranger");
+    installation.Install("stranger");
     int loads = 0;
     const LoadLibraryDouble count([&loads](LPCWSTR path) {
         ++loads;
@@ -102,34 +103,34 @@ TEST_F(LoadingVerifiedFile, ARefusedFileIsNeverPassedToTheLibraryLoader)
     });
     FailedStart();
     EXPECT_EQ(loads, 0);
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
 }
 
-TEST_F(LoadingVerifiedFile, AFolderSwappedUnderTheHeldFileIsNoticed)
+TEST_F(LoadingVerifiedFile, AFolderSwappedUnderTheLockedFileIsNoticed)
 {
-    site.Install();
-    const std::filesystem::path aside = site.ServerFolder().parent_path() / "aside";
+    installation.Install();
+    const std::filesystem::path aside = installation.ServerFolder().parent_path() / "aside";
     bool mapped = false;
     const LoadLibraryExDouble swap([&](LPCWSTR path, HANDLE file, DWORD flags) {
-        // The system keeps the file itself from being replaced, but not everywhere the folders above it.
-        std::filesystem::rename(site.ServerFolder(), aside);
-        std::filesystem::create_directory(site.ServerFolder());
-        site.CopyPlugin("unsigned", site.PluginFile());
+        // The system protects the file from being replaced, but not all folders above it.
+        std::filesystem::rename(installation.ServerFolder(), aside);
+        std::filesystem::create_directory(installation.ServerFolder());
+        installation.CopyPlugin("unsigned", installation.PluginFile());
         const HMODULE module = LoadLibraryExDouble::Original(path, file, flags);
         mapped = module != nullptr;
         return module;
     });
     EXPECT_EQ(FailedStart(), LoadFailure(File(), ERROR_FILE_INVALID));
     EXPECT_TRUE(mapped);
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(LoadingVerifiedFile, AFileBehindALinkIsVerifiedAndLoadedByItsOwnPath)
 {
-    site.Install("unsigned"); // what the link leads to by the time of the next look
+    installation.Install("unsigned"); // the link's target at the next access
     const std::filesystem::path real = InstallElsewhere("good");
     const PluginControl plugin(real);
-    const CreateFileDouble link(LeadingTo(site.PluginFile(), real));
+    const CreateFileDouble link(LeadingTo(installation.PluginFile(), real));
     std::vector<std::wstring> paths;
     const WinVerifyTrustDouble verify([&paths](HWND window, GUID* action, LPVOID data) {
         paths.emplace_back(static_cast<WINTRUST_DATA*>(data)->pFile->pcwszFilePath);
@@ -145,20 +146,20 @@ TEST_F(LoadingVerifiedFile, AFileBehindALinkIsVerifiedAndLoadedByItsOwnPath)
     });
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_THAT(paths, AllOf(SizeIs(4), Each(real.native())));
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
     EXPECT_THAT(plugin.Log(), Contains(LogLine{Info, "Binary file: is valid: " + File()}));
     EXPECT_THAT(plugin.Log(), Contains(LogLine{Info, "Successfully loaded client plugin module " + File()}));
 }
 
 TEST_F(LoadingVerifiedFile, ALinkThatLeadsToAnAcceptedFileDuringTheVerificationAloneIsOfNoUse)
 {
-    site.Install("good");
+    installation.Install("good");
     const std::filesystem::path evil = InstallElsewhere("unsigned");
-    const CreateFileDouble before(LeadingTo(site.PluginFile(), evil));
+    const CreateFileDouble before(LeadingTo(installation.PluginFile(), evil));
     int loads = 0;
     const auto after = [&](LPCWSTR path) {
         ++loads;
-        return path == site.PluginFile().native() ? evil.c_str() : path;
+        return path == installation.PluginFile().native() ? evil.c_str() : path;
     };
     const LoadLibraryExDouble first([&](LPCWSTR path, HANDLE reserved, DWORD flags) {
         return LoadLibraryExDouble::Original(after(path), reserved, flags);
@@ -171,27 +172,27 @@ TEST_F(LoadingVerifiedFile, ALinkThatLeadsToAnAcceptedFileDuringTheVerificationA
 
 TEST_F(LoadingVerifiedFile, ALinkToAFileWhoseNameTheLoaderWouldExtendIsRefused)
 {
-    site.Install("good");
-    const CreateFileDouble link(LeadingTo(site.PluginFile(), InstallElsewhere("good", "Real")));
+    installation.Install("good");
+    const CreateFileDouble link(LeadingTo(installation.PluginFile(), InstallElsewhere("good", "Real")));
     EXPECT_EQ(FailedStart(), LoadFailure(File(), ERROR_BAD_PATHNAME));
 }
 
 TEST_F(LoadingVerifiedFile, AFileWhoseOwnPathIsUnknownFailsAtTheLoadEvenThoughItsSignatureIsValid)
 {
-    site.Install();
-    const FinalPathDouble unknown([](HANDLE, LPWSTR, DWORD, DWORD) {
+    installation.Install();
+    const GetFinalPathNameByHandleDouble unknown([](HANDLE, LPWSTR, DWORD, DWORD) {
         SetLastError(ERROR_PATH_NOT_FOUND);
         return DWORD{0};
     });
     EXPECT_EQ(FailedStart(), LoadFailure(File(), ERROR_PATH_NOT_FOUND));
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(LoadingVerifiedFile, AModuleFromAnotherFileIsNotKept)
 {
-    site.Install();
-    const std::filesystem::path other = site.MakeFolder("other") / "PellwickClient.dll";
-    site.CopyPlugin("good", other);
+    installation.Install();
+    const std::filesystem::path other = installation.MakeFolder("other") / "PellwickClient.dll";
+    installation.CopyPlugin("good", other);
     const LoadLibraryDouble redirect([&](LPCWSTR) { return LoadLibraryDouble::Original(other.c_str()); });
     EXPECT_EQ(FailedStart(), LoadFailure(File(), ERROR_FILE_INVALID));
     EXPECT_FALSE(IsLoaded(other));
@@ -200,14 +201,13 @@ TEST_F(LoadingVerifiedFile, AModuleFromAnotherFileIsNotKept)
 class LoadingReplacedFile : public LoadingVerifiedFile
 {
 protected:
-    /// Puts another build in the module's place, as an update does: a file that is in use can be renamed. The system
-    /// goes on naming the renamed file as the one that the module was mapped from; not every one of its versions does
-    /// so by itself.
+    /// Replaces the module by another build, as an update does: a file that is in use can be renamed. The path of the
+    /// mapped file is then the new name; some versions of the system do not report it, so the test does.
     void Replace(const std::string& plugin)
     {
-        const std::filesystem::path aside = site.ServerFolder() / "PellwickClient.old";
-        std::filesystem::rename(site.PluginFile(), aside);
-        site.CopyPlugin(plugin, site.PluginFile());
+        const std::filesystem::path aside = installation.ServerFolder() / "PellwickClient.old";
+        std::filesystem::rename(installation.PluginFile(), aside);
+        installation.CopyPlugin(plugin, installation.PluginFile());
         const std::wstring name = L"\\??\\" + aside.native();
         mapped_.emplace([name](HANDLE, const void*, int, void* buffer, SIZE_T size, SIZE_T*) {
             struct SystemString
@@ -226,13 +226,13 @@ protected:
     }
 
 private:
-    std::optional<QueryMemoryDouble> mapped_;
+    std::optional<NtQueryVirtualMemoryDouble> mapped_;
 };
 
 TEST_F(LoadingReplacedFile, TheModuleInMemoryThatWasVerifiedWhenItWasLoadedGoesOnServing)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.Answer(Client, 7, 1);
+    plugin.Return(Client::IsLoggedIn, 1);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     Replace("asia");
@@ -249,7 +249,7 @@ TEST_F(LoadingReplacedFile, TheModuleInMemoryThatWasVerifiedWhenItWasLoadedGoesO
 
 TEST_F(LoadingReplacedFile, TheNewFileIsVerifiedAllTheSame)
 {
-    site.Install();
+    installation.Install();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     Replace("unsigned");
@@ -258,7 +258,7 @@ TEST_F(LoadingReplacedFile, TheNewFileIsVerifiedAllTheSame)
 
 TEST_F(LoadingReplacedFile, AModuleThatTheHostLoadedIsNotKeptWhereItsFileWasReplaced)
 {
-    InstallPlugin("unsigned"); // Which the test, as the host, loads by itself.
+    InstallPlugin("unsigned"); // The test, as the host, loads it itself.
     Replace("good");
     EXPECT_EQ(FailedStart(), LoadFailure(File(), ERROR_FILE_INVALID));
 }
@@ -266,11 +266,11 @@ TEST_F(LoadingReplacedFile, AModuleThatTheHostLoadedIsNotKeptWhereItsFileWasRepl
 class LoadingTwice : public LoadingVerifiedFile
 {
 protected:
-    /// Expects a start to fail with the error of the load that begins with the module's own directory, and the plain
-    /// load to be tried, or not.
+    /// Expects a start-up to fail with the error of the load that searches the module's own directory first, and
+    /// expects the plain load to be tried or not.
     void ExpectFailure(DWORD error, int plainLoads)
     {
-        site.Install();
+        installation.Install();
         const LoadLibraryExDouble fail([error](LPCWSTR, HANDLE, DWORD) -> HMODULE {
             SetLastError(error);
             return nullptr;

@@ -7,20 +7,21 @@ namespace OrlindexTest {
 
 using namespace Kestrany::IdentityServices;
 
-/// What the installer's registry key says.
+/// The contents of the installer's registry key.
 class MachineKeyLocation : public HostTest
 {
 protected:
-    /// Starts with a server application in each of these folders; answers the one that was taken.
+    /// Starts the library with a server application in each of these folders; returns the folder that it used.
     std::filesystem::path TakenFolder(const std::vector<std::filesystem::path>& folders,
                                       const std::string& clientConfig)
     {
-        site.WriteClientConfig(clientConfig);
+        installation.WriteClientConfig(clientConfig);
         for (const auto& folder : folders)
         {
-            site.InstallServerApplication(folder);
-            site.CopyPlugin("good", folder / "PellwickClient.dll");
-            std::filesystem::copy_file(site.CompatibilityFile(), folder / site.CompatibilityFile().filename(),
+            installation.InstallServerApplication(folder);
+            installation.CopyPlugin("good", folder / "PellwickClient.dll");
+            std::filesystem::copy_file(installation.CompatibilityFile(),
+                                       folder / installation.CompatibilityFile().filename(),
                                        std::filesystem::copy_options::skip_existing);
         }
         if (IdServicesMgr::Initialize() != IdSuccess)
@@ -33,7 +34,7 @@ protected:
 
     void SetUp() override
     {
-        site.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\PellwickClient.dll"}});
+        installation.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\PellwickClient.dll"}});
     }
 
     MachineKey key;
@@ -41,8 +42,8 @@ protected:
 
 TEST_F(MachineKeyLocation, TheHighestVersionIsTakenByNumber)
 {
-    const auto lower = site.MakeFolder("lower");
-    const auto higher = site.MakeFolder("higher");
+    const auto lower = installation.MakeFolder("lower");
+    const auto higher = installation.MakeFolder("higher");
     key.AddVersion(L"1.9.0", lower.native());
     key.AddVersion(L"1.10.0", higher.native());
     EXPECT_EQ(TakenFolder({lower, higher}, "{}"), higher);
@@ -50,21 +51,22 @@ TEST_F(MachineKeyLocation, TheHighestVersionIsTakenByNumber)
 
 TEST_F(MachineKeyLocation, TheHostsCopyWinsOverTheRegistrys)
 {
-    const auto admin = site.MakeFolder("admin");
+    const auto admin = installation.MakeFolder("admin");
     key.SetLocation(admin.native());
-    EXPECT_EQ(TakenFolder({site.HostFolder(), admin}, "{}"), site.HostFolder());
+    EXPECT_EQ(TakenFolder({installation.HostFolder(), admin}, "{}"), installation.HostFolder());
 }
 
 TEST_F(MachineKeyLocation, WithSupportForBothTheRegistrysCopyWins)
 {
-    const auto admin = site.MakeFolder("admin");
+    const auto admin = installation.MakeFolder("admin");
     key.AddVersion(L"1.11.0", admin.native());
-    EXPECT_EQ(TakenFolder({site.HostFolder(), admin}, R"({"ssoServer": {"supportBothLocalAndAdmin": true}})"), admin);
+    EXPECT_EQ(TakenFolder({installation.HostFolder(), admin}, R"({"ssoServer": {"supportBothLocalAndAdmin": true}})"),
+              admin);
 }
 
 TEST_F(MachineKeyLocation, WithoutVersionsTheKeysOwnLocationIsTaken)
 {
-    const auto admin = site.MakeFolder("admin");
+    const auto admin = installation.MakeFolder("admin");
     key.AddVersion(L"3.0.0");
     key.SetLocation(admin.native());
     EXPECT_EQ(TakenFolder({admin}, "{}"), admin);

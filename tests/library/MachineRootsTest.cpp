@@ -1,4 +1,4 @@
-// Roots that the platform trusts, which all tests of this user share.
+// Roots that the platform trusts. All tests of this user share them.
 
 #include "TrustTest.h"
 #include "support/UserRoots.h"
@@ -10,13 +10,13 @@ class MachineRoots : public TrustTest
 protected:
     void SetUp() override
     {
-        UserRoots().Remove(root); // Left by a test that was killed.
-        site.Install("trusted");
+        UserRoots().Remove(root); // A test that was killed may have left it.
+        installation.Install("trusted");
     }
 
     void TearDown() override { UserRoots().Remove(root); }
 
-    const std::string root = site.RootCertificate("trusted-root");
+    const std::string root = installation.RootCertificate("trusted-root");
 };
 
 TEST_F(MachineRoots, AListedNameBelowARootThatThePlatformTrustsIsValid)

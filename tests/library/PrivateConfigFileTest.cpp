@@ -1,4 +1,4 @@
-// The client config file as the private surface shows it, and the one that a host names.
+// The client config file in the private interface, and the file that a host sets.
 
 #include "orlindex/SSOClientPrivate.h"
 #include "support/HostTest.h"
@@ -37,7 +37,7 @@ LogLine OverrideRefused(const std::string& path, const std::string& file)
 class PrivateConfigFile : public HostTest
 {
 protected:
-    /// Loads the plugin, which receives everything that was logged until now; answers what of that is about overrides.
+    /// Loads the plugin, whose logger receives all messages so far; returns those about overrides.
     std::vector<LogLine> OverrideMessages()
     {
         SSOClientPrivate::ClearEventQueue();
@@ -48,21 +48,21 @@ protected:
         return messages;
     }
 
-    /// A sound config file that leads to the same server application.
+    /// A valid config file for the same server application.
     fs::path OtherConfigFile(const std::string& name) const
     {
-        const fs::path file = site.MakeFolder("other") / name;
-        WriteFile(file, ReadFile(site.ClientConfigFile()));
+        const fs::path file = installation.MakeFolder("other") / name;
+        WriteFile(file, ReadFile(installation.ClientConfigFile()));
         return file;
     }
 };
 
 TEST_F(PrivateConfigFile, IsFoundAndKept)
 {
-    site.InstallWithoutPlugin();
-    EXPECT_EQ(ConfigFile(), Utf8(site.ClientConfigFile()));
-    fs::remove(site.ClientConfigFile());
-    EXPECT_EQ(ConfigFile(), Utf8(site.ClientConfigFile()));
+    installation.InstallWithoutPlugin();
+    EXPECT_EQ(ConfigFile(), Utf8(installation.ClientConfigFile()));
+    fs::remove(installation.ClientConfigFile());
+    EXPECT_EQ(ConfigFile(), Utf8(installation.ClientConfigFile()));
     EXPECT_EQ(Override(), "");
 }
 
@@ -85,7 +85,7 @@ TEST_F(PrivateConfigFile, AnOverrideBeforeTheFileIsReadIsStoredAndLogged)
 TEST_F(PrivateConfigFile, AnOverrideBeforeLoadingEmptiesAPathThatWasComputed)
 {
     InstallPlugin();
-    EXPECT_EQ(ConfigFile(), Utf8(site.ClientConfigFile()));
+    EXPECT_EQ(ConfigFile(), Utf8(installation.ClientConfigFile()));
     const fs::path file = OtherConfigFile("named.json");
     SSOClientPrivate::SetSSOClientConfigFileOverride(file.native());
     EXPECT_EQ(ConfigFile(), Utf8(file)) << "computed again";
@@ -119,7 +119,7 @@ TEST_F(PrivateConfigFile, AnEmptyPathClearsTheOverride)
     EXPECT_EQ(Override(), "C:\\first.json");
     SSOClientPrivate::SetSSOClientConfigFileOverride(L"");
     EXPECT_EQ(Override(), "");
-    EXPECT_EQ(ConfigFile(), Utf8(site.ClientConfigFile()));
+    EXPECT_EQ(ConfigFile(), Utf8(installation.ClientConfigFile()));
     EXPECT_THAT(OverrideMessages(), ElementsAre(OverrideSet("C:\\first.json"), OverrideSet("")));
 }
 
@@ -140,7 +140,7 @@ TEST_F(PrivateConfigFile, AnOverrideAfterTheFileWasReadIsRefusedAndChangesNothin
 
 TEST_F(PrivateConfigFile, AnOverrideAfterAFailedAttemptToReadTheFileIsRefusedToo)
 {
-    EXPECT_EQ(SSOClientPrivate::GetSSOServerAppPath(), L""); // Any question for the server application reads the file.
+    EXPECT_EQ(SSOClientPrivate::GetSSOServerAppPath(), L""); // Any call for the server application reads the file.
     CapturedOutput output;
     SSOClientPrivate::SetSSOClientConfigFileOverride(L"C:\\late.json");
     EXPECT_EQ(Override(), "");
@@ -150,13 +150,13 @@ TEST_F(PrivateConfigFile, AnOverrideAfterAFailedAttemptToReadTheFileIsRefusedToo
 
 TEST_F(PrivateConfigFile, AnOverrideAfterAMalformedFileWasReadIsRefusedToo)
 {
-    site.WriteClientConfig("malformed");
+    installation.WriteClientConfig("malformed");
     SSOClientPrivate::GetSSOServerAppPath();
     CapturedOutput output;
     SSOClientPrivate::SetSSOClientConfigFileOverride(L"C:\\late.json");
     EXPECT_EQ(Override(), "");
-    EXPECT_EQ(ConfigFile(), Utf8(site.ClientConfigFile()));
-    EXPECT_EQ(output.Take(), OverrideRefused("C:\\late.json", Utf8(site.ClientConfigFile())).text + '\n');
+    EXPECT_EQ(ConfigFile(), Utf8(installation.ClientConfigFile()));
+    EXPECT_EQ(output.Take(), OverrideRefused("C:\\late.json", Utf8(installation.ClientConfigFile())).text + '\n');
 }
 
 TEST_F(PrivateConfigFile, AnOverrideIsForTheManagerOfItsTimeOnly)
@@ -167,7 +167,7 @@ TEST_F(PrivateConfigFile, AnOverrideIsForTheManagerOfItsTimeOnly)
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     EXPECT_EQ(Override(), "");
-    EXPECT_EQ(ConfigFile(), Utf8(site.ClientConfigFile()));
+    EXPECT_EQ(ConfigFile(), Utf8(installation.ClientConfigFile()));
     SSOClientPrivate::SetSSOClientConfigFileOverride(file.native());
     EXPECT_EQ(ConfigFile(), Utf8(file)) << "nothing was read yet by the new one";
 }

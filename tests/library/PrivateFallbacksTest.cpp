@@ -1,4 +1,4 @@
-// What the private and server-process surface answers when the plugin, or one of its interfaces, is missing.
+// What the private and server-process classes return if the plugin, or one of its interfaces, is missing.
 
 #include "PrivateTest.h"
 #include "orlindex/SSOServerManager.h"
@@ -26,13 +26,13 @@ void ExpectFallback(const PrivateMember& member)
 class PrivateFallbacks : public HostTest
 {
 protected:
-    /// With a plugin that answers null for one interface: its members fall back, the others serve.
-    void ExpectFallbacksWithout(const char* interfaceName, int factorySlot, const LogLine& reason)
+    /// Expects that members of an interface that the factory returns null for fall back, and that the others work.
+    void ExpectFallbacksWithout(const std::string& interfaceName, const PluginOperation& getter, const LogLine& reason)
     {
-        InstallPlugin().Answer(Factory, factorySlot, 0);
+        InstallPlugin().Return(getter, 0);
         for (const PrivateMember& member : PrivateMembers())
         {
-            if (member.interfaceName != std::string(interfaceName))
+            if (member.operation.interfaceName != interfaceName)
                 continue;
             SSOClientPrivate::GetProductName(); // Loads the plugin for the first of them.
             Plugin().ClearJournal();
@@ -42,39 +42,39 @@ protected:
         }
         for (const PrivateMember& member : PrivateMembers())
         {
-            if (member.interfaceName == std::string(interfaceName))
+            if (member.operation.interfaceName == interfaceName)
                 continue;
             Plugin().ClearJournal();
             PrivateArguments arguments;
             member.call(arguments);
-            EXPECT_THAT(Plugin().Calls(member.interfaceName), SizeIs(1)) << member.name;
+            EXPECT_THAT(Plugin().Calls(member.operation.interfaceName), SizeIs(1)) << member.name;
         }
     }
 };
 
-TEST_F(PrivateFallbacks, WithNoPluginLoadableEveryMemberAnswersItsFallbackAndTouchesNothing)
+TEST_F(PrivateFallbacks, WithNoPluginLoadableEveryMemberReturnsItsFallbackAndTouchesNothing)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     for (const PrivateMember& member : PrivateMembers())
         ExpectFallback(member);
 }
 
-TEST_F(PrivateFallbacks, WithNothingInstalledEveryMemberAnswersItsFallbackAndTouchesNothing)
+TEST_F(PrivateFallbacks, WithNothingInstalledEveryMemberReturnsItsFallbackAndTouchesNothing)
 {
     for (const PrivateMember& member : PrivateMembers())
         ExpectFallback(member);
 }
 
-TEST_F(PrivateFallbacks, WithNoPluginLoadableServerNameToServerAnswersMinusOneAndTheTimeoutIsZeroSeconds)
+TEST_F(PrivateFallbacks, WithNoPluginLoadableServerNameToServerReturnsMinusOneAndTheTimeoutIsZeroSeconds)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     EXPECT_EQ(SSOClientPrivate::ServerNameToServer(L"production"), -1);
     EXPECT_EQ(SSOClientPrivate::GetKillFrozenServerTimeout(), std::chrono::seconds(0));
 }
 
 TEST_F(PrivateFallbacks, WithNoPluginLoadableTheRetryScheduleIsZeroWithoutEntries)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     const Kestrany::StdUtil::RetrySchedule schedule = SSOClientPrivate::GetActiveOAuth2TokenRefreshRetrySchedule();
     EXPECT_EQ(schedule.limit, 0);
     EXPECT_THAT(schedule.steps, IsEmpty());
@@ -82,16 +82,16 @@ TEST_F(PrivateFallbacks, WithNoPluginLoadableTheRetryScheduleIsZeroWithoutEntrie
 
 TEST_F(PrivateFallbacks, ATamperedPluginCountsAsMissing)
 {
-    site.Install();
-    Tamper(site.PluginFile());
+    installation.Install();
+    Tamper(installation.PluginFile());
     for (const PrivateMember& member : PrivateMembers())
         ExpectFallback(member);
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(PrivateFallbacks, AfterTheFailedLoadNoMemberPrintsAnything)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     SSOClientPrivate::ClearEventQueue();
     CapturedOutput output;
     for (const PrivateMember& member : PrivateMembers())
@@ -99,24 +99,25 @@ TEST_F(PrivateFallbacks, AfterTheFailedLoadNoMemberPrintsAnything)
     EXPECT_EQ(output.Take(), "");
 }
 
-TEST_F(PrivateFallbacks, WithoutPrivateInterfaceItsMembersAnswerTheirFallbacks)
+TEST_F(PrivateFallbacks, WithoutPrivateInterfaceItsMembersReturnTheirFallbacks)
 {
     ExpectFallbacksWithout(
-        Private, 4,
+        Private::Interface, Factory::GetSSOClientPrivate,
         {Error, "Failed to obtain ISSOClientPrivate. ISSOClientFactory::GetSSOClientPrivate returned null."});
 }
 
-TEST_F(PrivateFallbacks, WithoutServerManagerItsMembersAnswerTheirFallbacks)
+TEST_F(PrivateFallbacks, WithoutServerManagerItsMembersReturnTheirFallbacks)
 {
     ExpectFallbacksWithout(
-        ServerManager, 5,
+        ServerManager::Interface, Factory::GetSSOServerManager,
         {Error, "Failed to obtain ISSOServerManager. ISSOClientFactory::GetSSOServerManager returned null."});
 }
 
-TEST_F(PrivateFallbacks, WithoutModuleInterfaceItsMembersAnswerTheirFallbacks)
+TEST_F(PrivateFallbacks, WithoutModuleInterfaceItsMembersReturnTheirFallbacks)
 {
     ExpectFallbacksWithout(
-        Module, 2, {Error, "Failed to obtain ISSOClientModule. ISSOClientFactory::GetSSOClientModule returned null."});
+        Module::Interface, Factory::GetSSOClientModule,
+        {Error, "Failed to obtain ISSOClientModule. ISSOClientFactory::GetSSOClientModule returned null."});
 }
 
 } // namespace OrlindexTest

@@ -1,4 +1,4 @@
-// What the private surface answers without the plugin: where things lie on the machine.
+// What the private interface returns without the plugin: paths on the machine.
 
 #include <atomic>
 #include <chrono>
@@ -9,9 +9,9 @@
 #include <knownfolders.h>
 #include <shlobj.h>
 
-#include "TrustDoubles.h"
 #include "orlindex/SSOClientPrivate.h"
 #include "support/HostTest.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -21,21 +21,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
-
-struct LoadLibraryImport
-{
-    static constexpr char Name[] = "LoadLibraryW";
-    using Type = decltype(LoadLibraryW);
-};
-
-struct ModuleHandleImport
-{
-    static constexpr char Name[] = "GetModuleHandleW";
-    using Type = decltype(GetModuleHandleW);
-};
-
-using LoadLibraryDouble = ImportDouble<LoadLibraryImport>;
-using ModuleHandleDouble = ImportDouble<ModuleHandleImport>;
 
 std::wstring KnownFolder(const KNOWNFOLDERID& id)
 {
@@ -62,33 +47,33 @@ class PrivateLocations : public HostTest
 
 TEST_F(PrivateLocations, TheServerApplicationsPathAndItsDirectoryAreEqual)
 {
-    site.InstallWithoutPlugin();
-    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOServerAppPath()), Utf8(site.ServerFolder()));
+    installation.InstallWithoutPlugin();
+    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOServerAppPath()), Utf8(installation.ServerFolder()));
     EXPECT_EQ(SSOClientPrivate::GetSSOServerAppExeDirPath(), SSOClientPrivate::GetSSOServerAppPath());
 }
 
 TEST_F(PrivateLocations, TheServerApplicationsDirectoryIsSearchedWhenItIsAskedForFirst)
 {
-    site.InstallWithoutPlugin();
-    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOServerAppExeDirPath()), Utf8(site.ServerFolder()));
+    installation.InstallWithoutPlugin();
+    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOServerAppExeDirPath()), Utf8(installation.ServerFolder()));
 }
 
 TEST_F(PrivateLocations, WithoutServerApplicationBothAreEmptyAndSearchedAgainAtEachRequest)
 {
     EXPECT_EQ(SSOClientPrivate::GetSSOServerAppPath(), L"");
     EXPECT_EQ(SSOClientPrivate::GetSSOServerAppExeDirPath(), L"");
-    site.InstallServerApplication(site.HostFolder());
-    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOServerAppExeDirPath()), Utf8(site.HostFolder()));
-    fs::remove(site.HostFolder() / "Pellwick.exe");
-    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOServerAppPath()), Utf8(site.HostFolder())) << "found once, kept";
+    installation.InstallServerApplication(installation.HostFolder());
+    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOServerAppExeDirPath()), Utf8(installation.HostFolder()));
+    fs::remove(installation.HostFolder() / "Pellwick.exe");
+    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOServerAppPath()), Utf8(installation.HostFolder())) << "found once, kept";
 }
 
 // The plugin module
 
-TEST_F(PrivateLocations, ThePluginModulesPathIsAnsweredAndNothingIsVerifiedOrLoaded)
+TEST_F(PrivateLocations, ThePluginModulesPathIsReturnedAndNothingIsVerifiedOrLoaded)
 {
-    site.Install();
-    Tamper(site.PluginFile());
+    installation.Install();
+    Tamper(installation.PluginFile());
     int verified = 0;
     int loaded = 0;
     const WinVerifyTrustDouble verifications([&verified](HWND window, GUID* action, LPVOID data) {
@@ -99,32 +84,32 @@ TEST_F(PrivateLocations, ThePluginModulesPathIsAnsweredAndNothingIsVerifiedOrLoa
         ++loaded;
         return LoadLibraryDouble::Original(file);
     });
-    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOClientPluginModule()), Utf8(site.PluginFile()));
-    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOClientPluginModule()), Utf8(site.PluginFile()));
+    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOClientPluginModule()), Utf8(installation.PluginFile()));
+    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOClientPluginModule()), Utf8(installation.PluginFile()));
     EXPECT_EQ(verified, 0);
     EXPECT_EQ(loaded, 0);
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
 
-    // The path alone makes nobody trust the file.
+    // The call returns a path and does not verify the file.
     EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
     EXPECT_GT(verified, 0);
     EXPECT_EQ(loaded, 0);
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(PrivateLocations, ThePluginModulesPathNeedsNoFile)
 {
-    site.InstallWithoutPlugin();
-    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOClientPluginModule()), Utf8(site.PluginFile()));
+    installation.InstallWithoutPlugin();
+    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOClientPluginModule()), Utf8(installation.PluginFile()));
 }
 
 TEST_F(PrivateLocations, WithoutACompatiblePluginThePathIsEmptyAndLookedForAgain)
 {
-    site.InstallWithoutPlugin();
-    site.WriteCompatibilityFile(std::vector<CompatibilityEntry>());
+    installation.InstallWithoutPlugin();
+    installation.WriteCompatibilityFile(std::vector<CompatibilityEntry>());
     EXPECT_EQ(SSOClientPrivate::GetSSOClientPluginModule(), L"");
-    site.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\Other.dll"}});
-    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOClientPluginModule()), Utf8(site.ServerFolder() / "Other.dll"));
+    installation.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\Other.dll"}});
+    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetSSOClientPluginModule()), Utf8(installation.ServerFolder() / "Other.dll"));
 }
 
 TEST_F(PrivateLocations, WithNothingInstalledThePluginModulesPathIsEmpty)
@@ -136,9 +121,9 @@ TEST_F(PrivateLocations, WithNothingInstalledThePluginModulesPathIsEmpty)
 
 TEST_F(PrivateLocations, PathVariablesAreExpandedInPlace)
 {
-    site.InstallWithoutPlugin();
-    const std::string host = Utf8(site.HostFolder());
-    const std::string server = Utf8(site.ServerFolder());
+    installation.InstallWithoutPlugin();
+    const std::string host = Utf8(installation.HostFolder());
+    const std::string server = Utf8(installation.ServerFolder());
     EXPECT_EQ(Expanded(L"%ExePath%\\a"), host + "\\a");
     EXPECT_EQ(Expanded(L"%exepath%%APPPATH%"), host + host);
     EXPECT_EQ(Expanded(L"<%SSOServicesModulePath%>"), '<' + host + '>');
@@ -154,21 +139,21 @@ TEST_F(PrivateLocations, AReferenceWithoutValueStaysAndCountsAllTheSame)
     EXPECT_EQ(Expanded(L"a%Unknown%b"), "a%Unknown%b");
     EXPECT_EQ(Expanded(L"%SSOServerAppPath%"), "%SSOServerAppPath%") << "nothing is installed";
     EXPECT_EQ(Expanded(L"%%"), "%%");
-    EXPECT_EQ(Expanded(L"%Unknown%%ExePath%"), "%Unknown%" + Utf8(site.HostFolder()));
+    EXPECT_EQ(Expanded(L"%Unknown%%ExePath%"), "%Unknown%" + Utf8(installation.HostFolder()));
 }
 
-TEST_F(PrivateLocations, ATextWithoutReferenceStaysAndAnswersFalse)
+TEST_F(PrivateLocations, ATextWithoutReferenceStaysAndReturnsFalse)
 {
     for (const wchar_t* text : {L"", L"C:\\a", L"100 %", L"ExePath%"})
         EXPECT_EQ(Expanded(text, false), ToUtf8(text));
 }
 
-TEST_F(PrivateLocations, TheDirectoryOfAModuleIsAnsweredByItsNameOrPath)
+TEST_F(PrivateLocations, TheDirectoryOfAModuleIsReturnedForItsNameOrPath)
 {
-    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetModuleDirPath(L"Orlindex.dll")), Utf8(site.HostFolder()));
-    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetModuleDirPath(L"ORLINDEX")), Utf8(site.HostFolder()));
-    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetModuleDirPath((site.HostFolder() / "Orlindex.dll").native())),
-              Utf8(site.HostFolder()));
+    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetModuleDirPath(L"Orlindex.dll")), Utf8(installation.HostFolder()));
+    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetModuleDirPath(L"ORLINDEX")), Utf8(installation.HostFolder()));
+    EXPECT_EQ(ToUtf8(SSOClientPrivate::GetModuleDirPath((installation.HostFolder() / "Orlindex.dll").native())),
+              Utf8(installation.HostFolder()));
     wchar_t system[MAX_PATH] = {};
     GetSystemDirectoryW(system, MAX_PATH);
     EXPECT_STRCASEEQ(ToUtf8(SSOClientPrivate::GetModuleDirPath(L"kernel32.dll")).c_str(), ToUtf8(system).c_str());
@@ -176,9 +161,9 @@ TEST_F(PrivateLocations, TheDirectoryOfAModuleIsAnsweredByItsNameOrPath)
 
 TEST_F(PrivateLocations, AModuleThatIsNotLoadedHasNoDirectory)
 {
-    site.Install();
+    installation.Install();
     EXPECT_EQ(SSOClientPrivate::GetModuleDirPath(L"Missing.dll"), L"");
-    EXPECT_EQ(SSOClientPrivate::GetModuleDirPath(site.PluginFile().native()), L"");
+    EXPECT_EQ(SSOClientPrivate::GetModuleDirPath(installation.PluginFile().native()), L"");
 }
 
 TEST_F(PrivateLocations, WithEverythingKnownNoLocationLogsOrPrintsAnything)
@@ -209,29 +194,29 @@ protected:
         SSOClientPrivate::ClearEventQueue(); // Loads the plugin and so reads the client config file.
     }
 
-    /// Runs `action` on this thread while it holds the manager's lock: inside the plugin's logger.
+    /// Runs `action` on this thread inside the plugin's logger, where it owns the manager's lock.
     void WhileLocked(std::function<void()> action)
     {
-        Plugin().OnCall(Logger, 10, [action = std::move(action)](const CallArguments&) { action(); });
+        Plugin().OnCall(Logger::Log, [action = std::move(action)](const CallArguments&) { action(); });
         SSOClientPrivate::SetSSOClientConfigFileOverride(L"too late");
     }
 
-    /// Expects that another thread's call asks the platform for a module only once this thread has given the lock back.
+    /// Expects that another thread's call gets a module from the platform only after this thread released the lock.
     void ExpectToWaitForTheLock(void (*call)())
     {
         std::promise<void> asked;
         std::future<void> caller;
         std::atomic<bool> released = false;
         std::atomic<bool> early = false;
-        const ModuleHandleDouble modules([&](const wchar_t* name) {
+        const GetModuleHandleDouble modules([&](const wchar_t* name) {
             if (!released)
                 early = true;
             asked.set_value();
-            return ModuleHandleDouble::Original(name);
+            return GetModuleHandleDouble::Original(name);
         });
         WhileLocked([&]() {
             caller = std::async(std::launch::async, call);
-            // A call that does not wait for the lock arrives within that time.
+            // A call that does not wait for the lock would arrive within that time.
             asked.get_future().wait_for(std::chrono::milliseconds(200));
             released = true;
         });
@@ -257,7 +242,7 @@ TEST_F(PrivateLocationsLock, TheLockIsRecursive)
         expanded = Expanded(L"%ExePath%");
         EXPECT_NE(SSOClientPrivate::GetModuleDirPath(L"Orlindex.dll"), L"");
     });
-    EXPECT_EQ(expanded, Utf8(site.HostFolder()));
+    EXPECT_EQ(expanded, Utf8(installation.HostFolder()));
 }
 
 TEST_F(PrivateLocationsLock, PathsThatAreKnownNeedNoLock)
@@ -273,9 +258,9 @@ TEST_F(PrivateLocationsLock, PathsThatAreKnownNeedNoLock)
                                                      SSOClientPrivate::GetLogFile()};
                 }).get();
     });
-    EXPECT_THAT(paths,
-                ElementsAre(site.ServerFolder().native(), site.ServerFolder().native(), site.PluginFile().native(),
-                            site.ClientConfigFile().native(), L"", SSOClientPrivate::GetLogFile()));
+    EXPECT_THAT(paths, ElementsAre(installation.ServerFolder().native(), installation.ServerFolder().native(),
+                                   installation.PluginFile().native(), installation.ClientConfigFile().native(), L"",
+                                   SSOClientPrivate::GetLogFile()));
 }
 
 } // namespace OrlindexTest

@@ -1,4 +1,4 @@
-// The path of the log file, which is composed on the spot.
+// The path of the log file, which every call composes anew.
 
 #include <cstring>
 
@@ -9,6 +9,7 @@
 
 #include "orlindex/SSOClientPrivate.h"
 #include "support/HostTest.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -18,33 +19,27 @@ using testing::IsEmpty;
 
 namespace {
 
-struct KnownFolderImport
-{
-    static constexpr char Name[] = "SHGetKnownFolderPath";
-    using Type = decltype(SHGetKnownFolderPath);
-};
-
-/// Makes the platform answer one path for local application data; none where `path` is null.
+/// Makes the platform return one path for local application data; none if `path` is null.
 class LocalAppData
 {
 public:
     explicit LocalAppData(const wchar_t* path)
-        : folder_([path](REFKNOWNFOLDERID id, DWORD flags, HANDLE token, PWSTR* answer) -> HRESULT {
+        : folder_([path](REFKNOWNFOLDERID id, DWORD flags, HANDLE token, PWSTR* found) -> HRESULT {
               EXPECT_TRUE(IsEqualGUID(id, FOLDERID_LocalAppData));
               EXPECT_EQ(flags, 20480U) << "neither verified nor made";
               EXPECT_EQ(token, nullptr);
-              *answer = nullptr;
+              *found = nullptr;
               if (!path)
                   return E_FAIL;
               const std::size_t size = (std::wcslen(path) + 1) * sizeof(wchar_t);
-              *answer = static_cast<PWSTR>(std::memcpy(CoTaskMemAlloc(size), path, size));
+              *found = static_cast<PWSTR>(std::memcpy(CoTaskMemAlloc(size), path, size));
               return S_OK;
           })
     {
     }
 
 private:
-    ImportDouble<KnownFolderImport> folder_;
+    SHGetKnownFolderPathDouble folder_;
 };
 
 std::wstring LocalAppDataFolder()
@@ -100,7 +95,7 @@ TEST_F(PrivateLogFile, IsTheSameWhetherOrNotAPluginIsPresentAndNeverConsultsIt)
 
 TEST_F(PrivateLogFile, NeitherItNorItsFoldersAreMade)
 {
-    const fs::path data = site.MakeFolder("data");
+    const fs::path data = installation.MakeFolder("data");
     const LocalAppData folder(data.c_str());
     SSOClientPrivate::GetLogFile();
     EXPECT_TRUE(fs::is_empty(data));

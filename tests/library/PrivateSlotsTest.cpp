@@ -1,4 +1,4 @@
-// Every member of the private and server-process surface reaches its own operation of the plugin, and only that one.
+// Every member of the private and server-process classes calls its own operation of the plugin, and only that one.
 
 #include <cstring>
 #include <future>
@@ -25,16 +25,46 @@ using PrivateSlots = PrivateTest;
 
 TEST(PrivateTable, ItHoldsEveryOperationThatTheSurfaceForwardsTo)
 {
-    std::set<std::pair<std::string, int>> operations;
+    std::set<std::string> operations;
     for (const PrivateMember& member : PrivateMembers())
-        operations.insert({member.interfaceName, member.slot});
-    std::set<std::pair<std::string, int>> expected;
-    for (const int slot : {1, 2, 3, 4, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 19, 20, 21, 22, 23})
-        expected.insert({Private, slot});
-    for (const int slot : {3, 4, 7, 9, 10, 11, 12, 13, 14, 15, 16, 17})
-        expected.insert({ServerManager, slot});
-    for (const int slot : {4, 5})
-        expected.insert({Module, slot});
+        operations.insert(FullName(member.operation));
+    std::set<std::string> expected;
+    for (const PluginOperation& operation : {Private::ServerToServerName,
+                                             Private::ServerNameToServer,
+                                             Private::Encrypt,
+                                             Private::GetSettingsPath,
+                                             Private::GetActiveOAuth2TokenRefreshRetrySchedule,
+                                             Private::SetOAuth2TokenRefreshRetrySchedule,
+                                             Private::GetLoginStateCacheFileWithFlag,
+                                             Private::GetLoginStateCacheFile,
+                                             Private::LoadLoginFromCache,
+                                             Private::RaiseEvent,
+                                             Private::ToJsonString,
+                                             Private::FromJsonString,
+                                             Private::Equals,
+                                             Private::LockLoginStateFile,
+                                             Private::UnlockLoginStateFile,
+                                             Private::Ping,
+                                             Private::ClearEventQueue,
+                                             Private::FreezeSSOServerProcess,
+                                             Private::GetKillFrozenServerTimeout,
+                                             Private::SetKillFrozenServerTimeout,
+                                             Private::GetSessionState,
+                                             ServerManager::GetSSOServerAppFile,
+                                             ServerManager::GetSSOServerAppExeFile,
+                                             ServerManager::GetSSOServerName,
+                                             ServerManager::GetSSOEventServerName,
+                                             ServerManager::StartSSOServerProcessWithArguments,
+                                             ServerManager::StartSSOServerProcess,
+                                             ServerManager::GetSSOServerProcessArguments,
+                                             ServerManager::SetSSOServerProcessArguments,
+                                             ServerManager::IsSSOServerProcessRunning,
+                                             ServerManager::IsSSOServerProcessReady,
+                                             ServerManager::QuitSSOServerProcess,
+                                             ServerManager::QuitAllSSOServerProcesses,
+                                             Module::GetProductName,
+                                             Module::SetProductName})
+        expected.insert(FullName(operation));
     EXPECT_EQ(operations, expected);
 }
 
@@ -49,22 +79,22 @@ TEST_F(PrivateSlots, EveryMemberReachesItsSlotWithItsArgumentsInOrder)
         const auto calls = Plugin().Calls();
         ASSERT_THAT(calls, SizeIs(1));
         const std::string shown = ArgumentsOf(calls.front());
-        EXPECT_EQ(calls.front(), Call(member.interfaceName, member.slot, shown));
+        EXPECT_EQ(calls.front(), Call(member.operation, shown));
         EXPECT_THAT(shown, member.arguments(arguments));
     }
     EXPECT_THAT(Plugin().Log(), IsEmpty());
 }
 
-TEST_F(PrivateSlots, EveryMemberPassesThePluginsAnswerOn)
+TEST_F(PrivateSlots, EveryMemberPassesThePluginsResultOn)
 {
     for (const PrivateMember& member : PrivateMembers())
     {
         SCOPED_TRACE(member.name);
-        for (const Answered& answered : member.answers)
+        for (const PassedOn& passedOn : member.results)
         {
-            Plugin().Answer(member.interfaceName, member.slot, answered.plugin);
+            Plugin().Return(member.operation, passedOn.fromPlugin);
             PrivateArguments arguments;
-            EXPECT_EQ(member.call(arguments), answered.result);
+            EXPECT_EQ(member.call(arguments), passedOn.result);
         }
     }
 }
@@ -86,16 +116,16 @@ TEST_F(PrivateSlots, TheFirstRequestLoadsThePluginAndNeedsNoInitialize)
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
     EXPECT_THAT(Plugin().Calls(), IsEmpty());
-    Plugin().Answer(Private, 10, 1);
+    Plugin().Return(Private::LoadLoginFromCache, 1);
     EXPECT_TRUE(SSOClientPrivate::LoadLoginFromCache(true));
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Private, 10, "true")));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Private::LoadLoginFromCache, "true")));
 }
 
 // Retry schedules
 
 TEST_F(PrivateSlots, TheActiveRetryScheduleIsWhatThePluginFillsIn)
 {
-    Plugin().OnCall(Private, 6, [](const CallArguments& call) {
+    Plugin().OnCall(Private::GetActiveOAuth2TokenRefreshRetrySchedule, [](const CallArguments& call) {
         auto& schedule = *call.Pointer<RetrySchedule>(0);
         EXPECT_EQ(Shown(schedule), "0:") << "it comes to the plugin empty";
         schedule.limit = -0x123456789A;
@@ -108,7 +138,7 @@ TEST_F(PrivateSlots, TheActiveRetryScheduleIsWhatThePluginFillsIn)
 TEST_F(PrivateSlots, ARetryScheduleReachesThePluginWithEveryStep)
 {
     std::string seen;
-    Plugin().OnCall(Private, 7,
+    Plugin().OnCall(Private::SetOAuth2TokenRefreshRetrySchedule,
                     [&seen](const CallArguments& call) { seen = Shown(*call.Pointer<const RetrySchedule>(0)); });
     SSOClientPrivate::SetOAuth2TokenRefreshRetrySchedule({-1, {{5, 6}, {-7, 0x123456789A}}});
     EXPECT_EQ(seen, "-1: 5x6 -7x78187493530");
@@ -126,38 +156,38 @@ static_assert(sizeof(RetrySchedule) == 8 + sizeof(std::vector<Kestrany::StdUtil:
 
 TEST_F(PrivateSlots, PingWithoutMapAndPingWithMapReachTheSamePluginSlot)
 {
-    std::map<std::string, std::string> answers;
+    std::map<std::string, std::string> message;
     SSOClientPrivate::Ping();
-    SSOClientPrivate::Ping(answers);
+    SSOClientPrivate::Ping(message);
     const auto calls = Plugin().Calls();
     ASSERT_THAT(calls, SizeIs(2));
-    EXPECT_THAT(calls[0], StartsWith("ISSOClientPrivate 17 (@"));
-    EXPECT_EQ(calls[1], Call(Private, 17, Address(&answers)));
+    EXPECT_THAT(calls[0], StartsWith(FullName(Private::Ping) + "(@"));
+    EXPECT_EQ(calls[1], Call(Private::Ping, Address(&message)));
 }
 
 TEST_F(PrivateSlots, PingHandsOverWhatThePluginPutIntoTheMap)
 {
-    Plugin().Answer(Private, 17, 1);
-    Plugin().OnCall(Private, 17, [](const CallArguments& call) {
-        auto& answers = *call.Pointer<std::map<std::string, std::string>>(0);
-        EXPECT_EQ(answers.count("old"), 1U);
-        answers["version"] = "a text that is too long to be kept inside the string object";
-        answers["old"] = "new";
+    Plugin().Return(Private::Ping, 1);
+    Plugin().OnCall(Private::Ping, [](const CallArguments& call) {
+        auto& message = *call.Pointer<std::map<std::string, std::string>>(0);
+        EXPECT_EQ(message.count("old"), 1U);
+        message["version"] = "a text that is too long to be kept inside the string object";
+        message["old"] = "new";
     });
-    std::map<std::string, std::string> answers{{"old", "old"}};
-    EXPECT_TRUE(SSOClientPrivate::Ping(answers));
-    EXPECT_THAT(answers, ElementsAre(Pair("old", "new"),
+    std::map<std::string, std::string> message{{"old", "old"}};
+    EXPECT_TRUE(SSOClientPrivate::Ping(message));
+    EXPECT_THAT(message, ElementsAre(Pair("old", "new"),
                                      Pair("version", "a text that is too long to be kept inside the string object")));
 }
 
 TEST_F(PrivateSlots, PingWithoutMapGivesThePluginAnEmptyMapAndDiscardsWhatItPutsThere)
 {
-    Plugin().Answer(Private, 17, 1);
+    Plugin().Return(Private::Ping, 1);
     int sizes = 0;
-    Plugin().OnCall(Private, 17, [&sizes](const CallArguments& call) {
-        auto& answers = *call.Pointer<std::map<std::string, std::string>>(0);
-        sizes += static_cast<int>(answers.size());
-        answers["key"] = "a text that is too long to be kept inside the string object";
+    Plugin().OnCall(Private::Ping, [&sizes](const CallArguments& call) {
+        auto& message = *call.Pointer<std::map<std::string, std::string>>(0);
+        sizes += static_cast<int>(message.size());
+        message["key"] = "a text that is too long to be kept inside the string object";
     });
     EXPECT_TRUE(SSOClientPrivate::Ping());
     EXPECT_TRUE(SSOClientPrivate::Ping());
@@ -169,11 +199,11 @@ TEST_F(PrivateSlots, PingWithoutMapGivesThePluginAnEmptyMapAndDiscardsWhatItPuts
 TEST_F(PrivateSlots, TheProductNameHas256CharactersWheneverThePluginReportsAName)
 {
     // The number that the plugin reports says no more than that there is a name.
-    Plugin().OnCall(Module, 4,
+    Plugin().OnCall(Module::GetProductName,
                     [](const CallArguments& call) { std::wcscpy(call.Pointer<wchar_t>(0), L"Product \x4E2D"); });
     for (const int reported : {1, 9, 256, 100000})
     {
-        Plugin().Answer(Module, 4, reported);
+        Plugin().Return(Module::GetProductName, reported);
         const std::wstring name = SSOClientPrivate::GetProductName();
         EXPECT_EQ(name.size(), 256U);
         EXPECT_STREQ(name.c_str(), L"Product \x4E2D");
@@ -182,8 +212,8 @@ TEST_F(PrivateSlots, TheProductNameHas256CharactersWheneverThePluginReportsAName
 
 TEST_F(PrivateSlots, TheProductNameIsNotCutAtItsTerminatingZero)
 {
-    Plugin().Answer(Module, 4, 1);
-    Plugin().OnCall(Module, 4, [](const CallArguments& call) {
+    Plugin().Return(Module::GetProductName, 1);
+    Plugin().OnCall(Module::GetProductName, [](const CallArguments& call) {
         auto* const buffer = call.Pointer<wchar_t>(0);
         std::wmemset(buffer, L'x', 256);
         buffer[1] = L'\0';
@@ -194,10 +224,11 @@ TEST_F(PrivateSlots, TheProductNameIsNotCutAtItsTerminatingZero)
 
 TEST_F(PrivateSlots, TheProductNameIsEmptyWhenThePluginReportsNone)
 {
-    Plugin().OnCall(Module, 4, [](const CallArguments& call) { std::wcscpy(call.Pointer<wchar_t>(0), L"Product"); });
+    Plugin().OnCall(Module::GetProductName,
+                    [](const CallArguments& call) { std::wcscpy(call.Pointer<wchar_t>(0), L"Product"); });
     for (const int reported : {0, -1, -256})
     {
-        Plugin().Answer(Module, 4, reported);
+        Plugin().Return(Module::GetProductName, reported);
         EXPECT_EQ(SSOClientPrivate::GetProductName(), L"");
     }
 }
@@ -215,21 +246,21 @@ TEST_F(PrivateSlots, WhatThePluginWritesArrivesInTheCallersArguments)
     const auto writeProcessId = [](std::size_t index, std::int64_t processId) {
         return [index, processId](const CallArguments& call) { *call.Pointer<std::int64_t>(index) = processId; };
     };
-    Plugin().OnCall(Private, 13, [](const CallArguments& call) {
+    Plugin().OnCall(Private::FromJsonString, [](const CallArguments& call) {
         *call.Pointer<Server>(0) = TALIX_SERVER_STAGING;
         call.Pointer<ProductConfig>(1)->SetOAuth2ClientID("read");
     });
-    Plugin().OnCall(ServerManager, 3, writeWideText(L"Pellwick.exe"));
-    Plugin().OnCall(ServerManager, 4, writeWideText(L"C:\\Pellwick.exe"));
-    Plugin().OnCall(ServerManager, 7, writeText("server"));
-    Plugin().OnCall(ServerManager, 9, writeText("events"));
-    Plugin().OnCall(ServerManager, 10, writeProcessId(3, 0x123456789A));
-    Plugin().OnCall(ServerManager, 11, writeProcessId(1, -2));
-    Plugin().OnCall(ServerManager, 12, [](const CallArguments& call) {
+    Plugin().OnCall(ServerManager::GetSSOServerAppFile, writeWideText(L"Pellwick.exe"));
+    Plugin().OnCall(ServerManager::GetSSOServerAppExeFile, writeWideText(L"C:\\Pellwick.exe"));
+    Plugin().OnCall(ServerManager::GetSSOServerName, writeText("server"));
+    Plugin().OnCall(ServerManager::GetSSOEventServerName, writeText("events"));
+    Plugin().OnCall(ServerManager::StartSSOServerProcessWithArguments, writeProcessId(3, 0x123456789A));
+    Plugin().OnCall(ServerManager::StartSSOServerProcess, writeProcessId(1, -2));
+    Plugin().OnCall(ServerManager::GetSSOServerProcessArguments, [](const CallArguments& call) {
         std::strcpy(call.Pointer<char*>(0)[0], "--one");
         std::strcpy(call.Pointer<char*>(0)[1], "--two");
     });
-    Plugin().OnCall(ServerManager, 14, writeProcessId(0, 3));
+    Plugin().OnCall(ServerManager::IsSSOServerProcessRunning, writeProcessId(0, 3));
 
     PrivateArguments arguments;
     SSOClientPrivate::FromJsonString(&arguments.server, &arguments.config, "{}");
@@ -263,8 +294,8 @@ TEST_F(PrivateSlots, ThePluginSeesEveryProcessArgument)
         for (std::size_t i = 0; i < call.Number(1); ++i)
             seen.emplace_back(call.Pointer<const char*>(0)[i]);
     };
-    Plugin().OnCall(ServerManager, 10, read);
-    Plugin().OnCall(ServerManager, 13, read);
+    Plugin().OnCall(ServerManager::StartSSOServerProcessWithArguments, read);
+    Plugin().OnCall(ServerManager::SetSSOServerProcessArguments, read);
     const char* texts[] = {"--a b", "", "\xC3\xBC"};
     std::int64_t processId = 0;
     SSOClientPrivate::StartSSOServerProcess(texts, 3, std::chrono::milliseconds(1), processId);
@@ -284,7 +315,7 @@ TEST_F(PrivateSlots, ThePluginCanCallTheFreezeCallback)
     };
     char answer[4] = "no";
     int result = 0;
-    Plugin().OnCall(Private, 20, [&](const CallArguments& call) {
+    Plugin().OnCall(Private::FreezeSSOServerProcess, [&](const CallArguments& call) {
         int context = 4714;
         result = reinterpret_cast<FreezeCallback>(call.Number(0))("request", 8, answer, 4, &context);
     });
@@ -301,8 +332,7 @@ TEST_F(PrivateSlots, AnExceptionOfThePluginPassesToTheCaller)
     for (const PrivateMember& member : PrivateMembers())
     {
         SCOPED_TRACE(member.name);
-        Plugin().OnCall(member.interfaceName, member.slot,
-                        [](const CallArguments&) { throw std::length_error("of the plugin"); });
+        Plugin().OnCall(member.operation, [](const CallArguments&) { throw std::length_error("of the plugin"); });
         PrivateArguments arguments;
         EXPECT_THROW(member.call(arguments), std::length_error);
     }
@@ -321,9 +351,9 @@ TEST_F(PrivateSlots, ThePluginRunsOnTheCallersThreadWithNoLockHeld)
             return SSOClientPrivate::GetModuleDirPath(L"Orlindex.dll");
         }).get();
     };
-    Plugin().OnCall(Private, 17, askFromElsewhere);
-    Plugin().OnCall(ServerManager, 16, askFromElsewhere);
-    Plugin().OnCall(Module, 4, askFromElsewhere);
+    Plugin().OnCall(Private::Ping, askFromElsewhere);
+    Plugin().OnCall(ServerManager::QuitSSOServerProcess, askFromElsewhere);
+    Plugin().OnCall(Module::GetProductName, askFromElsewhere);
     const auto calls = {+[]() { SSOClientPrivate::Ping(); },
                         +[]() { SSOServerManager::QuitSSOServerProcess(std::chrono::milliseconds(60000)); },
                         +[]() { SSOClientPrivate::GetProductName(); }};

@@ -7,8 +7,8 @@
 
 namespace OrlindexTest {
 
-/// A test with the plugin loaded and the journal empty. The library is not initialized: the private surface needs no
-/// start, its first request for a plugin interface loads.
+/// A test with the plugin loaded and the journal empty. The library is not initialized: the private interface loads the
+/// plugin with the first call that needs it.
 class PrivateTest : public HostTest
 {
 protected:

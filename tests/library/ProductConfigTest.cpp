@@ -9,6 +9,7 @@
 #include "InvalidParameter.h"
 #include "orlindex/ProductConfig.h"
 #include "support/HostTest.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -75,21 +76,6 @@ const BlockEntry* Block(const ProductConfig& config)
     return reinterpret_cast<const BlockEntry* const*>(&config)[1];
 }
 
-struct MallocImport
-{
-    static constexpr char Name[] = "malloc";
-    using Type = void*(std::size_t);
-};
-
-struct FreeImport
-{
-    static constexpr char Name[] = "free";
-    using Type = void(void*);
-};
-
-using MallocDouble = ImportDouble<MallocImport>;
-using FreeDouble = ImportDouble<FreeImport>;
-
 } // namespace
 
 static_assert(sizeof(ProductConfig) == 2 * sizeof(void*), "a virtual table and a private block, nothing else");
@@ -134,7 +120,7 @@ TEST(ProductConfigLayout, TheDestructorReleasesTheBlockAndClearsThePointerButKee
         EXPECT_EQ(texts[i], "text " + std::to_string(i + 1));
 }
 
-TEST(ProductConfigReading, ADefaultConstructedObjectAnswersZeroAndLeavesTheBufferUntouched)
+TEST(ProductConfigReading, ADefaultConstructedObjectReturnsZeroAndLeavesTheBufferUntouched)
 {
     const ProductConfig config;
     for (const Entry& entry : entries)
@@ -158,7 +144,7 @@ TEST(ProductConfigReading, ATextOfThreeFitsABufferOfFour)
     }
 }
 
-TEST(ProductConfigReading, ANullBufferOrASizeOfZeroAnswersZero)
+TEST(ProductConfigReading, ANullBufferOrASizeOfZeroReturnsZero)
 {
     for (const Entry& entry : entries)
     {
@@ -181,7 +167,7 @@ TEST(ProductConfigReading, AnEmptyTextIsSet)
     EXPECT_STREQ(buffer, "");
 }
 
-TEST(ProductConfigReading, AnOverflowReachesTheHostsHandlerAndTheLengthIsAnsweredAllTheSame)
+TEST(ProductConfigReading, AnOverflowReachesTheHostsHandlerAndTheLengthIsStillReturned)
 {
     ProductConfig config;
     Fill(config);
@@ -288,7 +274,7 @@ TEST(ProductConfigStoring, ATextLongerThanTheStoredOneGetsANewBufferEvenWhereThe
 
 TEST(ProductConfigStoring, WithoutMemoryForALongerTextTheOldOneStays)
 {
-    // The small blocks that an exception itself takes are still there.
+    // The small blocks that an exception needs can still be allocated.
     const std::string longer(4000, 'x');
     for (const Entry& entry : entries)
     {

@@ -1,4 +1,4 @@
-// The server-process members without a start of the library, and those that share an operation.
+// The server-process members without Initialize, and those that share an operation.
 
 #include <future>
 #include <limits>
@@ -20,7 +20,7 @@ class ServerManagerMissing : public HostTest
 {
 };
 
-TEST_F(ServerManagerMissing, EveryBooleanMemberAnswersFalseAndLeavesTheProcessIdAndTheBuffersUnchanged)
+TEST_F(ServerManagerMissing, EveryBooleanMemberReturnsFalseAndLeavesTheProcessIdAndTheBuffersUnchanged)
 {
     std::int64_t processId = -4713;
     wchar_t buffer[] = L"unchanged";
@@ -50,31 +50,34 @@ TEST_F(ServerProcesses, ATimeoutOfZeroIsPassedOnAsZeroAndNegativeCountsUnchanged
         SSOServerManager::QuitAllSSOServerProcesses(milliseconds(count));
         ManagerWithoutState().QuitAllSSOServerProcesses(count);
         const std::string shown = std::to_string(count);
-        EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(ServerManager, 11, shown + ", " + Address(&processId)),
-                                                  Call(ServerManager, 16, shown), Call(ServerManager, 17, shown),
-                                                  Call(ServerManager, 17, shown)));
+        EXPECT_THAT(Plugin().Calls(),
+                    ElementsAre(Call(ServerManager::StartSSOServerProcess, shown + ", " + Address(&processId)),
+                                Call(ServerManager::QuitSSOServerProcess, shown),
+                                Call(ServerManager::QuitAllSSOServerProcesses, shown),
+                                Call(ServerManager::QuitAllSSOServerProcesses, shown)));
     }
 }
 
 TEST_F(ServerProcesses, TimesAreCountedInMillisecondsWhateverTheCallerCountsIn)
 {
     SSOServerManager::QuitSSOServerProcess(std::chrono::minutes(2));
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(ServerManager, 16, "120000")));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(ServerManager::QuitSSOServerProcess, "120000")));
 }
 
 TEST_F(ServerProcesses, BothOverloadsOfIsSSOServerProcessRunningReachTheSameSlot)
 {
     std::int64_t processId = 0;
-    Plugin().OnCall(ServerManager, 14, [](const CallArguments& call) { *call.Pointer<std::int64_t>(0) += 42; });
-    Plugin().Answer(ServerManager, 14, 1);
+    Plugin().OnCall(ServerManager::IsSSOServerProcessRunning,
+                    [](const CallArguments& call) { *call.Pointer<std::int64_t>(0) += 42; });
+    Plugin().Return(ServerManager::IsSSOServerProcessRunning, 1);
     EXPECT_TRUE(SSOServerManager::IsSSOServerProcessRunning());
     EXPECT_EQ(processId, 0);
     EXPECT_TRUE(SSOServerManager::IsSSOServerProcessRunning(processId));
     EXPECT_EQ(processId, 42);
     const auto calls = Plugin().Calls();
     ASSERT_THAT(calls, SizeIs(2));
-    EXPECT_THAT(calls[0], StartsWith("ISSOServerManager 14 (@"));
-    EXPECT_EQ(calls[1], Call(ServerManager, 14, Address(&processId)));
+    EXPECT_THAT(calls[0], StartsWith(FullName(ServerManager::IsSSOServerProcessRunning) + "(@"));
+    EXPECT_EQ(calls[1], Call(ServerManager::IsSSOServerProcessRunning, Address(&processId)));
 }
 
 TEST_F(ServerProcesses, BothStartsReachTheirOwnSlots)
@@ -83,17 +86,17 @@ TEST_F(ServerProcesses, BothStartsReachTheirOwnSlots)
     const char* const texts[] = {"--first"};
     SSOClientPrivate::StartSSOServerProcess(texts, 1, milliseconds(5), processId);
     SSOServerManager::StartSSOServerProcess(milliseconds(6), processId);
-    EXPECT_THAT(Plugin().Calls(),
-                ElementsAre(Call(ServerManager, 10, Address(texts) + ", 1, 5, " + Address(&processId)),
-                            Call(ServerManager, 11, "6, " + Address(&processId))));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(ServerManager::StartSSOServerProcessWithArguments,
+                                                   Address(texts) + ", 1, 5, " + Address(&processId)),
+                                              Call(ServerManager::StartSSOServerProcess, "6, " + Address(&processId))));
 }
 
 TEST_F(ServerProcesses, ALongWaitInThePluginBlocksOnlyItsCaller)
 {
     std::promise<void> entered;
     std::promise<void> leave;
-    Plugin().Answer(ServerManager, 17, 1);
-    Plugin().OnCall(ServerManager, 17, [&](const CallArguments&) {
+    Plugin().Return(ServerManager::QuitAllSSOServerProcesses, 1);
+    Plugin().OnCall(ServerManager::QuitAllSSOServerProcesses, [&](const CallArguments&) {
         entered.set_value();
         leave.get_future().wait();
     });
@@ -110,21 +113,21 @@ TEST_F(ServerProcesses, ALongWaitInThePluginBlocksOnlyItsCaller)
 class QuitAllServerProcesses : public HostTest
 {
 protected:
-    static std::string Quit(int count) { return Call(ServerManager, 17, std::to_string(count)); }
+    static std::string Quit(int count) { return Call(ServerManager::QuitAllSSOServerProcesses, std::to_string(count)); }
 };
 
 TEST_F(QuitAllServerProcesses, WorksBeforeInitializeAndLoadsThePlugin)
 {
-    InstallPlugin().Answer(ServerManager, 17, 1);
+    InstallPlugin().Return(ServerManager::QuitAllSSOServerProcesses, 1);
     EXPECT_TRUE(ManagerWithoutState().QuitAllSSOServerProcesses(1));
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
     EXPECT_EQ(Plugin().Calls().back(), Quit(1));
-    EXPECT_THAT(Plugin().Calls(Module), IsEmpty()) << "the plugin is loaded, not started";
+    EXPECT_THAT(Plugin().Calls(Module::Interface), IsEmpty()) << "the plugin is loaded, not started";
 }
 
 TEST_F(QuitAllServerProcesses, WorksAfterTheLastUninitializeAndLoadsThePluginAgain)
 {
-    InstallPlugin().Answer(ServerManager, 17, 1);
+    InstallPlugin().Return(ServerManager::QuitAllSSOServerProcesses, 1);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_TRUE(IdServicesMgr::GetInstance()->QuitAllSSOServerProcesses(1));
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
@@ -135,13 +138,13 @@ TEST_F(QuitAllServerProcesses, WorksAfterTheLastUninitializeAndLoadsThePluginAga
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
 }
 
-TEST_F(QuitAllServerProcesses, AfterTheLastUninitializeWithoutPluginAnswersFalse)
+TEST_F(QuitAllServerProcesses, AfterTheLastUninitializeWithoutPluginReturnsFalse)
 {
-    // The file of a loaded module cannot be removed; the way to it can.
-    InstallPlugin().Answer(ServerManager, 17, 1);
+    // The file of a loaded module cannot be removed, but what leads to it can.
+    InstallPlugin().Return(ServerManager::QuitAllSSOServerProcesses, 1);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
-    site.WriteCompatibilityFile(std::vector<CompatibilityEntry>());
+    installation.WriteCompatibilityFile(std::vector<CompatibilityEntry>());
     Plugin().ClearJournal();
     EXPECT_FALSE(ManagerWithoutState().QuitAllSSOServerProcesses(2));
     EXPECT_THAT(Plugin().Calls(), IsEmpty());
@@ -149,7 +152,7 @@ TEST_F(QuitAllServerProcesses, AfterTheLastUninitializeWithoutPluginAnswersFalse
 
 TEST_F(QuitAllServerProcesses, TheFlatFunctionWidensItsIntWithItsSign)
 {
-    InstallPlugin().Answer(ServerManager, 17, 1);
+    InstallPlugin().Return(ServerManager::QuitAllSSOServerProcesses, 1);
     EXPECT_EQ(talix_quit_server_process(-1), IdNotInitialized);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     Plugin().ClearJournal();
@@ -159,7 +162,7 @@ TEST_F(QuitAllServerProcesses, TheFlatFunctionWidensItsIntWithItsSign)
         EXPECT_EQ(talix_quit_server_process(count), IdSuccess);
         EXPECT_THAT(Plugin().Calls(), ElementsAre(Quit(count)));
     }
-    Plugin().Answer(ServerManager, 17, 0);
+    Plugin().Return(ServerManager::QuitAllSSOServerProcesses, 0);
     EXPECT_EQ(talix_quit_server_process(1), IdServerQuitFailed);
 }
 

@@ -7,16 +7,16 @@
 
 namespace OrlindexTest {
 
-// What tables say of an operation's arguments: a function from the caller's arguments to a matcher of what the plugin's
-// journal shows. These are for arguments that do not depend on the caller's.
+// The expected arguments of an operation in tables: a function from the caller's arguments to a matcher for the
+// plugin's journal. These are for arguments that do not depend on the caller's.
 
-/// The arguments as they stand.
+/// Exactly these arguments.
 inline auto Exactly(std::string shown)
 {
     return [shown](const auto& /*arguments*/) -> testing::Matcher<std::string> { return testing::Eq(shown); };
 }
 
-/// `@` stands for some address.
+/// These arguments, where `@` matches any address.
 inline auto Like(const std::string& shown)
 {
     std::string pattern;

@@ -1,4 +1,4 @@
-// Every public operation reaches its own operation of the plugin, and only that one.
+// Every public operation calls its own operation of the plugin, and only that one.
 
 #include <cstring>
 #include <future>
@@ -26,33 +26,33 @@ TEST_F(Slots, EveryMemberReachesItsSlotWithItsArgumentsInOrder)
         MemberArguments arguments;
         Plugin().ClearJournal();
         member.call(*manager, arguments);
-        EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client, member.slot, member.arguments(arguments))));
+        EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(member.operation, member.arguments(arguments))));
     }
 }
 
-TEST_F(Slots, EveryMemberPassesThePluginsAnswerOn)
+TEST_F(Slots, EveryMemberPassesThePluginsResultOn)
 {
     for (const ClientMember& member : ClientMembers())
     {
         SCOPED_TRACE(member.name);
-        for (const std::int64_t answer : member.pluginAnswers)
+        for (const std::int64_t result : member.pluginResults)
         {
-            Plugin().Answer(Client, member.slot, answer);
+            Plugin().Return(member.operation, result);
             MemberArguments arguments;
-            EXPECT_EQ(member.call(*manager, arguments), member.fixedAnswer != 0 ? member.fixedAnswer : answer);
+            EXPECT_EQ(member.call(*manager, arguments), member.fixedResult != 0 ? member.fixedResult : result);
         }
     }
 }
 
-TEST_F(Slots, AddObserverWhenThePluginReportsFailureStillAnswersSuccess)
+TEST_F(Slots, AddObserverWhenThePluginReportsFailureStillReturnsSuccess)
 {
-    Plugin().Answer(Client, 17, 3999);
-    Plugin().Answer(Client, 18, 3998);
+    Plugin().Return(Client::AddObserver, 3999);
+    Plugin().Return(Client::RemoveObserver, 3998);
     MemberArguments arguments;
     EXPECT_EQ(manager->AddObserver(arguments.observer), IdSuccess);
     EXPECT_EQ(manager->RemoveObserver(arguments.observer), IdSuccess);
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client, 17, Address(arguments.observer)),
-                                              Call(Client, 18, Address(arguments.observer))));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::AddObserver, Address(arguments.observer)),
+                                              Call(Client::RemoveObserver, Address(arguments.observer))));
 }
 
 TEST_F(Slots, WhatThePluginWritesArrivesInTheCallersArguments)
@@ -64,21 +64,23 @@ TEST_F(Slots, WhatThePluginWritesArrivesInTheCallersArguments)
     const auto writeNumber = [](std::size_t index, int number) {
         return [index, number](const CallArguments& call) { *call.Pointer<int>(index) = number; };
     };
-    Plugin().OnCall(Client, 1,
+    Plugin().OnCall(Client::GetProductConfig,
                     [](const CallArguments& call) { call.Pointer<ProductConfig>(1)->SetProductLineName("line"); });
-    Plugin().OnCall(Client, 3, [](const CallArguments& call) { call.Pointer<talix_user_info>(0)->email_size = 17; });
-    Plugin().OnCall(Client, 4, writeText(2, L"session"));
-    Plugin().OnCall(Client, 6, writeText(0, L"access"));
-    Plugin().OnCall(Client, 16, writeNumber(0, 16));
-    Plugin().OnCall(Client, 20, [](const CallArguments& call) { call.Pointer<talix_proxy_info>(2)->port = 3128; });
-    Plugin().OnCall(Client, 23, [](const CallArguments& call) {
+    Plugin().OnCall(Client::GetUserInfo,
+                    [](const CallArguments& call) { call.Pointer<talix_user_info>(0)->email_size = 17; });
+    Plugin().OnCall(Client::GetSessionUri, writeText(2, L"session"));
+    Plugin().OnCall(Client::GetOAuth2AccessToken, writeText(0, L"access"));
+    Plugin().OnCall(Client::Logout, writeNumber(0, 16));
+    Plugin().OnCall(Client::GetProxyInfo,
+                    [](const CallArguments& call) { call.Pointer<talix_proxy_info>(2)->port = 3128; });
+    Plugin().OnCall(Client::GetProfileInfo, [](const CallArguments& call) {
         std::strcpy(call.Pointer<char>(0), "profile");
         *call.Pointer<int>(1) = 8;
     });
-    Plugin().OnCall(Client, 28, writeNumber(0, 28));
-    Plugin().OnCall(Client, 31, writeNumber(0, 31));
-    Plugin().OnCall(Client, 35, writeText(0, L"id"));
-    Plugin().OnCall(Client, 37, writeNumber(0, 37));
+    Plugin().OnCall(Client::Login, writeNumber(0, 28));
+    Plugin().OnCall(Client::ShowAccountSettings, writeNumber(0, 31));
+    Plugin().OnCall(Client::GetOAuth2IdToken, writeText(0, L"id"));
+    Plugin().OnCall(Client::GetLoginMode, writeNumber(0, 37));
 
     manager->GetProductConfig(TALIX_SERVER_STAGING, arguments.config);
     char line[8] = {};
@@ -112,7 +114,7 @@ TEST_F(Slots, TheProductConfigurationOfTheHostReachesThePlugin)
     ProductConfig config;
     config.SetOAuth2ClientID("client-7");
     std::string seen;
-    Plugin().OnCall(Client, 2, [&seen](const CallArguments& call) {
+    Plugin().OnCall(Client::SetProductConfig, [&seen](const CallArguments& call) {
         char text[32] = {};
         call.Pointer<const ProductConfig>(1)->GetOAuth2ClientID(text, sizeof text);
         seen = text;
@@ -123,11 +125,12 @@ TEST_F(Slots, TheProductConfigurationOfTheHostReachesThePlugin)
 
 TEST_F(Slots, QuitAllServerProcessesReachesTheServerManager)
 {
-    Plugin().Answer(ServerManager, 17, 1);
+    Plugin().Return(ServerManager::QuitAllSSOServerProcesses, 1);
     EXPECT_TRUE(manager->QuitAllSSOServerProcesses(0x123456789A));
-    Plugin().Answer(ServerManager, 17, 0);
+    Plugin().Return(ServerManager::QuitAllSSOServerProcesses, 0);
     EXPECT_FALSE(manager->QuitAllSSOServerProcesses(-1));
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(ServerManager, 17, "78187493530"), Call(ServerManager, 17, "-1")));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(ServerManager::QuitAllSSOServerProcesses, "78187493530"),
+                                              Call(ServerManager::QuitAllSSOServerProcesses, "-1")));
 }
 
 TEST_F(Slots, LoginWithoutArgumentsDoesNothing)
@@ -138,18 +141,18 @@ TEST_F(Slots, LoginWithoutArgumentsDoesNothing)
 
 TEST_F(Slots, AutomatedLoginReachesItsSlotWithItsArgumentsInOrder)
 {
-    Plugin().Answer(Client, 27, 3123);
+    Plugin().Return(Client::AutomatedLogin, 3123);
     EXPECT_EQ(IdServicesAutomation::Login(L"user", L"secret", true, L"context"), 3123);
-    Plugin().Answer(Client, 27, -1);
+    Plugin().Return(Client::AutomatedLogin, -1);
     EXPECT_EQ(IdServicesAutomation::Login(nullptr, L"", false, nullptr), -1);
-    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client, 27, "\"user\", \"secret\", true, \"context\""),
-                                              Call(Client, 27, "null, \"\", false, null")));
+    EXPECT_THAT(Plugin().Calls(), ElementsAre(Call(Client::AutomatedLogin, "\"user\", \"secret\", true, \"context\""),
+                                              Call(Client::AutomatedLogin, "null, \"\", false, null")));
 }
 
 TEST_F(Slots, ThePluginRunsOnTheCallersThread)
 {
     DWORD thread = 0;
-    Plugin().OnCall(Client, 7, [&thread](const CallArguments&) { thread = GetCurrentThreadId(); });
+    Plugin().OnCall(Client::IsLoggedIn, [&thread](const CallArguments&) { thread = GetCurrentThreadId(); });
     manager->IsLoggedIn();
     EXPECT_EQ(thread, GetCurrentThreadId());
     const DWORD other = std::async(std::launch::async, [this]() {
@@ -164,7 +167,7 @@ TEST_F(Slots, NoLockIsHeldWhileThePluginRuns)
 {
     std::promise<void> entered;
     std::promise<void> leave;
-    Plugin().OnCall(Client, 6, [&](const CallArguments&) {
+    Plugin().OnCall(Client::GetOAuth2AccessToken, [&](const CallArguments&) {
         entered.set_value();
         leave.get_future().wait();
     });
@@ -182,15 +185,16 @@ TEST_F(Slots, NoLockIsHeldWhileThePluginRuns)
 
 TEST_F(Slots, TheClientInterfaceIsObtainedAfreshOnEveryCall)
 {
-    // The same object, before and after a new start that finds another plugin: what it kept would be the first one's.
+    // The same object before and after a new start-up that finds another plugin: a kept interface would be the first
+    // one's.
     IdServicesMgr& kept = ManagerWithoutState();
     MemberArguments arguments;
     for (const ClientMember& member : ClientMembers())
         member.call(kept, arguments);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
-    const auto file = site.ServerFolder() / "OtherClient.dll";
-    site.CopyPlugin("asia", file);
-    site.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\OtherClient.dll"}});
+    const auto file = installation.ServerFolder() / "OtherClient.dll";
+    installation.CopyPlugin("asia", file);
+    installation.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\OtherClient.dll"}});
     PluginControl other(file);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     Plugin().ClearJournal();
@@ -200,7 +204,7 @@ TEST_F(Slots, TheClientInterfaceIsObtainedAfreshOnEveryCall)
         SCOPED_TRACE(member.name);
         other.ClearJournal();
         member.call(kept, arguments);
-        EXPECT_THAT(other.Calls(), ElementsAre(Call(Client, member.slot, member.arguments(arguments))));
+        EXPECT_THAT(other.Calls(), ElementsAre(Call(member.operation, member.arguments(arguments))));
     }
     EXPECT_THAT(Plugin().Calls(), ElementsAre());
 }
@@ -208,8 +212,9 @@ TEST_F(Slots, TheClientInterfaceIsObtainedAfreshOnEveryCall)
 TEST_F(Slots, AnOperationOfThePluginMayCallAMember)
 {
     std::string inner;
-    Plugin().OnCall(Client, 28, [&](const CallArguments&) { inner = manager->IsLoginValid() ? "valid" : "not valid"; });
-    Plugin().Answer(Client, 12, 1);
+    Plugin().OnCall(Client::Login,
+                    [&](const CallArguments&) { inner = manager->IsLoginValid() ? "valid" : "not valid"; });
+    Plugin().Return(Client::IsLoginValid, 1);
     int result = 0;
     EXPECT_EQ(manager->Login(result), IdSuccess);
     EXPECT_EQ(inner, "valid");

@@ -7,10 +7,10 @@
 #include <system_error>
 #include <thread>
 
-#include "TrustDoubles.h"
 #include "orlindex/SSOClientPrivate.h"
 #include "orlindex/SSOServerManager.h"
 #include "support/HostTest.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -24,18 +24,6 @@ using testing::StartsWith;
 
 namespace {
 
-struct SetEventImport
-{
-    static constexpr char Name[] = "SetEvent";
-    using Type = decltype(SetEvent);
-};
-
-struct WaitForSingleObjectImport
-{
-    static constexpr char Name[] = "WaitForSingleObject";
-    using Type = decltype(WaitForSingleObject);
-};
-
 } // namespace
 
 class StartStop : public HostTest
@@ -46,11 +34,11 @@ TEST_F(StartStop, InitializeMakesTheLibraryReady)
 {
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
-    site.Install();
+    installation.Install();
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_TRUE(IdServicesMgr::IsInitialized());
     EXPECT_NE(IdServicesMgr::GetInstance(), nullptr);
-    EXPECT_TRUE(IsLoaded(site.PluginFile()));
+    EXPECT_TRUE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(StartStop, InitializeTwiceThenUninitializeOnceStaysInitialized)
@@ -67,17 +55,18 @@ TEST_F(StartStop, InitializeTwiceThenUninitializeOnceStaysInitialized)
     EXPECT_TRUE(IdServicesMgr::IsInitialized());
     EXPECT_EQ(IdServicesMgr::GetInstance(), manager);
     EXPECT_EQ(plugin.Calls(), started);
-    plugin.Answer(Client, 7, 1);
+    plugin.Return(Client::IsLoggedIn, 1);
     EXPECT_TRUE(manager->IsLoggedIn());
-    EXPECT_THAT(plugin.Calls(Factory), SizeIs(6)) << "the interfaces stay cached";
+    EXPECT_THAT(plugin.Calls(Factory::Interface), SizeIs(6)) << "the interfaces stay cached";
 
     EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
-    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false"), Call(Module, 3)));
+    EXPECT_THAT(plugin.Calls(Module::Interface),
+                ElementsAre(Call(Module::Initialize, "false"), Call(Module::Uninitialize)));
 }
 
-TEST_F(StartStop, UninitializeWithoutInitializeAnswersSuccessAndDoesNothing)
+TEST_F(StartStop, UninitializeWithoutInitializeReturnsSuccessAndDoesNothing)
 {
     PluginControl& plugin = InstallPlugin();
     CapturedOutput output;
@@ -103,7 +92,7 @@ TEST_F(StartStop, UninitializeAfterTheLastOneDoesNotReachThePluginAgain)
     EXPECT_THAT(plugin.Log(), IsEmpty());
 }
 
-TEST_F(StartStop, InitializeWithNoPluginAvailableAnswersClientUnavailable)
+TEST_F(StartStop, InitializeWithNoPluginAvailableReturnsClientUnavailable)
 {
     CapturedOutput output;
     EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
@@ -114,24 +103,24 @@ TEST_F(StartStop, InitializeWithNoPluginAvailableAnswersClientUnavailable)
 
 TEST_F(StartStop, AFailedStartIsNotRetriedByLaterCalls)
 {
-    // Not even when everything is there by now: a failed attempt is final for the manager.
+    // Not even if everything is installed by now: a failed attempt is final for the manager.
     ASSERT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
-    site.Install();
+    installation.Install();
     CapturedOutput output;
     EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
     EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
     EXPECT_EQ(output.Take(), "");
-    EXPECT_FALSE(IsLoaded(site.PluginFile()));
+    EXPECT_FALSE(IsLoaded(installation.PluginFile()));
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
 }
 
 TEST_F(StartStop, ThePluginStaysInTheProcessAfterTheLastUninitialize)
 {
-    site.Install();
+    installation.Install();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
-    EXPECT_TRUE(IsLoaded(site.PluginFile()));
+    EXPECT_TRUE(IsLoaded(installation.PluginFile()));
 }
 
 TEST_F(StartStop, ANewStartAfterTheLastStopResolvesEveryPathAgain)
@@ -147,46 +136,48 @@ TEST_F(StartStop, ANewStartAfterTheLastStopResolvesEveryPathAgain)
         steps.push_back(line.text);
     for (const std::string& step :
          {std::string("Orlindex.dll module loaded (Version: 1.11.13.3 Config: x64-Release File: ") +
-              Utf8(site.HostFolder() / "Orlindex.dll") + ')',
-          "Loading client config file " + Utf8(site.ClientConfigFile()),
-          "Found SSO server app at " + Utf8(site.ServerFolder() / "Pellwick.exe"),
-          "Found version compatibility file at " + Utf8(site.CompatibilityFile()),
-          "Binary file: is valid: " + Utf8(site.PluginFile()),
-          "Successfully loaded client plugin module " + Utf8(site.PluginFile())})
+              Utf8(installation.HostFolder() / "Orlindex.dll") + ')',
+          "Loading client config file " + Utf8(installation.ClientConfigFile()),
+          "Found SSO server app at " + Utf8(installation.ServerFolder() / "Pellwick.exe"),
+          "Found version compatibility file at " + Utf8(installation.CompatibilityFile()),
+          "Binary file: is valid: " + Utf8(installation.PluginFile()),
+          "Successfully loaded client plugin module " + Utf8(installation.PluginFile())})
         EXPECT_THAT(steps, Contains(step));
     EXPECT_THAT(plugin.Calls(FactoryFunction), SizeIs(1));
-    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false")));
+    EXPECT_THAT(plugin.Calls(Module::Interface), ElementsAre(Call(Module::Initialize, "false")));
 }
 
 TEST_F(StartStop, ANewStartMayFindAnotherPlugin)
 {
-    site.Install();
+    installation.Install();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
 
-    const auto other = site.ServerFolder() / "OtherClient.dll";
-    site.CopyPlugin("asia", other);
-    site.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\OtherClient.dll"}});
+    const auto other = installation.ServerFolder() / "OtherClient.dll";
+    installation.CopyPlugin("asia", other);
+    installation.WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\OtherClient.dll"}});
     PluginControl plugin(other);
-    plugin.Answer(Client, 7, 1);
+    plugin.Return(Client::IsLoggedIn, 1);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_TRUE(IdServicesMgr::GetInstance()->IsLoggedIn());
     SSOClientPrivate::GetSettingsPath();
     SSOServerManager::IsSSOServerProcessReady();
-    EXPECT_THAT(plugin.Calls(Factory), ElementsAre(Call(Factory, 5), Call(Factory, 1), Call(Factory, 2),
-                                                   Call(Factory, 5), Call(Factory, 3), Call(Factory, 4)));
-    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false")));
-    EXPECT_THAT(plugin.Calls(Client), ElementsAre(Call(Client, 7)));
-    EXPECT_THAT(plugin.Calls(Private), ElementsAre(Call(Private, 4)));
-    EXPECT_EQ(plugin.Calls(ServerManager).back(), Call(ServerManager, 15));
+    EXPECT_THAT(plugin.Calls(Factory::Interface),
+                ElementsAre(Call(Factory::GetSSOServerManager), Call(Factory::GetLoggerSource),
+                            Call(Factory::GetSSOClientModule), Call(Factory::GetSSOServerManager),
+                            Call(Factory::GetSSOClient), Call(Factory::GetSSOClientPrivate)));
+    EXPECT_THAT(plugin.Calls(Module::Interface), ElementsAre(Call(Module::Initialize, "false")));
+    EXPECT_THAT(plugin.Calls(Client::Interface), ElementsAre(Call(Client::IsLoggedIn)));
+    EXPECT_THAT(plugin.Calls(Private::Interface), ElementsAre(Call(Private::GetSettingsPath)));
+    EXPECT_EQ(plugin.Calls(ServerManager::Interface).back(), Call(ServerManager::IsSSOServerProcessReady));
 }
 
 TEST_F(StartStop, ANewStartMayFail)
 {
-    site.Install();
+    installation.Install();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
-    site.WriteCompatibilityFile("{}");
+    installation.WriteCompatibilityFile("{}");
     EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
@@ -198,7 +189,7 @@ TEST_F(StartStop, MessagesAfterTheLastStopStillReachThePluginsLogger)
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     plugin.ClearJournal();
-    site.WriteCompatibilityFile("{}");
+    installation.WriteCompatibilityFile("{}");
     CapturedOutput output;
     ASSERT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
     EXPECT_EQ(output.Take(), "");
@@ -208,29 +199,29 @@ TEST_F(StartStop, MessagesAfterTheLastStopStillReachThePluginsLogger)
 TEST_F(StartStop, AClientThatThePluginCreatesOnlyWhileItIsInitializedServes)
 {
     PluginControl& plugin = InstallPlugin();
-    const std::int64_t client = plugin.Answer(Factory, 3);
-    plugin.Answer(Factory, 3, 0);
-    plugin.OnCall(Module, 1, [&](const CallArguments&) { plugin.Answer(Factory, 3, client); });
-    plugin.Answer(Client, 7, 1);
+    const std::int64_t client = plugin.ResultOf(Factory::GetSSOClient);
+    plugin.Return(Factory::GetSSOClient, 0);
+    plugin.OnCall(Module::Initialize, [&](const CallArguments&) { plugin.Return(Factory::GetSSOClient, client); });
+    plugin.Return(Client::IsLoggedIn, 1);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_TRUE(IdServicesMgr::GetInstance()->IsLoggedIn());
     const auto calls = plugin.Calls();
     ASSERT_GE(calls.size(), 3U);
     EXPECT_THAT(std::vector<std::string>(calls.end() - 3, calls.end()),
-                ElementsAre(Call(Module, 1, "false"), Call(Factory, 3), Call(Client, 7)));
+                ElementsAre(Call(Module::Initialize, "false"), Call(Factory::GetSSOClient), Call(Client::IsLoggedIn)));
 }
 
 TEST_F(StartStop, AClientThatIsThereBeforeTheModuleIsInitializedIsNotAskedForAgain)
 {
     PluginControl& plugin = InstallPlugin();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_EQ(plugin.Calls().back(), Call(Module, 1, "false"));
+    EXPECT_EQ(plugin.Calls().back(), Call(Module::Initialize, "false"));
 }
 
 TEST_F(StartStop, AFactoryReturningNullForTheClientDoesNotFailTheStart)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.Answer(Factory, 3, 0);
+    plugin.Return(Factory::GetSSOClient, 0);
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     ASSERT_NE(IdServicesMgr::GetInstance(), nullptr);
     plugin.ClearJournal();
@@ -243,28 +234,29 @@ TEST_F(StartStop, AFactoryReturningNullForTheClientDoesNotFailTheStart)
 TEST_F(StartStop, APluginThatThrowsWhenItIsAskedForItsClientLeavesNoInstanceAndTheNextStartBeginsItsModuleAgain)
 {
     PluginControl& plugin = InstallPlugin();
-    const std::int64_t client = plugin.Answer(Factory, 3);
-    plugin.Answer(Factory, 3, 0);
-    plugin.OnCall(Module, 1, [&](const CallArguments&) {
-        plugin.OnCall(Factory, 3, [](const CallArguments&) { throw std::runtime_error("no client"); });
+    const std::int64_t client = plugin.ResultOf(Factory::GetSSOClient);
+    plugin.Return(Factory::GetSSOClient, 0);
+    plugin.OnCall(Module::Initialize, [&](const CallArguments&) {
+        plugin.OnCall(Factory::GetSSOClient, [](const CallArguments&) { throw std::runtime_error("no client"); });
     });
     EXPECT_THROW(IdServicesMgr::Initialize(), std::runtime_error);
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
 
-    plugin.OnCall(Module, 1, [](const CallArguments&) {});
-    plugin.OnCall(Factory, 3, [](const CallArguments&) {});
-    plugin.Answer(Factory, 3, client);
-    plugin.Answer(Client, 7, 1);
+    plugin.OnCall(Module::Initialize, [](const CallArguments&) {});
+    plugin.OnCall(Factory::GetSSOClient, [](const CallArguments&) {});
+    plugin.Return(Factory::GetSSOClient, client);
+    plugin.Return(Client::IsLoggedIn, 1);
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false"), Call(Module, 1, "false")));
+    EXPECT_THAT(plugin.Calls(Module::Interface),
+                ElementsAre(Call(Module::Initialize, "false"), Call(Module::Initialize, "false")));
     ASSERT_NE(IdServicesMgr::GetInstance(), nullptr);
     EXPECT_TRUE(IdServicesMgr::GetInstance()->IsLoggedIn());
 }
 
 TEST_F(StartStop, TheInstanceIsNewAfterANewStart)
 {
-    site.Install();
+    installation.Install();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     IdServicesMgr::GetInstance()->GetProductConfigObj()->SetProductLineName("first");
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
@@ -273,12 +265,12 @@ TEST_F(StartStop, TheInstanceIsNewAfterANewStart)
     EXPECT_EQ(IdServicesMgr::GetInstance()->GetProductConfigObj()->GetProductLineName(text, sizeof text), 0);
 }
 
-TEST_F(StartStop, ASecondInitializeAnswersAtOnceWhileTheFirstIsStillStarting)
+TEST_F(StartStop, ASecondInitializeReturnsAtOnceWhileTheFirstIsStillStarting)
 {
     PluginControl& plugin = InstallPlugin();
     std::promise<void> starting;
     std::promise<void> proceed;
-    plugin.OnCall(Module, 1, [&](const CallArguments&) {
+    plugin.OnCall(Module::Initialize, [&](const CallArguments&) {
         starting.set_value();
         proceed.get_future().wait();
     });
@@ -290,7 +282,7 @@ TEST_F(StartStop, ASecondInitializeAnswersAtOnceWhileTheFirstIsStillStarting)
     proceed.set_value();
     EXPECT_EQ(first.get(), IdSuccess);
     EXPECT_NE(IdServicesMgr::GetInstance(), nullptr);
-    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false")));
+    EXPECT_THAT(plugin.Calls(Module::Interface), ElementsAre(Call(Module::Initialize, "false")));
 
     EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     EXPECT_TRUE(IdServicesMgr::IsInitialized()) << "both calls were counted";
@@ -303,7 +295,7 @@ TEST_F(StartStop, UninitializeWaitsForAnInitializeThatIsStillStarting)
     PluginControl& plugin = InstallPlugin();
     std::promise<void> starting;
     std::promise<void> proceed;
-    plugin.OnCall(Module, 1, [&](const CallArguments&) {
+    plugin.OnCall(Module::Initialize, [&](const CallArguments&) {
         starting.set_value();
         proceed.get_future().wait();
     });
@@ -316,13 +308,14 @@ TEST_F(StartStop, UninitializeWaitsForAnInitializeThatIsStillStarting)
     });
     stopping.get_future().wait();
     EXPECT_EQ(stop.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
-    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false")));
+    EXPECT_THAT(plugin.Calls(Module::Interface), ElementsAre(Call(Module::Initialize, "false")));
     proceed.set_value();
     EXPECT_EQ(first.get(), IdSuccess);
     EXPECT_EQ(stop.get(), IdSuccess);
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
     EXPECT_EQ(IdServicesMgr::GetInstance(), nullptr);
-    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false"), Call(Module, 3)));
+    EXPECT_THAT(plugin.Calls(Module::Interface),
+                ElementsAre(Call(Module::Initialize, "false"), Call(Module::Uninitialize)));
 }
 
 TEST_F(StartStop, AStartThatFailsTakesItsCountBackBeforeAStopThatWaitsForItRuns)
@@ -330,7 +323,7 @@ TEST_F(StartStop, AStartThatFailsTakesItsCountBackBeforeAStopThatWaitsForItRuns)
     PluginControl& plugin = InstallPlugin();
     std::promise<void> starting;
     std::promise<void> proceed;
-    plugin.OnCall(Module, 1, [&](const CallArguments&) {
+    plugin.OnCall(Module::Initialize, [&](const CallArguments&) {
         starting.set_value();
         proceed.get_future().wait();
         throw std::runtime_error("the start fails");
@@ -342,20 +335,21 @@ TEST_F(StartStop, AStartThatFailsTakesItsCountBackBeforeAStopThatWaitsForItRuns)
     });
     starting.get_future().wait();
 
-    // The mutex of the library's runtime: who waits for it waits for an event, and who leaves it to a waiter sets that.
+    // The mutex of the library's runtime: a thread that waits for it waits for an event, which the owner sets on
+    // release.
     std::promise<void> waiting;
     std::promise<void> stopped;
     bool noted = false;
     bool left = false;
-    const ImportDouble<WaitForSingleObjectImport> wait([&](HANDLE object, DWORD time) {
+    const WaitForSingleObjectDouble wait([&](HANDLE object, DWORD time) {
         if (GetCurrentThreadId() != starter && !std::exchange(noted, true))
             waiting.set_value();
-        return ImportDouble<WaitForSingleObjectImport>::Original(object, time);
+        return WaitForSingleObjectDouble::Original(object, time);
     });
-    const ImportDouble<SetEventImport> leave([&](HANDLE object) {
-        const BOOL set = ImportDouble<SetEventImport>::Original(object);
+    const SetEventDouble leave([&](HANDLE object) {
+        const BOOL set = SetEventDouble::Original(object);
         if (GetCurrentThreadId() == starter && !std::exchange(left, true))
-            stopped.get_future().wait(); // The start goes on only after the stop is through.
+            stopped.get_future().wait(); // The start-up continues only after the stop.
         return set;
     });
     auto stop = std::async(std::launch::async, [&stopped]() {
@@ -368,9 +362,10 @@ TEST_F(StartStop, AStartThatFailsTakesItsCountBackBeforeAStopThatWaitsForItRuns)
     EXPECT_EQ(stop.get(), IdSuccess);
     EXPECT_THROW(start.get(), std::runtime_error);
     EXPECT_TRUE(left) << "the stop waited for the mutex";
-    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false"))) << "there was nothing to stop";
+    EXPECT_THAT(plugin.Calls(Module::Interface), ElementsAre(Call(Module::Initialize, "false")))
+        << "there was nothing to stop";
 
-    plugin.OnCall(Module, 1, [](const CallArguments&) {});
+    plugin.OnCall(Module::Initialize, [](const CallArguments&) {});
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_TRUE(IdServicesMgr::IsInitialized()) << "the count did not fall below zero";
     EXPECT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
@@ -392,8 +387,8 @@ TEST_F(StartStop, AStopInsideAStartOrAStopRaisesTheErrorOfTheMutex)
             raised += error.code().value() == static_cast<int>(std::errc::resource_deadlock_would_occur);
         }
     };
-    plugin.OnCall(Module, 1, stop);
-    plugin.OnCall(Module, 3, stop);
+    plugin.OnCall(Module::Initialize, stop);
+    plugin.OnCall(Module::Uninitialize, stop);
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_EQ(raised, 1);
     EXPECT_TRUE(IdServicesMgr::IsInitialized());
@@ -405,11 +400,11 @@ TEST_F(StartStop, AStopInsideAStartOrAStopRaisesTheErrorOfTheMutex)
 TEST_F(StartStop, AStopThatFindsNoModuleForgetsNothing)
 {
     PluginControl& plugin = InstallPlugin();
-    const std::int64_t factory = plugin.Answer(FactoryFunction, 0);
-    plugin.Answer(FactoryFunction, 0, 0);
+    const std::int64_t factory = plugin.ResultOf(FactoryFunction);
+    plugin.Return(FactoryFunction, 0);
     std::promise<void> loading;
     std::promise<void> proceed;
-    plugin.OnCall(FactoryFunction, 0, [&](const CallArguments&) {
+    plugin.OnCall(FactoryFunction, [&](const CallArguments&) {
         loading.set_value();
         proceed.get_future().wait();
     });
@@ -423,8 +418,8 @@ TEST_F(StartStop, AStopThatFindsNoModuleForgetsNothing)
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
 
     // With a new manager the next start would succeed.
-    plugin.OnCall(FactoryFunction, 0, [](const CallArguments&) {});
-    plugin.Answer(FactoryFunction, 0, factory);
+    plugin.OnCall(FactoryFunction, [](const CallArguments&) {});
+    plugin.Return(FactoryFunction, factory);
     int verifications = 0;
     const WinVerifyTrustDouble count([&verifications](HWND window, GUID* action, LPVOID data) {
         ++verifications;
@@ -432,7 +427,7 @@ TEST_F(StartStop, AStopThatFindsNoModuleForgetsNothing)
     });
     EXPECT_EQ(IdServicesMgr::Initialize(), IdClientUnavailable);
     EXPECT_EQ(verifications, 0);
-    EXPECT_THAT(plugin.Calls(), ElementsAre(Call(FactoryFunction, 0)));
+    EXPECT_THAT(plugin.Calls(), ElementsAre(Call(FactoryFunction)));
 }
 
 TEST_F(StartStop, AStartThatCountsDuringTheLastStopIsNotLost)
@@ -440,7 +435,7 @@ TEST_F(StartStop, AStartThatCountsDuringTheLastStopIsNotLost)
     PluginControl& plugin = InstallPlugin();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     std::future<IdErrorCode> start;
-    plugin.OnCall(Module, 3, [&start](const CallArguments&) {
+    plugin.OnCall(Module::Uninitialize, [&start](const CallArguments&) {
         start = std::async(std::launch::async, []() { return IdServicesMgr::Initialize(); });
         while (!IdServicesMgr::IsInitialized())
             std::this_thread::yield();
@@ -449,7 +444,9 @@ TEST_F(StartStop, AStartThatCountsDuringTheLastStopIsNotLost)
     EXPECT_EQ(start.get(), IdSuccess);
     EXPECT_TRUE(IdServicesMgr::IsInitialized());
     EXPECT_NE(IdServicesMgr::GetInstance(), nullptr);
-    EXPECT_THAT(plugin.Calls(Module), ElementsAre(Call(Module, 1, "false"), Call(Module, 3), Call(Module, 1, "false")));
+    EXPECT_THAT(
+        plugin.Calls(Module::Interface),
+        ElementsAre(Call(Module::Initialize, "false"), Call(Module::Uninitialize), Call(Module::Initialize, "false")));
 }
 
 TEST_F(StartStop, TheInstanceIsGoneWhenThePluginIsToldToStop)
@@ -457,7 +454,7 @@ TEST_F(StartStop, TheInstanceIsGoneWhenThePluginIsToldToStop)
     PluginControl& plugin = InstallPlugin();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     const void* instance = plugin.Calls().data();
-    plugin.OnCall(Module, 3, [&instance](const CallArguments&) { instance = IdServicesMgr::GetInstance(); });
+    plugin.OnCall(Module::Uninitialize, [&instance](const CallArguments&) { instance = IdServicesMgr::GetInstance(); });
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     EXPECT_EQ(instance, nullptr);
 }
@@ -466,9 +463,9 @@ TEST_F(StartStop, ThePluginServesWhileItIsToldToStop)
 {
     PluginControl& plugin = InstallPlugin();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    plugin.OnCall(Module, 3, [](const CallArguments&) { SSOClientPrivate::GetSettingsPath(); });
+    plugin.OnCall(Module::Uninitialize, [](const CallArguments&) { SSOClientPrivate::GetSettingsPath(); });
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
-    EXPECT_THAT(plugin.Calls(Private), ElementsAre(Call(Private, 4)));
+    EXPECT_THAT(plugin.Calls(Private::Interface), ElementsAre(Call(Private::GetSettingsPath)));
     EXPECT_THAT(plugin.Calls(FactoryFunction), SizeIs(1)) << "its interfaces are forgotten afterwards";
     const std::vector<LogLine> log = plugin.Log();
     EXPECT_EQ(std::count_if(log.begin(), log.end(),

@@ -9,7 +9,7 @@
 
 namespace OrlindexTest {
 
-/// The system's text as a captured output holds it.
+/// The system's text for an error, as it appears in captured output.
 inline std::string SystemText(DWORD code)
 {
     wchar_t text[512];

@@ -1,4 +1,4 @@
-// Answers of the platform that real files do not bring about here: each reason, and the walk to the signer's name.
+// Verify results of the platform that real files do not cause here: each reason, and the steps to the signer's name.
 
 #include <algorithm>
 #include <ostream>
@@ -14,74 +14,78 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::SizeIs;
 
-struct Answer
+struct PlatformResult
 {
     const char* name;
     DWORD code;
     const char* reason;
 };
 
-void PrintTo(const Answer& answer, std::ostream* stream)
+void PrintTo(const PlatformResult& result, std::ostream* stream)
 {
-    *stream << answer.name;
+    *stream << result.name;
 }
 
-class VerifyAnswer : public TrustTest, public testing::WithParamInterface<Answer>
+class VerifyResult : public TrustTest, public testing::WithParamInterface<PlatformResult>
 {
 };
 
-TEST_P(VerifyAnswer, IsMappedToItsReason)
+TEST_P(VerifyResult, IsMappedToItsReason)
 {
-    site.Install("good");
-    verifyAnswer = GetParam().code;
+    installation.Install("good");
+    verifyResult = GetParam().code;
     ExpectRefused(GetParam().reason);
     EXPECT_THAT(Calls(), SizeIs(2));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Platform, VerifyAnswer,
-    testing::Values(
-        Answer{"ExplicitDistrust", 0x800B0111, SaidNotTrusted}, Answer{"SecuritySettings", 0x80092026, SaidNotTrusted},
-        Answer{"SubjectNotTrusted", 0x800B0004, SaidNotTrusted}, Answer{"NoSignature", 0x800B0100, SaidInvalid},
-        Answer{"FileNotFound", 2, SaidNotFound}, Answer{"BadDigest", 0x80096010, SaidUnknownError},
-        Answer{"Expired", 0x800B0101, SaidUnknownError}, Answer{"Revoked", 0x800B010C, SaidUnknownError},
-        Answer{"ChainingFailed", 0x800B010A, SaidUnknownError},
-        Answer{"SubjectFormUnknown", 0x800B0003, SaidUnknownError}, Answer{"PathNotFound", 3, SaidUnknownError},
-        Answer{"One", 1, SaidUnknownError}, Answer{"AllBitsSet", 0xFFFFFFFF, SaidUnknownError}),
-    [](const testing::TestParamInfo<Answer>& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(Platform, VerifyResult,
+                         testing::Values(PlatformResult{"ExplicitDistrust", 0x800B0111, SaidNotTrusted},
+                                         PlatformResult{"SecuritySettings", 0x80092026, SaidNotTrusted},
+                                         PlatformResult{"SubjectNotTrusted", 0x800B0004, SaidNotTrusted},
+                                         PlatformResult{"NoSignature", 0x800B0100, SaidInvalid},
+                                         PlatformResult{"FileNotFound", 2, SaidNotFound},
+                                         PlatformResult{"BadDigest", 0x80096010, SaidUnknownError},
+                                         PlatformResult{"Expired", 0x800B0101, SaidUnknownError},
+                                         PlatformResult{"Revoked", 0x800B010C, SaidUnknownError},
+                                         PlatformResult{"ChainingFailed", 0x800B010A, SaidUnknownError},
+                                         PlatformResult{"SubjectFormUnknown", 0x800B0003, SaidUnknownError},
+                                         PlatformResult{"PathNotFound", 3, SaidUnknownError},
+                                         PlatformResult{"One", 1, SaidUnknownError},
+                                         PlatformResult{"AllBitsSet", 0xFFFFFFFF, SaidUnknownError}),
+                         [](const testing::TestParamInfo<PlatformResult>& row) { return std::string(row.param.name); });
 
 class TrustedByPlatform : public TrustTest
 {
 protected:
-    void SetUp() override { verifyAnswer = 0; }
+    void SetUp() override { verifyResult = 0; }
 };
 
 TEST_F(TrustedByPlatform, AListedNameIsValidWhateverTheRoot)
 {
-    site.Install("other-root");
+    installation.Install("other-root");
     ExpectAccepted();
 }
 
 TEST_F(TrustedByPlatform, ANameThatIsNotListedIsNotTrusted)
 {
-    site.Install("stranger");
+    installation.Install("stranger");
     ExpectRefused(SaidNotTrusted);
 }
 
 TEST_F(TrustedByPlatform, SuccessWithoutProviderDataIsAMissingSignature)
 {
-    site.Install("good");
-    const ProviderDataDouble none([](HANDLE) -> CRYPT_PROVIDER_DATA* { return nullptr; });
+    installation.Install("good");
+    const WTHelperProvDataFromStateDataDouble none([](HANDLE) -> CRYPT_PROVIDER_DATA* { return nullptr; });
     ExpectRefused(SaidMissing);
 }
 
 TEST_F(TrustedByPlatform, ThePinnedRootIsNotLookedAt)
 {
-    site.Install("good");
+    installation.Install("good");
     int hashes = 0;
-    const HashCertificateDouble count([&](auto... arguments) {
+    const CryptHashCertificate2Double count([&](auto... arguments) {
         ++hashes;
-        return HashCertificateDouble::Original(arguments...);
+        return CryptHashCertificate2Double::Original(arguments...);
     });
     ExpectAccepted();
     EXPECT_EQ(hashes, 0);
@@ -89,62 +93,65 @@ TEST_F(TrustedByPlatform, ThePinnedRootIsNotLookedAt)
 
 TEST_F(TrustedByPlatform, NoSignerIsNotTrusted)
 {
-    site.Install("good");
+    installation.Install("good");
     const SignerCount none(0);
     ExpectRefused(SaidNotTrusted);
 }
 
 TEST_F(TrustedByPlatform, ASignerThatCannotBeHadIsSkipped)
 {
-    site.Install("good");
+    installation.Install("good");
     const SignerCount two(2);
-    const SignerDouble firstMissing([](CRYPT_PROVIDER_DATA* data, DWORD index, BOOL counter, DWORD counterIndex) {
-        return index == 0 ? nullptr : SignerDouble::Original(data, 0, counter, counterIndex);
+    const WTHelperGetProvSignerFromChainDouble firstMissing([](CRYPT_PROVIDER_DATA* data, DWORD index, BOOL counter,
+                                                               DWORD counterIndex) {
+        return index == 0 ? nullptr : WTHelperGetProvSignerFromChainDouble::Original(data, 0, counter, counterIndex);
     });
     // The second signer has its first certificate at the place where the second is asked for.
-    const CertificateDouble shifted(
-        [](CRYPT_PROVIDER_SGNR* signer, DWORD) { return CertificateDouble::Original(signer, 0); });
+    const WTHelperGetProvCertFromChainDouble shifted(
+        [](CRYPT_PROVIDER_SGNR* signer, DWORD) { return WTHelperGetProvCertFromChainDouble::Original(signer, 0); });
     ExpectAccepted();
 }
 
 TEST_F(TrustedByPlatform, ACertificateWithoutContextIsSkipped)
 {
-    site.Install("good");
+    installation.Install("good");
     CRYPT_PROVIDER_CERT empty{};
     empty.cbStruct = sizeof empty;
-    const CertificateDouble without([&empty](CRYPT_PROVIDER_SGNR*, DWORD) { return &empty; });
+    const WTHelperGetProvCertFromChainDouble without([&empty](CRYPT_PROVIDER_SGNR*, DWORD) { return &empty; });
     ExpectRefused(SaidNotTrusted);
 }
 
 TEST_F(TrustedByPlatform, ASignerWhoseCertificateHasNoContextIsSkipped)
 {
-    site.Install("good");
+    installation.Install("good");
     const SignerCount two(2);
     const ChangedSigner twice([](CRYPT_PROVIDER_SGNR&) {});
     CRYPT_PROVIDER_CERT empty{};
     empty.cbStruct = sizeof empty;
-    const CertificateDouble firstWithout([&empty](CRYPT_PROVIDER_SGNR* signer, DWORD index) {
-        return index == 0 ? &empty : CertificateDouble::Original(signer, 0);
+    const WTHelperGetProvCertFromChainDouble firstWithout([&empty](CRYPT_PROVIDER_SGNR* signer, DWORD index) {
+        return index == 0 ? &empty : WTHelperGetProvCertFromChainDouble::Original(signer, 0);
     });
     ExpectAccepted();
 }
 
 TEST_F(TrustedByPlatform, TheSignersIndexIsTheCertificatesIndexToo)
 {
-    site.Install("stranger");
+    installation.Install("stranger");
     const SignerCount three(3);
     std::vector<std::pair<DWORD, BOOL>> signers;
     std::vector<DWORD> counterSigners;
     std::vector<DWORD> certificates;
-    const SignerDouble recordSigner([&](CRYPT_PROVIDER_DATA* data, DWORD index, BOOL counter, DWORD counterIndex) {
-        signers.emplace_back(index, counter);
-        counterSigners.push_back(counterIndex);
-        return SignerDouble::Original(data, 0, counter, counterIndex);
-    });
-    const CertificateDouble recordCertificate([&certificates](CRYPT_PROVIDER_SGNR* signer, DWORD index) {
-        certificates.push_back(index);
-        return CertificateDouble::Original(signer, index);
-    });
+    const WTHelperGetProvSignerFromChainDouble recordSigner(
+        [&](CRYPT_PROVIDER_DATA* data, DWORD index, BOOL counter, DWORD counterIndex) {
+            signers.emplace_back(index, counter);
+            counterSigners.push_back(counterIndex);
+            return WTHelperGetProvSignerFromChainDouble::Original(data, 0, counter, counterIndex);
+        });
+    const WTHelperGetProvCertFromChainDouble recordCertificate(
+        [&certificates](CRYPT_PROVIDER_SGNR* signer, DWORD index) {
+            certificates.push_back(index);
+            return WTHelperGetProvCertFromChainDouble::Original(signer, index);
+        });
     ExpectRefused(SaidNotTrusted);
     EXPECT_THAT(signers, ElementsAre(std::pair{0U, FALSE}, std::pair{1U, FALSE}, std::pair{2U, FALSE}));
     EXPECT_THAT(counterSigners, Each(0U));
@@ -153,12 +160,12 @@ TEST_F(TrustedByPlatform, TheSignersIndexIsTheCertificatesIndexToo)
 
 TEST_F(TrustedByPlatform, TheFirstMatchingSignerEndsTheWalk)
 {
-    site.Install("good");
+    installation.Install("good");
     const SignerCount three(3);
     int asked = 0;
-    const CertificateDouble count([&asked](CRYPT_PROVIDER_SGNR* signer, DWORD) {
+    const WTHelperGetProvCertFromChainDouble count([&asked](CRYPT_PROVIDER_SGNR* signer, DWORD) {
         ++asked;
-        return CertificateDouble::Original(signer, 0);
+        return WTHelperGetProvCertFromChainDouble::Original(signer, 0);
     });
     ExpectAccepted();
     EXPECT_EQ(asked, 1);
@@ -182,9 +189,9 @@ class SignerName : public TrustTest, public testing::WithParamInterface<Name>
 
 TEST_P(SignerName, IsComparedByteForByte)
 {
-    site.Install("good");
+    installation.Install("good");
     const std::string& text = GetParam().text;
-    const CertificateNameDouble name(
+    const CertGetNameStringADouble name(
         [&text](PCCERT_CONTEXT, DWORD type, DWORD flags, void* parameter, LPSTR buffer, DWORD size) {
             EXPECT_EQ(type, 4U);
             EXPECT_EQ(flags, 0U);
@@ -196,7 +203,7 @@ TEST_P(SignerName, IsComparedByteForByte)
             }
             return static_cast<DWORD>(text.size());
         });
-    const WideCertificateNameDouble wide([&text](PCCERT_CONTEXT, DWORD, DWORD, void*, LPWSTR buffer, DWORD size) {
+    const CertGetNameStringWDouble wide([&text](PCCERT_CONTEXT, DWORD, DWORD, void*, LPWSTR buffer, DWORD size) {
         const auto length = std::min<std::size_t>(text.size(), size);
         std::copy_n(text.begin(), length, buffer);
         return static_cast<DWORD>(length);
@@ -221,8 +228,8 @@ INSTANTIATE_TEST_SUITE_P(Platform, SignerName,
 
 TEST_F(TrustedByPlatform, ANameThatCannotBeFetchedAfterItsLengthWasLearntIsNotTrusted)
 {
-    site.Install("good");
-    const CertificateNameDouble name([](PCCERT_CONTEXT, DWORD, DWORD, void*, LPSTR buffer, DWORD) -> DWORD {
+    installation.Install("good");
+    const CertGetNameStringADouble name([](PCCERT_CONTEXT, DWORD, DWORD, void*, LPSTR buffer, DWORD) -> DWORD {
         if (buffer == nullptr)
             return 15;
         std::memcpy(buffer, "Kestrany, Inc.", 15);
@@ -231,7 +238,7 @@ TEST_F(TrustedByPlatform, ANameThatCannotBeFetchedAfterItsLengthWasLearntIsNotTr
     ExpectRefused(SaidNotTrusted);
 }
 
-// The list holds each name with its NUL and nothing else; the root is this build's own.
+// The list contains each name with its NUL and nothing else; the root is that of this build.
 static_assert(sizeof(Kestrany::BuildData::TrustedSigners) == 33);
 static_assert(Kestrany::BuildData::DevelopmentRoot);
 

@@ -1,4 +1,4 @@
-// The root that the platform does not trust: which one is compared with the pinned one, and what follows from it.
+// A root that the platform does not trust: which certificate is compared with the pinned one, and what follows.
 
 #include <array>
 #include <ostream>
@@ -13,11 +13,11 @@ class UntrustedRoot : public TrustTest
 protected:
     void SetUp() override
     {
-        site.Install("good");
-        verifyAnswer = 0x800B0109;
+        installation.Install("good");
+        verifyResult = 0x800B0109;
     }
 
-    /// Answers of the hashing, call by call; the real digest comes first and may be changed.
+    /// Results of the hashing, call by call; the real digest is passed in and may be changed.
     template <typename Change>
     auto ChangedHash(Change change)
     {
@@ -27,9 +27,9 @@ protected:
             EXPECT_EQ(flags, 0U);
             EXPECT_EQ(reserved, nullptr);
             EXPECT_EQ(*size, 32U);
-            EXPECT_EQ(std::string(reinterpret_cast<const char*>(bytes), count), site.RootCertificate("root"));
+            EXPECT_EQ(std::string(reinterpret_cast<const char*>(bytes), count), installation.RootCertificate("root"));
             ++hashes;
-            HashCertificateDouble::Original(algorithm, flags, reserved, bytes, count, digest, size);
+            CryptHashCertificate2Double::Original(algorithm, flags, reserved, bytes, count, digest, size);
             return change(digest, *size);
         };
     }
@@ -39,14 +39,14 @@ protected:
 
 TEST_F(UntrustedRoot, ThePinnedRootIsHashedOnce)
 {
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
+    const CryptHashCertificate2Double hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
     ExpectAccepted();
     EXPECT_EQ(hashes, 1);
 }
 
 TEST_F(UntrustedRoot, NoProviderDataIsNotTrusted)
 {
-    const ProviderDataDouble none([](HANDLE) -> CRYPT_PROVIDER_DATA* { return nullptr; });
+    const WTHelperProvDataFromStateDataDouble none([](HANDLE) -> CRYPT_PROVIDER_DATA* { return nullptr; });
     ExpectRefused(SaidNotTrusted);
 }
 
@@ -58,16 +58,18 @@ TEST_F(UntrustedRoot, NoSignerIsNotTrusted)
 
 TEST_F(UntrustedRoot, ASignerThatCannotBeHadIsNotTrusted)
 {
-    const SignerDouble none([](CRYPT_PROVIDER_DATA*, DWORD, BOOL, DWORD) -> CRYPT_PROVIDER_SGNR* { return nullptr; });
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
+    const WTHelperGetProvSignerFromChainDouble none(
+        [](CRYPT_PROVIDER_DATA*, DWORD, BOOL, DWORD) -> CRYPT_PROVIDER_SGNR* { return nullptr; });
+    const CryptHashCertificate2Double hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
     ExpectRefused(SaidNotTrusted);
     EXPECT_EQ(hashes, 0);
 }
 
 TEST_F(UntrustedRoot, ASignerWithoutCertificateIsSkipped)
 {
-    const CertificateDouble none([](CRYPT_PROVIDER_SGNR*, DWORD) -> CRYPT_PROVIDER_CERT* { return nullptr; });
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
+    const WTHelperGetProvCertFromChainDouble none(
+        [](CRYPT_PROVIDER_SGNR*, DWORD) -> CRYPT_PROVIDER_CERT* { return nullptr; });
+    const CryptHashCertificate2Double hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
     ExpectRefused(SaidNotTrusted);
     EXPECT_EQ(hashes, 0);
 }
@@ -75,13 +77,14 @@ TEST_F(UntrustedRoot, ASignerWithoutCertificateIsSkipped)
 TEST_F(UntrustedRoot, ASignerThatIsSkippedDoesNotEndTheWalk)
 {
     const SignerCount two(2);
-    const SignerDouble firstMissing([](CRYPT_PROVIDER_DATA* data, DWORD index, BOOL counter, DWORD counterIndex) {
-        return index == 0 ? nullptr : SignerDouble::Original(data, 0, counter, counterIndex);
+    const WTHelperGetProvSignerFromChainDouble firstMissing([](CRYPT_PROVIDER_DATA* data, DWORD index, BOOL counter,
+                                                               DWORD counterIndex) {
+        return index == 0 ? nullptr : WTHelperGetProvSignerFromChainDouble::Original(data, 0, counter, counterIndex);
     });
     // The second signer has its first certificate at the place where the second is asked for.
-    const CertificateDouble shifted(
-        [](CRYPT_PROVIDER_SGNR* signer, DWORD) { return CertificateDouble::Original(signer, 0); });
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
+    const WTHelperGetProvCertFromChainDouble shifted(
+        [](CRYPT_PROVIDER_SGNR* signer, DWORD) { return WTHelperGetProvCertFromChainDouble::Original(signer, 0); });
+    const CryptHashCertificate2Double hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
     ExpectAccepted();
     EXPECT_EQ(hashes, 1);
 }
@@ -90,27 +93,27 @@ TEST_F(UntrustedRoot, ASignerWhoseIndexIsBeyondItsChainIsSkipped)
 {
     const SignerCount three(3);
     const ChangedSigner chainOfTwo([](CRYPT_PROVIDER_SGNR& signer) { EXPECT_EQ(signer.csCertChain, 2U); });
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return FALSE; }));
+    const CryptHashCertificate2Double hash(ChangedHash([](BYTE*, DWORD&) { return FALSE; }));
     ExpectRefused(SaidNotTrusted);
     EXPECT_EQ(hashes, 2);
 }
 
 TEST_F(UntrustedRoot, ASignerWithAChainOfNoneIsSkipped)
 {
-    const CertificateDouble leaf(
+    const WTHelperGetProvCertFromChainDouble leaf(
         [chain = std::array<CRYPT_PROVIDER_CERT, 1>{}](CRYPT_PROVIDER_SGNR*, DWORD) mutable { return chain.data(); });
     const ChangedSigner none([](CRYPT_PROVIDER_SGNR& signer) { signer.csCertChain = 0; });
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
+    const CryptHashCertificate2Double hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
     ExpectRefused(SaidNotTrusted);
     EXPECT_EQ(hashes, 0);
 }
 
 TEST_F(UntrustedRoot, ASignerWithoutChainIsSkipped)
 {
-    const CertificateDouble leaf(
+    const WTHelperGetProvCertFromChainDouble leaf(
         [chain = std::array<CRYPT_PROVIDER_CERT, 1>{}](CRYPT_PROVIDER_SGNR*, DWORD) mutable { return chain.data(); });
     const ChangedSigner chainless([](CRYPT_PROVIDER_SGNR& signer) { signer.pasCertChain = nullptr; });
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
+    const CryptHashCertificate2Double hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
     ExpectRefused(SaidNotTrusted);
     EXPECT_EQ(hashes, 0);
 }
@@ -123,7 +126,7 @@ TEST_F(UntrustedRoot, ARootWithoutContextIsSkipped)
         chain.back().pCert = nullptr;
         signer.pasCertChain = chain.data();
     });
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
+    const CryptHashCertificate2Double hash(ChangedHash([](BYTE*, DWORD&) { return TRUE; }));
     ExpectRefused(SaidNotTrusted);
     EXPECT_EQ(hashes, 0);
 }
@@ -132,14 +135,14 @@ TEST_F(UntrustedRoot, AHashThatFailsGoesOnWithTheNextSigner)
 {
     const SignerCount two(2);
     const ChangedSigner twice([](CRYPT_PROVIDER_SGNR&) {});
-    const HashCertificateDouble hash(ChangedHash([this](BYTE*, DWORD&) { return hashes == 2; }));
+    const CryptHashCertificate2Double hash(ChangedHash([this](BYTE*, DWORD&) { return hashes == 2; }));
     ExpectAccepted();
     EXPECT_EQ(hashes, 2);
 }
 
 TEST_F(UntrustedRoot, AHashThatFailsForEverySignerIsNotTrusted)
 {
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD&) { return FALSE; }));
+    const CryptHashCertificate2Double hash(ChangedHash([](BYTE*, DWORD&) { return FALSE; }));
     ExpectRefused(SaidNotTrusted);
     EXPECT_EQ(hashes, 1);
 }
@@ -148,7 +151,7 @@ TEST_F(UntrustedRoot, AHashThatFailsWithAnotherSizeEndsTheWalkAndIsCompared)
 {
     const SignerCount two(2);
     const ChangedSigner twice([](CRYPT_PROVIDER_SGNR&) {});
-    const HashCertificateDouble hash(ChangedHash([](BYTE* digest, DWORD& size) {
+    const CryptHashCertificate2Double hash(ChangedHash([](BYTE* digest, DWORD& size) {
         std::memset(digest, 0, 32);
         size = 20;
         return FALSE;
@@ -159,7 +162,7 @@ TEST_F(UntrustedRoot, AHashThatFailsWithAnotherSizeEndsTheWalkAndIsCompared)
 
 TEST_F(UntrustedRoot, AHashThatFailsWithAnotherSizeIsAcceptedWhereItIsThePinnedOne)
 {
-    const HashCertificateDouble hash(ChangedHash([](BYTE*, DWORD& size) {
+    const CryptHashCertificate2Double hash(ChangedHash([](BYTE*, DWORD& size) {
         size = 20;
         return FALSE;
     }));
@@ -169,7 +172,7 @@ TEST_F(UntrustedRoot, AHashThatFailsWithAnotherSizeIsAcceptedWhereItIsThePinnedO
 
 TEST_F(UntrustedRoot, ADigestThatDiffersInItsLastBitIsNotTrusted)
 {
-    const HashCertificateDouble hash(ChangedHash([](BYTE* digest, DWORD&) {
+    const CryptHashCertificate2Double hash(ChangedHash([](BYTE* digest, DWORD&) {
         digest[31] ^= 1;
         return TRUE;
     }));
@@ -180,7 +183,7 @@ TEST_F(UntrustedRoot, OnlyTheFirstHashedSignerCounts)
 {
     const SignerCount two(2);
     const ChangedSigner twice([](CRYPT_PROVIDER_SGNR&) {});
-    const HashCertificateDouble hash(ChangedHash([this](BYTE* digest, DWORD&) {
+    const CryptHashCertificate2Double hash(ChangedHash([this](BYTE* digest, DWORD&) {
         if (hashes == 1)
             digest[0] ^= 1;
         return TRUE;
@@ -192,8 +195,9 @@ TEST_F(UntrustedRoot, OnlyTheFirstHashedSignerCounts)
 TEST_F(UntrustedRoot, SuccessOfTheRootCheckWithoutProviderDataAfterwardsIsAMissingSignature)
 {
     int asked = 0;
-    const ProviderDataDouble onlyOnce(
-        [&asked](HANDLE state) { return ++asked == 1 ? ProviderDataDouble::Original(state) : nullptr; });
+    const WTHelperProvDataFromStateDataDouble onlyOnce([&asked](HANDLE state) {
+        return ++asked == 1 ? WTHelperProvDataFromStateDataDouble::Original(state) : nullptr;
+    });
     ExpectRefused(SaidMissing);
     EXPECT_EQ(asked, 2);
 }
@@ -238,7 +242,7 @@ INSTANTIATE_TEST_SUITE_P(Platform, PinnedRoot,
 
 TEST_F(UntrustedRoot, ASignerWhoseNameIsNotListedIsNotTrustedWhateverElseTheChainReports)
 {
-    site.Install("stranger");
+    installation.Install("stranger");
     CERT_CHAIN_CONTEXT context{};
     const ChangedSigner expired([&context](CRYPT_PROVIDER_SGNR& signer) {
         context = *signer.pChainContext;

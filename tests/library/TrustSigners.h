@@ -4,17 +4,17 @@
 #include <functional>
 #include <utility>
 
-#include "TrustDoubles.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
-/// Provider data that claim another number of signers than the file has.
+/// Provider data with another number of signers than the file has.
 class SignerCount
 {
 public:
     explicit SignerCount(DWORD count)
         : double_([this, count](HANDLE state) {
-              data_ = *ProviderDataDouble::Original(state);
+              data_ = *WTHelperProvDataFromStateDataDouble::Original(state);
               data_.csSigners = count;
               return &data_;
           })
@@ -23,7 +23,7 @@ public:
 
 private:
     CRYPT_PROVIDER_DATA data_{};
-    ProviderDataDouble double_;
+    WTHelperProvDataFromStateDataDouble double_;
 };
 
 /// The real signer with another chain.
@@ -33,7 +33,7 @@ public:
     explicit ChangedSigner(std::function<void(CRYPT_PROVIDER_SGNR&)> change)
         : change_(std::move(change)),
           double_([this](CRYPT_PROVIDER_DATA* data, DWORD, BOOL counter, DWORD counterIndex) {
-              signer_ = *SignerDouble::Original(data, 0, counter, counterIndex);
+              signer_ = *WTHelperGetProvSignerFromChainDouble::Original(data, 0, counter, counterIndex);
               change_(signer_);
               return &signer_;
           })
@@ -43,7 +43,7 @@ public:
 private:
     std::function<void(CRYPT_PROVIDER_SGNR&)> change_;
     CRYPT_PROVIDER_SGNR signer_{};
-    SignerDouble double_;
+    WTHelperGetProvSignerFromChainDouble double_;
 };
 
 } // namespace OrlindexTest

@@ -1,4 +1,4 @@
-// Files that are really signed, or really not: which are accepted, and what is said of the others.
+// Really signed and unsigned files: which are accepted, and which messages the others cause.
 
 #include "TrustTest.h"
 
@@ -12,101 +12,101 @@ class Signature : public TrustTest
 
 TEST_F(Signature, AListedNameBelowThePinnedRootIsValid)
 {
-    site.Install("good");
+    installation.Install("good");
     ExpectAccepted();
 }
 
 TEST_F(Signature, TheSecondListedNameBelowThePinnedRootIsValid)
 {
-    site.Install("asia");
+    installation.Install("asia");
     ExpectAccepted();
 }
 
 TEST_F(Signature, AListedNameBelowAnotherUntrustedRootIsNotTrusted)
 {
-    site.Install("other-root");
+    installation.Install("other-root");
     ExpectRefused(SaidNotTrusted);
 }
 
 TEST_F(Signature, AListedNameInOtherLetterCaseIsNotTrusted)
 {
-    site.Install("wrong-case");
+    installation.Install("wrong-case");
     ExpectRefused(SaidNotTrusted);
 }
 
 TEST_F(Signature, AListedNameWithATrailingSpaceIsNotTrusted)
 {
-    site.Install("trailing-space");
+    installation.Install("trailing-space");
     ExpectRefused(SaidNotTrusted);
 }
 
 TEST_F(Signature, TheFirstListedNameWithoutItsFinalPointIsNotTrusted)
 {
-    site.Install("no-point");
+    installation.Install("no-point");
     ExpectRefused(SaidNotTrusted);
 }
 
 TEST_F(Signature, TheSecondListedNameWithAFinalPointIsNotTrusted)
 {
-    site.Install("asia-point");
+    installation.Install("asia-point");
     ExpectRefused(SaidNotTrusted);
 }
 
 TEST_F(Signature, ANameThatIsNotListedBelowThePinnedRootIsNotTrusted)
 {
-    site.Install("stranger");
+    installation.Install("stranger");
     ExpectRefused(SaidNotTrusted);
 }
 
 TEST_F(Signature, ANameThatLooksLikeAListedOneIsNotTrusted)
 {
-    site.Install("look-alike");
+    installation.Install("look-alike");
     ExpectRefused(SaidNotTrusted);
 }
 
 TEST_F(Signature, AnExpiredCertificateBelowThePinnedRootIsValid)
 {
-    site.Install("pinned-expired");
+    installation.Install("pinned-expired");
     ExpectAccepted();
 }
 
 TEST_F(Signature, AnExpiredCertificateBelowAnotherUntrustedRootIsNotTrusted)
 {
-    site.Install("expired");
+    installation.Install("expired");
     ExpectRefused(SaidNotTrusted);
 }
 
 TEST_F(Signature, AnUnsignedFileIsInvalid)
 {
-    site.Install("unsigned");
+    installation.Install("unsigned");
     ExpectRefused(SaidInvalid);
 }
 
 TEST_F(Signature, AFileChangedAfterSigningIsAnUnknownError)
 {
-    site.Install("good");
-    Tamper(site.PluginFile());
+    installation.Install("good");
+    Tamper(installation.PluginFile());
     ExpectRefused(SaidUnknownError);
 }
 
 TEST_F(Signature, AFileCutAfterSigningIsRefused)
 {
-    // The signature lies at the end, so nothing is left of it.
-    site.Install("good");
-    Truncate(site.PluginFile());
+    // The signature is at the end, so nothing of it is left.
+    installation.Install("good");
+    Truncate(installation.PluginFile());
     ExpectRefused(SaidInvalid);
 }
 
 TEST_F(Signature, AFileThatIsNoModuleIsAnUnknownError)
 {
-    site.InstallWithoutPlugin();
-    WriteFile(site.PluginFile(), "no module");
+    installation.InstallWithoutPlugin();
+    WriteFile(installation.PluginFile(), "no module");
     ExpectRefused(SaidUnknownError);
 }
 
 TEST_F(Signature, TheTrustDataAskForASilentCheckOfTheFileWithoutRevocation)
 {
-    site.Install("good");
+    installation.Install("good");
     ExpectAccepted();
     ASSERT_THAT(Calls(), SizeIs(2));
     for (const VerifyCall& call : Calls())
@@ -127,7 +127,7 @@ TEST_F(Signature, TheTrustDataAskForASilentCheckOfTheFileWithoutRevocation)
         ASSERT_TRUE(call.file.has_value());
         EXPECT_EQ(call.file->cbStruct, 32U);
         EXPECT_EQ(call.file->pgKnownSubject, nullptr);
-        EXPECT_EQ(call.path, site.PluginFile().native());
+        EXPECT_EQ(call.path, installation.PluginFile().native());
     }
     EXPECT_EQ(Calls()[0].stateAction, 1U);
     EXPECT_EQ(Calls()[0].state, nullptr);
@@ -138,7 +138,7 @@ TEST_F(Signature, TheTrustDataAskForASilentCheckOfTheFileWithoutRevocation)
 
 TEST_F(Signature, AFileThatIsGoneByThenIsNotFoundAndOnlyTheClosingCallIsMade)
 {
-    site.Install("good");
+    installation.Install("good");
     const PathFileExistsDouble gone([](LPCWSTR) { return FALSE; });
     ExpectRefused(SaidNotFound);
     ASSERT_THAT(Calls(), SizeIs(1));

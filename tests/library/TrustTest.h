@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "TrustDoubles.h"
 #include "support/HostTest.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
-/// What is said of a file, each with the file's path behind it.
+/// Messages about a file, each followed by the file's path.
 inline constexpr char SaidValid[] = "Binary file: is valid: ";
 inline constexpr char SaidUnknownError[] = "Binary file: unknown error: ";
 inline constexpr char SaidNotFound[] = "Binary file: not found: ";
@@ -20,11 +20,11 @@ inline constexpr char SaidInvalid[] = "Binary file: signature is invalid: ";
 inline constexpr char SaidMissing[] = "Binary file: signature is missing: ";
 inline constexpr char SaidNotTrusted[] = "Binary file: signature certificate not trusted: ";
 
-/// A start whose verification is watched. WinVerifyTrust works for real unless `verifyAnswer` is set.
+/// A start-up whose verification is recorded. WinVerifyTrust really runs unless `verifyResult` is set.
 class TrustTest : public HostTest
 {
 protected:
-    /// The trust data of one call, as it stood when the call was made.
+    /// The trust data of one call, at the time of the call.
     struct VerifyCall
     {
         HWND window;
@@ -37,28 +37,28 @@ protected:
         std::wstring path;
     };
 
-    /// Starts with what is installed and expects that the file is loaded.
+    /// Starts the library and expects that the file is loaded.
     void ExpectAccepted()
     {
         EXPECT_EQ(Start(), "");
-        EXPECT_EQ(result_, 1000);
-        EXPECT_TRUE(IsLoaded(site.PluginFile()));
-        const PluginControl plugin(site.PluginFile());
-        EXPECT_THAT(plugin.Log(), testing::Contains(LogLine{Info, SaidValid + Utf8(site.PluginFile())}));
+        EXPECT_EQ(result_, IdSuccess);
+        EXPECT_TRUE(IsLoaded(installation.PluginFile()));
+        const PluginControl plugin(installation.PluginFile());
+        EXPECT_THAT(plugin.Log(), testing::Contains(LogLine{Info, SaidValid + Utf8(installation.PluginFile())}));
         ExpectStateReleased();
     }
 
-    /// Starts with what is installed and expects that the file is refused: it is not loaded, and the reason is an error
-    /// message, which alone is printed.
+    /// Starts the library and expects that the file is refused: it is not loaded, and only the reason is printed, as an
+    /// error message.
     void ExpectRefused(const std::string& reason)
     {
-        EXPECT_EQ(Start(), reason + Utf8(site.PluginFile()) + '\n');
-        EXPECT_EQ(result_, 3005);
-        EXPECT_FALSE(IsLoaded(site.PluginFile()));
+        EXPECT_EQ(Start(), reason + Utf8(installation.PluginFile()) + '\n');
+        EXPECT_EQ(result_, IdClientUnavailable);
+        EXPECT_FALSE(IsLoaded(installation.PluginFile()));
         ExpectStateReleased();
     }
 
-    /// The last of the calls, and no other, releases the platform's state.
+    /// Expects that the last call, and no other, closes the WinTrust session.
     void ExpectStateReleased()
     {
         ASSERT_FALSE(calls_.empty());
@@ -69,8 +69,8 @@ protected:
 
     const std::vector<VerifyCall>& Calls() const { return calls_; }
 
-    /// What WinVerifyTrust answers instead of its own result; the state is that of the real verification.
-    std::optional<DWORD> verifyAnswer;
+    /// What WinVerifyTrust returns instead of its own result; the session is that of the real verification.
+    std::optional<DWORD> verifyResult;
 
 private:
     std::string Start()
@@ -86,11 +86,11 @@ private:
     {
         auto& trust = *static_cast<WINTRUST_DATA*>(data);
         Note(window, *action, trust);
-        const LONG answer = WinVerifyTrustDouble::Original(window, action, data);
+        const LONG result = WinVerifyTrustDouble::Original(window, action, data);
         if (trust.dwStateAction != WTD_STATEACTION_VERIFY)
-            return answer;
+            return result;
         stateHandle_ = trust.hWVTStateData;
-        return verifyAnswer ? static_cast<LONG>(*verifyAnswer) : answer;
+        return verifyResult ? static_cast<LONG>(*verifyResult) : result;
     }
 
     void Note(HWND window, const GUID& action, const WINTRUST_DATA& trust)

@@ -1,4 +1,4 @@
-// Verification without a file: the library's callers see to it that there is one.
+// Verification of a missing file: the callers in the library make sure that there is one.
 
 #include <gtest/gtest.h>
 #include <vector>
@@ -18,18 +18,12 @@ using namespace Kestrany::IdentityServices;
 
 namespace {
 
-struct WinVerifyTrustImport
-{
-    static constexpr char Name[] = "WinVerifyTrust";
-    using Type = LONG(HWND, GUID*, LPVOID);
-};
-
 } // namespace
 
 TEST(BinaryTrust, AnEmptyPathIsNotFoundAndGetsTheClosingCallAlone)
 {
     std::vector<DWORD> actions;
-    const ImportDouble<WinVerifyTrustImport> verify(
+    const WinVerifyTrustDouble verify(
         [&actions](HWND window, GUID* action, LPVOID data) {
             const GUID genericVerify2 = WINTRUST_ACTION_GENERIC_VERIFY_V2;
             const auto& trust = *static_cast<const WINTRUST_DATA*>(data);

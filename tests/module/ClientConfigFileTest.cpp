@@ -10,10 +10,10 @@ using testing::IsEmpty;
 
 TEST_F(ClientConfigFile, IsFoundBesideTheHost)
 {
-    site.WriteClientConfig("{}");
+    installation.WriteClientConfig("{}");
     EXPECT_TRUE(manager.FindClientConfigFile());
-    EXPECT_EQ(Path(), Utf8(site.ClientConfigFile()));
-    EXPECT_THAT(log.Take(), ElementsAre(Searching(DefaultPlaces()), Found(site.ClientConfigFile())));
+    EXPECT_EQ(Path(), Utf8(installation.ClientConfigFile()));
+    EXPECT_THAT(log.Take(), ElementsAre(Searching(DefaultPlaces()), Found(installation.ClientConfigFile())));
 }
 
 TEST_F(ClientConfigFile, IsFoundBesideTheLibrary)
@@ -25,29 +25,29 @@ TEST_F(ClientConfigFile, IsFoundBesideTheLibrary)
 
 TEST_F(ClientConfigFile, TheHostsWinsOverTheLibrarysAndThatOverAnExtraOne)
 {
-    const fs::path extra = site.MakeFolder("extra");
+    const fs::path extra = installation.MakeFolder("extra");
     manager.AddClientConfigSearchPath(extra.native());
     WriteFile(extra / "Orlindex.config", "{}");
     WriteFile(library / "Orlindex.config", "{}");
     EXPECT_TRUE(manager.FindClientConfigFile());
     EXPECT_EQ(Path(), Utf8(library / "Orlindex.config"));
 
-    site.WriteClientConfig("{}");
-    manager.SetClientConfigFileOverride(L""); // Discards what was found.
+    installation.WriteClientConfig("{}");
+    manager.SetClientConfigFileOverride(L""); // Discards the file that was found.
     EXPECT_TRUE(manager.FindClientConfigFile());
-    EXPECT_EQ(Path(), Utf8(site.ClientConfigFile()));
+    EXPECT_EQ(Path(), Utf8(installation.ClientConfigFile()));
 }
 
 TEST_F(ClientConfigFile, ExtraDirectoriesAreSearchedInTheirOrderAndExpanded)
 {
-    const fs::path first = site.MakeFolder(fs::path("host") / "first");
-    const fs::path second = site.MakeFolder("second");
+    const fs::path first = installation.MakeFolder(fs::path("host") / "first");
+    const fs::path second = installation.MakeFolder("second");
     manager.AddClientConfigSearchPath(L"%ExePath%\\first");
     manager.AddClientConfigSearchPath(second.native());
     WriteFile(second / "Orlindex.config", "{}");
     EXPECT_TRUE(manager.FindClientConfigFile());
     EXPECT_EQ(Path(), Utf8(second / "Orlindex.config"));
-    EXPECT_EQ(log.Take().at(0), Searching({site.HostFolder(), library, first, second}));
+    EXPECT_EQ(log.Take().at(0), Searching({installation.HostFolder(), library, first, second}));
 }
 
 TEST_F(ClientConfigFile, NotFoundLeavesTheBareNameAndAWarning)
@@ -61,7 +61,7 @@ TEST_F(ClientConfigFile, IsSearchedOnce)
 {
     EXPECT_FALSE(manager.FindClientConfigFile());
     log.Take();
-    site.WriteClientConfig("{}");
+    installation.WriteClientConfig("{}");
     EXPECT_TRUE(manager.FindClientConfigFile()) << "the bare name is a result too";
     EXPECT_EQ(Path(), "Orlindex.config");
     EXPECT_THAT(log.Take(), IsEmpty());

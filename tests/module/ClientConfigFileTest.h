@@ -40,12 +40,12 @@ protected:
         return ErrorLine("Failed to load client config file " + Utf8(file) + ". Invalid file format.");
     }
 
-    static LogLine Support(const std::string& answer)
+    static LogLine Support(const std::string& supported)
     {
-        return InfoLine("Configuration to support both local and admin: " + answer + '.');
+        return InfoLine("Configuration to support both local and admin: " + supported + '.');
     }
 
-    std::vector<std::filesystem::path> DefaultPlaces() const { return {site.HostFolder(), library}; }
+    std::vector<std::filesystem::path> DefaultPlaces() const { return {installation.HostFolder(), library}; }
     std::string Path() const { return ToUtf8(manager.ClientConfigFilePath()); }
 
     void ExpectFixedSettings() const { ExpectFixedSettings(manager); }
@@ -67,21 +67,21 @@ protected:
         EXPECT_FALSE(manager.Settings().supportBothLocalAndAdmin);
     }
 
-    /// Loads a file of that content, which must be refused.
+    /// Loads a file with this content, which must be refused.
     void ExpectInvalid(const std::string& bytes)
     {
-        site.WriteClientConfig(bytes);
+        installation.WriteClientConfig(bytes);
         EXPECT_TRUE(manager.LoadClientConfig());
-        EXPECT_THAT(log.Take(),
-                    testing::ElementsAre(Searching(DefaultPlaces()), Found(site.ClientConfigFile()),
-                                         Loading(site.ClientConfigFile()), Invalid(site.ClientConfigFile())));
+        EXPECT_THAT(log.Take(), testing::ElementsAre(Searching(DefaultPlaces()), Found(installation.ClientConfigFile()),
+                                                     Loading(installation.ClientConfigFile()),
+                                                     Invalid(installation.ClientConfigFile())));
         ExpectNothingConfigured();
     }
 
-    /// Loads a file of that content, which says nothing but is sound.
+    /// Loads a file with this content, which is valid and sets nothing.
     void ExpectNothingIn(const std::string& bytes)
     {
-        site.WriteClientConfig(bytes);
+        installation.WriteClientConfig(bytes);
         EXPECT_TRUE(manager.LoadClientConfig());
         EXPECT_EQ(log.Take().back(), Support("No"));
         ExpectNothingConfigured();

@@ -1,4 +1,4 @@
-// The client config file: how a caller names it.
+// The client config file: how a caller sets its path.
 
 #include "ClientConfigFileTest.h"
 
@@ -10,9 +10,9 @@ using testing::IsEmpty;
 
 TEST_F(ClientConfigFile, AnOverrideIsFoundWithoutSearch)
 {
-    const fs::path file = site.MakeFolder("elsewhere") / L"\u4E2D.json";
+    const fs::path file = installation.MakeFolder("elsewhere") / L"\u4E2D.json";
     WriteFile(file, ServerMember("bundleId", R"("elsewhere")"));
-    site.WriteClientConfig(ServerMember("bundleId", R"("host")"));
+    installation.WriteClientConfig(ServerMember("bundleId", R"("host")"));
     manager.SetClientConfigFileOverride(file.native());
     EXPECT_EQ(Path(), "") << "it is looked at when it is asked for";
     EXPECT_TRUE(manager.LoadClientConfig());
@@ -25,8 +25,8 @@ TEST_F(ClientConfigFile, AnOverrideIsFoundWithoutSearch)
 
 TEST_F(ClientConfigFile, AnOverrideThatDoesNotExistIsKeptAndItsLoadIsSkippedSilently)
 {
-    site.WriteClientConfig(ServerMember("bundleId", R"("host")"));
-    const fs::path file = site.HostFolder() / "missing.json";
+    installation.WriteClientConfig(ServerMember("bundleId", R"("host")"));
+    const fs::path file = installation.HostFolder() / "missing.json";
     manager.SetClientConfigFileOverride(file.native());
     EXPECT_TRUE(manager.FindClientConfigFile());
     EXPECT_EQ(Path(), Utf8(file));
@@ -39,7 +39,7 @@ TEST_F(ClientConfigFile, AnOverrideThatDoesNotExistIsKeptAndItsLoadIsSkippedSile
 
 TEST_F(ClientConfigFile, ADirectoryAsOverrideIsFoundAndRefused)
 {
-    const fs::path folder = site.MakeFolder("folder");
+    const fs::path folder = installation.MakeFolder("folder");
     manager.SetClientConfigFileOverride(folder.native());
     EXPECT_TRUE(manager.LoadClientConfig());
     EXPECT_THAT(log.Take(),
@@ -49,9 +49,9 @@ TEST_F(ClientConfigFile, ADirectoryAsOverrideIsFoundAndRefused)
 
 TEST_F(ClientConfigFile, AnOverrideDiscardsWhatWasFoundBefore)
 {
-    site.WriteClientConfig("{}");
+    installation.WriteClientConfig("{}");
     EXPECT_TRUE(manager.FindClientConfigFile());
-    const fs::path file = site.HostFolder() / "other.json";
+    const fs::path file = installation.HostFolder() / "other.json";
     WriteFile(file, "{}");
     manager.SetClientConfigFileOverride(file.native());
     EXPECT_TRUE(manager.FindClientConfigFile());
@@ -62,11 +62,11 @@ TEST_F(ClientConfigFile, TheLastOverrideCounts)
 {
     for (const char* name : {"first.json", "second.json"})
     {
-        WriteFile(site.HostFolder() / name, "{}");
-        manager.SetClientConfigFileOverride((site.HostFolder() / name).native());
+        WriteFile(installation.HostFolder() / name, "{}");
+        manager.SetClientConfigFileOverride((installation.HostFolder() / name).native());
         EXPECT_TRUE(manager.FindClientConfigFile());
     }
-    EXPECT_EQ(Path(), Utf8(site.HostFolder() / "second.json"));
+    EXPECT_EQ(Path(), Utf8(installation.HostFolder() / "second.json"));
     EXPECT_EQ(ToUtf8(manager.ClientConfigFileOverride()), Path());
 }
 
@@ -75,23 +75,23 @@ TEST_F(ClientConfigFile, AnEmptyOverrideMeansTheDefaultPlaces)
     manager.SetClientConfigFileOverride(L"C:\\missing.json");
     manager.SetClientConfigFileOverride(L"");
     log.Take();
-    site.WriteClientConfig("{}");
+    installation.WriteClientConfig("{}");
     EXPECT_TRUE(manager.FindClientConfigFile());
     EXPECT_EQ(log.Take().at(0), Searching(DefaultPlaces()));
 }
 
 TEST_F(ClientConfigFile, AnOverrideAfterTheConfigWasAskedForIsRefusedAndChangesNothing)
 {
-    site.WriteClientConfig(ServerMember("bundleId", R"("host")"));
-    manager.GetSSOServerAppPath(); // Any component's question loads the config.
+    installation.WriteClientConfig(ServerMember("bundleId", R"("host")"));
+    manager.GetSSOServerAppPath(); // Any call that needs a value loads the file.
     log.Take();
-    const fs::path file = site.HostFolder() / "late.json";
+    const fs::path file = installation.HostFolder() / "late.json";
     WriteFile(file, ServerMember("bundleId", R"("late")"));
     manager.SetClientConfigFileOverride(file.native());
     EXPECT_THAT(log.Take(), ElementsAre(ErrorLine("Failed to set client config file override " + Utf8(file) +
-                                                  " since client config file " + Utf8(site.ClientConfigFile()) +
+                                                  " since client config file " + Utf8(installation.ClientConfigFile()) +
                                                   " is already loaded")));
-    EXPECT_EQ(Path(), Utf8(site.ClientConfigFile()));
+    EXPECT_EQ(Path(), Utf8(installation.ClientConfigFile()));
     EXPECT_EQ(manager.ClientConfigFileOverride(), L"");
     EXPECT_FALSE(manager.LoadClientConfig());
     EXPECT_EQ(manager.Settings().bundleId, L"host");

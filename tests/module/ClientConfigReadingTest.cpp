@@ -14,9 +14,9 @@ using testing::IsEmpty;
 
 TEST_F(ClientConfigFile, EveryKeyIsStored)
 {
-    site.WriteClientConfig(R"({"other": 1, "ssoServer": {"bundleId": "com.kestrany.)"
-                           "\xE4\xB8\xAD"
-                           R"(", "VersionCompatibilityConfigfilePath": "%ExePath%\\compatibility",
+    installation.WriteClientConfig(R"({"other": 1, "ssoServer": {"bundleId": "com.kestrany.)"
+                                   "\xE4\xB8\xAD"
+                                   R"(", "VersionCompatibilityConfigfilePath": "%ExePath%\\compatibility",
                               "searchPaths": "C:\\\u4e2d", "supportBothLocalAndAdmin": true}})");
     EXPECT_TRUE(manager.LoadClientConfig());
     EXPECT_EQ(manager.Settings().bundleId, L"com.kestrany.\u4E2D");
@@ -29,21 +29,21 @@ TEST_F(ClientConfigFile, EveryKeyIsStored)
 
 TEST_F(ClientConfigFile, SearchPathsAreSplitAndExpanded)
 {
-    site.WriteClientConfig(ServerMember("searchPaths", R"("%ExePath%;C:\\second")"));
+    installation.WriteClientConfig(ServerMember("searchPaths", R"("%ExePath%;C:\\second")"));
     EXPECT_TRUE(manager.LoadClientConfig());
-    EXPECT_THAT(manager.Settings().searchPaths, ElementsAre(site.HostFolder().native(), L"C:\\second"));
+    EXPECT_THAT(manager.Settings().searchPaths, ElementsAre(installation.HostFolder().native(), L"C:\\second"));
 }
 
 TEST_F(ClientConfigFile, EmptyEntriesOfSearchPathsAreDropped)
 {
-    site.WriteClientConfig(ServerMember("searchPaths", R"(";C:\\one;;%Unknown%; ;")"));
+    installation.WriteClientConfig(ServerMember("searchPaths", R"(";C:\\one;;%Unknown%; ;")"));
     EXPECT_TRUE(manager.LoadClientConfig());
     EXPECT_THAT(manager.Settings().searchPaths, ElementsAre(L"C:\\one", L"%Unknown%", L" "));
 }
 
 TEST_F(ClientConfigFile, AMegabyteOfEmptyEntriesCostsNoMessageOfThatSize)
 {
-    site.WriteClientConfig(ServerMember("searchPaths", '"' + std::string(1024 * 1024, ';') + '"'));
+    installation.WriteClientConfig(ServerMember("searchPaths", '"' + std::string(1024 * 1024, ';') + '"'));
     EXPECT_FALSE(manager.FindSSOServerApp());
     EXPECT_THAT(manager.Settings().searchPaths, IsEmpty());
     std::size_t size = 0;
@@ -54,15 +54,15 @@ TEST_F(ClientConfigFile, AMegabyteOfEmptyEntriesCostsNoMessageOfThatSize)
 
 TEST_F(ClientConfigFile, SupportBothLocalAndAdminIsLoggedAsYes)
 {
-    site.WriteClientConfig(ServerMember("supportBothLocalAndAdmin", "true"));
+    installation.WriteClientConfig(ServerMember("supportBothLocalAndAdmin", "true"));
     EXPECT_TRUE(manager.LoadClientConfig());
-    EXPECT_THAT(log.Take(), ElementsAre(Searching(DefaultPlaces()), Found(site.ClientConfigFile()),
-                                        Loading(site.ClientConfigFile()), Support("Yes")));
+    EXPECT_THAT(log.Take(), ElementsAre(Searching(DefaultPlaces()), Found(installation.ClientConfigFile()),
+                                        Loading(installation.ClientConfigFile()), Support("Yes")));
 }
 
 TEST_F(ClientConfigFile, WithoutSupportBothLocalAndAdminNoIsLogged)
 {
-    site.WriteClientConfig(ServerMember("supportBothLocalAndAdmin", "false"));
+    installation.WriteClientConfig(ServerMember("supportBothLocalAndAdmin", "false"));
     EXPECT_TRUE(manager.LoadClientConfig());
     EXPECT_EQ(log.Take().back(), Support("No"));
 }
@@ -76,7 +76,7 @@ TEST_F(ClientConfigFile, AMissingFileLeavesTheFixedSettingsAlone)
 
 TEST_F(ClientConfigFile, TheFixedSettingsHoldHoweverTheReadingEnds)
 {
-    site.WriteClientConfig("{}");
+    installation.WriteClientConfig("{}");
     for (const std::wstring failing : {L"Searching", L"Found", L"Loading", L"Configuration"})
     {
         SSOPathResolver started({"1"}, [&failing](const std::wstring& message, Kestrany::TALIXLog::LogLevel) {
@@ -91,10 +91,10 @@ TEST_F(ClientConfigFile, TheFixedSettingsHoldHoweverTheReadingEnds)
 
 TEST_F(ClientConfigFile, ASecondLoadReturnsFalseAndReadsNothing)
 {
-    site.WriteClientConfig(ServerMember("bundleId", R"("first")"));
+    installation.WriteClientConfig(ServerMember("bundleId", R"("first")"));
     EXPECT_TRUE(manager.LoadClientConfig());
     log.Take();
-    site.WriteClientConfig(ServerMember("bundleId", R"("second")"));
+    installation.WriteClientConfig(ServerMember("bundleId", R"("second")"));
     EXPECT_FALSE(manager.LoadClientConfig());
     EXPECT_EQ(manager.Settings().bundleId, L"first");
     EXPECT_THAT(log.Take(), IsEmpty());
@@ -104,7 +104,7 @@ TEST_F(ClientConfigFile, AMissingFileIsNotLookedForAgain)
 {
     EXPECT_TRUE(manager.LoadClientConfig());
     log.Take();
-    site.WriteClientConfig(ServerMember("bundleId", R"("late")"));
+    installation.WriteClientConfig(ServerMember("bundleId", R"("late")"));
     EXPECT_FALSE(manager.LoadClientConfig());
     EXPECT_EQ(manager.Settings().bundleId, L"");
     EXPECT_THAT(log.Take(), IsEmpty());
@@ -112,11 +112,11 @@ TEST_F(ClientConfigFile, AMissingFileIsNotLookedForAgain)
 
 TEST_F(ClientConfigFile, AFileThatWasFoundBeforeIsReadWithoutAnotherSearch)
 {
-    site.WriteClientConfig("{}");
+    installation.WriteClientConfig("{}");
     manager.FindClientConfigFile();
     log.Take();
     EXPECT_TRUE(manager.LoadClientConfig());
-    EXPECT_THAT(log.Take(), ElementsAre(Loading(site.ClientConfigFile()), Support("No")));
+    EXPECT_THAT(log.Take(), ElementsAre(Loading(installation.ClientConfigFile()), Support("No")));
 }
 
 TEST_F(ClientConfigFile, MalformedIsRefused)
@@ -141,8 +141,8 @@ TEST_F(ClientConfigFile, NestedTooDeepIsRefused)
 
 TEST_F(ClientConfigFile, ANumberTooLargeCostsItsKeyAlone)
 {
-    site.WriteClientConfig(R"({"timeout": 1e999, "ssoServer": {"bundleId": )" + std::string(2000, '9') +
-                           R"(, "searchPaths": "C:\\one", "supportBothLocalAndAdmin": true}})");
+    installation.WriteClientConfig(R"({"timeout": 1e999, "ssoServer": {"bundleId": )" + std::string(2000, '9') +
+                                   R"(, "searchPaths": "C:\\one", "supportBothLocalAndAdmin": true}})");
     EXPECT_TRUE(manager.LoadClientConfig());
     EXPECT_EQ(log.Take().back(), Support("Yes"));
     EXPECT_EQ(manager.Settings().bundleId, L"");
@@ -165,35 +165,36 @@ TEST_F(ClientConfigFile, OfTheLargestSizeIsRead)
 {
     using Kestrany::IdentityServices::LargestConfigFile;
     const std::string json = ServerMember("bundleId", R"("large")");
-    site.WriteClientConfig(json + std::string(LargestConfigFile - json.size(), ' '));
+    installation.WriteClientConfig(json + std::string(LargestConfigFile - json.size(), ' '));
     EXPECT_TRUE(manager.LoadClientConfig());
     EXPECT_EQ(manager.Settings().bundleId, L"large");
 }
 
 TEST_F(ClientConfigFile, ADirectoryInItsPlaceIsFoundAndRefused)
 {
-    fs::create_directory(site.ClientConfigFile());
+    fs::create_directory(installation.ClientConfigFile());
     EXPECT_TRUE(manager.LoadClientConfig());
-    EXPECT_THAT(log.Take(), ElementsAre(Searching(DefaultPlaces()), Found(site.ClientConfigFile()),
-                                        Loading(site.ClientConfigFile()), Invalid(site.ClientConfigFile())));
+    EXPECT_THAT(log.Take(),
+                ElementsAre(Searching(DefaultPlaces()), Found(installation.ClientConfigFile()),
+                            Loading(installation.ClientConfigFile()), Invalid(installation.ClientConfigFile())));
     ExpectNothingConfigured();
 }
 
 TEST_F(ClientConfigFile, AFileThatAnotherKeepsToItselfIsRefused)
 {
-    site.WriteClientConfig("{}");
+    installation.WriteClientConfig("{}");
     const Handle keeper(
-        CreateFileW(site.ClientConfigFile().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        CreateFileW(installation.ClientConfigFile().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     ASSERT_NE(keeper.get(), INVALID_HANDLE_VALUE);
     EXPECT_TRUE(manager.LoadClientConfig());
-    EXPECT_EQ(log.Take().back(), Invalid(site.ClientConfigFile()));
+    EXPECT_EQ(log.Take().back(), Invalid(installation.ClientConfigFile()));
     ExpectNothingConfigured();
 }
 
 TEST_F(ClientConfigFile, AFileThatAnotherStillWritesToIsRead)
 {
-    site.WriteClientConfig(ServerMember("bundleId", R"("shared")"));
-    const Handle writer(CreateFileW(site.ClientConfigFile().c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+    installation.WriteClientConfig(ServerMember("bundleId", R"("shared")"));
+    const Handle writer(CreateFileW(installation.ClientConfigFile().c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                                     OPEN_EXISTING, 0, nullptr));
     ASSERT_NE(writer.get(), INVALID_HANDLE_VALUE);
     EXPECT_TRUE(manager.LoadClientConfig());
@@ -202,8 +203,8 @@ TEST_F(ClientConfigFile, AFileThatAnotherStillWritesToIsRead)
 
 TEST_F(ClientConfigFile, AFileThatAnotherMayDeleteIsRead)
 {
-    site.WriteClientConfig(ServerMember("bundleId", R"("shared")"));
-    const Handle deleter(CreateFileW(site.ClientConfigFile().c_str(), DELETE,
+    installation.WriteClientConfig(ServerMember("bundleId", R"("shared")"));
+    const Handle deleter(CreateFileW(installation.ClientConfigFile().c_str(), DELETE,
                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0,
                                      nullptr));
     ASSERT_NE(deleter.get(), INVALID_HANDLE_VALUE);
@@ -234,7 +235,7 @@ TEST_F(ClientConfigFile, KeysOfAWrongTypeConfigureNothing)
 
 TEST_F(ClientConfigFile, AByteOrderMarkAndCommentsAreAccepted)
 {
-    site.WriteClientConfig("\xEF\xBB\xBF// ours\r\n" + ServerMember("bundleId", R"("b")") + " // end");
+    installation.WriteClientConfig("\xEF\xBB\xBF// ours\r\n" + ServerMember("bundleId", R"("b")") + " // end");
     EXPECT_TRUE(manager.LoadClientConfig());
     EXPECT_EQ(manager.Settings().bundleId, L"b");
 }

@@ -8,8 +8,8 @@
 #include "base/Files.h"
 #include "base/Paths.h"
 #include "locate/FileSearch.h"
-#include "support/FileImports.h"
 #include "support/Handle.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -29,8 +29,8 @@ protected:
         return found.empty() ? "none" : ToUtf8(found);
     }
 
-    const fs::path first = site.MakeFolder("first");
-    const fs::path second = site.MakeFolder("second");
+    const fs::path first = installation.MakeFolder("first");
+    const fs::path second = installation.MakeFolder("second");
 };
 
 TEST_F(FileSearch, TheFirstDirectoryInListOrderWins)
@@ -45,7 +45,7 @@ TEST_F(FileSearch, TheFirstDirectoryInListOrderWins)
 TEST_F(FileSearch, NothingIsFoundInEmptyOrMissingDirectories)
 {
     EXPECT_EQ(Search({}), "none");
-    EXPECT_EQ(Search({first, second, site.HostFolder() / "missing", first / "wanted" / "deeper"}), "none");
+    EXPECT_EQ(Search({first, second, installation.HostFolder() / "missing", first / "wanted" / "deeper"}), "none");
 }
 
 TEST_F(FileSearch, AMissingDirectoryDoesNotEndTheSearch)
@@ -70,8 +70,8 @@ TEST_F(FileSearch, AnEmptyEntryDoesNotMeanTheCurrentDirectory)
     EXPECT_EQ(Search({L"", second, L""}), Utf8(second / "wanted"));
 }
 
-/// The platform ends a path at a zero, so what lies beside the real directories would be found, or a file of another
-/// name.
+/// The platform ends a path at a zero character, so a file beside the real directories or of another name would be
+/// found.
 TEST_F(FileSearch, ADirectoryWithAZeroInsideHoldsNothing)
 {
     WriteFile(first / "wanted", "");
@@ -159,14 +159,14 @@ class Existence : public LocateTest
 protected:
     void SetUp() override { WriteFile(there, "there"); }
 
-    const std::wstring there = (site.HostFolder() / "there").native();
-    const std::wstring missing = (site.HostFolder() / "missing").native();
+    const std::wstring there = (installation.HostFolder() / "there").native();
+    const std::wstring missing = (installation.HostFolder() / "missing").native();
 };
 
 TEST_F(Existence, FilesAndDirectoriesAreThere)
 {
     EXPECT_TRUE(PathExists(there));
-    EXPECT_TRUE(PathExists(site.HostFolder().native()));
+    EXPECT_TRUE(PathExists(installation.HostFolder().native()));
     EXPECT_FALSE(PathExists(missing));
     EXPECT_FALSE(PathExists(missing + L"\\deeper"));
     EXPECT_FALSE(PathExists(there + L"\\deeper"));
@@ -176,16 +176,16 @@ TEST_F(Existence, FilesAndDirectoriesAreThere)
 
 TEST_F(Existence, ALinkIsThereWhereWhatItLeadsToIs)
 {
-    const FileAttributesDouble link([](LPCWSTR) { return DWORD{FILE_ATTRIBUTE_REPARSE_POINT}; }, Executable());
+    const GetFileAttributesDouble link([](LPCWSTR) { return DWORD{FILE_ATTRIBUTE_REPARSE_POINT}; }, Executable());
     EXPECT_TRUE(PathExists(there));
     EXPECT_FALSE(PathExists(missing));
 }
 
-TEST_F(Existence, WhereAttributesAreRefusedTheFileIsOpenedToTell)
+TEST_F(Existence, IfAttributesAreRefusedTheFileIsOpened)
 {
     for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION})
     {
-        const FileAttributesDouble refuse(
+        const GetFileAttributesDouble refuse(
             [error](LPCWSTR) {
                 SetLastError(error);
                 return INVALID_FILE_ATTRIBUTES;
@@ -196,11 +196,11 @@ TEST_F(Existence, WhereAttributesAreRefusedTheFileIsOpenedToTell)
     }
 }
 
-/// Each question may take the time in which the system gives up.
-TEST_F(Existence, AShareThatDoesNotAnswerIsAskedOnce)
+/// Each access may take until the system's time-out.
+TEST_F(Existence, AShareThatDoesNotRespondIsAskedOnce)
 {
     int questions = 0;
-    const FileAttributesDouble refuse(
+    const GetFileAttributesDouble refuse(
         [&questions](LPCWSTR) {
             ++questions;
             SetLastError(ERROR_BAD_NETPATH);
@@ -225,7 +225,7 @@ class FileReading : public LocateTest
 TEST_F(FileReading, AllBytesAreRead)
 {
     const std::string bytes("a\r\n\x1A\0\xFF z", 8);
-    const fs::path file = site.HostFolder() / L"\u4E2D.bin";
+    const fs::path file = installation.HostFolder() / L"\u4E2D.bin";
     WriteFile(file, bytes);
     EXPECT_EQ(ReadFileContents(file.native()).bytes, bytes);
     WriteFile(file, "");
@@ -234,7 +234,7 @@ TEST_F(FileReading, AllBytesAreRead)
 
 TEST_F(FileReading, WhatAnotherMayDeleteIsRead)
 {
-    const fs::path file = site.HostFolder() / "deletable";
+    const fs::path file = installation.HostFolder() / "deletable";
     WriteFile(file, "read");
     const Handle deleter(CreateFileW(file.c_str(), DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                      nullptr, OPEN_EXISTING, 0, nullptr));
@@ -244,7 +244,7 @@ TEST_F(FileReading, WhatAnotherMayDeleteIsRead)
 
 TEST_F(FileReading, WhatIsCutOffWhileTheFileIsReadIsLeftOut)
 {
-    const fs::path file = site.HostFolder() / "shrinking";
+    const fs::path file = installation.HostFolder() / "shrinking";
     WriteFile(file, "all of it");
     const ReadFileDouble cutOff(
         [](HANDLE handle, LPVOID buffer, DWORD, LPDWORD read, LPOVERLAPPED overlapped) {
@@ -256,10 +256,10 @@ TEST_F(FileReading, WhatIsCutOffWhileTheFileIsReadIsLeftOut)
 
 TEST_F(FileReading, AFileThatCannotBeMeasuredOrReadGivesNothing)
 {
-    const fs::path file = site.HostFolder() / "failing";
+    const fs::path file = installation.HostFolder() / "failing";
     WriteFile(file, "unread");
     {
-        const FileSizeDouble fail(
+        const GetFileSizeExDouble fail(
             [](HANDLE, PLARGE_INTEGER) {
                 SetLastError(ERROR_INVALID_FUNCTION);
                 return FALSE;
@@ -279,8 +279,8 @@ TEST_F(FileReading, AFileThatCannotBeMeasuredOrReadGivesNothing)
 TEST_F(FileReading, WhatCannotBeReadGivesNothing)
 {
     EXPECT_FALSE(ReadFileContents(L"").IsRead());
-    EXPECT_FALSE(ReadFileContents((site.HostFolder() / "missing").native()).IsRead());
-    EXPECT_FALSE(ReadFileContents(site.HostFolder().native()).IsRead()) << "a directory";
+    EXPECT_FALSE(ReadFileContents((installation.HostFolder() / "missing").native()).IsRead());
+    EXPECT_FALSE(ReadFileContents(installation.HostFolder().native()).IsRead()) << "a directory";
 }
 
 TEST_F(FileReading, WhatIsNoFileOnADiskIsNotWaitedFor)
@@ -296,7 +296,7 @@ TEST_F(FileReading, WhatIsNoFileOnADiskIsNotWaitedFor)
 
 TEST_F(FileReading, AFileOfTheLargestSizeIsReadAndALargerOneIsNot)
 {
-    const fs::path file = site.HostFolder() / "large";
+    const fs::path file = installation.HostFolder() / "large";
     WriteFile(file, "x");
     fs::resize_file(file, LargestConfigFile);
     const auto contents = ReadFileContents(file.native());

@@ -5,8 +5,8 @@
 
 namespace OrlindexTest {
 
-/// The process's locale while the object lives is one in which no letter has an upper case, so that names compared by
-/// it are compared with regard to case. Turkish changes the letter I in this way.
+/// Sets a locale in which no letter has an upper case, while the object lives. Names that are compared by the locale
+/// then differ by case. Turkish does this to the letter I.
 class ForeignLocale
 {
 public:

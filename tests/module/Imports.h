@@ -7,7 +7,7 @@
 #include <windows.h>
 
 #include "support/ImportPatch.h"
-#include "support/Wow64Import.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -17,49 +17,31 @@ inline HMODULE Executable()
     return GetModuleHandleW(nullptr);
 }
 
-struct RegOpenKeyImport
-{
-    static constexpr char Name[] = "RegOpenKeyExW";
-    using Type = decltype(RegOpenKeyExW);
-};
-
-struct RegCloseKeyImport
-{
-    static constexpr char Name[] = "RegCloseKey";
-    using Type = decltype(RegCloseKey);
-};
-
-struct RegEnumKeyImport
-{
-    static constexpr char Name[] = "RegEnumKeyExW";
-    using Type = decltype(RegEnumKeyExW);
-};
-
 /// Makes this process look like a 32-bit one on 64-bit Windows.
 class Wow64Process
 {
-    ImportDouble<IsWow64ProcessImport> query_{[](HANDLE process, BOOL* wow64) -> BOOL {
-                                                  *wow64 = process == GetCurrentProcess();
-                                                  return TRUE;
-                                              },
-                                              Executable()};
+    IsWow64ProcessDouble query_{[](HANDLE process, BOOL* wow64) -> BOOL {
+                                    *wow64 = process == GetCurrentProcess();
+                                    return TRUE;
+                                },
+                                Executable()};
 };
 
-/// Makes the question whether this is a 32-bit process fail, with a misleading answer left behind.
+/// Makes IsWow64Process fail, with a misleading value in its output.
 class FailingWow64Query
 {
-    ImportDouble<IsWow64ProcessImport> query_{[](HANDLE, BOOL* wow64) -> BOOL {
-                                                  *wow64 = TRUE;
-                                                  return FALSE;
-                                              },
-                                              Executable()};
+    IsWow64ProcessDouble query_{[](HANDLE, BOOL* wow64) -> BOOL {
+                                    *wow64 = TRUE;
+                                    return FALSE;
+                                },
+                                Executable()};
 };
 
-/// Notes with which access a registry key is opened, and may refuse to open it.
+/// Records the access with which registry keys are opened, and may refuse to open them.
 class RegistryOpenings
 {
 public:
-    /// Answers the status of an attempt to open a key; ERROR_SUCCESS lets it through to the platform.
+    /// Returns the status for an attempt to open a key; ERROR_SUCCESS passes the call on to the platform.
     using Judge = std::function<LSTATUS(const std::wstring& path, REGSAM access)>;
 
     explicit RegistryOpenings(Judge judge)
@@ -68,9 +50,8 @@ public:
                                                HKEY* key) -> LSTATUS {
                   accesses_.push_back(access);
                   const LSTATUS status = judge(path, access);
-                  return status == ERROR_SUCCESS
-                             ? ImportDouble<RegOpenKeyImport>::Original(root, path, options, access, key)
-                             : status;
+                  return status == ERROR_SUCCESS ? RegOpenKeyExDouble::Original(root, path, options, access, key)
+                                                 : status;
               },
               Executable())
     {
@@ -80,10 +61,11 @@ public:
 
 private:
     std::vector<REGSAM> accesses_;
-    ImportDouble<RegOpenKeyImport> openings_;
+    RegOpenKeyExDouble openings_;
 };
 
-// How the library opens keys, as numbers: KEY_READ and KEY_QUERY_VALUE, each alone and in the 64-bit view.
+// The access with which the library opens keys, as numbers: KEY_READ and KEY_QUERY_VALUE, alone and with the 64-bit
+// view.
 inline constexpr REGSAM ReadAccess = 131097;
 inline constexpr REGSAM ReadAccess64 = 131353;
 inline constexpr REGSAM QueryAccess = 1;

@@ -9,11 +9,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-fs::path LoadLibraryFromOwnFolder(const Site& site)
+fs::path LoadLibraryFromOwnFolder(const Installation& installation)
 {
-    const fs::path folder = site.MakeFolder("library");
+    const fs::path folder = installation.MakeFolder("library");
     const fs::path file = folder / "Orlindex.dll";
-    fs::copy_file(site.HostFolder() / "Orlindex.dll", file);
+    fs::copy_file(installation.HostFolder() / "Orlindex.dll", file);
     if (!LoadLibraryW(file.c_str()))
         throw std::runtime_error("cannot load the library: error " + std::to_string(GetLastError()));
     return folder;
@@ -21,13 +21,13 @@ fs::path LoadLibraryFromOwnFolder(const Site& site)
 
 } // namespace
 
-LocateTest::LocateTest() : library(LoadLibraryFromOwnFolder(site)), manager(*SSOPathResolver::GetInstance()) {}
+LocateTest::LocateTest() : library(LoadLibraryFromOwnFolder(installation)), manager(*SSOPathResolver::GetInstance()) {}
 
 void LocateTest::FindServerApplication()
 {
-    site.WriteClientConfig(ServerMember("searchPaths", '"' + JsonPath(site.ServerFolder()) + '"'));
-    site.InstallServerApplication(site.ServerFolder());
-    ASSERT_EQ(ToUtf8(manager.GetSSOServerAppPath()), Utf8(site.ServerFolder()));
+    installation.WriteClientConfig(ServerMember("searchPaths", '"' + JsonPath(installation.ServerFolder()) + '"'));
+    installation.InstallServerApplication(installation.ServerFolder());
+    ASSERT_EQ(ToUtf8(manager.GetSSOServerAppPath()), Utf8(installation.ServerFolder()));
     log.Take();
 }
 

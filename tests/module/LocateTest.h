@@ -9,24 +9,24 @@
 
 #include "LogCapture.h"
 #include "locate/SSOPathResolver.h"
-#include "support/Site.h"
+#include "support/Installation.h"
 #include "support/Text.h"
 
 namespace OrlindexTest {
 
 using Kestrany::IdentityServices::SSOPathResolver;
 
-/// The library's own sources inside a host process, with nothing installed. Orlindex.dll lies in a folder of its own
-/// and is loaded from there, so that the library's folder and the host's can be told apart.
+/// The library's own sources inside a host process, with nothing installed. Orlindex.dll is loaded from a folder of its
+/// own, so that the library's folder and the host's differ.
 class LocateTest : public testing::Test
 {
 protected:
     LocateTest();
 
-    /// Installs the server application, named by the client config file, and lets it be found; the log starts empty.
+    /// Installs the server application with a client config file that leads to it, finds it, and clears the log.
     void FindServerApplication();
 
-    const Site site;
+    const Installation installation;
     const std::filesystem::path library; ///< Folder of Orlindex.dll.
     LogCapture log;
     SSOPathResolver& manager;
@@ -35,7 +35,7 @@ protected:
 /// A client config file whose only content is one member of "ssoServer".
 std::string ServerMember(const std::string& key, const std::string& value);
 
-/// Directories as messages show them.
+/// Directories as they appear in messages.
 std::string Lines(const std::vector<std::filesystem::path>& directories);
 
 } // namespace OrlindexTest

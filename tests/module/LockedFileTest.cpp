@@ -10,8 +10,8 @@
 #include "Imports.h"
 #include "base/Paths.h"
 #include "load/LockedFile.h"
-#include "support/FileImports.h"
-#include "support/Site.h"
+#include "support/PlatformImports.h"
+#include "support/Installation.h"
 #include "support/Text.h"
 
 namespace OrlindexTest {
@@ -40,7 +40,7 @@ protected:
                 return CreateFileDouble::Original(file.c_str(), access, sharing, security, disposition, flags, model);
             },
             Executable());
-        const FinalPathDouble name(
+        const GetFinalPathNameByHandleDouble name(
             [&own](HANDLE, LPWSTR path, DWORD size, DWORD) {
                 if (size <= own.size())
                     return static_cast<DWORD>(own.size() + 1);
@@ -54,8 +54,8 @@ protected:
         return locked.Path();
     }
 
-    const Site site;
-    const std::filesystem::path file = site.HostFolder() / "locked.dll";
+    const Installation installation;
+    const std::filesystem::path file = installation.HostFolder() / "locked.dll";
 };
 
 TEST_F(LockedFiles, NobodyMayWriteOrRenameALockedFile)
@@ -63,13 +63,13 @@ TEST_F(LockedFiles, NobodyMayWriteOrRenameALockedFile)
     const LockedFile locked(file.native());
     EXPECT_TRUE(locked.IsLocked());
     EXPECT_EQ(locked.Path(), file.native());
-    EXPECT_FALSE(MoveFileW(file.c_str(), (site.HostFolder() / "moved.dll").c_str()));
+    EXPECT_FALSE(MoveFileW(file.c_str(), (installation.HostFolder() / "moved.dll").c_str()));
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SHARING_VIOLATION));
 }
 
 TEST_F(LockedFiles, AMissingFileIsNotLockedAndKeepsItsPath)
 {
-    const std::wstring missing = (site.HostFolder() / "missing.dll").native();
+    const std::wstring missing = (installation.HostFolder() / "missing.dll").native();
     const LockedFile locked(missing);
     EXPECT_FALSE(locked.IsLocked());
     EXPECT_EQ(locked.Error(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
@@ -88,7 +88,7 @@ TEST_F(LockedFiles, TheFinalPathStaysLiteralIfAPlainOneMeansAnotherFile)
     for (const wchar_t* own : {L"\\\\?\\C:\\folder.\\file.dll", L"\\\\?\\C:\\folder/file.dll",
                                L"\\\\?\\Volume{0b3f7e6c-0000-0000-0000-000000000000}\\file.dll"})
         EXPECT_EQ(PathOf(own), own);
-    // What was configured leads there through a link that bears the name without the point.
+    // The configured path leads there through a link that has the name without the point.
     EXPECT_EQ(PathOf(L"\\\\?\\C:\\folder.\\file.dll", L"C:\\folder.\\file.dll"), L"\\\\?\\C:\\folder.\\file.dll");
 }
 
@@ -102,10 +102,10 @@ TEST_F(LockedFiles, ALongPathIsPlainOnlyIfItWasGivenSo)
 
 TEST_F(LockedFiles, WithoutANormalizedNameTheOpenedNameIsUsed)
 {
-    const FinalPathDouble name(
+    const GetFinalPathNameByHandleDouble name(
         [](HANDLE handle, LPWSTR path, DWORD size, DWORD form) {
             if (form != NormalizedName)
-                return FinalPathDouble::Original(handle, path, size, form);
+                return GetFinalPathNameByHandleDouble::Original(handle, path, size, form);
             SetLastError(ERROR_ACCESS_DENIED);
             return DWORD{0};
         },
@@ -118,7 +118,7 @@ TEST_F(LockedFiles, WithoutANormalizedNameTheOpenedNameIsUsed)
 TEST_F(LockedFiles, OnAVolumeWithoutALetterTheVolumeNameIsUsed)
 {
     constexpr wchar_t own[] = L"\\\\?\\Volume{0b3f7e6c-0000-0000-0000-000000000000}\\file.dll";
-    const FinalPathDouble name(
+    const GetFinalPathNameByHandleDouble name(
         [&own](HANDLE, LPWSTR path, DWORD, DWORD form) {
             SetLastError(ERROR_PATH_NOT_FOUND);
             if (form != NormalizedNameOnVolume)
@@ -134,16 +134,16 @@ TEST_F(LockedFiles, OnAVolumeWithoutALetterTheVolumeNameIsUsed)
 
 TEST_F(LockedFiles, AFileWithoutAFinalPathIsNotLocked)
 {
-    // None, one that needs more room each time, and two that are longer than any.
-    for (const DWORD answer : {0U, 32767U, 32768U, 40000U})
+    // No name, one that needs a larger buffer each time, and two that are longer than the maximum.
+    for (const DWORD length : {0U, 32767U, 32768U, 40000U})
     {
         std::vector<DWORD> forms;
-        const FinalPathDouble name(
+        const GetFinalPathNameByHandleDouble name(
             [&](HANDLE, LPWSTR, DWORD size, DWORD form) {
                 if (forms.empty() || forms.back() != form)
                     forms.push_back(form);
-                SetLastError(answer > 0 ? ERROR_SUCCESS : ERROR_PATH_NOT_FOUND);
-                return answer > 0 ? std::max<DWORD>(answer, size) : 0;
+                SetLastError(length > 0 ? ERROR_SUCCESS : ERROR_PATH_NOT_FOUND);
+                return length > 0 ? std::max<DWORD>(length, size) : 0;
             },
             Executable());
         const LockedFile locked(file.native());

@@ -8,7 +8,7 @@
 
 namespace OrlindexTest {
 
-/// Receives what the library logs, in the place of a plugin's logger.
+/// Receives the library's messages instead of a plugin's logger.
 class LogCapture
 {
 public:

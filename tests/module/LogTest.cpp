@@ -1,4 +1,4 @@
-// Where messages go: the plugin's logger, the list of those that wait for it, the standard output.
+// Where messages go: the plugin's logger, the list of pending messages, the standard output.
 
 #include <cstdio>
 #include <functional>
@@ -34,7 +34,7 @@ using testing::SizeIs;
 
 namespace {
 
-/// What waited for a logger.
+/// The messages that waited for a logger.
 std::vector<LogLine> TakePending()
 {
     LogCapture log;
@@ -42,7 +42,7 @@ std::vector<LogLine> TakePending()
     return log.Take();
 }
 
-/// Leaves the error flag of the standard output behind, as a write does that fails.
+/// Sets the error flag of the standard output, as a failed write does.
 void FailStandardOutput()
 {
     std::fflush(stdout);
@@ -57,7 +57,7 @@ void FailStandardOutput()
     ASSERT_NE(std::ferror(stdout), 0);
 }
 
-/// What this process has reserved for itself alone.
+/// The private memory of this process, in bytes.
 std::size_t PrivateBytes()
 {
     PROCESS_MEMORY_COUNTERS counters{};
@@ -193,7 +193,7 @@ TEST(Log, AMessageThatComesFromTheLoggerDuringAFlushIsDelivered)
 
 namespace {
 
-/// Expects that a logger which throws while it is given the message "bad" costs that message alone.
+/// Expects that only the message "bad" is lost if the logger throws for it.
 void ExpectOnlyTheBadMessageLost(const std::function<void()>& raise)
 {
     DefaultLogFunction(L"bad", TALIXLog::Info);

@@ -1,4 +1,4 @@
-// The one object that knows where everything is: its creation, its loads, its interface getters.
+// The manager, which finds and loads the plugin: its creation, its loads, its interface getters.
 
 #include <array>
 #include <chrono>
@@ -29,16 +29,6 @@ using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
 
-namespace {
-
-/// Slots of the plugin's factory.
-constexpr int moduleSlot = 2;
-constexpr int clientSlot = 3;
-constexpr int privateSlot = 4;
-constexpr int serverManagerSlot = 5;
-
-} // namespace
-
 class Manager : public LocateTest
 {
 protected:
@@ -51,8 +41,8 @@ protected:
     /// Installs everything with the test plugin.
     void Install()
     {
-        site.Install();
-        plugin.emplace(site.PluginFile());
+        installation.Install();
+        plugin.emplace(installation.PluginFile());
     }
 
     std::optional<PluginControl> plugin;
@@ -73,10 +63,10 @@ TEST_F(Manager, TwoThreadsAskingForTheManagerAtTheSameTimeGetTheSameObject)
         for (int i = 0; i < 4; ++i)
             askers.push_back(std::async(std::launch::async, ask));
         start.set_value();
-        std::set<SSOPathResolver*> answers;
+        std::set<SSOPathResolver*> managers;
         for (std::future<SSOPathResolver*>& asker : askers)
-            answers.insert(asker.get());
-        ASSERT_THAT(answers, ElementsAre(SSOPathResolver::GetInstance()));
+            managers.insert(asker.get());
+        ASSERT_THAT(managers, ElementsAre(SSOPathResolver::GetInstance()));
     }
 }
 
@@ -102,7 +92,8 @@ TEST_F(Manager, ThreadsThatAllFoundNoManagerStillGetTheSameObject)
 
 namespace {
 
-/// Expects that `work`, on another thread, waits for the process lock that this one holds; `isDone` is asked meanwhile.
+/// Expects that `work`, on another thread, waits for the process lock that this thread owns. `isDone` is checked
+/// meanwhile.
 void ExpectToWaitForTheLock(const std::function<void()>& work, const std::function<bool()>& isDone)
 {
     std::promise<void> beginning;
@@ -133,10 +124,10 @@ TEST_F(Manager, ForgettingWaitsForAThreadThatHoldsTheLock)
 TEST_F(Manager, AskingForTheClientAfterTheModuleBeganWaitsForAThreadThatHoldsTheLock)
 {
     Install();
-    const std::int64_t client = plugin->Answer(Factory, clientSlot);
-    plugin->Answer(Factory, clientSlot, 0);
+    const std::int64_t client = plugin->ResultOf(Factory::GetSSOClient);
+    plugin->Return(Factory::GetSSOClient, 0);
     ASSERT_TRUE(manager.EnsureClientLoaded());
-    plugin->Answer(Factory, clientSlot, client);
+    plugin->Return(Factory::GetSSOClient, client);
     ExpectToWaitForTheLock([this] { manager.EnsureClientAfterInitialize(); },
                            [] { return pluginInterfaces.ssoClient != nullptr; });
 }
@@ -160,9 +151,10 @@ TEST_F(Manager, AfterForgettingTheNextManagerResolvesAnew)
     SSOPathResolver* const next = SSOPathResolver::GetInstance();
     ASSERT_NE(next, &manager);
     EXPECT_EQ(next->ClientConfigFilePath(), L"");
-    EXPECT_EQ(ToUtf8(next->GetSSOServerAppPath()), Utf8(site.ServerFolder()));
+    EXPECT_EQ(ToUtf8(next->GetSSOServerAppPath()), Utf8(installation.ServerFolder()));
     EXPECT_THAT(log.Take(), Not(IsEmpty()));
-    EXPECT_EQ(ToUtf8(manager.GetSSOServerAppPath()), Utf8(site.ServerFolder())) << "who holds the old one may use it";
+    EXPECT_EQ(ToUtf8(manager.GetSSOServerAppPath()), Utf8(installation.ServerFolder()))
+        << "who holds the old one may use it";
 }
 
 TEST_F(Manager, WhoHoldsAForgottenManagerLoadsAgain)
@@ -179,10 +171,10 @@ TEST_F(Manager, WhoHoldsAForgottenManagerLoadsAgain)
 TEST_F(Manager, AForgottenManagerWhoseLoadFailedLoadsAgain)
 {
     Install();
-    const std::int64_t factory = plugin->Answer(FactoryFunction, 0);
-    plugin->Answer(FactoryFunction, 0, 0);
+    const std::int64_t factory = plugin->ResultOf(FactoryFunction);
+    plugin->Return(FactoryFunction, 0);
     ASSERT_EQ(manager.GetSSOClient(), nullptr);
-    plugin->Answer(FactoryFunction, 0, factory);
+    plugin->Return(FactoryFunction, factory);
     SSOPathResolver::Forget();
     plugin->ClearJournal();
     log.Take();
@@ -191,7 +183,7 @@ TEST_F(Manager, AForgottenManagerWhoseLoadFailedLoadsAgain)
     EXPECT_THAT(plugin->Calls(FactoryFunction), SizeIs(1));
 }
 
-TEST_F(Manager, ALoadThatFailsAnswersNullFromEveryGetterAndAnnouncesTheModuleEachTime)
+TEST_F(Manager, ALoadThatFailsReturnsNullFromEveryGetterAndAnnouncesTheModuleEachTime)
 {
     EXPECT_EQ(manager.GetSSOClient(), nullptr);
     EXPECT_THAT(log.Take(),
@@ -209,7 +201,7 @@ TEST_F(Manager, ALoadThatFailsAnswersNullFromEveryGetterAndAnnouncesTheModuleEac
 TEST_F(Manager, AFailedLoadIsNotTriedAgainOnTheSameManagerEvenIfThePluginComes)
 {
     EXPECT_FALSE(manager.EnsureClientLoaded());
-    site.Install();
+    installation.Install();
     EXPECT_FALSE(manager.EnsureClientLoaded());
     SSOPathResolver::Forget();
     EXPECT_TRUE(SSOPathResolver::GetInstance()->EnsureClientLoaded());
@@ -217,63 +209,63 @@ TEST_F(Manager, AFailedLoadIsNotTriedAgainOnTheSameManagerEvenIfThePluginComes)
 
 TEST_F(Manager, AFailedLoadKeepsWhatWasResolved)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     EXPECT_FALSE(manager.EnsureClientLoaded());
-    EXPECT_EQ(ToUtf8(manager.ClientPluginModulePath()), Utf8(site.PluginFile()));
-    EXPECT_EQ(ToUtf8(manager.VersionCompatibilityFilePath()), Utf8(site.CompatibilityFile()));
+    EXPECT_EQ(ToUtf8(manager.ClientPluginModulePath()), Utf8(installation.PluginFile()));
+    EXPECT_EQ(ToUtf8(manager.VersionCompatibilityFilePath()), Utf8(installation.CompatibilityFile()));
     log.Take();
-    EXPECT_EQ(ToUtf8(manager.GetSSOServerAppPath()), Utf8(site.ServerFolder()));
+    EXPECT_EQ(ToUtf8(manager.GetSSOServerAppPath()), Utf8(installation.ServerFolder()));
     EXPECT_TRUE(manager.FindClientConfigFile());
     EXPECT_THAT(log.Take(), IsEmpty());
 }
 
 TEST_F(Manager, TheChainResolvesInItsOrder)
 {
-    site.InstallWithoutPlugin();
+    installation.InstallWithoutPlugin();
     EXPECT_FALSE(manager.EnsureClientLoaded());
-    const std::string config = Utf8(site.ClientConfigFile());
-    const std::string compatibility = Utf8(site.CompatibilityFile());
+    const std::string config = Utf8(installation.ClientConfigFile());
+    const std::string compatibility = Utf8(installation.CompatibilityFile());
     EXPECT_THAT(
         log.Take(),
         ElementsAre(
             InfoLine(ModuleLoaded()),
             InfoLine("Searching for client config file Orlindex.config in the following paths:\n" +
-                     Lines({site.HostFolder(), library})),
+                     Lines({installation.HostFolder(), library})),
             InfoLine("Found client config file at " + config), InfoLine("Loading client config file " + config),
             InfoLine("Configuration to support both local and admin: No."),
             InfoLine("Unable to get Pellwick path from registry, failed with error: 2"),
             InfoLine("Searching for SSO server app Pellwick.exe in the following paths:\n" +
-                     Lines({library, site.HostFolder(), site.ServerFolder()})),
-            InfoLine("Found SSO server app at " + Utf8(site.ServerFolder() / "Pellwick.exe")),
+                     Lines({library, installation.HostFolder(), installation.ServerFolder()})),
+            InfoLine("Found SSO server app at " + Utf8(installation.ServerFolder() / "Pellwick.exe")),
             InfoLine(
                 "Searching for version compatibility file TALIXVersionCompatibility.config in the following paths:\n" +
-                Lines({site.ServerFolder()})),
+                Lines({installation.ServerFolder()})),
             InfoLine("Found version compatibility file at " + compatibility),
             InfoLine("Searching for compatible client plugin version for Orlindex version 1.11.13.3 in version "
                      "compatibility file " +
                      compatibility),
             InfoLine("Found compatible client plugin for Orlindex version 1.11.13.3 in version compatibility file: " +
-                     Utf8(site.PluginFile())),
-            ErrorLine("Client plugin module not found: " + Utf8(site.PluginFile()))));
+                     Utf8(installation.PluginFile())),
+            ErrorLine("Client plugin module not found: " + Utf8(installation.PluginFile()))));
 }
 
 TEST_F(Manager, APluginThatIsRefusedIsNamedAndNeverLoaded)
 {
-    site.Install("unsigned");
+    installation.Install("unsigned");
     EXPECT_FALSE(manager.EnsureClientLoaded());
-    const std::string file = Utf8(site.PluginFile());
+    const std::string file = Utf8(installation.PluginFile());
     const auto lines = log.Take();
     ASSERT_GE(lines.size(), 3u);
     EXPECT_THAT(std::vector<LogLine>(lines.end() - 3, lines.end()),
                 ElementsAre(InfoLine("******* Binary file: checking: " + file),
                             ErrorLine("Binary file: signature is invalid: " + file),
                             InfoLine("Not loaded client plugin module " + file)));
-    EXPECT_EQ(GetModuleHandleW(site.PluginFile().c_str()), nullptr);
+    EXPECT_EQ(GetModuleHandleW(installation.PluginFile().c_str()), nullptr);
 }
 
 TEST_F(Manager, TheModuleIsAnnouncedWithoutFileWhereTheLibraryIsUnknown)
 {
-    // The announcement names the module "Orlindex.dll" of this process; here it is taken out of the process first.
+    // The announcement contains the path of the module "Orlindex.dll" of this process, so it is unloaded first.
     while (FreeLibrary(GetModuleHandleW(ProductModuleName)))
     {
     }
@@ -281,7 +273,7 @@ TEST_F(Manager, TheModuleIsAnnouncedWithoutFileWhereTheLibraryIsUnknown)
     EXPECT_EQ(log.Take().at(0), InfoLine("Orlindex.dll module loaded (Version: 1.11.13.3 Config: x64-Release File: )"));
 }
 
-TEST_F(Manager, ALoadedPluginAnswersEveryInterface)
+TEST_F(Manager, ALoadedPluginReturnsEveryInterface)
 {
     Install();
     EXPECT_TRUE(manager.EnsureClientLoaded());
@@ -321,7 +313,7 @@ TEST_F(Manager, MessagesFromBeforeTheLoadReachThePluginsLoggerInOrder)
 struct NullInterface
 {
     const char* name;
-    int slot;
+    PluginOperation getter;
     bool (*isNull)(SSOPathResolver& manager);
 };
 
@@ -334,10 +326,10 @@ class ManagerWithoutInterface : public Manager, public testing::WithParamInterfa
 {
 };
 
-TEST_P(ManagerWithoutInterface, LogsEachRequestAndAnswersNull)
+TEST_P(ManagerWithoutInterface, LogsEachRequestAndReturnsNull)
 {
     Install();
-    plugin->Answer(Factory, GetParam().slot, 0);
+    plugin->Return(GetParam().getter, 0);
     ASSERT_TRUE(manager.EnsureClientLoaded());
     const std::string name = GetParam().name;
     const LogLine message =
@@ -352,13 +344,13 @@ TEST_P(ManagerWithoutInterface, LogsEachRequestAndAnswersNull)
 
 INSTANTIATE_TEST_SUITE_P(
     , ManagerWithoutInterface,
-    testing::Values(NullInterface{"SSOClientModule", moduleSlot,
+    testing::Values(NullInterface{"SSOClientModule", Factory::GetSSOClientModule,
                                   [](SSOPathResolver& manager) { return manager.GetSSOClientModule() == nullptr; }},
-                    NullInterface{"SSOClient", clientSlot,
+                    NullInterface{"SSOClient", Factory::GetSSOClient,
                                   [](SSOPathResolver& manager) { return manager.GetSSOClient() == nullptr; }},
-                    NullInterface{"SSOClientPrivate", privateSlot,
+                    NullInterface{"SSOClientPrivate", Factory::GetSSOClientPrivate,
                                   [](SSOPathResolver& manager) { return manager.GetSSOClientPrivate() == nullptr; }},
-                    NullInterface{"SSOServerManager", serverManagerSlot,
+                    NullInterface{"SSOServerManager", Factory::GetSSOServerManager,
                                   [](SSOPathResolver& manager) { return manager.GetSSOServerManager() == nullptr; }}),
     [](const testing::TestParamInfo<NullInterface>& instance) { return std::string(instance.param.name); });
 

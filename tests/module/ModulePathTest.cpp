@@ -1,12 +1,12 @@
-// A module path that the library loader would take for another file goes through every step up to the load, in their
-// order, and fails there.
+// A module path for which the library loader would load another file passes every step up to the load, in their order,
+// and fails there.
 
 #include <algorithm>
 
 #include "Imports.h"
 #include "LocateTest.h"
 #include "base/Platform.h"
-#include "support/FileImports.h"
+#include "support/PlatformImports.h"
 #include "support/LoaderImports.h"
 
 namespace OrlindexTest {
@@ -22,13 +22,14 @@ protected:
     /// Installs everything but the module. `modulePath` is JSON text.
     void Configure(const std::string& modulePath) const
     {
-        site.InstallWithoutPlugin();
-        site.WriteCompatibilityFile(R"({"ssoClientPlugin": [{"module": "m", "version": "2", "modulePath": ")" +
-                                    modulePath + R"(", "compatibleSsoServicesVersion": {"minVersion": "1"}}]})");
+        installation.InstallWithoutPlugin();
+        installation.WriteCompatibilityFile(R"({"ssoClientPlugin": [{"module": "m", "version": "2", "modulePath": ")" +
+                                            modulePath +
+                                            R"(", "compatibleSsoServicesVersion": {"minVersion": "1"}}]})");
     }
 
-    /// Lets the manager load the plugin, which fails without a call of the library loader; answers what is logged from
-    /// the first line about the module on.
+    /// Expects that the manager fails to load the plugin without a call of the library loader. Returns the log from the
+    /// first line about the module on.
     std::vector<LogLine> FailingLoad()
     {
         int loads = 0;
@@ -66,7 +67,7 @@ protected:
                          ". Error: " + ToUtf8(GetSystemErrorText(error)));
     }
 
-    /// Expects the path `shown`, whose file is sound, to fail at the load alone.
+    /// Expects that the path `shown`, whose file is valid, fails only at the load.
     void ExpectFailureAtTheLoad(const std::string& shown, DWORD error)
     {
         EXPECT_THAT(FailingLoad(),
@@ -76,42 +77,42 @@ protected:
         EXPECT_THAT(directories, ElementsAre(modules.native(), L"")) << "set and restored around the load";
     }
 
-    const fs::path modules = site.MakeFolder("modules");
-    std::vector<std::wstring> directories; ///< What the library search directory is set to.
+    const fs::path modules = installation.MakeFolder("modules");
+    std::vector<std::wstring> directories; ///< The values that the library search directory is set to.
 };
 
 TEST_F(ModulePath, WithoutExtensionFailsAtTheLoad)
 {
-    site.CopyPlugin("good", modules / "plugin");
+    installation.CopyPlugin("good", modules / "plugin");
     Configure(JsonPath(modules / "plugin"));
     ExpectFailureAtTheLoad(Utf8(modules / "plugin"), ERROR_BAD_PATHNAME);
 }
 
 TEST_F(ModulePath, WithAPointAtItsEndFailsAtTheLoad)
 {
-    site.CopyPlugin("good", modules / "plugin.dll");
+    installation.CopyPlugin("good", modules / "plugin.dll");
     Configure(JsonPath(modules / "plugin.dll") + '.');
     ExpectFailureAtTheLoad(Utf8(modules / "plugin.dll") + '.', ERROR_BAD_PATHNAME);
 }
 
 TEST_F(ModulePath, WithABlankAtItsEndFailsAtTheLoad)
 {
-    site.CopyPlugin("good", modules / "plugin.dll");
+    installation.CopyPlugin("good", modules / "plugin.dll");
     Configure(JsonPath(modules / "plugin.dll") + ' ');
     ExpectFailureAtTheLoad(Utf8(modules / "plugin.dll") + ' ', ERROR_BAD_PATHNAME);
 }
 
-/// The file functions see the text before the zero, and that file is the one verified.
+/// The file functions use the text before the zero character, so that file is verified.
 TEST_F(ModulePath, WithAZeroInsideFailsAtTheLoad)
 {
-    site.CopyPlugin("good", modules / "plugin.dll");
+    installation.CopyPlugin("good", modules / "plugin.dll");
     Configure(JsonPath(modules / "plugin.dll") + "\\u0000.dll");
     ExpectFailureAtTheLoad(Utf8(modules / "plugin.dll") + std::string("\0.dll", 5), ERROR_BAD_PATHNAME);
 }
 
 TEST_F(ModulePath, OfAFileThatIsNotTrustedIsRefusedForItsSignature)
 {
-    site.CopyPlugin("unsigned", modules / "plugin.dll");
+    installation.CopyPlugin("unsigned", modules / "plugin.dll");
     Configure(JsonPath(modules / "plugin.dll") + "\\u0000.dll");
     const std::string shown = Utf8(modules / "plugin.dll") + std::string("\0.dll", 5);
     EXPECT_THAT(FailingLoad(), ElementsAre(InfoLine("******* Binary file: checking: " + shown),
@@ -130,7 +131,7 @@ TEST_F(ModulePath, OfAFileThatIsMissingIsNotFound)
 TEST_F(ModulePath, OfAFileThatCannotBeLockedFailsAtTheLoadOnceItsSignatureIsValid)
 {
     const fs::path file = modules / "plugin.dll";
-    site.CopyPlugin("good", file);
+    installation.CopyPlugin("good", file);
     Configure(JsonPath(file));
     const CreateFileDouble refuse(
         [&file](LPCWSTR path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security, DWORD disposition,

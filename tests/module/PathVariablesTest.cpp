@@ -19,14 +19,6 @@ using testing::IsEmpty;
 
 namespace {
 
-struct KnownFolderImport
-{
-    static constexpr char Name[] = "SHGetKnownFolderPath";
-    using Type = decltype(SHGetKnownFolderPath);
-};
-
-using KnownFolderDouble = ImportDouble<KnownFolderImport>;
-
 std::wstring Upper(std::wstring text)
 {
     for (wchar_t& character : text)
@@ -62,7 +54,7 @@ protected:
         return ToUtf8(text);
     }
 
-    /// The name is good in any case.
+    /// The name is matched without regard to case.
     void ExpectVariable(const std::wstring& name, const fs::path& value)
     {
         for (const std::wstring& written : {name, Upper(name), Lower(name)})
@@ -78,11 +70,11 @@ protected:
         EXPECT_EQ(Expanded(L"<%" + name + L"%>"), ToUtf8(L"<%" + name + L"%>")) << "the reference stays in the text";
     }
 
-    /// `name` must ask the platform for a folder in the documented way.
+    /// Expects that `name` gets a folder from the platform in the documented way.
     void ExpectKnownFolder(const std::wstring& name, const KNOWNFOLDERID& expected)
     {
         int calls = 0;
-        const KnownFolderDouble folders(
+        const SHGetKnownFolderPathDouble folders(
             [&](const KNOWNFOLDERID& id, DWORD flags, HANDLE token, wchar_t** path) -> HRESULT {
                 ++calls;
                 EXPECT_TRUE(IsEqualGUID(id, expected)) << ToUtf8(name);
@@ -101,19 +93,19 @@ protected:
 
 TEST_F(PathVariables, ExePathIsTheHostsDirectory)
 {
-    ExpectVariable(L"ExePath", site.HostFolder());
+    ExpectVariable(L"ExePath", installation.HostFolder());
 }
 
 TEST_F(PathVariables, NamesAreComparedWithoutTheProcessesLocale)
 {
     const ForeignLocale locale;
-    ExpectVariable(L"ExePath", site.HostFolder());
+    ExpectVariable(L"ExePath", installation.HostFolder());
     ExpectVariable(L"SSOServicesModulePath", library);
 }
 
 TEST_F(PathVariables, AppPathIsTheHostsDirectoryToo)
 {
-    ExpectVariable(L"AppPath", site.HostFolder());
+    ExpectVariable(L"AppPath", installation.HostFolder());
 }
 
 TEST_F(PathVariables, SSOServicesModulePathIsTheLibrarysDirectory)
@@ -141,7 +133,7 @@ TEST_F(PathVariables, LocalAppDataIsThePlatformsLocalFolder)
 
 TEST_F(PathVariables, AFolderThatThePlatformCannotNameHasNoValue)
 {
-    const KnownFolderDouble folders(
+    const SHGetKnownFolderPathDouble folders(
         [](const KNOWNFOLDERID&, DWORD, HANDLE, wchar_t** path) -> HRESULT {
             *path = nullptr;
             return E_FAIL;
@@ -154,17 +146,18 @@ TEST_F(PathVariables, AFolderThatThePlatformCannotNameHasNoValue)
 TEST_F(PathVariables, TheServerApplicationsVariables)
 {
     FindServerApplication();
-    ExpectVariable(L"SSOServerAppPath", site.ServerFolder());
-    ExpectVariable(L"SSOServerAppExeDirPath", site.ServerFolder());
-    ExpectVariable(L"SSOServerAppExeFile", site.ServerFolder() / "Pellwick.exe");
+    ExpectVariable(L"SSOServerAppPath", installation.ServerFolder());
+    ExpectVariable(L"SSOServerAppExeDirPath", installation.ServerFolder());
+    ExpectVariable(L"SSOServerAppExeFile", installation.ServerFolder() / "Pellwick.exe");
     EXPECT_THAT(log.Take(), IsEmpty()) << "it is found once";
 }
 
 TEST_F(PathVariables, AVariableSetsOffTheSearchForTheServerApplication)
 {
-    site.InstallServerApplication(site.HostFolder());
-    EXPECT_EQ(Expanded(L"%ssoserverapppath%"), Utf8(site.HostFolder()));
-    EXPECT_EQ(log.Take().back(), InfoLine("Found SSO server app at " + Utf8(site.HostFolder() / "Pellwick.exe")));
+    installation.InstallServerApplication(installation.HostFolder());
+    EXPECT_EQ(Expanded(L"%ssoserverapppath%"), Utf8(installation.HostFolder()));
+    EXPECT_EQ(log.Take().back(),
+              InfoLine("Found SSO server app at " + Utf8(installation.HostFolder() / "Pellwick.exe")));
 }
 
 TEST_F(PathVariables, AKnownVariableWithoutValueStaysInTheText)
@@ -183,7 +176,7 @@ TEST_F(PathVariables, SeveralReferencesExpandInOneText)
 {
     std::wstring text = L"%exepath%\\a;%Unknown%;%APPPATH%%SSOServicesModulePath%;100%";
     EXPECT_EQ(manager.ExpandPathVariables(text), 4);
-    const std::string host = Utf8(site.HostFolder());
+    const std::string host = Utf8(installation.HostFolder());
     EXPECT_EQ(ToUtf8(text), host + "\\a;%Unknown%;" + host + Utf8(library) + ";100%");
 }
 
@@ -191,7 +184,7 @@ TEST_F(PathVariables, AListExpandsEntryByEntry)
 {
     std::vector<std::wstring> texts = {L"%ExePath%", L"", L"%SSOServicesModulePath%\\x"};
     manager.ExpandPathVariables(texts);
-    EXPECT_THAT(texts, ElementsAre(site.HostFolder().native(), L"", (library / "x").native()));
+    EXPECT_THAT(texts, ElementsAre(installation.HostFolder().native(), L"", (library / "x").native()));
 }
 
 TEST(PathVariablesWithoutLibrary, SSOServicesModulePathStaysInTheText)

@@ -1,4 +1,4 @@
-// Folders as the platform names them.
+// The folders that the platform returns.
 
 #include <algorithm>
 #include <string>
@@ -15,13 +15,7 @@ using namespace Kestrany::IdentityServices;
 
 namespace {
 
-struct ModuleFileNameImport
-{
-    static constexpr char Name[] = "GetModuleFileNameW";
-    using Type = decltype(GetModuleFileNameW);
-};
-
-/// Makes the platform answer one file name for every module, cut off where the buffer ends.
+/// Makes the platform return one file name for every module, truncated to the buffer.
 class ModuleNamed
 {
 public:
@@ -41,7 +35,7 @@ public:
     }
 
 private:
-    ImportDouble<ModuleFileNameImport> names_;
+    GetModuleFileNameDouble names_;
 };
 
 } // namespace
@@ -50,7 +44,7 @@ using PlatformFolders = LocateTest;
 
 TEST_F(PlatformFolders, TheHostsDirectoryIsThatOfItsExecutable)
 {
-    EXPECT_EQ(ToUtf8(GetExeDirPath()), Utf8(site.HostFolder()));
+    EXPECT_EQ(ToUtf8(GetExeDirPath()), Utf8(installation.HostFolder()));
 }
 
 TEST_F(PlatformFolders, AModuleIsFoundByItsName)
@@ -67,7 +61,7 @@ TEST_F(PlatformFolders, AModuleThatIsNotLoadedHasNoPath)
 
 TEST_F(PlatformFolders, AModuleInAFolderOfAnyScriptIsFound)
 {
-    const fs::path folder = site.MakeFolder(L"\u6A21\u5757 \u00E4");
+    const fs::path folder = installation.MakeFolder(L"\u6A21\u5757 \u00E4");
     const fs::path file = folder / L"Other.dll";
     fs::copy_file(library / "Orlindex.dll", file);
     ASSERT_NE(LoadLibraryW(file.c_str()), nullptr);
@@ -100,9 +94,9 @@ TEST_F(PlatformFolders, AModulesPathThatDoesNotFitHasNoValue)
     }
 }
 
-TEST_F(PlatformFolders, AModuleWhoseNameThePlatformCannotTellHasNoPath)
+TEST_F(PlatformFolders, AModuleWhoseNameThePlatformDoesNotKnowHasNoPath)
 {
-    const ImportDouble<ModuleFileNameImport> names([](HMODULE, wchar_t*, DWORD) -> DWORD { return 0; }, Executable());
+    const GetModuleFileNameDouble names([](HMODULE, wchar_t*, DWORD) -> DWORD { return 0; }, Executable());
     EXPECT_EQ(GetExeDirPath(), L"");
     EXPECT_EQ(GetModuleFilePath(L"Orlindex.dll"), L"");
     EXPECT_EQ(GetModuleDirPath(L"Orlindex.dll"), L"");

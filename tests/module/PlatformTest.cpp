@@ -1,4 +1,4 @@
-// Texts as the platform converts and gives them.
+// Texts that the platform converts, and system error texts.
 
 #include <gtest/gtest.h>
 #include <string>
@@ -14,36 +14,7 @@ using namespace Kestrany::IdentityServices;
 
 namespace {
 
-struct FormatMessageImport
-{
-    static constexpr char Name[] = "FormatMessageW";
-    using Type = DWORD(DWORD, LPCVOID, DWORD, DWORD, LPWSTR, DWORD, void*); // The last one is a va_list*.
-};
-
-struct LocalFreeImport
-{
-    static constexpr char Name[] = "LocalFree";
-    using Type = decltype(LocalFree);
-};
-
-struct WidenImport
-{
-    static constexpr char Name[] = "MultiByteToWideChar";
-    using Type = decltype(MultiByteToWideChar);
-};
-
-struct NarrowImport
-{
-    static constexpr char Name[] = "WideCharToMultiByte";
-    using Type = decltype(WideCharToMultiByte);
-};
-
-using WidenDouble = ImportDouble<WidenImport>;
-using NarrowDouble = ImportDouble<NarrowImport>;
-using FormatMessageDouble = ImportDouble<FormatMessageImport>;
-using LocalFreeDouble = ImportDouble<LocalFreeImport>;
-
-/// A platform without text for any code; `text` is what it allocates all the same.
+/// A platform without a text for any code. `text` is what it still allocates.
 DWORD NoText(LPWSTR buffer, wchar_t* text)
 {
     *reinterpret_cast<wchar_t**>(buffer) = text;
@@ -139,17 +110,17 @@ TEST(TextConversion, ReplacesWhatIsIllFormed)
 
 TEST(TextConversion, ThatFailsGivesAnEmptyText)
 {
-    for (const int needed : {0, 3}) // At the question for the length, and at the conversion itself.
+    for (const int needed : {0, 3}) // The call for the length, and the conversion.
     {
         std::wstring widened = L"not called";
         std::string narrowed = "not called";
         {
-            const WidenDouble widens(
+            const MultiByteToWideCharDouble widens(
                 [needed](UINT, DWORD, LPCCH, int, LPWSTR, int capacity) { return capacity == 0 ? needed : 0; },
                 Executable());
-            const NarrowDouble narrows([needed](UINT, DWORD, LPCWCH, int, LPSTR, int capacity, LPCCH,
-                                                LPBOOL) { return capacity == 0 ? needed : 0; },
-                                       Executable());
+            const WideCharToMultiByteDouble narrows([needed](UINT, DWORD, LPCWCH, int, LPSTR, int capacity, LPCCH,
+                                                             LPBOOL) { return capacity == 0 ? needed : 0; },
+                                                    Executable());
             widened = Widen("abc");
             narrowed = Narrow(L"abc");
         }

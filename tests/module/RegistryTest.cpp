@@ -55,7 +55,7 @@ LSTATUS LetThrough(const std::wstring&, REGSAM)
     return ERROR_SUCCESS;
 }
 
-/// What a 32-bit process sees of a key that exists in the 64-bit view alone.
+/// Makes this process see what a 32-bit process sees of a key that only exists in the 64-bit view.
 LSTATUS Only64BitView(const std::wstring&, REGSAM access)
 {
     return access & KEY_WOW64_64KEY ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
@@ -181,7 +181,7 @@ TEST_F(RegistryLocation, AKeyBelowTheLocalMachineIsFound)
 TEST_F(RegistryLocation, TheLocalMachineIsWrittenInAnyCase)
 {
     std::vector<HKEY> roots;
-    const ImportDouble<RegOpenKeyImport> openings(
+    const RegOpenKeyExDouble openings(
         [&roots](HKEY root, const wchar_t*, DWORD, REGSAM, HKEY*) -> LSTATUS {
             roots.push_back(root);
             return ERROR_ACCESS_DENIED;
@@ -292,13 +292,13 @@ TEST_F(RegistryLocation, ASubkeyThatCannotBeEnumeratedDoesNotEndTheScan)
     key.AddVersion(L"1.0", L"C:\\one");
     key.AddVersion(L"2.0", L"C:\\two");
     key.AddVersion(L"3.0", L"C:\\three");
-    const ImportDouble<RegEnumKeyImport> enumeration(
+    const RegEnumKeyExDouble enumeration(
         [](HKEY opened, DWORD index, wchar_t* name, DWORD* length, DWORD* reserved, wchar_t* className,
            DWORD* classLength, FILETIME* written) -> LSTATUS {
             EXPECT_EQ(*length, 255u);
             return index == 0 ? ERROR_KEY_DELETED
-                              : ImportDouble<RegEnumKeyImport>::Original(opened, index, name, length, reserved,
-                                                                         className, classLength, written);
+                              : RegEnumKeyExDouble::Original(opened, index, name, length, reserved, className,
+                                                             classLength, written);
         },
         Executable());
     EXPECT_EQ(Find(), (Latest{"3.0", "C:\\three"}));
@@ -356,10 +356,10 @@ TEST_F(RegistryLocation, EveryKeyThatWasOpenedIsClosed)
     key.AddVersion(L"2.0");
     key.AddVersion(L"3.0", L"C:\\three");
     int closings = 0;
-    const ImportDouble<RegCloseKeyImport> closing(
+    const RegCloseKeyDouble closing(
         [&closings](HKEY opened) {
             ++closings;
-            return ImportDouble<RegCloseKeyImport>::Original(opened);
+            return RegCloseKeyDouble::Original(opened);
         },
         Executable());
     const RegistryOpenings openings(

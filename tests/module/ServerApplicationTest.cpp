@@ -1,4 +1,4 @@
-// Where the SSO server application lies.
+// The location of the SSO server application.
 
 #include <windows.h>
 
@@ -36,10 +36,10 @@ protected:
         return InfoLine("Unable to get Pellwick path from registry, failed with error: " + code);
     }
 
-    /// Reads a client config file before the test proper, so that the log starts with the search for the application.
+    /// Reads a client config file before the test, so that the log starts with the search for the application.
     void Configure(const std::string& json)
     {
-        site.WriteClientConfig(json);
+        installation.WriteClientConfig(json);
         ASSERT_TRUE(manager.LoadClientConfig());
         log.Take();
     }
@@ -54,30 +54,30 @@ protected:
 
     std::string ServerPath() { return ToUtf8(manager.GetSSOServerAppPath()); }
 
-    const fs::path first = site.MakeFolder("first");
-    const fs::path second = site.MakeFolder("second");
+    const fs::path first = installation.MakeFolder("first");
+    const fs::path second = installation.MakeFolder("second");
 };
 
 TEST_F(ServerApplication, IsSearchedInTheDefaultPlacesWhereNothingIsConfigured)
 {
     Configure("{}");
     EXPECT_FALSE(manager.FindSSOServerApp());
-    const std::string lines = Lines({library, site.HostFolder()});
+    const std::string lines = Lines({library, installation.HostFolder()});
     EXPECT_THAT(log.Take(), ElementsAre(NoKey("2"), Searching(lines), NotFound(lines)));
 }
 
 TEST_F(ServerApplication, TheFirstSearchLoadsTheClientConfig)
 {
-    site.WriteClientConfig(ServerMember("searchPaths", '"' + JsonPath(first) + '"'));
-    site.InstallServerApplication(first);
+    installation.WriteClientConfig(ServerMember("searchPaths", '"' + JsonPath(first) + '"'));
+    installation.InstallServerApplication(first);
     EXPECT_TRUE(manager.FindSSOServerApp());
     EXPECT_EQ(ServerPath(), Utf8(first));
     const std::vector<LogLine> lines = log.Take();
-    EXPECT_EQ(lines.at(2), InfoLine("Loading client config file " + Utf8(site.ClientConfigFile())));
+    EXPECT_EQ(lines.at(2), InfoLine("Loading client config file " + Utf8(installation.ClientConfigFile())));
     EXPECT_EQ(lines.back(), Found(first));
 }
 
-TEST_F(ServerApplication, NothingFoundAnswersEmptyTexts)
+TEST_F(ServerApplication, WithNothingFoundTheTextsAreEmpty)
 {
     Configure("{}");
     EXPECT_EQ(manager.GetSSOServerAppPath(), L"");
@@ -88,7 +88,7 @@ TEST_F(ServerApplication, NothingFoundAnswersEmptyTexts)
 TEST_F(ServerApplication, WhatIsFoundIsKept)
 {
     ConfigureSearchPaths({first});
-    site.InstallServerApplication(first);
+    installation.InstallServerApplication(first);
     EXPECT_TRUE(manager.FindSSOServerApp());
     EXPECT_THAT(log.Take(), SizeIs(3));
     fs::remove(first / "Pellwick.exe");
@@ -109,7 +109,7 @@ TEST_F(ServerApplication, WhileItIsMissingEveryRequestSearchesAgain)
     EXPECT_EQ(log.Take(), lines);
     EXPECT_EQ(manager.GetSSOServerAppExeDirPath(), L"");
     EXPECT_EQ(log.Take(), lines);
-    site.InstallServerApplication(first);
+    installation.InstallServerApplication(first);
     EXPECT_EQ(ServerPath(), Utf8(first));
 }
 
@@ -120,13 +120,13 @@ TEST_F(ServerApplication, TheLibrarysDirectoryComesFirstThenTheHostsThenTheConfi
         SSOPathResolver::Forget();
         return ToUtf8(SSOPathResolver::GetInstance()->GetSSOServerAppPath());
     };
-    site.InstallServerApplication(second);
+    installation.InstallServerApplication(second);
     EXPECT_EQ(forget(), Utf8(second));
-    site.InstallServerApplication(first);
+    installation.InstallServerApplication(first);
     EXPECT_EQ(forget(), Utf8(first));
-    site.InstallServerApplication(site.HostFolder());
-    EXPECT_EQ(forget(), Utf8(site.HostFolder()));
-    site.InstallServerApplication(library);
+    installation.InstallServerApplication(installation.HostFolder());
+    EXPECT_EQ(forget(), Utf8(installation.HostFolder()));
+    installation.InstallServerApplication(library);
     EXPECT_EQ(forget(), Utf8(library));
 }
 
@@ -146,37 +146,38 @@ TEST_F(ServerApplication, AnEmptySearchPathDoesNotMeanTheCurrentDirectory)
 
 TEST_F(ServerApplication, ADirectoryInAnyScriptSurvives)
 {
-    const fs::path folder = site.MakeFolder(L"\u4E2D \u00E4");
+    const fs::path folder = installation.MakeFolder(L"\u4E2D \u00E4");
     ConfigureSearchPaths({folder});
-    site.InstallServerApplication(folder);
+    installation.InstallServerApplication(folder);
     EXPECT_EQ(ServerPath(), Utf8(folder));
 }
 
 TEST_F(ServerApplication, ASearchPathThatRefersToTheApplicationItselfEndsWithoutValue)
 {
-    site.WriteClientConfig(ServerMember("searchPaths", R"("%SSOServerAppPath%;%SSOServerAppExeFile%\\x")"));
+    installation.WriteClientConfig(ServerMember("searchPaths", R"("%SSOServerAppPath%;%SSOServerAppExeFile%\\x")"));
     EXPECT_FALSE(manager.FindSSOServerApp());
     EXPECT_EQ(log.Take().back(),
-              NotFound(Lines({library, site.HostFolder(), "%SSOServerAppPath%", "%SSOServerAppExeFile%\\x"})));
+              NotFound(Lines({library, installation.HostFolder(), "%SSOServerAppPath%", "%SSOServerAppExeFile%\\x"})));
 }
 
 TEST_F(ServerApplication, ASearchPathThatRefersToTheApplicationItselfDoesNotHideTheOthers)
 {
-    site.WriteClientConfig(ServerMember("searchPaths", R"("%SSOServerAppExeDirPath%;)" + JsonPath(first) + '"'));
-    site.InstallServerApplication(first);
+    installation.WriteClientConfig(
+        ServerMember("searchPaths", R"("%SSOServerAppExeDirPath%;)" + JsonPath(first) + '"'));
+    installation.InstallServerApplication(first);
     EXPECT_TRUE(manager.FindSSOServerApp());
     EXPECT_EQ(ServerPath(), Utf8(first));
 }
 
 TEST_F(ServerApplication, ALoadOfTheConfigThatAsksForTheApplicationSearchesForNoName)
 {
-    // The names are set once the file has been read, and reading it already asks.
-    site.WriteClientConfig(ServerMember("searchPaths", R"("%SSOServerAppPath%;)" + JsonPath(first) + '"'));
-    site.InstallServerApplication(first);
+    // The names are set after the file was read, and reading it already uses them.
+    installation.WriteClientConfig(ServerMember("searchPaths", R"("%SSOServerAppPath%;)" + JsonPath(first) + '"'));
+    installation.InstallServerApplication(first);
     EXPECT_TRUE(manager.LoadClientConfig());
     EXPECT_THAT(log.Take(),
                 testing::Contains(InfoLine("Searching for SSO server app  in the following paths:\n" +
-                                           Lines({library, site.HostFolder(), "%SSOServerAppPath%", first}))));
+                                           Lines({library, installation.HostFolder(), "%SSOServerAppPath%", first}))));
     EXPECT_TRUE(manager.FindSSOServerApp());
     EXPECT_EQ(ServerPath(), Utf8(first));
 }
@@ -239,62 +240,63 @@ TEST_F(MachineKeyServerApplication, Of1_9_0And1_10_0TheLocationOf1_10_0IsUsed)
     Configure("{}");
     key.AddVersion(L"1.9.0", first.native());
     key.AddVersion(L"1.10.0", second.native());
-    site.InstallServerApplication(first);
-    site.InstallServerApplication(second);
+    installation.InstallServerApplication(first);
+    installation.InstallServerApplication(second);
     EXPECT_EQ(ServerPath(), Utf8(second));
-    EXPECT_THAT(log.Take(),
-                ElementsAre(Latest(second), Searching(Lines({library, site.HostFolder(), second})), Found(second)));
+    EXPECT_THAT(log.Take(), ElementsAre(Latest(second), Searching(Lines({library, installation.HostFolder(), second})),
+                                        Found(second)));
 }
 
 TEST_F(MachineKeyServerApplication, TheRegistrysDirectoryComesLast)
 {
     Configure(R"({"ssoServer": {"searchPaths": ")" + JsonPath(first) + R"(", "supportBothLocalAndAdmin": false}})");
     key.AddVersion(L"1.0", second.native());
-    site.InstallServerApplication(second);
-    site.InstallServerApplication(first);
+    installation.InstallServerApplication(second);
+    installation.InstallServerApplication(first);
     EXPECT_EQ(ServerPath(), Utf8(first));
-    EXPECT_THAT(log.Take(), ElementsAre(Latest(second), Searching(Lines({library, site.HostFolder(), first, second})),
-                                        Found(first)));
+    EXPECT_THAT(log.Take(),
+                ElementsAre(Latest(second), Searching(Lines({library, installation.HostFolder(), first, second})),
+                            Found(first)));
 }
 
 TEST_F(MachineKeyServerApplication, WithSupportForBothTheRegistrysCopyWinsOverTheHosts)
 {
     Configure(ServerMember("supportBothLocalAndAdmin", "true"));
     key.AddVersion(L"1.0", first.native());
-    site.InstallServerApplication(first);
-    site.InstallServerApplication(site.HostFolder());
+    installation.InstallServerApplication(first);
+    installation.InstallServerApplication(installation.HostFolder());
     EXPECT_EQ(ServerPath(), Utf8(first));
-    EXPECT_THAT(log.Take(),
-                ElementsAre(Latest(first), Searching(Lines({first, library, site.HostFolder()})), Found(first)));
+    EXPECT_THAT(log.Take(), ElementsAre(Latest(first), Searching(Lines({first, library, installation.HostFolder()})),
+                                        Found(first)));
 }
 
 TEST_F(MachineKeyServerApplication, WithoutSupportForBothTheHostsCopyWins)
 {
     Configure(ServerMember("supportBothLocalAndAdmin", "false"));
     key.AddVersion(L"1.0", first.native());
-    site.InstallServerApplication(first);
-    site.InstallServerApplication(site.HostFolder());
-    EXPECT_EQ(ServerPath(), Utf8(site.HostFolder()));
+    installation.InstallServerApplication(first);
+    installation.InstallServerApplication(installation.HostFolder());
+    EXPECT_EQ(ServerPath(), Utf8(installation.HostFolder()));
 }
 
 TEST_F(MachineKeyServerApplication, TheKeysOwnLocationCountsWithoutVersions)
 {
     Configure("{}");
     key.SetLocation(first.native());
-    site.InstallServerApplication(first);
+    installation.InstallServerApplication(first);
     EXPECT_EQ(ServerPath(), Utf8(first));
-    EXPECT_THAT(log.Take(),
-                ElementsAre(Own(Utf8(first)), Searching(Lines({library, site.HostFolder(), first})), Found(first)));
+    EXPECT_THAT(log.Take(), ElementsAre(Own(Utf8(first)), Searching(Lines({library, installation.HostFolder(), first})),
+                                        Found(first)));
 }
 
 TEST_F(MachineKeyServerApplication, TheKeysOwnLocationComesLastEvenWithSupportForBoth)
 {
     Configure(ServerMember("supportBothLocalAndAdmin", "true"));
     key.SetLocation(first.native());
-    site.InstallServerApplication(first);
-    site.InstallServerApplication(site.HostFolder());
-    EXPECT_EQ(ServerPath(), Utf8(site.HostFolder()));
-    EXPECT_EQ(log.Take().at(1), Searching(Lines({library, site.HostFolder(), first})));
+    installation.InstallServerApplication(first);
+    installation.InstallServerApplication(installation.HostFolder());
+    EXPECT_EQ(ServerPath(), Utf8(installation.HostFolder()));
+    EXPECT_EQ(log.Take().at(1), Searching(Lines({library, installation.HostFolder(), first})));
 }
 
 TEST_F(MachineKeyServerApplication, AVersionsLocationReplacesTheKeysOwn)
@@ -302,9 +304,9 @@ TEST_F(MachineKeyServerApplication, AVersionsLocationReplacesTheKeysOwn)
     Configure("{}");
     key.SetLocation(first.native());
     key.AddVersion(L"1.0", second.native());
-    site.InstallServerApplication(first);
+    installation.InstallServerApplication(first);
     EXPECT_FALSE(manager.FindSSOServerApp());
-    EXPECT_EQ(log.Take().at(1), Searching(Lines({library, site.HostFolder(), second})));
+    EXPECT_EQ(log.Take().at(1), Searching(Lines({library, installation.HostFolder(), second})));
 }
 
 TEST_F(MachineKeyServerApplication, VersionsWithoutLocationLeaveTheKeysOwn)
@@ -312,7 +314,7 @@ TEST_F(MachineKeyServerApplication, VersionsWithoutLocationLeaveTheKeysOwn)
     Configure("{}");
     key.SetLocation(first.native());
     key.AddVersion(L"1.0");
-    site.InstallServerApplication(first);
+    installation.InstallServerApplication(first);
     EXPECT_EQ(ServerPath(), Utf8(first));
 }
 
@@ -320,7 +322,7 @@ TEST_F(MachineKeyServerApplication, AKeyWithoutLocationAddsNothingAndLogsNothing
 {
     Configure("{}");
     EXPECT_FALSE(manager.FindSSOServerApp());
-    const std::string lines = Lines({library, site.HostFolder()});
+    const std::string lines = Lines({library, installation.HostFolder()});
     EXPECT_THAT(log.Take(), ElementsAre(Searching(lines), NotFound(lines)));
 }
 
@@ -363,9 +365,9 @@ TEST_F(MachineKeyServerApplication, AnOwnLocationOfAnotherTypeIsIgnored)
 TEST_F(MachineKeyServerApplication, ALocationMayHoldReferences)
 {
     Configure("{}");
-    const fs::path folder = site.MakeFolder(fs::path("host") / "sub");
+    const fs::path folder = installation.MakeFolder(fs::path("host") / "sub");
     key.AddVersion(L"1.0", L"%ExePath%\\sub");
-    site.InstallServerApplication(folder);
+    installation.InstallServerApplication(folder);
     EXPECT_EQ(ServerPath(), Utf8(folder));
     EXPECT_EQ(log.Take().at(0), Latest(L"%ExePath%\\sub")) << "logged as it stands in the registry";
 }
@@ -375,7 +377,7 @@ TEST_F(MachineKeyServerApplication, ALocationThatRefersToTheApplicationItselfEnd
     Configure("{}");
     key.AddVersion(L"1.0", L"%SSOServerAppPath%");
     EXPECT_FALSE(manager.FindSSOServerApp());
-    EXPECT_EQ(log.Take().back(), NotFound(Lines({library, site.HostFolder(), "%SSOServerAppPath%"})));
+    EXPECT_EQ(log.Take().back(), NotFound(Lines({library, installation.HostFolder(), "%SSOServerAppPath%"})));
 }
 
 TEST_F(MachineKeyServerApplication, AnEmptyLocationDoesNotMeanTheCurrentDirectory)
@@ -393,9 +395,9 @@ TEST_F(MachineKeyServerApplication, AnEmptyLocationDoesNotMeanTheCurrentDirector
 TEST_F(MachineKeyServerApplication, ALocationInAnyScriptSurvives)
 {
     Configure("{}");
-    const fs::path folder = site.MakeFolder(L"\u4E2D \u00E4");
+    const fs::path folder = installation.MakeFolder(L"\u4E2D \u00E4");
     key.AddVersion(L"1.0", folder.native());
-    site.InstallServerApplication(folder);
+    installation.InstallServerApplication(folder);
     EXPECT_EQ(ServerPath(), Utf8(folder));
 }
 
@@ -403,7 +405,7 @@ TEST_F(MachineKeyServerApplication, UnderWow64AKeyOfThe64BitViewAloneIsRead)
 {
     Configure("{}");
     key.SetLocation(first.native());
-    site.InstallServerApplication(first);
+    installation.InstallServerApplication(first);
     const Wow64Process wow64;
     const RegistryOpenings openings([](const std::wstring&, REGSAM access) {
         return access == ReadAccess64 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;

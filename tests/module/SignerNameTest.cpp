@@ -23,21 +23,6 @@ using Kestrany::IdentityServices::SignerNameMatches;
 
 namespace {
 
-struct GetNameImport
-{
-    static constexpr char Name[] = "CertGetNameStringA";
-    using Type = decltype(CertGetNameStringA);
-};
-
-struct GetWideNameImport
-{
-    static constexpr char Name[] = "CertGetNameStringW";
-    using Type = decltype(CertGetNameStringW);
-};
-
-using GetNameDouble = ImportDouble<GetNameImport>;
-using GetWideNameDouble = ImportDouble<GetWideNameImport>;
-
 struct CertificateFreer
 {
     void operator()(const CERT_CONTEXT* certificate) const { CertFreeCertificateContext(certificate); }
@@ -62,7 +47,7 @@ Certificate FromPem(const std::string& pem)
 /// A signer's certificate of this build.
 Certificate SignerCertificate(const std::string& signer)
 {
-    return FromPem(ReadFile(Surroundings().signing / (signer + ".pem")));
+    return FromPem(ReadFile(Environment().signing / (signer + ".pem")));
 }
 
 /// The list that the library is built with.
@@ -73,18 +58,18 @@ bool IsTrusted(const std::string& signer)
     return SignerNameMatches(SignerCertificate(signer).get(), trusted);
 }
 
-/// A platform that gives names of its own: the answer to the question for the length, then to that for the text.
+/// Makes the platform return chosen names: the results of the call for the length and of the call for the text.
 class NamedCertificate
 {
 public:
-    NamedCertificate(DWORD neededLength, DWORD secondAnswer, const std::string& text)
-        : NamedCertificate(neededLength, secondAnswer, text, std::wstring(text.begin(), text.end()))
+    NamedCertificate(DWORD neededLength, DWORD secondResult, const std::string& text)
+        : NamedCertificate(neededLength, secondResult, text, std::wstring(text.begin(), text.end()))
     {
     }
 
-    NamedCertificate(DWORD neededLength, DWORD secondAnswer, const std::string& text, const std::wstring& wide)
+    NamedCertificate(DWORD neededLength, DWORD secondResult, const std::string& text, const std::wstring& wide)
         : names_(
-              [this, neededLength, secondAnswer, text](PCCERT_CONTEXT certificate, DWORD type, DWORD flags,
+              [this, neededLength, secondResult, text](PCCERT_CONTEXT certificate, DWORD type, DWORD flags,
                                                        void* parameter, char* name, DWORD size) {
                   EXPECT_EQ(certificate, &context_);
                   EXPECT_EQ(type, 4u);
@@ -99,7 +84,7 @@ public:
                   EXPECT_EQ(size, neededLength) << "a buffer of the length that was asked for";
                   std::fill_n(name, size, '\0');
                   std::copy_n(text.data(), std::min<std::size_t>(text.size(), size), name);
-                  return secondAnswer;
+                  return secondResult;
               },
               Executable()),
           wideNames_(
@@ -109,7 +94,7 @@ public:
                   EXPECT_EQ(type, 4u);
                   EXPECT_EQ(flags, 0u);
                   EXPECT_EQ(parameter, nullptr);
-                  // As the platform does: cut to what fits, always with a terminating zero.
+                  // As the platform does: truncated to the buffer, always with a terminating zero.
                   const std::size_t length = std::min<std::size_t>(wide.size(), size - 1);
                   std::copy_n(wide.data(), length, name);
                   name[length] = L'\0';
@@ -119,13 +104,13 @@ public:
     {
     }
 
-    /// A platform that works: both answers count the terminating zero.
+    /// A platform that works: both results include the terminating zero.
     explicit NamedCertificate(const std::string& text)
         : NamedCertificate(static_cast<DWORD>(text.size() + 1), static_cast<DWORD>(text.size() + 1), text)
     {
     }
 
-    /// Its name converts to `text`, and is `wide`.
+    /// The name is `wide` in UTF-16 and `text` in the other encoding.
     NamedCertificate(const std::string& text, const std::wstring& wide)
         : NamedCertificate(static_cast<DWORD>(text.size() + 1), static_cast<DWORD>(text.size() + 1), text, wide)
     {
@@ -137,8 +122,8 @@ public:
 private:
     CERT_CONTEXT context_ = {};
     int calls_ = 0;
-    GetNameDouble names_;
-    GetWideNameDouble wideNames_;
+    CertGetNameStringADouble names_;
+    CertGetNameStringWDouble wideNames_;
 };
 
 constexpr std::string_view List(const char* text, std::size_t size)
@@ -192,7 +177,7 @@ TEST(SignerName, ALookAlikeDoesNotMatch)
 
 TEST(SignerName, OnlyAMatchTakesAQuestionForTheWideName)
 {
-    const GetWideNameDouble none(
+    const CertGetNameStringWDouble none(
         [](PCCERT_CONTEXT, DWORD, DWORD, void*, wchar_t*, DWORD) {
             ADD_FAILURE();
             return DWORD{0};
@@ -203,8 +188,8 @@ TEST(SignerName, OnlyAMatchTakesAQuestionForTheWideName)
 
 TEST(SignerName, AnUnknownWideNameDoesNotMatch)
 {
-    const GetWideNameDouble none([](PCCERT_CONTEXT, DWORD, DWORD, void*, wchar_t*, DWORD) { return DWORD{0}; },
-                                 Executable());
+    const CertGetNameStringWDouble none([](PCCERT_CONTEXT, DWORD, DWORD, void*, wchar_t*, DWORD) { return DWORD{0}; },
+                                        Executable());
     EXPECT_FALSE(IsTrusted("good"));
 }
 
@@ -255,8 +240,8 @@ TEST(SignerName, ACertificateWithoutNameMatchesNothing)
 
 TEST(SignerName, ANameThatVanishesBetweenTheQuestionsMatchesNothing)
 {
-    for (const DWORD answer : {0, 1})
-        EXPECT_FALSE(NamedCertificate(4, answer, "One").Matches(twoNames)) << answer;
+    for (const DWORD result : {0, 1})
+        EXPECT_FALSE(NamedCertificate(4, result, "One").Matches(twoNames)) << result;
 }
 
 TEST(SignerName, ANameThatShrinksBetweenTheQuestionsIsTakenAtItsSecondLength)

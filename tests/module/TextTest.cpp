@@ -1,5 +1,4 @@
-// Texts of any bytes and any units, against conversions of the test's own. What is converted ends where the process may
-// not read any more.
+// Texts of any bytes and any units, compared with conversions by the test itself. Each text ends at a guard page.
 
 #include <algorithm>
 #include <cstdint>
@@ -46,7 +45,7 @@ class Random
 public:
     std::size_t Below(std::size_t limit) { return std::uniform_int_distribution<std::size_t>(0, limit - 1)(engine_); }
 
-    /// Mostly next to where the encodings change their form.
+    /// Mostly close to the code points at which the length of the encoding changes.
     char32_t CodePoint()
     {
         static constexpr char32_t edges[] = {0,      1,      0x7F,    0x80,    0x7FF,    0x800,    0xD7FF, 0xE000,
@@ -68,8 +67,7 @@ private:
     std::mt19937 engine_{Seed};
 };
 
-/// The well-formed parts, in UTF-16; what lies between them is left out, as platforms differ in the number of
-/// replacement characters.
+/// The well-formed parts, in UTF-16. The rest is omitted, as platforms differ in the number of replacement characters.
 std::wstring WellFormedParts(const std::string& text)
 {
     std::wstring parts;
@@ -135,7 +133,7 @@ TEST(TextConversion, OfAnyBytesKeepsWhatIsWellFormedAndReplacesTheRest)
         const std::wstring widened = Widen(narrow.Place(bytes));
         ASSERT_LE(widened.size(), bytes.size()) << "round " << round << " of seed " << Seed;
         ASSERT_EQ(Narrow(widened), ToUtf8(FromUtf16(widened))) << "round " << round << " of seed " << Seed;
-        // A platform may give up on all that is left where a sequence lacks its end; behind these letters none does.
+        // A platform may stop converting at a truncated sequence at the end; after these letters it does not.
         const std::string completed = bytes + "xyz";
         ASSERT_EQ(WithoutReplacements(Widen(completed)), WithoutReplacements(WellFormedParts(completed)))
             << "round " << round << " of seed " << Seed;

@@ -25,7 +25,7 @@ HKEY MakeKey(const std::wstring& path)
 
 UserKey::UserKey() : path_(L"Software\\OrlindexTests-" + std::to_wstring(GetCurrentProcessId()))
 {
-    RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str()); // Left by a crashed process of the same number.
+    RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str()); // A crashed process with the same ID may have left it.
     RegCloseKey(MakeKey(path_));
 }
 

@@ -6,8 +6,8 @@
 
 namespace OrlindexTest {
 
-/// A registry key of this process alone, below the current user's. It is volatile: what a crashed test leaves behind
-/// lasts no longer than the user's session.
+/// A registry key of this process alone, below the current user's. It is volatile: the key of a crashed test only lasts
+/// until the user signs out.
 class UserKey
 {
 public:
@@ -21,7 +21,7 @@ public:
 
     /// Makes a subkey with a "Location".
     void AddVersion(const std::wstring& version, const std::wstring& location) const;
-    /// Makes a subkey with a "Location" of bytes that need not be a text.
+    /// Makes a subkey with a "Location" of any bytes.
     void AddVersion(const std::wstring& version, DWORD type, const void* data, DWORD size) const;
     /// Makes a subkey without a "Location".
     void AddVersion(const std::wstring& version) const;

@@ -31,7 +31,7 @@ TEST_F(VersionCompatibilityFile, NoElementThatServes)
 TEST_F(VersionCompatibilityFile, TheModulePathIsExpandedAndNormalised)
 {
     EXPECT_EQ(Chosen({Entry("%SSOServerAppPath%/./plugins\\..//64/Client.dll")}),
-              Utf8(site.ServerFolder() / "64" / "Client.dll"));
+              Utf8(installation.ServerFolder() / "64" / "Client.dll"));
 }
 
 TEST_F(VersionCompatibilityFile, TheModulePathMayReferToEveryVariable)

@@ -11,21 +11,21 @@ using testing::IsEmpty;
 TEST_F(VersionCompatibilityFile, IsFoundBesideTheServerApplication)
 {
     FindServerApplication();
-    site.WriteCompatibilityFile({Entry("%SSOServerAppPath%\\Client.dll")});
+    installation.WriteCompatibilityFile({Entry("%SSOServerAppPath%\\Client.dll")});
     EXPECT_TRUE(manager.FindCompatibleClientPlugin());
-    const fs::path file = site.CompatibilityFile();
-    const fs::path module = site.ServerFolder() / "Client.dll";
+    const fs::path file = installation.CompatibilityFile();
+    const fs::path module = installation.ServerFolder() / "Client.dll";
     EXPECT_EQ(File(), Utf8(file));
     EXPECT_EQ(Module(), Utf8(module));
-    EXPECT_THAT(log.Take(), ElementsAre(Searching(Lines({site.ServerFolder()})), Located(file), SearchingPlugin(file),
-                                        FoundPlugin(module)));
+    EXPECT_THAT(log.Take(), ElementsAre(Searching(Lines({installation.ServerFolder()})), Located(file),
+                                        SearchingPlugin(file), FoundPlugin(module)));
 }
 
 TEST_F(VersionCompatibilityFile, APathThatIsKnownEndsTheMatter)
 {
     EXPECT_NE(Chosen({Entry("C:\\first.dll")}), "");
     log.Take();
-    site.WriteCompatibilityFile({Entry("C:\\second.dll")});
+    installation.WriteCompatibilityFile({Entry("C:\\second.dll")});
     EXPECT_TRUE(manager.FindCompatibleClientPlugin());
     EXPECT_EQ(Module(), "C:\\first.dll");
     EXPECT_THAT(log.Take(), IsEmpty());
@@ -34,51 +34,52 @@ TEST_F(VersionCompatibilityFile, APathThatIsKnownEndsTheMatter)
 TEST_F(VersionCompatibilityFile, IsLocatedOnceAndReadAfreshEachTime)
 {
     FindServerApplication();
-    site.WriteCompatibilityFile("{}");
+    installation.WriteCompatibilityFile("{}");
     EXPECT_FALSE(manager.FindCompatibleClientPlugin());
     log.Take();
-    site.WriteCompatibilityFile({Entry("C:\\second.dll")});
+    installation.WriteCompatibilityFile({Entry("C:\\second.dll")});
     EXPECT_TRUE(manager.FindCompatibleClientPlugin());
-    EXPECT_THAT(log.Take(), ElementsAre(SearchingPlugin(site.CompatibilityFile()), FoundPlugin("C:\\second.dll")));
+    EXPECT_THAT(log.Take(),
+                ElementsAre(SearchingPlugin(installation.CompatibilityFile()), FoundPlugin("C:\\second.dll")));
 }
 
 TEST_F(VersionCompatibilityFile, IsSearchedInTheConfiguredDirectoryNext)
 {
-    const fs::path folder = site.MakeFolder(fs::path("host") / "compatibility");
+    const fs::path folder = installation.MakeFolder(fs::path("host") / "compatibility");
     WriteFile(folder / FileName, R"({"ssoClientPlugin": []})");
-    site.InstallServerApplication(site.HostFolder());
-    site.WriteClientConfig(ServerMember("VersionCompatibilityConfigfilePath", R"("%ExePath%\\compatibility")"));
+    installation.InstallServerApplication(installation.HostFolder());
+    installation.WriteClientConfig(ServerMember("VersionCompatibilityConfigfilePath", R"("%ExePath%\\compatibility")"));
     ASSERT_TRUE(manager.FindSSOServerApp());
     log.Take();
     EXPECT_FALSE(manager.FindCompatibleClientPlugin());
     EXPECT_EQ(File(), Utf8(folder / FileName));
     const auto lines = log.Take();
     EXPECT_THAT(std::vector<LogLine>(lines.begin(), lines.begin() + 4),
-                ElementsAre(Searching(Lines({site.HostFolder()})), Searching(Lines({folder})),
+                ElementsAre(Searching(Lines({installation.HostFolder()})), Searching(Lines({folder})),
                             Located(folder / FileName), SearchingPlugin(folder / FileName)));
 }
 
 TEST_F(VersionCompatibilityFile, TheServerApplicationsDirectoryWinsOverTheConfigured)
 {
-    const fs::path folder = site.MakeFolder(fs::path("host") / "compatibility");
+    const fs::path folder = installation.MakeFolder(fs::path("host") / "compatibility");
     WriteFile(folder / FileName, "{}");
-    WriteFile(site.HostFolder() / FileName, "{}");
-    site.InstallServerApplication(site.HostFolder());
-    site.WriteClientConfig(ServerMember("VersionCompatibilityConfigfilePath", '"' + JsonPath(folder) + '"'));
+    WriteFile(installation.HostFolder() / FileName, "{}");
+    installation.InstallServerApplication(installation.HostFolder());
+    installation.WriteClientConfig(ServerMember("VersionCompatibilityConfigfilePath", '"' + JsonPath(folder) + '"'));
     manager.FindCompatibleClientPlugin();
-    EXPECT_EQ(File(), Utf8(site.HostFolder() / FileName));
+    EXPECT_EQ(File(), Utf8(installation.HostFolder() / FileName));
 }
 
 TEST_F(VersionCompatibilityFile, NotFoundInEitherDirectory)
 {
-    const fs::path folder = site.MakeFolder("compatibility");
-    site.InstallServerApplication(site.HostFolder());
-    site.WriteClientConfig(ServerMember("VersionCompatibilityConfigfilePath", '"' + JsonPath(folder) + '"'));
+    const fs::path folder = installation.MakeFolder("compatibility");
+    installation.InstallServerApplication(installation.HostFolder());
+    installation.WriteClientConfig(ServerMember("VersionCompatibilityConfigfilePath", '"' + JsonPath(folder) + '"'));
     ASSERT_TRUE(manager.FindSSOServerApp());
     log.Take();
     EXPECT_FALSE(manager.FindCompatibleClientPlugin());
     EXPECT_EQ(File(), FileName);
-    EXPECT_THAT(log.Take(), ElementsAre(Searching(Lines({site.HostFolder()})), Searching(Lines({folder})),
+    EXPECT_THAT(log.Take(), ElementsAre(Searching(Lines({installation.HostFolder()})), Searching(Lines({folder})),
                                         NotLocated(Lines({folder})), SearchingPlugin(FileName), FileMissing(FileName),
                                         NoPluginWithoutFile(FileName)));
 }
@@ -86,11 +87,11 @@ TEST_F(VersionCompatibilityFile, NotFoundInEitherDirectory)
 TEST_F(VersionCompatibilityFile, WithoutConfiguredDirectoryTheSecondSearchHasNone)
 {
     FindServerApplication();
-    WriteFile(FileName, "planted"); // The current directory is none of the directories.
+    WriteFile(FileName, "planted"); // The current directory is not searched.
     EXPECT_FALSE(manager.FindCompatibleClientPlugin());
     const auto lines = log.Take();
     EXPECT_THAT(std::vector<LogLine>(lines.begin(), lines.begin() + 3),
-                ElementsAre(Searching(Lines({site.ServerFolder()})), Searching(""), NotLocated("")));
+                ElementsAre(Searching(Lines({installation.ServerFolder()})), Searching(""), NotLocated("")));
 }
 
 TEST_F(VersionCompatibilityFile, AFileInTheCurrentDirectoryIsNeverRead)
@@ -125,8 +126,8 @@ TEST_F(VersionCompatibilityFile, AFolderNamedLikeAReferenceWithoutValueIsNeverSe
 TEST_F(VersionCompatibilityFile, AnOverrideMayBeABareName)
 {
     FindServerApplication();
-    site.WriteCompatibilityFile({Entry("C:\\default.dll")});
-    fs::copy_file(site.CompatibilityFile(), "other.json");
+    installation.WriteCompatibilityFile({Entry("C:\\default.dll")});
+    fs::copy_file(installation.CompatibilityFile(), "other.json");
     manager.SetVersionCompatibilityFileOverride(L"other.json");
     EXPECT_TRUE(manager.FindCompatibleClientPlugin());
 }
@@ -134,8 +135,8 @@ TEST_F(VersionCompatibilityFile, AnOverrideMayBeABareName)
 TEST_F(VersionCompatibilityFile, AnOverrideThatEqualsTheBareDefaultNameIsAFileLikeAnyOther)
 {
     FindServerApplication();
-    site.WriteCompatibilityFile({Entry("C:\\default.dll")});
-    fs::rename(site.CompatibilityFile(), FileName);
+    installation.WriteCompatibilityFile({Entry("C:\\default.dll")});
+    fs::rename(installation.CompatibilityFile(), FileName);
     manager.SetVersionCompatibilityFileOverride(ToWide(FileName));
     EXPECT_TRUE(manager.FindCompatibleClientPlugin());
     EXPECT_EQ(File(), FileName);
@@ -147,10 +148,10 @@ TEST_F(VersionCompatibilityFile, AnOverrideThatEqualsTheBareDefaultNameIsAFileLi
 TEST_F(VersionCompatibilityFile, AMissingFileIsNamedOnceAndThenByTheCaller)
 {
     FindServerApplication();
-    site.WriteCompatibilityFile("{}");
+    installation.WriteCompatibilityFile("{}");
     EXPECT_FALSE(manager.FindCompatibleClientPlugin());
     log.Take();
-    const fs::path file = site.CompatibilityFile();
+    const fs::path file = installation.CompatibilityFile();
     fs::remove(file);
     EXPECT_FALSE(manager.FindCompatibleClientPlugin());
     EXPECT_THAT(log.Take(), ElementsAre(SearchingPlugin(file), FileMissing(file), NoPluginWithoutFile(file)));
@@ -159,9 +160,9 @@ TEST_F(VersionCompatibilityFile, AMissingFileIsNamedOnceAndThenByTheCaller)
 TEST_F(VersionCompatibilityFile, AnOverrideIsUsedWithoutSearch)
 {
     FindServerApplication();
-    site.WriteCompatibilityFile({Entry("C:\\default.dll")});
-    const fs::path file = site.MakeFolder("elsewhere") / "other.json";
-    fs::copy_file(site.CompatibilityFile(), file);
+    installation.WriteCompatibilityFile({Entry("C:\\default.dll")});
+    const fs::path file = installation.MakeFolder("elsewhere") / "other.json";
+    fs::copy_file(installation.CompatibilityFile(), file);
     manager.SetVersionCompatibilityFileOverride(file.native());
     EXPECT_TRUE(manager.FindCompatibleClientPlugin());
     EXPECT_EQ(File(), Utf8(file));
@@ -172,8 +173,8 @@ TEST_F(VersionCompatibilityFile, AnOverrideIsUsedWithoutSearch)
 TEST_F(VersionCompatibilityFile, AnOverrideThatDoesNotExistEndsTheSearch)
 {
     FindServerApplication();
-    site.WriteCompatibilityFile({Entry("C:\\default.dll")});
-    const fs::path file = site.HostFolder() / "missing.json";
+    installation.WriteCompatibilityFile({Entry("C:\\default.dll")});
+    const fs::path file = installation.HostFolder() / "missing.json";
     manager.SetVersionCompatibilityFileOverride(file.native());
     EXPECT_FALSE(manager.FindCompatibleClientPlugin());
     EXPECT_EQ(Module(), "");

@@ -5,7 +5,7 @@
 
 namespace OrlindexTest {
 
-/// The version compatibility file, and what is logged of it.
+/// The version compatibility file, and the messages about it.
 class VersionCompatibilityFile : public LocateTest
 {
 protected:
@@ -66,26 +66,26 @@ protected:
     {
         return ErrorLine(
             "Version compatibility list is empty under key ssoClientPlugin in version compatibility file " +
-            Utf8(site.CompatibilityFile()));
+            Utf8(installation.CompatibilityFile()));
     }
 
     LogLine Blank(const std::string& keys) const
     {
         return ErrorLine("Blank or missing key " + keys + " in ssoClientPlugin in version compatibility file " +
-                         Utf8(site.CompatibilityFile()) + ". Object ignored.");
+                         Utf8(installation.CompatibilityFile()) + ". Object ignored.");
     }
 
     LogLine RangeMissing() const
     {
         return ErrorLine("Missing object 'compatibleSsoServicesVersion' in version compatibility file " +
-                         Utf8(site.CompatibilityFile()) + ". Object ignored.");
+                         Utf8(installation.CompatibilityFile()) + ". Object ignored.");
     }
 
     LogLine RangeInvalid() const
     {
         return ErrorLine(
             "Invalid version range in 'compatibleSsoServicesVersion' object in version compatibility file " +
-            Utf8(site.CompatibilityFile()) + ". Object ignored.");
+            Utf8(installation.CompatibilityFile()) + ". Object ignored.");
     }
 
     static CompatibilityEntry Entry(const std::string& path, const std::string& version = "2.0",
@@ -108,25 +108,26 @@ protected:
     std::string Module() const { return ToUtf8(manager.ClientPluginModulePath()); }
     std::string File() const { return ToUtf8(manager.VersionCompatibilityFilePath()); }
 
-    /// The module path that a file of those entries gives.
+    /// The module path that results from a file with these entries.
     std::string Chosen(const std::vector<CompatibilityEntry>& entries)
     {
         FindServerApplication();
-        site.WriteCompatibilityFile(entries);
+        installation.WriteCompatibilityFile(entries);
         const bool any = manager.FindCompatibleClientPlugin();
         EXPECT_EQ(any, !Module().empty());
         return Module();
     }
 
-    /// A file of that content gives no module, for the reasons that are logged.
+    /// Expects that a file with this content results in no module, with these messages.
     void ExpectNone(const std::string& json, const std::vector<LogLine>& reasons)
     {
         FindServerApplication();
-        site.WriteCompatibilityFile(json);
-        const std::filesystem::path file = site.CompatibilityFile();
+        installation.WriteCompatibilityFile(json);
+        const std::filesystem::path file = installation.CompatibilityFile();
         EXPECT_FALSE(manager.FindCompatibleClientPlugin());
         EXPECT_EQ(Module(), "");
-        std::vector<LogLine> expected = {Searching(Lines({site.ServerFolder()})), Located(file), SearchingPlugin(file)};
+        std::vector<LogLine> expected = {Searching(Lines({installation.ServerFolder()})), Located(file),
+                                         SearchingPlugin(file)};
         expected.insert(expected.end(), reasons.begin(), reasons.end());
         expected.push_back(NoPlugin(file));
         EXPECT_THAT(log.Take(), testing::ElementsAreArray(expected));
@@ -134,7 +135,7 @@ protected:
 
     LogLine Unreadable() const
     {
-        return ErrorLine("Failed to load file " + Utf8(site.CompatibilityFile()) +
+        return ErrorLine("Failed to load file " + Utf8(installation.CompatibilityFile()) +
                          ". Possibly json format is not valid.");
     }
 };

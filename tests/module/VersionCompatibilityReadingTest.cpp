@@ -1,4 +1,4 @@
-// The version compatibility file: how it is read, and what is said of its defects.
+// The version compatibility file: how it is read, and which messages its defects cause.
 
 #include "VersionCompatibilityFileTest.h"
 #include "base/Files.h"
@@ -37,11 +37,11 @@ TEST_F(VersionCompatibilityFile, TooLargeIsRefused)
 TEST_F(VersionCompatibilityFile, ADirectoryInItsPlaceIsFoundAndRefused)
 {
     FindServerApplication();
-    const fs::path file = site.CompatibilityFile();
+    const fs::path file = installation.CompatibilityFile();
     fs::create_directory(file);
     EXPECT_FALSE(manager.FindCompatibleClientPlugin());
-    EXPECT_THAT(log.Take(), ElementsAre(Searching(Lines({site.ServerFolder()})), Located(file), SearchingPlugin(file),
-                                        Unreadable(), NoPlugin(file)));
+    EXPECT_THAT(log.Take(), ElementsAre(Searching(Lines({installation.ServerFolder()})), Located(file),
+                                        SearchingPlugin(file), Unreadable(), NoPlugin(file)));
 }
 
 TEST_F(VersionCompatibilityFile, WithoutKeyTheListIsEmpty)
@@ -92,10 +92,10 @@ TEST_F(VersionCompatibilityFile, AWrongTypeIsNamedByItsKey)
 TEST_F(VersionCompatibilityFile, ANumberTooLargeCostsItsElementAlone)
 {
     FindServerApplication();
-    site.WriteCompatibilityFile(R"({"timeout": 1e999, "ssoClientPlugin": [
+    installation.WriteCompatibilityFile(R"({"timeout": 1e999, "ssoClientPlugin": [
         {"module": "M", "modulePath": "C:\\m.dll", "version": 1e999, "compatibleSsoServicesVersion": {"minVersion": "1"}},
         {"module": "M", "modulePath": "C:\\m.dll", "version": "9", "compatibleSsoServicesVersion": {"minVersion": )" +
-                                std::string(2000, '1') + R"(}},
+                                        std::string(2000, '1') + R"(}},
         {"module": "M", "modulePath": "C:\\sound.dll", "version": "2",
          "compatibleSsoServicesVersion": {"minVersion": "1"}}]})");
     EXPECT_TRUE(manager.FindCompatibleClientPlugin());
@@ -118,8 +118,8 @@ TEST_F(VersionCompatibilityFile, AnElementWithoutCompatibleVersionsIsIgnoredBesi
 TEST_F(VersionCompatibilityFile, AByteOrderMarkAndCommentsAreAccepted)
 {
     FindServerApplication();
-    site.WriteCompatibilityFile({Entry("C:\\client.dll")});
-    site.WriteCompatibilityFile("\xEF\xBB\xBF// builds\r\n" + ReadFile(site.CompatibilityFile()));
+    installation.WriteCompatibilityFile({Entry("C:\\client.dll")});
+    installation.WriteCompatibilityFile("\xEF\xBB\xBF// builds\r\n" + ReadFile(installation.CompatibilityFile()));
     EXPECT_TRUE(manager.FindCompatibleClientPlugin());
     EXPECT_EQ(Module(), "C:\\client.dll");
 }

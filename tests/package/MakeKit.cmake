@@ -31,7 +31,7 @@ foreach(file IN LISTS foreign)
     message(SEND_ERROR "in the kit, but not in ${REVIEWED}: ${file}")
 endforeach()
 
-# What the script says it packed is what is in it.
+# The kit contains what the script reports.
 foreach(file IN LISTS files)
     string(FIND "${output}" "  ${file}\n" place)
     if(place EQUAL -1)
@@ -39,7 +39,7 @@ foreach(file IN LISTS files)
     endif()
 endforeach()
 
-# Files that name the build tree would work on this machine alone.
+# Files with the path of the build tree would only work on this machine.
 get_filename_component(source "${SCRIPT}/../.." ABSOLUTE)
 list(FILTER files EXCLUDE REGEX "[.](dll|exe|a|lib|png)$")
 foreach(file IN LISTS files)

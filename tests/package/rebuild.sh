@@ -2,7 +2,7 @@
 # Builds what the kit holds a second time, elsewhere, and compares: tests/package/rebuild.sh BUILD-FOLDER ARCHIVE-FOLDER
 #
 # The sources are copied to a folder of another name and length, with the development root and the key of the build that
-# is compared with: its trust data is part of the library. No compiler cache, which would answer with the first build's
+# is compared with: its trust data is part of the library. No compiler cache, which would return the first build's
 # objects. The agent's module is signed as of the time that the first build's signature bears. The archive of the
 # second build is then compared with the one in ARCHIVE-FOLDER.
 

@@ -1,4 +1,4 @@
-// The library that the "dependent" build of the test plugin cannot be loaded without.
+// The library that the "dependent" build of the test plugin imports.
 
 extern "C" __declspec(dllexport) int TestPluginDependency()
 {

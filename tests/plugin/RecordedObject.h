@@ -2,11 +2,9 @@
 #define ORLINDEX_PLUGIN_RECORDEDOBJECT_H
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <type_traits>
-#include <utility>
 
 #include "Recorder.h"
 #include "orlindex/IdErrorCode.h"
@@ -48,51 +46,57 @@ Result FromBits(std::int64_t bits)
         return static_cast<Result>(bits);
 }
 
-/// Notes one call, runs the test's hook, and answers what the test programmed.
+/// Records one call, runs the test's hook, and returns what the test set.
 template <typename Result, typename... Arguments>
-Result Record(const char* interfaceName, int slot, Arguments... arguments)
+Result Record(const PluginOperation& operation, Arguments... arguments)
 {
     std::string shown;
     ((shown += (shown.empty() ? "" : ", ") + Shown(arguments)), ...);
-    Recorder::Instance().Note(interfaceName, slot, shown);
+    Recorder::Instance().Note(operation, shown);
 
     const std::array<std::uint64_t, sizeof...(Arguments)> bits{Bits(arguments)...};
-    Recorder::Instance().RunHook(interfaceName, slot, bits.data(), static_cast<int>(bits.size()));
+    Recorder::Instance().RunHook(operation, bits.data(), static_cast<int>(bits.size()));
 
     if constexpr (!std::is_void_v<Result>)
     {
-        constexpr std::int64_t standard = std::is_same_v<Result, Kestrany::IdentityServices::IdErrorCode> ? 1000 : 0;
-        return FromBits<Result>(Recorder::Instance().Result(interfaceName, slot, standard));
+        using namespace Kestrany::IdentityServices;
+        constexpr std::int64_t unlessSet = std::is_same_v<Result, IdErrorCode> ? IdSuccess : 0;
+        return FromBits<Result>(Recorder::Instance().Result(operation, unlessSet));
     }
 }
 
-/// An object with a virtual table written out by hand, one signature a slot. It does not derive from the contract's
-/// class, so that an operation declared at a wrong place there is noticed here.
-template <const char* Interface, typename... Signatures>
+/// One entry of a RecordedObject's virtual table.
+template <const PluginOperation& Operation, typename Signature>
+struct Slot;
+
+template <const PluginOperation& Operation, typename Result, typename... Arguments>
+struct Slot<Operation, Result(Arguments...)>
+{
+    static constexpr int Place = Operation.slot;
+    static Result Call(void* /*object*/, Arguments... arguments) { return Record<Result>(Operation, arguments...); }
+};
+
+/// An object with a virtual table written by hand. It does not derive from the contract's class, so that the tests
+/// notice an operation that is declared at a wrong place there.
+template <typename... Slots>
 class RecordedObject
 {
-    using Slot = void (*)();
+    using Entry = void (*)();
 
-    template <std::size_t Index, typename Signature>
-    struct Operation;
-
-    template <std::size_t Index, typename Result, typename... Arguments>
-    struct Operation<Index, Result(Arguments...)>
+    static constexpr bool IsInOrder()
     {
-        static Result Call(void* /*object*/, Arguments... arguments)
-        {
-            return Record<Result>(Interface, static_cast<int>(Index), arguments...);
-        }
-    };
+        int place = 0;
+        return ((Slots::Place == place++) && ...);
+    }
+    static_assert(IsInOrder(), "an operation is at another place than in Slots.h");
 
-    template <std::size_t... Indices>
-    static const Slot* Table(std::index_sequence<Indices...> /*slots*/)
+    static const Entry* Table()
     {
-        static const Slot table[] = {reinterpret_cast<Slot>(&Operation<Indices, Signatures>::Call)...};
+        static const Entry table[] = {reinterpret_cast<Entry>(&Slots::Call)...};
         return table;
     }
 
-    const Slot* table_ = Table(std::index_sequence_for<Signatures...>()); // First and only: the pointer to the table.
+    const Entry* table_ = Table(); // First and only: the pointer to the table.
 };
 
 } // namespace OrlindexTest

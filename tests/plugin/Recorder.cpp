@@ -4,23 +4,23 @@ namespace OrlindexTest {
 
 Recorder& Recorder::Instance()
 {
-    // Never destroyed: the library may call the plugin until the very end of the process.
+    // Never destroyed: the library may call the plugin until the end of the process.
     static Recorder* const recorder = new Recorder;
     return *recorder;
 }
 
-void Recorder::Note(const char* interfaceName, int slot, const std::string& arguments)
+void Recorder::Note(const PluginOperation& operation, const std::string& arguments)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    journal_.push_back(std::string(interfaceName) + ' ' + std::to_string(slot) + " (" + arguments + ')');
+    journal_.push_back(FullName(operation) + '(' + arguments + ')');
 }
 
-void Recorder::RunHook(const char* interfaceName, int slot, const std::uint64_t* arguments, int count)
+void Recorder::RunHook(const PluginOperation& operation, const std::uint64_t* arguments, int count)
 {
     Hook hook{};
     {
         const std::lock_guard<std::mutex> lock(mutex_);
-        const auto found = hooks_.find({interfaceName, slot});
+        const auto found = hooks_.find(FullName(operation));
         if (found != hooks_.end())
             hook = found->second;
     }
@@ -28,11 +28,11 @@ void Recorder::RunHook(const char* interfaceName, int slot, const std::uint64_t*
         hook.first(hook.second, arguments, count);
 }
 
-std::int64_t Recorder::Result(const char* interfaceName, int slot, std::int64_t standard)
+std::int64_t Recorder::Result(const PluginOperation& operation, std::int64_t unlessSet)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    const auto found = results_.find({interfaceName, slot});
-    return found == results_.end() ? standard : found->second;
+    const auto found = results_.find(FullName(operation));
+    return found == results_.end() ? unlessSet : found->second;
 }
 
 int Recorder::JournalSize()
@@ -53,16 +53,16 @@ void Recorder::ClearJournal()
     journal_.clear();
 }
 
-void Recorder::SetResult(const char* interfaceName, int slot, std::int64_t result)
+void Recorder::SetResult(const PluginOperation& operation, std::int64_t result)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    results_[{interfaceName, slot}] = result;
+    results_[FullName(operation)] = result;
 }
 
-void Recorder::SetHook(const char* interfaceName, int slot, OperationHook hook, void* context)
+void Recorder::SetHook(const PluginOperation& operation, OperationHook hook, void* context)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    hooks_[{interfaceName, slot}] = {hook, context};
+    hooks_[FullName(operation)] = {hook, context};
 }
 
 } // namespace OrlindexTest

@@ -12,30 +12,29 @@
 
 namespace OrlindexTest {
 
-/// Journal, programmed results and hooks of the test plugin.
+/// Journal, results and hooks of the test plugin.
 class Recorder
 {
 public:
     static Recorder& Instance();
 
-    void Note(const char* interfaceName, int slot, const std::string& arguments);
-    void RunHook(const char* interfaceName, int slot, const std::uint64_t* arguments, int count);
-    std::int64_t Result(const char* interfaceName, int slot, std::int64_t standard);
+    void Note(const PluginOperation& operation, const std::string& arguments);
+    void RunHook(const PluginOperation& operation, const std::uint64_t* arguments, int count);
+    std::int64_t Result(const PluginOperation& operation, std::int64_t unlessSet);
 
     int JournalSize();
     const char* JournalEntry(int index);
     void ClearJournal();
-    void SetResult(const char* interfaceName, int slot, std::int64_t result);
-    void SetHook(const char* interfaceName, int slot, OperationHook hook, void* context);
+    void SetResult(const PluginOperation& operation, std::int64_t result);
+    void SetHook(const PluginOperation& operation, OperationHook hook, void* context);
 
 private:
-    using Operation = std::pair<std::string, int>;
     using Hook = std::pair<OperationHook, void*>;
 
     std::mutex mutex_;
-    std::deque<std::string> journal_; // A deque: the texts that were handed out stay where they are.
-    std::map<Operation, std::int64_t> results_;
-    std::map<Operation, Hook> hooks_;
+    std::deque<std::string> journal_;             // A deque: texts that were returned do not move.
+    std::map<std::string, std::int64_t> results_; // By the operation's name.
+    std::map<std::string, Hook> hooks_;
 };
 
 } // namespace OrlindexTest

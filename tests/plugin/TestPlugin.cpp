@@ -1,4 +1,4 @@
-// A client plugin module that notes every call and answers what a test tells it to. Built several times, see
+// A client plugin module that records every call and returns what a test sets. Built several times, see
 // CMakeLists.txt beside this file.
 
 #include "RecordedObject.h"
@@ -66,135 +66,156 @@ namespace {
 
 using Texts = const char* const*;
 
-RecordedObject<Logger, void(), void(), void(), void(), void(), void(), void(), void(), void(), void(),
-               void(const wchar_t*, int)> // 10
+// clang-format off: one slot a line, in the order of the virtual table.
+RecordedObject<
+    Slot<Logger::Reserved0, void()>,
+    Slot<Logger::Reserved1, void()>,
+    Slot<Logger::Reserved2, void()>,
+    Slot<Logger::Reserved3, void()>,
+    Slot<Logger::Reserved4, void()>,
+    Slot<Logger::Reserved5, void()>,
+    Slot<Logger::Reserved6, void()>,
+    Slot<Logger::Reserved7, void()>,
+    Slot<Logger::Reserved8, void()>,
+    Slot<Logger::Reserved9, void()>,
+    Slot<Logger::Log, void(const wchar_t*, int)>>
     logger;
 
-RecordedObject<LoggerSource, void(), void*(const wchar_t*)> loggerSource;
+RecordedObject<
+    Slot<LoggerSource::Reserved0, void()>,
+    Slot<LoggerSource::GetLogger, void*(const wchar_t*)>>
+    loggerSource;
 
-RecordedObject<Module,
-               void(),               // 0
-               void(bool),           // 1 Initialize
-               void(),               // 2
-               void(),               // 3 Uninitialize
-               int(wchar_t*, int),   // 4 GetProductName
-               void(const wchar_t*)> // 5 SetProductName
+RecordedObject<
+    Slot<Module::Reserved0, void()>,
+    Slot<Module::Initialize, void(bool)>,
+    Slot<Module::Reserved2, void()>,
+    Slot<Module::Uninitialize, void()>,
+    Slot<Module::GetProductName, int(wchar_t*, int)>,
+    Slot<Module::SetProductName, void(const wchar_t*)>>
     module;
 
-RecordedObject<Client,
-               void(),                                                            // 0
-               IdErrorCode(Server, ProductConfig*),                               // 1 GetProductConfig
-               IdErrorCode(Server, const ProductConfig*),                         // 2 SetProductConfig
-               IdErrorCode(talix_user_info*),                                     // 3 GetUserInfo
-               IdErrorCode(const wchar_t*, std::uint16_t, wchar_t*, int),         // 4 GetSessionUri
-               bool(),                                                            // 5 IsOAuth2TokenAvailable
-               IdErrorCode(wchar_t*, int, bool),                                  // 6 GetOAuth2AccessToken
-               bool(),                                                            // 7 IsLoggedIn
-               std::uint32_t(),                                                   // 8 GetOAuth2AccessTokenExpiryDate
-               bool(),                                                            // 9 IsOAuth2TokenExpired
-               std::uint32_t(),                                                   // 10 GetLoginExpiryDate
-               bool(),                                                            // 11 IsLoginExpired
-               bool(),                                                            // 12 IsLoginValid
-               IdErrorCode(bool),                                                 // 13 RefreshOAuth2Token
-               Server(),                                                          // 14 GetServer
-               IdErrorCode(Server),                                               // 15 SetServer
-               IdErrorCode(int*, talix_logout_flags),                             // 16 Logout
-               IdErrorCode(IObserver*),                                           // 17 AddObserver
-               IdErrorCode(IObserver*),                                           // 18 RemoveObserver
-               IdErrorCode(const char*, unsigned int),                            // 19 HasProxyInfo
-               IdErrorCode(const char*, unsigned int, talix_proxy_info*),         // 20 GetProxyInfo
-               IdErrorCode(const talix_proxy_info*),                              // 21 SetProxyInfo
-               IdErrorCode(),                                                     // 22 ClearProxyInfo
-               IdErrorCode(char*, int*),                                          // 23 GetProfileInfo
-               TALIXEnvironment(),                                                // 24 GetEnvironment
-               IdErrorCode(),                                                     // 25 DispatchEvent
-               bool(),                                                            // 26 HasEvent
-               IdErrorCode(const wchar_t*, const wchar_t*, bool, const wchar_t*), // 27 automated login
-               IdErrorCode(int*),                                                 // 28 Login
-               void(),                                                            // 29
-               void(std::uint64_t),                                               // 30 SetHostApplicationWindow
-               IdErrorCode(int*),                                                 // 31 ShowAccountSettings
-               IdErrorCode(int, int, int, int, const char*),                      // 32 overriding call configuration
-               IdErrorCode(int, int, int, int, int),                              // 33 overriding backoff configuration
-               bool(ApiFeature),                                                  // 34 IsApiAvailable
-               IdErrorCode(wchar_t*, int),                                        // 35 GetOAuth2IdToken
-               IdErrorCode(talix_login_mode),                                     // 36 SetLoginMode
-               IdErrorCode(talix_login_mode*)>                                    // 37 GetLoginMode
+RecordedObject<
+    Slot<Client::Reserved0, void()>,
+    Slot<Client::GetProductConfig, IdErrorCode(Server, ProductConfig*)>,
+    Slot<Client::SetProductConfig, IdErrorCode(Server, const ProductConfig*)>,
+    Slot<Client::GetUserInfo, IdErrorCode(talix_user_info*)>,
+    Slot<Client::GetSessionUri, IdErrorCode(const wchar_t*, std::uint16_t, wchar_t*, int)>,
+    Slot<Client::IsOAuth2TokenAvailable, bool()>,
+    Slot<Client::GetOAuth2AccessToken, IdErrorCode(wchar_t*, int, bool)>,
+    Slot<Client::IsLoggedIn, bool()>,
+    Slot<Client::GetOAuth2AccessTokenExpiryDate, std::uint32_t()>,
+    Slot<Client::IsOAuth2TokenExpired, bool()>,
+    Slot<Client::GetLoginExpiryDate, std::uint32_t()>,
+    Slot<Client::IsLoginExpired, bool()>,
+    Slot<Client::IsLoginValid, bool()>,
+    Slot<Client::RefreshOAuth2Token, IdErrorCode(bool)>,
+    Slot<Client::GetServer, Server()>,
+    Slot<Client::SetServer, IdErrorCode(Server)>,
+    Slot<Client::Logout, IdErrorCode(int*, talix_logout_flags)>,
+    Slot<Client::AddObserver, IdErrorCode(IObserver*)>,
+    Slot<Client::RemoveObserver, IdErrorCode(IObserver*)>,
+    Slot<Client::HasProxyInfo, IdErrorCode(const char*, unsigned int)>,
+    Slot<Client::GetProxyInfo, IdErrorCode(const char*, unsigned int, talix_proxy_info*)>,
+    Slot<Client::SetProxyInfo, IdErrorCode(const talix_proxy_info*)>,
+    Slot<Client::ClearProxyInfo, IdErrorCode()>,
+    Slot<Client::GetProfileInfo, IdErrorCode(char*, int*)>,
+    Slot<Client::GetEnvironment, TALIXEnvironment()>,
+    Slot<Client::DispatchEvent, IdErrorCode()>,
+    Slot<Client::HasEvent, bool()>,
+    Slot<Client::AutomatedLogin, IdErrorCode(const wchar_t*, const wchar_t*, bool, const wchar_t*)>,
+    Slot<Client::Login, IdErrorCode(int*)>,
+    Slot<Client::Reserved29, void()>,
+    Slot<Client::SetHostApplicationWindow, void(std::uint64_t)>,
+    Slot<Client::ShowAccountSettings, IdErrorCode(int*)>,
+    Slot<Client::OverrideCallConfig, IdErrorCode(int, int, int, int, const char*)>,
+    Slot<Client::OverrideBackoffConfig, IdErrorCode(int, int, int, int, int)>,
+    Slot<Client::IsApiAvailable, bool(ApiFeature)>,
+    Slot<Client::GetOAuth2IdToken, IdErrorCode(wchar_t*, int)>,
+    Slot<Client::SetLoginMode, IdErrorCode(talix_login_mode)>,
+    Slot<Client::GetLoginMode, IdErrorCode(talix_login_mode*)>>
     client;
 
-RecordedObject<Private,
-               void(),                                           // 0
-               const wchar_t*(Server),                           // 1 ServerToServerName
-               Server(const wchar_t*),                           // 2 ServerNameToServer
-               const wchar_t*(const wchar_t*),                   // 3 Encrypt
-               const wchar_t*(),                                 // 4 GetSettingsPath
-               void(),                                           // 5
-               void(void*),                                      // 6 GetActiveOAuth2TokenRefreshRetrySchedule
-               bool(const void*),                                // 7 SetOAuth2TokenRefreshRetrySchedule
-               const wchar_t*(const wchar_t*, Server, bool),     // 8 GetLoginStateCacheFile with flag
-               const wchar_t*(const wchar_t*, Server),           // 9 GetLoginStateCacheFile
-               bool(bool),                                       // 10 LoadLoginFromCache
-               void(IdServicesConsts::IdServicesEvent, bool),    // 11 RaiseEvent
-               const char*(Server, const ProductConfig*),        // 12 ToJsonString
-               bool(Server*, ProductConfig*, const char*),       // 13 FromJsonString
-               bool(const ProductConfig*, const ProductConfig*), // 14 Equals
-               void(),                                           // 15 LockLoginStateFile
-               void(),                                           // 16 UnlockLoginStateFile
-               bool(void*),                                      // 17 Ping
-               void(),                                           // 18
-               void(),                                           // 19 ClearEventQueue
-               bool(void*),                                      // 20 FreezeSSOServerProcess
-               std::int64_t(),                                   // 21 GetKillFrozenServerTimeout
-               bool(std::int64_t),                               // 22 SetKillFrozenServerTimeout
-               const char*()>                                    // 23 GetSessionState
+RecordedObject<
+    Slot<Private::Reserved0, void()>,
+    Slot<Private::ServerToServerName, const wchar_t*(Server)>,
+    Slot<Private::ServerNameToServer, Server(const wchar_t*)>,
+    Slot<Private::Encrypt, const wchar_t*(const wchar_t*)>,
+    Slot<Private::GetSettingsPath, const wchar_t*()>,
+    Slot<Private::Reserved5, void()>,
+    Slot<Private::GetActiveOAuth2TokenRefreshRetrySchedule, void(void*)>,
+    Slot<Private::SetOAuth2TokenRefreshRetrySchedule, bool(const void*)>,
+    Slot<Private::GetLoginStateCacheFileWithFlag, const wchar_t*(const wchar_t*, Server, bool)>,
+    Slot<Private::GetLoginStateCacheFile, const wchar_t*(const wchar_t*, Server)>,
+    Slot<Private::LoadLoginFromCache, bool(bool)>,
+    Slot<Private::RaiseEvent, void(IdServicesConsts::IdServicesEvent, bool)>,
+    Slot<Private::ToJsonString, const char*(Server, const ProductConfig*)>,
+    Slot<Private::FromJsonString, bool(Server*, ProductConfig*, const char*)>,
+    Slot<Private::Equals, bool(const ProductConfig*, const ProductConfig*)>,
+    Slot<Private::LockLoginStateFile, void()>,
+    Slot<Private::UnlockLoginStateFile, void()>,
+    Slot<Private::Ping, bool(void*)>,
+    Slot<Private::Reserved18, void()>,
+    Slot<Private::ClearEventQueue, void()>,
+    Slot<Private::FreezeSSOServerProcess, bool(void*)>,
+    Slot<Private::GetKillFrozenServerTimeout, std::int64_t()>,
+    Slot<Private::SetKillFrozenServerTimeout, bool(std::int64_t)>,
+    Slot<Private::GetSessionState, const char*()>>
     privateClient;
 
-RecordedObject<ServerManager,
-               void(),                                        // 0
-               void(),                                        // 1
-               void(const wchar_t*, const wchar_t*),          // 2 configure the server application
-               void(wchar_t*, int),                           // 3 GetSSOServerAppFile
-               void(wchar_t*, int),                           // 4 GetSSOServerAppExeFile
-               void(),                                        // 5
-               void(const char*),                             // 6 process identity name
-               int(char*, int),                               // 7 GetSSOServerName
-               void(const char*),                             // 8 server identity name
-               int(char*, int),                               // 9 GetSSOEventServerName
-               bool(Texts, int, std::int64_t, std::int64_t*), // 10 StartSSOServerProcess with arguments
-               bool(std::int64_t, std::int64_t*),             // 11 StartSSOServerProcess
-               bool(char**, int),                             // 12 GetSSOServerProcessArguments
-               void(Texts, int),                              // 13 SetSSOServerProcessArguments
-               bool(std::int64_t*),                           // 14 IsSSOServerProcessRunning
-               bool(),                                        // 15 IsSSOServerProcessReady
-               bool(std::int64_t),                            // 16 QuitSSOServerProcess
-               bool(std::int64_t),                            // 17 QuitAllSSOServerProcesses
-               void(bool)>                                    // 18 support both local and admin
+RecordedObject<
+    Slot<ServerManager::Reserved0, void()>,
+    Slot<ServerManager::Reserved1, void()>,
+    Slot<ServerManager::ConfigureServerApp, void(const wchar_t*, const wchar_t*)>,
+    Slot<ServerManager::GetSSOServerAppFile, void(wchar_t*, int)>,
+    Slot<ServerManager::GetSSOServerAppExeFile, void(wchar_t*, int)>,
+    Slot<ServerManager::Reserved5, void()>,
+    Slot<ServerManager::SetProcessIdentityName, void(const char*)>,
+    Slot<ServerManager::GetSSOServerName, int(char*, int)>,
+    Slot<ServerManager::SetServerIdentityName, void(const char*)>,
+    Slot<ServerManager::GetSSOEventServerName, int(char*, int)>,
+    Slot<ServerManager::StartSSOServerProcessWithArguments, bool(Texts, int, std::int64_t, std::int64_t*)>,
+    Slot<ServerManager::StartSSOServerProcess, bool(std::int64_t, std::int64_t*)>,
+    Slot<ServerManager::GetSSOServerProcessArguments, bool(char**, int)>,
+    Slot<ServerManager::SetSSOServerProcessArguments, void(Texts, int)>,
+    Slot<ServerManager::IsSSOServerProcessRunning, bool(std::int64_t*)>,
+    Slot<ServerManager::IsSSOServerProcessReady, bool()>,
+    Slot<ServerManager::QuitSSOServerProcess, bool(std::int64_t)>,
+    Slot<ServerManager::QuitAllSSOServerProcesses, bool(std::int64_t)>,
+    Slot<ServerManager::SetSupportBothLocalAndAdmin, void(bool)>>
     serverManager;
 
-RecordedObject<Factory, void(), void*(), void*(), void*(), void*(), void*()> factory;
+RecordedObject<
+    Slot<Factory::Reserved0, void()>,
+    Slot<Factory::GetLoggerSource, void*()>,
+    Slot<Factory::GetSSOClientModule, void*()>,
+    Slot<Factory::GetSSOClient, void*()>,
+    Slot<Factory::GetSSOClientPrivate, void*()>,
+    Slot<Factory::GetSSOServerManager, void*()>>
+    factory;
+// clang-format on
 
-void AnswerObject(const char* interfaceName, int slot, void* object)
+void ReturnObject(const PluginOperation& operation, void* object)
 {
-    Recorder::Instance().SetResult(interfaceName, slot,
-                                   static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(object)));
+    Recorder::Instance().SetResult(operation, static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(object)));
 }
 
-void AnswerObjects()
+void ReturnObjects()
 {
-    AnswerObject(FactoryFunction, 0, &factory);
-    AnswerObject(Factory, 1, &loggerSource);
-    AnswerObject(Factory, 2, &module);
-    AnswerObject(Factory, 3, &client);
-    AnswerObject(Factory, 4, &privateClient);
-    AnswerObject(Factory, 5, &serverManager);
-    AnswerObject(LoggerSource, 1, &logger);
+    ReturnObject(FactoryFunction, &factory);
+    ReturnObject(Factory::GetLoggerSource, &loggerSource);
+    ReturnObject(Factory::GetSSOClientModule, &module);
+    ReturnObject(Factory::GetSSOClient, &client);
+    ReturnObject(Factory::GetSSOClientPrivate, &privateClient);
+    ReturnObject(Factory::GetSSOServerManager, &serverManager);
+    ReturnObject(LoggerSource::GetLogger, &logger);
 #if defined(TEST_PLUGIN_DEPENDENT)
     if (TestPluginDependency() != 42)
         std::abort();
 #endif
 }
 
-const bool answersObjects = (AnswerObjects(), true);
+const bool returnsObjects = (ReturnObjects(), true);
 
 } // namespace
 
@@ -202,17 +223,18 @@ const bool answersObjects = (AnswerObjects(), true);
 
 extern "C" __declspec(dllexport) const OrlindexTest::TestPluginControl* GetTestPluginControl()
 {
+    using OrlindexTest::PluginOperation;
     using OrlindexTest::Recorder;
     static const OrlindexTest::TestPluginControl control = {
         []() { return Recorder::Instance().JournalSize(); },
         [](int index) { return Recorder::Instance().JournalEntry(index); },
         []() { Recorder::Instance().ClearJournal(); },
-        [](const char* interfaceName, int slot, std::int64_t result) {
-            Recorder::Instance().SetResult(interfaceName, slot, result);
+        [](const PluginOperation& operation, std::int64_t result) {
+            Recorder::Instance().SetResult(operation, result);
         },
-        [](const char* interfaceName, int slot) { return Recorder::Instance().Result(interfaceName, slot, 0); },
-        [](const char* interfaceName, int slot, OrlindexTest::OperationHook hook, void* context) {
-            Recorder::Instance().SetHook(interfaceName, slot, hook, context);
+        [](const PluginOperation& operation) { return Recorder::Instance().Result(operation, 0); },
+        [](const PluginOperation& operation, OrlindexTest::OperationHook hook, void* context) {
+            Recorder::Instance().SetHook(operation, hook, context);
         },
     };
     return &control;
@@ -225,6 +247,6 @@ __declspec(dllexport)
 Kestrany::IdentityServices::ISSOClientFactory*
 GetSSOClientFactory()
 {
-    return OrlindexTest::Record<Kestrany::IdentityServices::ISSOClientFactory*>(OrlindexTest::FactoryFunction, 0);
+    return OrlindexTest::Record<Kestrany::IdentityServices::ISSOClientFactory*>(OrlindexTest::FactoryFunction);
 }
 #endif

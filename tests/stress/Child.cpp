@@ -18,9 +18,9 @@ namespace {
 
 constexpr wchar_t InputVariable[] = L"ORLINDEX_STRESS_INPUT";
 
-fs::path AnswerFile()
+fs::path ReportFile()
 {
-    return Surroundings().root / "answer";
+    return Environment().root / "report";
 }
 
 std::wstring CommandLine()
@@ -35,7 +35,7 @@ Handle OutputFile(const fs::path& path)
     return Handle(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, 0, nullptr));
 }
 
-/// Wine answers an internal error now and then when the machine is busy; nothing has run then.
+/// On a busy machine Wine sometimes fails with an internal error before the process runs.
 PROCESS_INFORMATION Start(const fs::path& executable, HANDLE output)
 {
     STARTUPINFOW startup{};
@@ -90,8 +90,8 @@ std::optional<std::string> ChildInput()
 
 ChildOutcome RunChild(const std::string& input, const fs::path& executable)
 {
-    const fs::path outputPath = Surroundings().root / "child-output";
-    fs::remove(AnswerFile());
+    const fs::path outputPath = Environment().root / "child-output";
+    fs::remove(ReportFile());
     TakeEndReport();
     SetEnvironmentVariableW(InputVariable, ToWide(input).c_str());
     ChildOutcome outcome;
@@ -99,14 +99,14 @@ ChildOutcome RunChild(const std::string& input, const fs::path& executable)
     SetEnvironmentVariableW(InputVariable, nullptr);
     outcome.passed = TakeEndReport() && outcome.code == 0;
     outcome.output = ReadFile(outputPath);
-    if (fs::exists(AnswerFile()))
-        outcome.answer = ReadFile(AnswerFile());
+    if (fs::exists(ReportFile()))
+        outcome.report = ReadFile(ReportFile());
     return outcome;
 }
 
-void AnswerParent(const std::string& answer)
+void ReportToParent(const std::string& report)
 {
-    WriteFile(AnswerFile(), answer);
+    WriteFile(ReportFile(), report);
 }
 
 } // namespace OrlindexTest

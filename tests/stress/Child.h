@@ -9,30 +9,30 @@
 
 namespace OrlindexTest {
 
-// A test that needs a fresh process for each of its many inputs runs itself again: the parent part chooses the inputs,
-// the child part tries one and answers. Both see the same installation.
+// A test that needs a new process for each of its inputs runs itself again: the parent part chooses the inputs, and the
+// child part tries one and reports. Both use the same installation.
 
-/// What a child process came to.
+/// The result of a child process.
 struct ChildOutcome
 {
-    bool passed = false; ///< It ended regularly, and its part of the test passed.
+    bool passed = false; ///< It ended regularly and its part of the test passed.
     DWORD code = 0;      ///< Exit code.
-    std::string answer;  ///< What it gave to AnswerParent.
-    std::string output;  ///< All that it printed.
+    std::string report;  ///< What it passed to ReportToParent.
+    std::string output;  ///< Everything that it printed.
 };
 
-/// What this process was started to try; nothing in the parent part.
+/// The input that this process tries; nullopt in the parent part.
 std::optional<std::string> ChildInput();
 
-/// Runs the current test once more, in a process of its own, to try one input. A child that does not end counts as
-/// failed, and is ended. `executable` is another copy of this program, installed elsewhere; by default it is this one.
+/// Runs the current test again in a child process, to try one input. A child that does not end in time is terminated
+/// and has failed. `executable` is a copy of this program that is installed elsewhere; by default it is this program.
 ChildOutcome RunChild(const std::string& input, const std::filesystem::path& executable = {});
 
-/// The program of this process.
+/// The path of this program.
 std::filesystem::path OwnExecutable();
 
-/// Of the child part; the last answer counts.
-void AnswerParent(const std::string& answer);
+/// For the child part. The last report counts.
+void ReportToParent(const std::string& report);
 
 } // namespace OrlindexTest
 

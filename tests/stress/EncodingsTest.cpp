@@ -1,4 +1,4 @@
-// Names in every script along the whole chain, and paths about as long as the platform takes them.
+// Names in many scripts for host, server application and module, and paths around the platform's limit of length.
 
 #include <stdexcept>
 #include <string>
@@ -7,8 +7,8 @@
 #include <windows.h>
 
 #include "Child.h"
-#include "Effort.h"
 #include "StartTest.h"
+#include "TestScale.h"
 #include "orlindex/talix.h"
 
 namespace OrlindexTest {
@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// One element of a path each. Written in code points: sources are plain ASCII.
+/// One element of a path each, as code points: the sources are plain ASCII.
 const std::wstring Names[] = {
     L"\u00DCml\u00E4ut \u00E9\u00E8",                    // Latin with marks
     L"\u041F\u0430\u043F\u043A\u0430",                   // Cyrillic
@@ -34,14 +34,14 @@ const std::wstring Names[] = {
     L"semi'colon, [brackets] {braces} $&+=@!",
 };
 
-/// Paths of any length, past the limit that plain ones have.
+/// The form of a path that has no limit of length.
 std::wstring Long(const fs::path& path)
 {
     return L"\\\\?\\" + path.native();
 }
 
-/// Copies of a file with paths of any length, removed at the end: what removes the test's folder knows short paths
-/// only.
+/// Copies of a file with paths of any length. The destructor removes them, as the clean-up of the test's folder only
+/// handles short paths.
 class LongCopies
 {
 public:
@@ -58,11 +58,11 @@ public:
     LongCopies(const LongCopies&) = delete;
     LongCopies& operator=(const LongCopies&) = delete;
 
-    /// A copy below `folder` whose path has this many characters.
+    /// A copy below `folder` with a path of this length.
     fs::path Make(fs::path folder, std::size_t length)
     {
         constexpr std::size_t longestName = 200;
-        constexpr std::size_t shortened = 150; // Leaves enough for one more name.
+        constexpr std::size_t shortened = 150; // Leaves enough characters for another name.
         const std::size_t file = source_.filename().native().size();
         while (folder.native().size() + 1 + file < length)
         {
@@ -95,22 +95,22 @@ private:
 class Encodings : public StartTest
 {
 protected:
-    /// Host, server application and module each in a folder of this name.
+    /// Starts the library with host, server application and module each in a folder of this name.
     StartFigures StartAmong(const std::wstring& name)
     {
-        const fs::path host = site.MakeFolder(name);
-        const fs::path server = site.MakeFolder(fs::path(name) / (L"server " + name));
+        const fs::path host = installation.MakeFolder(name);
+        const fs::path server = installation.MakeFolder(fs::path(name) / (L"server " + name));
         const fs::path module = server / name / L"PellwickClient.dll";
         fs::create_directories(module.parent_path());
         for (const fs::path& file : {OwnExecutable(), OwnExecutable().parent_path() / "Orlindex.dll"})
             fs::copy_file(file, host / file.filename(), fs::copy_options::overwrite_existing);
         WriteFile(host / "Orlindex.config",
                   R"({"ssoServer": {"searchPaths": "%ExePath%\\)" + JsonPath(server.filename()) + R"("}})");
-        site.InstallServerApplication(server);
-        site.WriteCompatibilityFile(
+        installation.InstallServerApplication(server);
+        installation.WriteCompatibilityFile(
             {CompatibilityEntry{"%SSOServerAppPath%\\" + ToUtf8(name) + "\\PellwickClient.dll"}});
-        fs::copy_file(site.CompatibilityFile(), server / site.CompatibilityFile().filename());
-        site.CopyPlugin("good", module);
+        fs::copy_file(installation.CompatibilityFile(), server / installation.CompatibilityFile().filename());
+        installation.CopyPlugin("good", module);
         return StartInChild(ToUtf8(name), host / OwnExecutable().filename());
     }
 };
@@ -118,7 +118,7 @@ protected:
 TEST_F(Encodings, NamesInEveryScriptServeAlongTheWholeChain)
 {
     if (ChildInput())
-        return StartAndAnswer();
+        return StartAndReport();
     int names = 0;
     for (const std::wstring& name : Names)
     {
@@ -132,17 +132,17 @@ TEST_F(Encodings, NamesInEveryScriptServeAlongTheWholeChain)
 TEST_F(Encodings, PathsAboutTheLimitOfThePlatformServeOrAreRefused)
 {
     if (ChildInput())
-        return StartAndAnswer();
-    const fs::path source = site.MakeFolder("source") / "PellwickClient.dll";
-    site.CopyPlugin("good", source);
-    site.InstallWithoutPlugin();
+        return StartAndReport();
+    const fs::path source = installation.MakeFolder("source") / "PellwickClient.dll";
+    installation.CopyPlugin("good", source);
+    installation.InstallWithoutPlugin();
     LongCopies copies(source);
     int lengths = 0;
     for (const std::size_t length : {200, 255, 256, 257, 258, 259, 260, 261, 262, 263, 300, 1000, 4000})
     {
-        const fs::path module = copies.Make(site.ServerFolder(), length);
+        const fs::path module = copies.Make(installation.ServerFolder(), length);
         ASSERT_EQ(module.native().size(), length);
-        site.WriteCompatibilityFile({CompatibilityEntry{Utf8(module)}});
+        installation.WriteCompatibilityFile({CompatibilityEntry{Utf8(module)}});
         const StartFigures figures = StartInChild("a path of " + std::to_string(length));
         if (length < MAX_PATH)
         {

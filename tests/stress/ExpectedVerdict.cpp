@@ -29,7 +29,7 @@ const std::map<DWORD, const char*> Refusals = {
 
 constexpr DWORD UntrustedRoot = 0x800B0109;
 
-/// A verification of the test's own, closed with its owner.
+/// A verification by the test itself; the destructor closes it.
 class Verification
 {
 public:
@@ -42,13 +42,13 @@ public:
         data_.dwUnionChoice = WTD_CHOICE_FILE;
         data_.pFile = &file_;
         data_.dwProvFlags = WTD_REVOCATION_CHECK_NONE;
-        answer_ = Call(WTD_STATEACTION_VERIFY);
+        result_ = Call(WTD_STATEACTION_VERIFY);
     }
     ~Verification() { Call(WTD_STATEACTION_CLOSE); }
     Verification(const Verification&) = delete;
     Verification& operator=(const Verification&) = delete;
 
-    DWORD Answer() const { return answer_; }
+    DWORD Result() const { return result_; }
 
     /// The main signer's certificates, from its own to the root.
     std::vector<PCCERT_CONTEXT> Chain() const
@@ -74,7 +74,7 @@ private:
     std::wstring path_;
     WINTRUST_FILE_INFO file_ = {};
     WINTRUST_DATA data_ = {};
-    DWORD answer_ = 0;
+    DWORD result_ = 0;
 };
 
 std::string Encoded(PCCERT_CONTEXT certificate)
@@ -82,7 +82,7 @@ std::string Encoded(PCCERT_CONTEXT certificate)
     return {reinterpret_cast<const char*>(certificate->pbCertEncoded), certificate->cbCertEncoded};
 }
 
-/// By the common name alone: the signers of the corpus have nothing else in their names.
+/// Compares the common name only: the signers of the corpus have nothing else in their names.
 bool HasAcceptedName(PCCERT_CONTEXT certificate)
 {
     char commonName[] = szOID_COMMON_NAME;
@@ -97,18 +97,18 @@ bool HasAcceptedName(PCCERT_CONTEXT certificate)
 ExpectedVerdict VerdictOf(const std::filesystem::path& file, const std::string& pinnedRoot)
 {
     const Verification verification(file);
-    const DWORD answer = verification.Answer();
+    const DWORD result = verification.Result();
     const std::vector<PCCERT_CONTEXT> chain = verification.Chain();
-    const auto refused = [answer](const char* reason) { return ExpectedVerdict{false, reason, answer}; };
-    if (answer == ERROR_SUCCESS || answer == UntrustedRoot)
+    const auto refused = [result](const char* reason) { return ExpectedVerdict{false, reason, result}; };
+    if (result == ERROR_SUCCESS || result == UntrustedRoot)
     {
         if (chain.empty())
             return refused(NotTrusted);
-        if (answer == UntrustedRoot && Encoded(chain.back()) != pinnedRoot)
+        if (result == UntrustedRoot && Encoded(chain.back()) != pinnedRoot)
             return refused(NotTrusted);
-        return HasAcceptedName(chain.front()) ? ExpectedVerdict{true, "", answer} : refused(NotTrusted);
+        return HasAcceptedName(chain.front()) ? ExpectedVerdict{true, "", result} : refused(NotTrusted);
     }
-    const auto refusal = Refusals.find(answer);
+    const auto refusal = Refusals.find(result);
     return refused(refusal == Refusals.end() ? Unknown : refusal->second);
 }
 

@@ -6,16 +6,16 @@
 
 namespace OrlindexTest {
 
-/// What the library has to say of a module file.
+/// What the library must find out about a module file.
 struct ExpectedVerdict
 {
     bool valid;
-    std::string reason;   ///< The failure message up to the file's name; empty where it is valid.
-    unsigned long answer; ///< The platform's.
+    std::string reason; ///< The failure message up to the file's name; empty if it is valid.
+    unsigned long platformResult;
 };
 
-/// Asks the platform about the file and reads its answer by a table that has nothing in common with the library's. The
-/// pinned root is given as its DER form.
+/// Verifies the file by the platform and maps the result by a table that is independent of the library's. `pinnedRoot`
+/// is in DER form.
 ExpectedVerdict VerdictOf(const std::filesystem::path& file, const std::string& pinnedRoot);
 
 } // namespace OrlindexTest

@@ -13,7 +13,7 @@ constexpr std::size_t MostImports = 320;
 
 std::atomic<ImportHooks*> active = nullptr;
 
-/// What a call must come back to where it was made, or that never comes back, cannot have a frame in between.
+/// Functions that return to the frame of their caller in another way, or never: a frame in between would break them.
 constexpr const char* NeverHooked[] = {"_setjmp",
                                        "longjmp",
                                        "RtlCaptureContext",
@@ -81,11 +81,11 @@ ImportHooks::~ImportHooks()
     active = nullptr;
 }
 
-void ImportHooks::Fail(const std::vector<std::string>& functions, int first, FailingAnswer answer, int count)
+void ImportHooks::Fail(const std::vector<std::string>& functions, int first, FailingResult result, int count)
 {
     first_ = first;
     count_ = count;
-    answer_ = answer;
+    result_ = result;
     matched_ = 0;
     for (Import& import : imports_)
         import.fails = std::find(functions.begin(), functions.end(), import.name) != functions.end();
@@ -113,16 +113,16 @@ Word ImportHooks::Call(std::size_t index, const WordArguments& arguments)
 {
     Import& import = imports_[index];
     ++import.calls;
-    ledger_.BeforeCall(import.name, arguments);
+    resources_.BeforeCall(import.name, arguments);
     if (MustFail(import))
     {
-        errno = ENOMEM; // Where the runtime's functions look.
-        if (answer_.lastError != ERROR_SUCCESS)
-            SetLastError(answer_.lastError);
-        return answer_.result;
+        errno = ENOMEM; // The runtime's functions report errors there.
+        if (result_.lastError != ERROR_SUCCESS)
+            SetLastError(result_.lastError);
+        return result_.result;
     }
     const Word result = Forward(import.original, arguments);
-    ledger_.AfterCall(import.name, arguments, result);
+    resources_.AfterCall(import.name, arguments, result);
     return result;
 }
 

@@ -11,23 +11,23 @@
 #include <string>
 #include <vector>
 
-#include "Ledger.h"
+#include "ResourceTracker.h"
 #include "support/ImportPatch.h"
 
 namespace OrlindexTest {
 
-/// What a function answers when it is made to fail.
-struct FailingAnswer
+/// What a function returns when it is made to fail.
+struct FailingResult
 {
     Word result;
     DWORD lastError; ///< ERROR_SUCCESS leaves it as it is.
 };
 
-/// Stands before every function that the library imports: counts the calls, keeps books of what was acquired and
-/// released, and makes chosen calls fail. One object may live at a time; the library is at rest while it is made.
+/// Replaces every function that the library imports: counts the calls, tracks what was acquired and released, and makes
+/// chosen calls fail. One object may live at a time; no thread may be inside the library while it is made.
 ///
-/// One shape of function serves all of them: in the platform's 64-bit calling convention every argument that is no
-/// floating-point number takes one word, and passing on more words than a function takes does no harm.
+/// One signature fits all functions: in the platform's 64-bit calling convention every argument that is not a
+/// floating-point number takes one word, and a function ignores further words.
 class ImportHooks
 {
 public:
@@ -38,19 +38,19 @@ public:
 
     static constexpr int AllLater = INT_MAX;
 
-    /// Makes `count` calls from number `first` on fail; calls are counted from 1, over all of the functions together.
-    void Fail(const std::vector<std::string>& functions, int first, FailingAnswer answer, int count = 1);
-    /// Whether the call that is to fail was reached.
+    /// Makes `count` calls fail, from number `first` on. Calls are counted from 1, over all functions together.
+    void Fail(const std::vector<std::string>& functions, int first, FailingResult result, int count = 1);
+    /// Whether the first call that must fail was made.
     bool Failed() const { return matched_ >= first_; }
-    /// Calls of the functions that Fail named.
+    /// The number of calls of the functions that were passed to Fail.
     int Matched() const { return matched_; }
 
     /// Names of the functions that were called, sorted.
     std::vector<std::string> Called() const;
 
-    const Ledger& Books() const { return ledger_; }
+    const ResourceTracker& Resources() const { return resources_; }
 
-    /// Of the functions behind the entries. Also called by the thunks alone.
+    /// Only for the functions in the import table.
     Word Call(std::size_t index, const WordArguments& arguments);
 
 private:
@@ -69,8 +69,8 @@ private:
     std::atomic<int> matched_ = 0;
     int first_ = 0;
     int count_ = 0;
-    FailingAnswer answer_ = {};
-    Ledger ledger_;
+    FailingResult result_ = {};
+    ResourceTracker resources_;
 };
 
 } // namespace OrlindexTest

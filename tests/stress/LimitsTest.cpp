@@ -1,11 +1,11 @@
-// Files and registry keys of absurd sizes and shapes: time grows with the size and no faster, memory is bounded, and
-// nothing crashes.
+// Files and registry keys of absurd sizes and shapes: the time is linear in the size, memory is bounded, and nothing
+// crashes.
 
 #include <algorithm>
 
 #include "Child.h"
-#include "Effort.h"
 #include "StartTest.h"
+#include "TestScale.h"
 #include "support/MachineKey.h"
 
 namespace OrlindexTest {
@@ -14,7 +14,7 @@ namespace {
 
 constexpr long long Megabyte = 1024; // In kilobytes.
 
-/// In milliseconds: fifty times what any of them takes, and far less than time that grew with the square.
+/// In milliseconds: fifty times the longest of them, and far less than a quadratic algorithm would take.
 constexpr long long LongestRefusal = 2000;
 
 constexpr char Range[] = R"("compatibleSsoServicesVersion": {"minVersion": "1.11", "maxVersion": "1.11"}})";
@@ -44,7 +44,7 @@ std::string Repeated(const std::string& text, std::size_t times)
     return repeated;
 }
 
-/// Of directories that are not there.
+/// Directories that do not exist.
 std::string SearchPaths(int count)
 {
     std::string paths;
@@ -67,15 +67,15 @@ std::string Entries(int count)
 class Limits : public StartTest
 {
 protected:
-    /// Starts with a thousand and with ten thousand of something.
+    /// Starts the library with a thousand and with ten thousand elements.
     void ExpectLinear(const std::string& what, const std::function<void(int count)>& prepare)
     {
         prepare(1000);
         const StartFigures thousand = StartInChild("1000 " + what);
         prepare(10000);
         const StartFigures tenThousand = StartInChild("10000 " + what);
-        EXPECT_EQ(thousand.result, 1000) << thousand.output;
-        EXPECT_EQ(tenThousand.result, 1000) << tenThousand.output;
+        EXPECT_EQ(thousand.result, IdSuccess) << thousand.output;
+        EXPECT_EQ(tenThousand.result, IdSuccess) << tenThousand.output;
         EXPECT_LT(tenThousand.milliseconds, 25 * std::max(thousand.milliseconds, 20LL));
         EXPECT_LT(tenThousand.peakKilobytes, 256 * Megabyte);
         PrintCount("milliseconds of a start with 1000 " + what, thousand.milliseconds);
@@ -86,7 +86,7 @@ protected:
     void ExpectRefused(const std::string& what, long long largestPeak = 64 * Megabyte)
     {
         const StartFigures figures = StartInChild(what);
-        EXPECT_EQ(figures.result, 3005) << what << '\n' << figures.output;
+        EXPECT_EQ(figures.result, IdClientUnavailable) << what << '\n' << figures.output;
         EXPECT_LT(figures.peakKilobytes, largestPeak) << what;
         EXPECT_LT(figures.milliseconds, LongestRefusal) << what;
         largestPeak_ = std::max(largestPeak_, figures.peakKilobytes);
@@ -110,30 +110,31 @@ private:
 TEST_F(Limits, TenThousandSearchDirectoriesTakeTenTimesAsLongAsAThousand)
 {
     if (ChildInput())
-        return StartAndAnswer();
-    site.Install();
+        return StartAndReport();
+    installation.Install();
     ExpectLinear("search directories", [this](int count) {
-        site.WriteClientConfig(R"({"ssoServer": {"searchPaths": ")" + SearchPaths(count) +
-                               JsonPath(site.ServerFolder()) + R"("}})");
+        installation.WriteClientConfig(R"({"ssoServer": {"searchPaths": ")" + SearchPaths(count) +
+                                       JsonPath(installation.ServerFolder()) + R"("}})");
     });
 }
 
 TEST_F(Limits, TenThousandCompatibilityEntriesTakeTenTimesAsLongAsAThousand)
 {
     if (ChildInput())
-        return StartAndAnswer();
-    site.Install();
+        return StartAndReport();
+    installation.Install();
     ExpectLinear("compatibility entries", [this](int count) {
-        site.WriteCompatibilityFile(R"({"ssoClientPlugin": [)" + Entries(count) + R"({"module": "m", "modulePath": ")" +
-                                    JsonPath(site.PluginFile()) + R"(", "version": "2.0", )" + Range + "]}");
+        installation.WriteCompatibilityFile(R"({"ssoClientPlugin": [)" + Entries(count) +
+                                            R"({"module": "m", "modulePath": ")" + JsonPath(installation.PluginFile()) +
+                                            R"(", "version": "2.0", )" + Range + "]}");
     });
 }
 
-/// Each file in turn; the other one is good.
+/// Each of the two files in turn, with a good other one.
 TEST_F(Limits, FilesOfAbsurdSizesAndShapesAreRefused)
 {
     if (ChildInput())
-        return StartAndAnswer();
+        return StartAndReport();
     using namespace std::string_literals;
     const std::pair<const char*, std::string> files[] = {
         {"64 MB of blanks and an object", std::string(64 * 1024 * 1024, ' ') + "{}"},
@@ -157,30 +158,30 @@ TEST_F(Limits, FilesOfAbsurdSizesAndShapesAreRefused)
     };
     for (const auto& [what, bytes] : files)
     {
-        site.Install();
-        site.WriteCompatibilityFile(bytes);
+        installation.Install();
+        installation.WriteCompatibilityFile(bytes);
         ExpectRefused("the version compatibility file is "s + what);
-        site.Install();
-        site.WriteClientConfig(bytes);
+        installation.Install();
+        installation.WriteClientConfig(bytes);
         ExpectRefused("the client config file is "s + what);
     }
     Report("files of absurd sizes and shapes");
 }
 
-/// Each element is named in the log, and printed, as one that is ignored.
+/// The log names each ignored element, and prints it.
 TEST_F(Limits, ElementsThatAreNoneTakeTimeAndMemoryInProportion)
 {
     if (ChildInput())
-        return StartAndAnswer();
-    site.Install();
+        return StartAndReport();
+    installation.Install();
     const std::size_t many = ShortOrLong(30000, 300000);
     const auto start = [this](std::size_t count) {
-        site.WriteCompatibilityFile(R"({"ssoClientPlugin": [)" + Repeated("0,", count) + "0]}");
+        installation.WriteCompatibilityFile(R"({"ssoClientPlugin": [)" + Repeated("0,", count) + "0]}");
         return StartInChild(std::to_string(count) + " elements that are none");
     };
     const StartFigures few = start(many / 10);
     const StartFigures figures = start(many);
-    EXPECT_EQ(figures.result, 3005);
+    EXPECT_EQ(figures.result, IdClientUnavailable);
     EXPECT_LT(figures.milliseconds, 25 * std::max(few.milliseconds, 20LL));
     EXPECT_LT(figures.peakKilobytes - few.peakKilobytes, static_cast<long long>(many)) << "a kilobyte each";
     PrintCount("elements that are none", static_cast<long long>(many));
@@ -188,14 +189,14 @@ TEST_F(Limits, ElementsThatAreNoneTakeTimeAndMemoryInProportion)
     PrintCount("peak kilobytes of a start with elements that are none", figures.peakKilobytes);
 }
 
-/// The smallest elements that are ignored, in the long form as many as the largest file holds that is read. The texts
-/// about them are few, and are kept once each, however often they come and in whatever order. A start that takes too
-/// long fails as a child that does not end.
+/// The smallest elements that are ignored; in the long form as many as the largest accepted file has. Their few
+/// different messages are kept once each, however often and in whatever order they come. A start-up that takes too long
+/// fails as a child that does not end.
 TEST_F(Limits, AFileFullOfIgnoredElementsTakesBoundedMemory)
 {
     if (ChildInput())
-        return StartAndAnswer();
-    site.Install();
+        return StartAndReport();
+    installation.Install();
     const std::size_t megabytes = ShortOrLong(1, 8);
     for (const Ignored& kind : {Ignored{"of one kind", "0,", 1}, Ignored{"of two kinds", R"(0,{"module":1},)", 2}})
     {
@@ -203,11 +204,11 @@ TEST_F(Limits, AFileFullOfIgnoredElementsTakesBoundedMemory)
         const std::string end = "0]}";
         const std::string_view elements = kind.elements;
         const std::size_t times = (megabytes * 1024 * 1024 - begin.size() - end.size()) / elements.size();
-        site.WriteCompatibilityFile(begin + Repeated(kind.elements, times) + end);
+        installation.WriteCompatibilityFile(begin + Repeated(kind.elements, times) + end);
         const std::string what = std::string("ignored elements ") + kind.what;
         const StartFigures figures = StartInChild(what);
         const auto ignored = static_cast<long long>(times * kind.count + 1);
-        EXPECT_EQ(figures.result, 3005) << what;
+        EXPECT_EQ(figures.result, IdClientUnavailable) << what;
         EXPECT_EQ(CountOf("Object ignored.", figures.output), ignored) << what << ": each is named";
         EXPECT_LT(figures.peakKilobytes, static_cast<long long>(50 + 70 * megabytes) * Megabyte) << what;
         PrintCount(what, ignored);
@@ -223,24 +224,24 @@ class MachineLimits : public Limits
 TEST_F(MachineLimits, TenThousandRegistrySubkeysTakeTenTimesAsLongAsAThousand)
 {
     if (ChildInput())
-        return StartAndAnswer();
-    site.Install();
-    site.WriteClientConfig("{}");
+        return StartAndReport();
+    installation.Install();
+    installation.WriteClientConfig("{}");
     const MachineKey key;
     int made = 0;
     ExpectLinear("registry subkeys", [&](int count) {
         for (; made < count; ++made)
             key.AddVersion(L"1." + std::to_wstring(made), L"C:\\nowhere");
-        key.AddVersion(L"2.0", site.ServerFolder().native());
+        key.AddVersion(L"2.0", installation.ServerFolder().native());
     });
 }
 
 TEST_F(MachineLimits, RegistryTextsThatAreNoneAreNotFollowed)
 {
     if (ChildInput())
-        return StartAndAnswer();
-    site.Install();
-    site.WriteClientConfig("{}");
+        return StartAndReport();
+    installation.Install();
+    installation.WriteClientConfig("{}");
     const std::wstring place = L"C:\\nowhere";
     const std::wstring large(40000, L'x');
     const std::wstring zero(L"C:\\no\0where\0", 12);

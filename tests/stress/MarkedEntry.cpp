@@ -1,5 +1,5 @@
-// Linked into a build of the test plugin: leaves a mark in the process that maps the module, before anything else of it
-// runs.
+// Linked into a build of the test plugin: sets a mark in the process that maps the module, before any other code of the
+// module runs.
 
 #include <windows.h>
 

@@ -1,5 +1,5 @@
-// Every allocation of the library fails once, from the start over forwarding, texts and events to the stop, each in a
-// process of its own; and all allocations from one on.
+// Out of memory: each allocation of the library fails once, and all allocations from one on fail. The sweep covers
+// start-up, forwarded calls, texts, events and the stop, each fault in a process of its own.
 
 #include <cstring>
 #include <filesystem>
@@ -8,10 +8,10 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "Aftermath.h"
 #include "Child.h"
-#include "Effort.h"
 #include "ImportHooks.h"
+#include "LeakCheck.h"
+#include "TestScale.h"
 #include "orlindex/IObserver.h"
 #include "orlindex/SSOClientPrivate.h"
 #include "orlindex/talix.h"
@@ -29,12 +29,12 @@ using testing::Not;
 namespace {
 
 const std::vector<std::string> Allocators = {"malloc", "calloc", "realloc"};
-constexpr FailingAnswer NoMemory = {0, ERROR_NOT_ENOUGH_MEMORY};
+constexpr FailingResult NoMemory = {0, ERROR_NOT_ENOUGH_MEMORY};
 
 constexpr wchar_t Token[] = L"a token with \u00DC and a length that no short text has";
 constexpr wchar_t SessionAddress[] = L"https://address.invalid/?with=a+text+that+is+long+enough";
 
-/// The end of a message that no plugin here gives cause for.
+/// The end of a message that must not appear: every plugin here has all interfaces.
 constexpr char InterfaceMissing[] = " returned null.";
 
 int eventsReceived = 0;
@@ -49,7 +49,7 @@ void WriteText(const CallArguments& arguments, std::size_t buffer, const wchar_t
     std::wcscpy(arguments.Pointer<wchar_t>(buffer), text);
 }
 
-/// Whether this many allocations are made to fail, from which one on.
+/// Which allocations fail: number `first` only, or all from it on.
 struct MemoryFault
 {
     bool onwards;
@@ -75,13 +75,13 @@ class MemoryFaultSweep : public HostTest
 protected:
     static constexpr int Shares = 4;
 
-    /// The parent part of one share of the work.
+    /// The parent part, for one share of the faults.
     void Sweep(const std::string& name, int share, int denseUpTo, int pointsAfter)
     {
-        site.Install();
+        installation.Install();
         const ChildOutcome counting = RunChild(ToText({false, 0}));
         ASSERT_TRUE(counting.passed) << counting.output;
-        const int allocations = std::stoi(counting.answer);
+        const int allocations = std::stoi(counting.report);
         ASSERT_GT(allocations, 100);
         const int dense = LongForm() ? allocations : denseUpTo;
         const int stride = std::max(1, (allocations - dense) / pointsAfter);
@@ -111,14 +111,14 @@ protected:
     /// The child part: runs `use` with the fault.
     void Try(const std::string& input, const std::function<void()>& use)
     {
-        PrepareAnswers();
+        PreparePlugin();
         const MemoryFault fault = ToMemoryFault(input);
         {
             ImportHooks hooks;
             ThrowOnce(hooks);
             hooks.Fail(Allocators, fault.first, NoMemory, fault.onwards ? ImportHooks::AllLater : 1);
             use();
-            AnswerParent(std::to_string(hooks.Matched()));
+            ReportToParent(std::to_string(hooks.Matched()));
             hooks.Fail({}, 0, NoMemory, 0);
         }
         ExpectLocksAreFree();
@@ -126,16 +126,17 @@ protected:
         ExpectNoPluginHalfConfigured();
     }
 
-    /// A start that needs nothing of the client config file, of which a fault may leave nothing.
+    /// Makes a start-up work without the client config file, which a fault may keep from being read.
     void InstallServerApplicationBesideHost()
     {
-        site.InstallServerApplication(site.HostFolder());
-        site.WriteCompatibilityFile({CompatibilityEntry{Utf8(site.PluginFile())}});
-        std::filesystem::rename(site.CompatibilityFile(), site.HostFolder() / site.CompatibilityFile().filename());
+        installation.InstallServerApplication(installation.HostFolder());
+        installation.WriteCompatibilityFile({CompatibilityEntry{Utf8(installation.PluginFile())}});
+        std::filesystem::rename(installation.CompatibilityFile(),
+                                installation.HostFolder() / installation.CompatibilityFile().filename());
     }
 
-    /// The compiler's runtime allocates what a thread needs for exceptions with the first one, and ends the process
-    /// where even that fails. So the library throws its first one beforehand.
+    /// The compiler's runtime allocates what a thread needs for exceptions with the first one, and ends the process if
+    /// that fails. So the library throws its first exception before the sweep.
     static void ThrowOnce(ImportHooks& hooks)
     {
         hooks.Fail(Allocators, 1, NoMemory, 2);
@@ -143,23 +144,26 @@ protected:
     }
 
 private:
-    void PrepareAnswers()
+    void PreparePlugin()
     {
-        PluginControl& plugin = plugin_.emplace(site.PluginFile());
-        plugin.OnCall(Client, 6, [](const CallArguments& arguments) { WriteText(arguments, 0, Token); });
-        plugin.OnCall(Client, 4, [](const CallArguments& arguments) { WriteText(arguments, 2, SessionAddress); });
-        plugin.OnCall(Client, 17,
+        PluginControl& plugin = plugin_.emplace(installation.PluginFile());
+        plugin.OnCall(Client::GetOAuth2AccessToken,
+                      [](const CallArguments& arguments) { WriteText(arguments, 0, Token); });
+        plugin.OnCall(Client::GetSessionUri,
+                      [](const CallArguments& arguments) { WriteText(arguments, 2, SessionAddress); });
+        plugin.OnCall(Client::AddObserver,
                       [this](const CallArguments& arguments) { observer_ = arguments.Pointer<IObserver>(0); });
-        plugin.OnCall(Client, 25, [this](const CallArguments&) {
+        plugin.OnCall(Client::DispatchEvent, [this](const CallArguments&) {
             if (observer_ != nullptr)
-                observer_->OnLoggedIn(1000);
+                observer_->OnLoggedIn(IdSuccess);
         });
-        plugin.Answer(Client, 34, 1);
+        plugin.Return(Client::IsApiAvailable, 1);
         settingsPath_ = L"C:\\a path of the plugin's settings that is long enough";
-        plugin.Answer(Private, 4, static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(settingsPath_.c_str())));
+        plugin.Return(Private::GetSettingsPath,
+                      static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(settingsPath_.c_str())));
     }
 
-    /// What the plugin's module was told to start it was also told to stop.
+    /// Each start of the plugin's module has its stop.
     void ExpectAnotherStartBalances()
     {
         const talix_status_code result = talix_init();
@@ -169,33 +173,23 @@ private:
             EXPECT_EQ(talix_deinit(), IdSuccess);
         }
         EXPECT_FALSE(IdServicesMgr::IsInitialized());
-        int starts = 0;
-        int stops = 0;
-        for (const std::string& call : plugin_->Calls(Module))
-        {
-            starts += call.find(" 1 (") != std::string::npos;
-            stops += call.find(" 3 (") != std::string::npos;
-        }
-        EXPECT_EQ(starts, stops) << "of the plugin's module";
+        EXPECT_EQ(plugin_->Calls(Module::Initialize).size(), plugin_->Calls(Module::Uninitialize).size());
     }
 
-    /// A plugin was told who it is and where its server is before anybody used it, or nobody did.
+    /// A plugin that was used had got the identity names and the server application before.
     void ExpectNoPluginHalfConfigured()
     {
         for (const LogLine& line : plugin_->Log())
             EXPECT_THAT(line.text, Not(HasSubstr(InterfaceMissing)));
-        const std::vector<std::string> configured = plugin_->Calls(ServerManager);
-        for (const std::string& call : configured)
+        const std::vector<std::string> configured = plugin_->Calls(ServerManager::Interface);
+        for (const std::string& call : plugin_->Calls(ServerManager::ConfigureServerApp))
+            EXPECT_THAT(call, HasSubstr("Pellwick.exe\""));
+        if (!plugin_->Calls(Module::Interface).empty())
         {
-            if (call.find(" 2 (") != std::string::npos)
-            {
-                EXPECT_THAT(call, HasSubstr("Pellwick.exe\""));
-            }
-        }
-        if (!plugin_->Calls(Module).empty())
-        {
-            EXPECT_THAT(configured, Contains(Call(ServerManager, 6, "\"Kestrany.TALIX.DefaultProcess-v2\"")));
-            EXPECT_THAT(configured, Contains(Call(ServerManager, 8, "\"Kestrany.TALIX.DefaultServer-v2\"")));
+            EXPECT_THAT(configured,
+                        Contains(Call(ServerManager::SetProcessIdentityName, "\"Kestrany.TALIX.DefaultProcess-v2\"")));
+            EXPECT_THAT(configured,
+                        Contains(Call(ServerManager::SetServerIdentityName, "\"Kestrany.TALIX.DefaultServer-v2\"")));
         }
     }
 
@@ -268,7 +262,7 @@ void UseFlatInterface()
     EXPECT_EQ(talix_deinit(), IdSuccess);
 }
 
-/// Runs a step; std::bad_alloc alone may come out of it. Answers whether it came to its end.
+/// Runs a step, which may only throw std::bad_alloc. Returns whether it reached its end.
 template <typename Step>
 bool Survives(Step&& step)
 {
@@ -324,14 +318,14 @@ void UseClasses(const MemoryFault& fault)
 
 } // namespace
 
-TEST_P(MemoryFaults, TheFlatInterfaceAnswersItsCodes)
+TEST_P(MemoryFaults, TheFlatInterfaceReturnsItsCodes)
 {
     if (const auto input = ChildInput())
         return Try(*input, &UseFlatInterface);
     Sweep("flat interface", GetParam(), 150, 40);
 }
 
-TEST_P(MemoryFaults, TheClassesAnswerTheirCodesOrThrowBadAlloc)
+TEST_P(MemoryFaults, TheClassesReturnTheirCodesOrThrowBadAlloc)
 {
     if (const auto input = ChildInput())
         return Try(*input, [&input]() { UseClasses(ToMemoryFault(*input)); });
@@ -341,21 +335,21 @@ TEST_P(MemoryFaults, TheClassesAnswerTheirCodesOrThrowBadAlloc)
 
 using MemoryFaultWhileLoading = MemoryFaultSweep;
 
-TEST_F(MemoryFaultWhileLoading, WithoutMemoryToTellOfAnExceptionThePluginIsNotHalfLoaded)
+TEST_F(MemoryFaultWhileLoading, OutOfMemoryWhileAnExceptionIsLoggedThePluginIsNotHalfLoaded)
 {
-    site.Install();
-    PluginControl plugin(site.PluginFile());
+    installation.Install();
+    PluginControl plugin(installation.PluginFile());
     ImportHooks hooks;
     ThrowOnce(hooks);
     hooks.Fail({}, 0, NoMemory, 0);
-    plugin.OnCall(Factory, 3, [&hooks](const CallArguments&) {
+    plugin.OnCall(Factory::GetSSOClient, [&hooks](const CallArguments&) {
         hooks.Fail(Allocators, 1, NoMemory, ImportHooks::AllLater);
         throw std::runtime_error("a reason of some length, which is told where there is memory for it");
     });
     EXPECT_EQ(talix_init(), IdClientUnavailable);
     hooks.Fail({}, 0, NoMemory, 0);
     EXPECT_EQ(talix_init(), IdClientUnavailable);
-    EXPECT_THAT(plugin.Calls(Module), testing::IsEmpty()) << "which the plugin had given before it threw";
+    EXPECT_THAT(plugin.Calls(Module::Interface), testing::IsEmpty()) << "which the plugin had given before it threw";
 }
 
 INSTANTIATE_TEST_SUITE_P(Share, MemoryFaults, testing::Range(0, 4));

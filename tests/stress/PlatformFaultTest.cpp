@@ -1,13 +1,13 @@
-// Every platform function that a start calls fails once, at each of its calls in turn, in a process of its own.
+// Each platform function that a start-up calls fails once, at each of its calls in turn, in a process of its own.
 
 #include <algorithm>
 #include <iterator>
 #include <sstream>
 
-#include "Aftermath.h"
 #include "Child.h"
-#include "Effort.h"
+#include "LeakCheck.h"
 #include "PlatformFunctions.h"
+#include "TestScale.h"
 #include "orlindex/talix.h"
 #include "support/HostTest.h"
 #include "support/MachineKey.h"
@@ -43,22 +43,23 @@ FaultPoint ToFaultPoint(const std::string& text)
     return point;
 }
 
-/// The questions for the host's directory, whose failure looks as if none were set or as if it could not be saved, and
-/// the call that restores it.
+/// The calls that read the host's library search directory, whose failure looks as if none were set, and the call that
+/// restores it.
 bool CostsTheHostsDirectory(const FaultPoint& point)
 {
     return point.function == "GetDllDirectoryW" || (point.function == "SetDllDirectoryW" && point.call == 2);
 }
 
-/// The calls that give a handle back: where they fail, it stays. The second question for a signature closes the first.
+/// The calls that release a handle: if one fails, the handle stays open. The second WinVerifyTrust call closes the
+/// session.
 bool GivesHandlesBack(const FaultPoint& point)
 {
     return point.function == "CloseHandle" || point.function == "FreeLibrary" || point.function == "RegCloseKey" ||
            (point.function == "WinVerifyTrust" && point.call == 2);
 }
 
-/// The calls without whose answer nobody knows whether the module is trusted, or which file it is. All of the functions
-/// but one are called for nothing else; that one also closes the verification, in its second call.
+/// The calls that decide whether the module is trusted, or which file it is. All of the functions except one are called
+/// for nothing else; that one also closes the WinTrust session, in its second call.
 bool LeavesTrustOpen(const FaultPoint& point)
 {
     static constexpr const char* functions[] = {"CertGetNameStringA",
@@ -98,20 +99,20 @@ std::vector<std::string> Lines(const std::string& text)
 class PlatformFaultSweep : public HostTest
 {
 protected:
-    /// Sweeps over the functions that this kind of start calls, and that `chosen` takes.
+    /// Sweeps over the functions that this kind of start-up calls and that `chosen` accepts.
     void Sweep(const std::string& name, const std::function<bool(const std::string&)>& chosen)
     {
         const ChildOutcome start = RunChild(CleanStart);
         ASSERT_TRUE(start.passed) << start.output;
         int functions = 0;
-        for (const std::string& function : Lines(start.answer))
+        for (const std::string& function : Lines(start.report))
         {
-            EXPECT_TRUE(CannotFail(function) || !FailingAnswers(function).empty())
-                << "how does " << function << " fail? The table of platform functions does not say";
+            EXPECT_TRUE(CannotFail(function) || !FailingResults(function).empty())
+                << "the table of platform functions does not say how " << function << " fails";
             if (CannotFail(function) || !chosen(function))
                 continue;
             ++functions;
-            for (std::size_t way = 0; way < FailingAnswers(function).size(); ++way)
+            for (std::size_t way = 0; way < FailingResults(function).size(); ++way)
                 SweepCalls(function, way);
             ExpectCleanStart({function, 0, 1});
         }
@@ -136,7 +137,7 @@ protected:
             StartWithFault(ToFaultPoint(input));
     }
 
-    /// Whether the start must be refused whatever happens.
+    /// Whether every start-up must be refused.
     bool refused = false;
 
 private:
@@ -149,7 +150,7 @@ private:
             const ChildOutcome outcome = RunChild(point);
             EXPECT_TRUE(outcome.passed) << "with the fault " << point << ", exit code " << outcome.code << '\n'
                                         << outcome.output;
-            if (outcome.passed && outcome.answer != Reached)
+            if (outcome.passed && outcome.report != Reached)
                 return;
             ++points_;
             trustLeftOpen_ += LeavesTrustOpen({function, way, call});
@@ -158,14 +159,14 @@ private:
         }
     }
 
-    /// In a new process, and then the same fault once more: by now the platform has opened what it keeps for itself,
-    /// so that only the fault can leave handles open.
+    /// Expects a good start-up in a new process. Then the same fault comes again: the platform has opened its own
+    /// handles by now, so that only the fault can leave handles open.
     void ExpectCleanStart(const FaultPoint& point)
     {
         const ChildOutcome outcome = RunChild(AfterCleanStart + ToText(point));
         EXPECT_TRUE(outcome.passed) << "the start after the fault " << ToText(point) << '\n' << outcome.output;
         ++cleanStarts_;
-        if (outcome.answer == Reached)
+        if (outcome.report == Reached)
             ++handlesCompared_;
     }
 
@@ -178,8 +179,8 @@ private:
             for (const std::string& function : hooks.Called())
                 called << function << '\n';
         }
-        AnswerParent(called.str());
-        ExpectCleanAftermath();
+        ReportToParent(called.str());
+        ExpectNothingLeaked();
     }
 
     void StartWithFault(const FaultPoint& point)
@@ -187,10 +188,10 @@ private:
         const bool reached = FaultyStart(point);
         if (reached && LeavesTrustOpen(point))
         {
-            EXPECT_FALSE(IsLoaded(site.PluginFile())) << "of a module that is not known to be trusted";
+            EXPECT_FALSE(IsLoaded(installation.PluginFile())) << "a module that is not known to be trusted";
         }
-        AnswerParent(reached ? Reached : "");
-        ExpectCleanAftermath(CostsTheHostsDirectory(point));
+        ReportToParent(reached ? Reached : "");
+        ExpectNothingLeaked(CostsTheHostsDirectory(point));
     }
 
     void StartWithFaultAfterCleanStart(const FaultPoint& point)
@@ -204,17 +205,17 @@ private:
         {
             EXPECT_LE(NextHandle(), handle) << "handles were left open";
         }
-        AnswerParent(reached ? Reached : "");
+        ReportToParent(reached ? Reached : "");
     }
 
-    /// Whether the fault was met.
+    /// Returns whether the fault was reached.
     bool FaultyStart(const FaultPoint& point)
     {
         ImportHooks hooks;
-        hooks.Fail({point.function}, point.call, FailingAnswers(point.function).at(point.way));
+        hooks.Fail({point.function}, point.call, FailingResults(point.function).at(point.way));
         const talix_status_code result = talix_init();
-        EXPECT_THAT(hooks.Books().Held(), AnyOf(IsEmpty(), testing::ElementsAre("LoadLibraryW")))
-            << "the plugin module alone may stay";
+        EXPECT_THAT(hooks.Resources().Held(), AnyOf(IsEmpty(), testing::ElementsAre("LoadLibraryW")))
+            << "only the plugin module may stay";
         EXPECT_THAT(result, AnyOf(IdSuccess, IdClientUnavailable));
         if (hooks.Failed() && LeavesTrustOpen(point))
         {
@@ -224,16 +225,16 @@ private:
         return hooks.Failed();
     }
 
-    void ExpectCleanAftermath(bool directoryMayStay = false)
+    void ExpectNothingLeaked(bool directoryMayStay = false)
     {
         if (refused)
         {
             EXPECT_FALSE(IdServicesMgr::IsInitialized());
-            EXPECT_FALSE(IsLoaded(site.PluginFile())) << "a refused module is never loaded";
+            EXPECT_FALSE(IsLoaded(installation.PluginFile())) << "a refused module is never loaded";
         }
         if (!directoryMayStay)
         {
-            EXPECT_EQ(DllDirectory(), hostsDirectory_) << "the host's own";
+            EXPECT_EQ(DllDirectory(), hostsDirectory_) << "the host's library search directory";
         }
         ExpectLocksAreFree();
         if (!IdServicesMgr::IsInitialized())
@@ -250,20 +251,20 @@ private:
         EXPECT_FALSE(IdServicesMgr::IsInitialized());
     }
 
-    const std::wstring hostsDirectory_ = site.MakeFolder("hosts-libraries").native();
+    const std::wstring hostsDirectory_ = installation.MakeFolder("hosts-libraries").native();
     int points_ = 0;
     int trustLeftOpen_ = 0;
     int cleanStarts_ = 0;
-    int handlesCompared_ = 0; ///< Later starts do not reach what the first one settles for the process.
+    int handlesCompared_ = 0; ///< Later start-ups do not reach calls that are made once in a process.
 };
 
-/// Several tests share the work, so that they can run side by side.
+/// Several tests share the functions, so that they can run side by side.
 class PlatformFaults : public PlatformFaultSweep, public testing::WithParamInterface<int>
 {
 protected:
     static constexpr int Shares = 4;
 
-    /// The functions are dealt out by their names.
+    /// A hash of the name assigns each function to a share.
     static bool IsOfThisShare(const std::string& function)
     {
         unsigned sum = 0;
@@ -273,11 +274,11 @@ protected:
     }
 };
 
-TEST_P(PlatformFaults, AGoodStartSucceedsOrAnswersItsCode)
+TEST_P(PlatformFaults, AGoodStartSucceedsOrReturnsItsCode)
 {
     if (const auto input = ChildInput())
         return Try(*input);
-    site.Install();
+    installation.Install();
     Sweep("good start", &IsOfThisShare);
 }
 
@@ -286,7 +287,7 @@ TEST_P(PlatformFaults, ARefusedModuleStaysRefused)
     refused = true;
     if (const auto input = ChildInput())
         return Try(*input);
-    site.Install("stranger");
+    installation.Install("stranger");
     Sweep("refused module", &IsOfThisShare);
 }
 
@@ -296,15 +297,15 @@ class MachinePlatformFaults : public PlatformFaultSweep
 {
 };
 
-TEST_F(MachinePlatformFaults, AStartFromTheRegistrySucceedsOrAnswersItsCode)
+TEST_F(MachinePlatformFaults, AStartFromTheRegistrySucceedsOrReturnsItsCode)
 {
     if (const auto input = ChildInput())
         return Try(*input);
     const MachineKey key;
-    key.AddVersion(L"1.10.0", site.ServerFolder().native());
-    key.AddVersion(L"1.9.0", site.HostFolder().native());
-    site.Install();
-    site.WriteClientConfig(R"({"ssoServer": {"searchPaths": "%AppData%\\nothing;%ProgramFiles%"}})");
+    key.AddVersion(L"1.10.0", installation.ServerFolder().native());
+    key.AddVersion(L"1.9.0", installation.HostFolder().native());
+    installation.Install();
+    installation.WriteClientConfig(R"({"ssoServer": {"searchPaths": "%AppData%\\nothing;%ProgramFiles%"}})");
     Sweep("start from the registry", [](const std::string& function) {
         return function.compare(0, 3, "Reg") == 0 || function.compare(0, 2, "SH") == 0 ||
                function == "WideCharToMultiByte" || function == "MultiByteToWideChar";

@@ -10,7 +10,7 @@ namespace OrlindexTest {
 
 namespace {
 
-// By convention: what a function of that kind answers when it fails.
+// What a function of that kind returns when it fails.
 
 constexpr Word False = 0;
 constexpr Word Null = 0;
@@ -22,7 +22,7 @@ constexpr Word NoAttributes = 0xFFFFFFFF;
 constexpr Word EmptyName = 1; ///< The length of a certificate's name, with its zero.
 
 /// Functions whose result is the error itself.
-constexpr FailingAnswer Status(DWORD code)
+constexpr FailingResult Status(DWORD code)
 {
     return {code, ERROR_SUCCESS};
 }
@@ -30,7 +30,7 @@ constexpr FailingAnswer Status(DWORD code)
 struct Row
 {
     const char* function;
-    FailingAnswer answer;
+    FailingResult result;
 };
 
 constexpr Row Failing[] = {
@@ -86,7 +86,7 @@ constexpr Row Failing[] = {
 };
 
 constexpr const char* Infallible[] = {
-    // They wait, answer what this process is, or give something back and answer nothing.
+    // They wait, return facts about this process, or release something and return nothing.
     "CoTaskMemFree", "EnterCriticalSection", "FreeSid", "GetCurrentProcess", "GetCurrentProcessId",
     "GetCurrentThreadId", "GetLastError", "LeaveCriticalSection", "LocalFree", "SetLastError", "Sleep",
     // Runtime: memory that is there, texts, classes of characters, the runtime's own locks and data.
@@ -98,13 +98,13 @@ constexpr const char* Infallible[] = {
 
 } // namespace
 
-std::vector<FailingAnswer> FailingAnswers(const std::string& function)
+std::vector<FailingResult> FailingResults(const std::string& function)
 {
-    std::vector<FailingAnswer> answers;
+    std::vector<FailingResult> results;
     for (const Row& row : Failing)
         if (function == row.function)
-            answers.push_back(row.answer);
-    return answers;
+            results.push_back(row.result);
+    return results;
 }
 
 bool CannotFail(const std::string& function)

@@ -8,11 +8,11 @@
 
 namespace OrlindexTest {
 
-/// The ways in which a function fails, by its convention; empty for one that is not in the table.
-std::vector<FailingAnswer> FailingAnswers(const std::string& function);
+/// The ways in which a function fails, by its convention; empty if it is not in the table.
+std::vector<FailingResult> FailingResults(const std::string& function);
 
-/// Whether the function has no way to fail that its caller could see, or fails elsewhere: allocations have a sweep of
-/// their own.
+/// Whether the function cannot fail in a way that its caller could see, or is tested elsewhere: allocations have a
+/// sweep of their own.
 bool CannotFail(const std::string& function);
 
 } // namespace OrlindexTest

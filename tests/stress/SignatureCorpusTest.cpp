@@ -1,10 +1,10 @@
-// Spoilt and strangely signed modules: the library's verdict follows the platform's answer, and nothing of a module
-// that is refused ever runs.
+// Corrupted and unusually signed modules: the library's verdict follows the platform's verify result, and no code of a
+// refused module runs.
 
 #include "Child.h"
-#include "Effort.h"
+#include "CorruptedModules.h"
 #include "ExpectedVerdict.h"
-#include "SpoiltModules.h"
+#include "TestScale.h"
 #include "support/HostTest.h"
 #include "support/UserRoots.h"
 
@@ -17,103 +17,104 @@ class SignatureCorpus : public HostTest
 {
 protected:
     /// The parent part: tries a module in a process of its own.
-    void Examine(const SpoiltModule& module)
+    void Examine(const CorruptedModule& module)
     {
-        WriteFile(site.PluginFile(), module.bytes);
+        WriteFile(installation.PluginFile(), module.bytes);
         const ChildOutcome outcome = RunChild(module.name);
-        if (outcome.answer == Asking)
+        if (outcome.report == Asking)
         {
-            // The platform fell over the file when the test asked it, before the library did. Report() bounds these.
-            ++unanswered_;
+            // The platform crashed on the file while the test verified it, before the library did. Report() limits
+            // these.
+            ++crashed_;
             return;
         }
         EXPECT_TRUE(outcome.passed) << module.name << ", exit code " << outcome.code << '\n' << outcome.output;
-        ++(outcome.answer == Valid ? accepted_ : refused_);
+        ++(outcome.report == Valid ? accepted_ : refused_);
     }
 
-    void Examine(const std::vector<SpoiltModule>& modules)
+    void Examine(const std::vector<CorruptedModule>& modules)
     {
-        for (const SpoiltModule& module : modules)
+        for (const CorruptedModule& module : modules)
             Examine(module);
     }
 
     void ExamineBuild(const std::string& plugin)
     {
-        site.CopyPlugin(plugin, site.PluginFile());
-        Examine({plugin, ReadFile(site.PluginFile())});
+        installation.CopyPlugin(plugin, installation.PluginFile());
+        Examine({plugin, ReadFile(installation.PluginFile())});
     }
 
     std::string GoodModule() const
     {
-        site.CopyPlugin("marked", site.PluginFile());
-        return ReadFile(site.PluginFile());
+        installation.CopyPlugin("marked", installation.PluginFile());
+        return ReadFile(installation.PluginFile());
     }
 
     /// The child part.
-    void Judge()
+    void CompareVerdicts()
     {
-        AnswerParent(Asking);
-        const ExpectedVerdict expected = VerdictOf(site.PluginFile(), site.RootCertificate("root"));
-        AnswerParent(expected.valid ? Valid : "refused");
+        ReportToParent(Asking);
+        const ExpectedVerdict expected = VerdictOf(installation.PluginFile(), installation.RootCertificate("root"));
+        ReportToParent(expected.valid ? Valid : "refused");
         ASSERT_FALSE(PluginRan());
         CapturedOutput capture;
         const int result = IdServicesMgr::Initialize();
         const std::string output = capture.Take();
         if (expected.valid)
         {
-            // The system's loader may still refuse what is signed; then it says so.
+            // The system's loader may still refuse a signed file; then there is a message.
             EXPECT_THAT(output, Not(HasSubstr("Binary file: ")));
             EXPECT_EQ(result == IdSuccess, output.find("Failed to load client plugin module") == std::string::npos);
             EXPECT_EQ(result == IdSuccess, PluginRan()) << "the marks are left";
         }
         else
         {
-            EXPECT_THAT(output, HasSubstr(expected.reason + Utf8(site.PluginFile()) + '\n'))
-                << "the platform answered " << std::hex << expected.answer;
+            EXPECT_THAT(output, HasSubstr(expected.reason + Utf8(installation.PluginFile()) + '\n'))
+                << "the platform's result is " << std::hex << expected.platformResult;
             EXPECT_EQ(result, IdClientUnavailable);
             EXPECT_FALSE(PluginRan());
-            EXPECT_FALSE(IsLoaded(site.PluginFile()));
+            EXPECT_FALSE(IsLoaded(installation.PluginFile()));
         }
     }
 
     void Report(const std::string& name)
     {
-        EXPECT_LE(unanswered_, MostUnanswered) << "processes ended while they asked the platform, not the library";
+        EXPECT_LE(crashed_, MostCrashes) << "processes ended in the platform's verification, not in the library";
         PrintCount("modules examined, " + name, accepted_ + refused_);
         PrintCount("modules accepted, " + name, accepted_);
-        PrintCount("modules that the platform itself crashed on, " + name, unanswered_);
+        PrintCount("modules that the platform itself crashed on, " + name, crashed_);
     }
 
     void SetUp() override
     {
         if (!ChildInput())
-            site.InstallWithoutPlugin();
+            installation.InstallWithoutPlugin();
     }
 
     int Accepted() const { return accepted_; }
     int Refused() const { return refused_; }
 
 private:
-    /// On Wine a certificate of another kind makes the platform crash; nothing else does.
-    static constexpr int MostUnanswered = 1;
-    static constexpr char Asking[] = "asking the platform";
+    /// On Wine a certificate of another kind makes the platform crash, and nothing else does.
+    static constexpr int MostCrashes = 1;
+    static constexpr char Asking[] = "verifying by the platform";
     static constexpr char Valid[] = "valid";
 
     static bool PluginRan() { return GetEnvironmentVariableW(L"ORLINDEX_TEST_PLUGIN_ENTERED", nullptr, 0) != 0; }
 
     int accepted_ = 0;
     int refused_ = 0;
-    int unanswered_ = 0;
+    int crashed_ = 0;
 };
 
 class FlippedBytes : public SignatureCorpus, public testing::WithParamInterface<int>
 {
 };
 
-TEST_P(FlippedBytes, AreJudgedAsThePlatformJudgesThem)
+TEST_P(FlippedBytes, AreAcceptedOrRefusedAsThePlatformDoes)
 {
     if (ChildInput())
-        return Judge();
+        return CompareVerdicts();
     Examine(WithFlippedBytes(GoodModule(), ShortOrLong(15, 125), 20200101U + static_cast<unsigned>(GetParam())));
     Report("flipped bytes");
     EXPECT_GT(Refused(), 0);
@@ -121,38 +122,38 @@ TEST_P(FlippedBytes, AreJudgedAsThePlatformJudgesThem)
 
 INSTANTIATE_TEST_SUITE_P(Share, FlippedBytes, testing::Range(0, 4));
 
-TEST_F(SignatureCorpus, AModuleThatIsCutOffIsJudgedAsThePlatformJudgesIt)
+TEST_F(SignatureCorpus, AModuleThatIsCutOffIsAcceptedOrRefusedAsThePlatformDoes)
 {
     if (ChildInput())
-        return Judge();
+        return CompareVerdicts();
     Examine(CutOff(GoodModule()));
     Report("cut off");
     EXPECT_EQ(Accepted(), 0);
     EXPECT_GT(Refused(), 0);
 }
 
-TEST_F(SignatureCorpus, AModuleWithAppendedDataIsJudgedAsThePlatformJudgesIt)
+TEST_F(SignatureCorpus, AModuleWithAppendedDataIsAcceptedOrRefusedAsThePlatformDoes)
 {
     if (ChildInput())
-        return Judge();
+        return CompareVerdicts();
     Examine(WithAppendedData(GoodModule()));
     Report("appended data");
     EXPECT_GT(Refused(), 0);
 }
 
-TEST_F(SignatureCorpus, ATableOfCertificatesThatIsWrongIsJudgedAsThePlatformJudgesIt)
+TEST_F(SignatureCorpus, ATableOfCertificatesThatIsWrongIsAcceptedOrRefusedAsThePlatformDoes)
 {
     if (ChildInput())
-        return Judge();
+        return CompareVerdicts();
     Examine(WithOtherCertificateTables(GoodModule()));
     Report("certificate tables");
     EXPECT_GT(Refused(), 0);
 }
 
-TEST_F(SignatureCorpus, EachSignerIsJudgedAsThePlatformJudgesIt)
+TEST_F(SignatureCorpus, EachSignerIsAcceptedOrRefusedAsThePlatformDoes)
 {
     if (ChildInput())
-        return Judge();
+        return CompareVerdicts();
     const int before = Accepted();
     ExamineBuild("marked");
     EXPECT_EQ(Accepted(), before + 1) << "the good one";
@@ -164,7 +165,7 @@ TEST_F(SignatureCorpus, EachSignerIsJudgedAsThePlatformJudgesIt)
     EXPECT_GT(Refused(), 0);
 }
 
-/// Below a root that the user trusts, what the platform holds against a signer is no longer the root.
+/// With a root that the user trusts, the platform refuses a signer for other reasons than the root.
 class MachineSignatureCorpus : public SignatureCorpus
 {
 protected:
@@ -172,18 +173,18 @@ protected:
     {
         if (!ChildInput())
             for (const char* root : Roots)
-                UserRoots().Remove(site.RootCertificate(root));
+                UserRoots().Remove(installation.RootCertificate(root));
     }
 
     static constexpr const char* Roots[] = {"trusted-root", "self-signed"};
 };
 
-TEST_F(MachineSignatureCorpus, EachSignerBelowATrustedRootIsJudgedAsThePlatformJudgesIt)
+TEST_F(MachineSignatureCorpus, EachSignerBelowATrustedRootIsAcceptedOrRefusedAsThePlatformDoes)
 {
     if (ChildInput())
-        return Judge();
+        return CompareVerdicts();
     for (const char* root : Roots)
-        UserRoots().Add(site.RootCertificate(root));
+        UserRoots().Add(installation.RootCertificate(root));
     for (const char* plugin : {"marked-trusted", "marked-expired", "marked-wrong-purpose", "marked-self-signed"})
         ExamineBuild(plugin);
     Report("signers below a trusted root");

@@ -1,11 +1,11 @@
-// Many rounds of start and stop: what each leaves behind is what the design leaves on purpose, and no more.
+// Many rounds of start and stop leave only the memory that the design leaves on purpose.
 
 #include <windows.h>
 
 #include <psapi.h>
 
-#include "Aftermath.h"
-#include "Effort.h"
+#include "LeakCheck.h"
+#include "TestScale.h"
 #include "orlindex/talix.h"
 #include "support/HostTest.h"
 
@@ -13,7 +13,7 @@ namespace OrlindexTest {
 
 namespace {
 
-/// What this process has reserved for itself alone, in bytes.
+/// The private memory of this process, in bytes.
 long long PrivateBytes()
 {
     PROCESS_MEMORY_COUNTERS counters{};
@@ -27,17 +27,16 @@ class Soak : public HostTest
 {
 protected:
     static constexpr int WarmUp = 100;
-    /// The platform opens a few handles of its own now and then, once a process: sixteen places in the table of
-    /// handles.
+    /// The platform sometimes opens a few handles of its own, once in a process: sixteen entries of the handle table.
     static constexpr std::intptr_t MostPlatformHandles = 16 * 4;
 
     void Rounds(int count)
     {
         for (int round = 0; round < count; ++round)
         {
-            ASSERT_EQ(talix_init(), 1000);
-            ASSERT_EQ(talix_clear_proxy_info(), 1000);
-            ASSERT_EQ(talix_deinit(), 1000);
+            ASSERT_EQ(talix_init(), IdSuccess);
+            ASSERT_EQ(talix_clear_proxy_info(), IdSuccess);
+            ASSERT_EQ(talix_deinit(), IdSuccess);
             Plugin().ClearJournal();
         }
     }
@@ -45,8 +44,8 @@ protected:
 
 TEST_F(Soak, StartsAndStopsLeaveOnlyWhatIsLeftOnPurpose)
 {
-    // A forgotten manager stays, for threads that still hold it: its paths and settings are under 4 KB. The platform's
-    // heap grows by whole pages.
+    // The manager of a stopped library is never destroyed, for threads that still use it: its paths and settings take
+    // under 4 KB. The platform's heap grows by whole pages.
     constexpr long long largestGrowth = 6144;
     InstallPlugin();
     const int rounds = ShortOrLong(400, 10000);
@@ -64,14 +63,14 @@ TEST_F(Soak, StartsAndStopsLeaveOnlyWhatIsLeftOnPurpose)
 TEST_F(Soak, CallsLeaveNothing)
 {
     InstallPlugin();
-    ASSERT_EQ(talix_init(), 1000);
+    ASSERT_EQ(talix_init(), IdSuccess);
     const int calls = ShortOrLong(20000, 1000000);
     const auto call = [this](int count) {
         char text[64];
         talix_buffer buffer{text, sizeof text};
         for (int i = 0; i < count; ++i)
         {
-            ASSERT_EQ(talix_get_token(&buffer), 1000);
+            ASSERT_EQ(talix_get_token(&buffer), IdSuccess);
             if (i % 256 == 0)
                 Plugin().ClearJournal();
         }
@@ -85,7 +84,7 @@ TEST_F(Soak, CallsLeaveNothing)
     EXPECT_LE(NextHandle(), handle + MostPlatformHandles);
     PrintCount("text calls", calls);
     PrintCount("private bytes left by all text calls", growth);
-    EXPECT_EQ(talix_deinit(), 1000);
+    EXPECT_EQ(talix_deinit(), IdSuccess);
 }
 
 } // namespace OrlindexTest

@@ -17,12 +17,12 @@ StartFigures StartTest::StartInChild(const std::string& what, const std::filesys
     ChildOutcome outcome = RunChild(what, executable);
     EXPECT_TRUE(outcome.passed) << what << ", exit code " << outcome.code << '\n' << outcome.output;
     StartFigures figures;
-    std::istringstream(outcome.answer) >> figures.result >> figures.milliseconds >> figures.peakKilobytes;
+    std::istringstream(outcome.report) >> figures.result >> figures.milliseconds >> figures.peakKilobytes;
     figures.output = std::move(outcome.output);
     return figures;
 }
 
-void StartTest::StartAndAnswer()
+void StartTest::StartAndReport()
 {
     using Clock = std::chrono::steady_clock;
     const Clock::time_point began = Clock::now();
@@ -35,9 +35,9 @@ void StartTest::StartAndAnswer()
     }
     PROCESS_MEMORY_COUNTERS counters{};
     GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
-    std::ostringstream answer;
-    answer << result << ' ' << taken.count() << ' ' << counters.PeakWorkingSetSize / 1024;
-    AnswerParent(answer.str());
+    std::ostringstream report;
+    report << result << ' ' << taken.count() << ' ' << counters.PeakWorkingSetSize / 1024;
+    ReportToParent(report.str());
 }
 
 } // namespace OrlindexTest

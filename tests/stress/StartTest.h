@@ -7,7 +7,7 @@
 
 namespace OrlindexTest {
 
-/// How one start went, in a process of its own.
+/// The figures of one start-up, in a process of its own.
 struct StartFigures
 {
     int result = 0;
@@ -16,14 +16,14 @@ struct StartFigures
     std::string output;
 };
 
-/// A test whose parent part lays out an installation and whose child part starts from it.
+/// A test whose parent part makes an installation and whose child part starts the library in it.
 class StartTest : public HostTest
 {
 protected:
-    /// The parent part. A crash, or a start that does not end, fails the test.
+    /// The parent part. A crash, or a start-up that does not end, fails the test.
     StartFigures StartInChild(const std::string& what, const std::filesystem::path& executable = {});
     /// The child part.
-    void StartAndAnswer();
+    void StartAndReport();
 };
 
 } // namespace OrlindexTest

@@ -7,13 +7,14 @@
 #include <thread>
 
 #include "Child.h"
-#include "Effort.h"
+#include "TestScale.h"
 #include "Watchdog.h"
 #include "orlindex/IObserver.h"
 #include "orlindex/SSOClientPrivate.h"
 #include "orlindex/talix.h"
 #include "support/Handle.h"
 #include "support/HostTest.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -26,7 +27,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int ThreadCount = 8;
 
-/// Answers of calls that race with the start or the stop of another thread.
+/// The results of calls that run while another thread starts or stops the library.
 bool IsDocumented(int result)
 {
     return result == IdSuccess || result == IdNotInitialized || result == IdClientUnavailable || result == IdFailed;
@@ -48,19 +49,12 @@ public:
 
 void TALIX_CALL Ignore(std::int32_t /*code*/, std::int32_t /*status*/, void* /*value*/) {}
 
-/// The plugin's journal would grow with every call.
-struct WinVerifyTrustImport
-{
-    static constexpr char Name[] = "WinVerifyTrust";
-    using Type = LONG(HWND, GUID*, LPVOID);
-};
-
 } // namespace
 
 class Threads : public HostTest
 {
 protected:
-    /// Runs one piece of work on many threads, again and again until the time is over.
+    /// Repeats `work` on many threads until the time is over.
     long long RunOnThreads(const std::function<void(int thread, std::minstd_rand& random)>& work)
     {
         const int seconds = ShortOrLong(4, 60);
@@ -124,7 +118,7 @@ TEST_F(Threads, StartsStopsAndCallsOfManyThreadsBalance)
     PrintCount("rounds of start, calls and stop by 8 threads", rounds);
 }
 
-/// Event callbacks are for one thread at a time; observers of the class interface are the plugin's.
+/// Event callbacks are used on one thread at a time; the plugin keeps the observers of the class interface.
 TEST_F(Threads, ObserversAndEventsGoTogetherWithStartsOfOtherThreads)
 {
     InstallPlugin();
@@ -152,10 +146,10 @@ TEST_F(Threads, ObserversAndEventsGoTogetherWithStartsOfOtherThreads)
 TEST_F(Threads, APluginMayCallBackFromInsideACallAndFromAThreadOfItsOwn)
 {
     PluginControl& plugin = InstallPlugin();
-    plugin.OnCall(Client, 22, [](const CallArguments&) {
+    plugin.OnCall(Client::ClearProxyInfo, [](const CallArguments&) {
         SSOClientPrivate::GetSettingsPath();
         EXPECT_EQ(talix_get_boolean(TALIX_KEY_INITIALIZED), 1);
-        std::thread([]() { talix_get_server(); }).join(); // A lock that is held over the call would end here.
+        std::thread([]() { talix_get_server(); }).join(); // Waits for ever if a lock is held over the call.
     });
     EXPECT_EQ(talix_init(), IdSuccess);
     const long long rounds =
@@ -173,9 +167,9 @@ TEST_F(Threads, APluginThatThrowsLeavesNoLockAndNoCountBehind)
         if (++calls % 3 == 0)
             throw std::runtime_error("the plugin");
     };
-    plugin.OnCall(Client, 22, throwNowAndThen);
-    plugin.OnCall(Module, 1, throwNowAndThen);
-    plugin.OnCall(Module, 3, throwNowAndThen);
+    plugin.OnCall(Client::ClearProxyInfo, throwNowAndThen);
+    plugin.OnCall(Module::Initialize, throwNowAndThen);
+    plugin.OnCall(Module::Uninitialize, throwNowAndThen);
     std::atomic<int> failed = 0;
     const long long rounds = RunOnThreads([&failed](int, std::minstd_rand&) {
         const talix_status_code started = talix_init();
@@ -189,9 +183,9 @@ TEST_F(Threads, APluginThatThrowsLeavesNoLockAndNoCountBehind)
         EXPECT_THAT(talix_deinit(), AnyOf(IdSuccess, IdFailed));
     });
     EXPECT_GT(calls, 2);
-    plugin.OnCall(Client, 22, [](const CallArguments&) {});
-    plugin.OnCall(Module, 1, [](const CallArguments&) {});
-    plugin.OnCall(Module, 3, [](const CallArguments&) {});
+    plugin.OnCall(Client::ClearProxyInfo, [](const CallArguments&) {});
+    plugin.OnCall(Module::Initialize, [](const CallArguments&) {});
+    plugin.OnCall(Module::Uninitialize, [](const CallArguments&) {});
     ExpectStopped();
     PrintCount("rounds with a plugin that throws", rounds);
     PrintCount("starts that the plugin made fail", failed);
@@ -199,8 +193,7 @@ TEST_F(Threads, APluginThatThrowsLeavesNoLockAndNoCountBehind)
 
 TEST_F(Threads, AStartThatFailsWhileAnotherThreadStartsAndStopsKeepsTheCount)
 {
-    using WinVerifyTrustDouble = ImportDouble<WinVerifyTrustImport>;
-    site.Install();
+    installation.Install();
     const Handle verifying(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     const Handle proceed(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     const WinVerifyTrustDouble verification([&](HWND, GUID*, LPVOID) -> LONG {
@@ -214,7 +207,7 @@ TEST_F(Threads, AStartThatFailsWhileAnotherThreadStartsAndStopsKeepsTheCount)
     WaitForSingleObject(verifying.get(), INFINITE);
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess) << "counted while the first one loads";
     std::thread stopper([&stopped]() { stopped = IdServicesMgr::Uninitialize(); });
-    // Whether the stop waits for the mutex already or comes later: the outcome is the same.
+    // The result is the same if the stop already waits for the mutex and if it comes later.
     SetEvent(proceed.get());
     starter.join();
     stopper.join();
@@ -226,7 +219,7 @@ TEST_F(Threads, AStartThatFailsWhileAnotherThreadStartsAndStopsKeepsTheCount)
     EXPECT_FALSE(IdServicesMgr::IsInitialized());
 }
 
-/// The watchdog itself: a process that stalls ends, with the stalled place in what it printed.
+/// Tests the watchdog: it ends a process that stalls, and prints where it stalls.
 TEST_F(Threads, AStallIsNoticed)
 {
     if (ChildInput())

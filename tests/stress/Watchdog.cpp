@@ -30,14 +30,14 @@ void PrintFrame(DWORD64 address)
                 static_cast<unsigned long long>(address - reinterpret_cast<DWORD64>(module)));
 }
 
-/// One step up the stack, by the modules' own tables.
+/// One frame up the stack, by the unwind tables of the modules.
 void Unwind(CONTEXT& context)
 {
     DWORD64 base = 0;
     RUNTIME_FUNCTION* const function = RtlLookupFunctionEntry(context.Rip, &base, nullptr);
     if (function == nullptr)
     {
-        // A leaf: the return address lies on top.
+        // A leaf function: the return address is on top of the stack.
         context.Rip = *reinterpret_cast<DWORD64*>(context.Rsp);
         context.Rsp += sizeof(DWORD64);
         return;

@@ -11,8 +11,8 @@
 
 namespace OrlindexTest {
 
-/// Ends the process with a failing code when nothing happens for too long, with the stacks of all its threads printed:
-/// each return address as module and offset.
+/// Ends the process with a failing code if nothing happens for too long. Before that it prints the stacks of all
+/// threads: each return address as module and offset.
 class Watchdog
 {
 public:
@@ -21,7 +21,7 @@ public:
     Watchdog(const Watchdog&) = delete;
     Watchdog& operator=(const Watchdog&) = delete;
 
-    /// Something happened. On any thread.
+    /// Reports that something happened, on any thread.
     void Pat() { ++pats_; }
 
 private:

@@ -27,7 +27,7 @@ void FlushAll()
 CapturedOutput::CapturedOutput()
 {
     static int counter = 0;
-    file_ = Surroundings().root / ("output-" + std::to_string(++counter));
+    file_ = Environment().root / ("output-" + std::to_string(++counter));
     FlushAll();
     output_ = _dup(1);
     // Text mode: in binary mode the runtime writes wide text as it stands in memory.

@@ -6,8 +6,8 @@
 
 namespace OrlindexTest {
 
-/// Takes what this process writes to its standard output, below every stream, until it ends. Text that nobody took is
-/// written to the real output then.
+/// Captures what this process writes to its standard output, below every stream. The destructor writes text that was
+/// not taken to the real output.
 class CapturedOutput
 {
 public:

@@ -5,7 +5,7 @@
 
 namespace OrlindexTest {
 
-/// Prints how much a test did. scripts/test.sh gathers these lines and adds up those of one name.
+/// Prints how much a test did. scripts/test.sh collects these lines and adds up those with the same name.
 void PrintCount(const std::string& name, long long value);
 
 } // namespace OrlindexTest

@@ -7,8 +7,7 @@
 
 namespace OrlindexTest {
 
-// UTF-8 and UTF-16 by their definitions, apart from any platform. A wide character is a unit of UTF-16, however many
-// bits it has.
+// UTF-8 and UTF-16 by their definitions, without the platform. A wide character is a unit of UTF-16, whatever its size.
 
 inline constexpr char32_t Replacement = 0xFFFD;
 
@@ -44,7 +43,7 @@ inline std::string ToUtf8(const std::u32string& codePoints)
     return text;
 }
 
-/// A lone surrogate reads as the replacement character.
+/// A lone surrogate becomes the replacement character.
 inline std::u32string FromUtf16(std::wstring_view text)
 {
     const auto isIn = [&](std::size_t at, wchar_t first) { return at < text.size() && (text[at] & 0xFC00) == first; };
@@ -63,7 +62,7 @@ inline std::u32string FromUtf16(std::wstring_view text)
     return codePoints;
 }
 
-/// How many bytes the well-formed sequence at the text's start has; 0 where there is none.
+/// The number of bytes of the well-formed sequence at the start of the text; 0 if there is none.
 inline std::size_t WellFormedLength(std::string_view text)
 {
     const auto byte = [&](std::size_t at) { return at < text.size() ? static_cast<unsigned char>(text[at]) : 0u; };
@@ -93,7 +92,7 @@ inline char32_t DecodeSequence(std::string_view sequence)
     return codePoint;
 }
 
-/// Each byte that is part of no well-formed sequence reads as the replacement character.
+/// Each byte outside a well-formed sequence becomes the replacement character.
 inline std::u32string FromUtf8(std::string_view text)
 {
     std::u32string codePoints;

@@ -17,7 +17,7 @@ struct HandleCloser
     }
 };
 
-/// A kernel object; closed with its owner.
+/// A kernel object, closed by the destructor.
 using Handle = std::unique_ptr<void, HandleCloser>;
 
 } // namespace OrlindexTest

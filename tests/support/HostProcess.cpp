@@ -51,13 +51,13 @@ fs::path RequiredVariable(const wchar_t* name)
     return *value;
 }
 
-/// A folder that no other test has, removed with everything in it.
+/// A folder of this test alone, removed with everything in it.
 class TestFolder
 {
 public:
     TestFolder()
     {
-        // A name that is taken was left by a process that had the same number, was killed or made what cannot be
+        // A name is taken if a process with the same number left it: it was killed, or made something that cannot be
         // removed.
         static int counter = 0;
         do
@@ -83,7 +83,7 @@ private:
     fs::path path_;
 };
 
-/// Ends the processes in it when its owner ends.
+/// Ends the processes in it when the object is destroyed.
 Handle MakeJob()
 {
     Handle job(CreateJobObjectW(nullptr, nullptr));
@@ -94,7 +94,7 @@ Handle MakeJob()
     return job;
 }
 
-/// Wine answers an internal error now and then when the machine is busy; nothing has run then.
+/// On a busy machine Wine sometimes fails with an internal error before the process runs.
 bool StartSuspended(const fs::path& executable, std::wstring command, const fs::path& directory,
                     PROCESS_INFORMATION& started)
 {
@@ -134,7 +134,7 @@ DWORD RunToItsEnd(const fs::path& executable, const std::string& test, const fs:
     {
         std::printf("[  TIME   ] %s ran longer than %lu ms and was ended\n", test.c_str(), limit);
         TerminateProcess(process.get(), 1);
-        WaitForSingleObject(process.get(), INFINITE); // Its files cannot be removed before.
+        WaitForSingleObject(process.get(), INFINITE); // Until then its files cannot be removed.
     }
     DWORD code = 1;
     GetExitCodeProcess(process.get(), &code);
@@ -148,19 +148,19 @@ bool IsHostProcess()
     return EnvironmentVariable(RootVariable).has_value();
 }
 
-HostSurroundings Surroundings()
+HostEnvironment Environment()
 {
     return {RequiredVariable(RootVariable), RequiredVariable(PluginsVariable), RequiredVariable(SigningVariable)};
 }
 
 void ReportEnd()
 {
-    WriteFile(Surroundings().root / EndReport, {});
+    WriteFile(Environment().root / EndReport, {});
 }
 
 bool TakeEndReport()
 {
-    return fs::remove(Surroundings().root / EndReport);
+    return fs::remove(Environment().root / EndReport);
 }
 
 bool RunTestAsHost(const std::string& suite, const std::string& name)

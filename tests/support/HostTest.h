@@ -8,8 +8,8 @@
 
 #include "CapturedOutput.h"
 #include "ImportPatch.h"
+#include "Installation.h"
 #include "PluginControl.h"
-#include "Site.h"
 #include "Text.h"
 #include "orlindex/IdServicesMgr.h"
 
@@ -29,16 +29,16 @@ enum LogLevel
 class HostTest : public testing::Test
 {
 protected:
-    /// Installs everything with one build of the test plugin, which the test may steer from now on.
+    /// Installs everything with one build of the test plugin, which the test controls from now on.
     PluginControl& InstallPlugin(const std::string& plugin = "good")
     {
-        site.Install(plugin);
-        return plugin_.emplace(site.PluginFile());
+        installation.Install(plugin);
+        return plugin_.emplace(installation.PluginFile());
     }
 
     PluginControl& Plugin() { return *plugin_; }
 
-    const Site site;
+    const Installation installation;
 
 private:
     std::optional<PluginControl> plugin_;
@@ -56,7 +56,7 @@ protected:
 
     void Start()
     {
-        ASSERT_EQ(IdServicesMgr::Initialize(), 1000);
+        ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
         manager = IdServicesMgr::GetInstance();
         ASSERT_NE(manager, nullptr);
         Plugin().ClearJournal();

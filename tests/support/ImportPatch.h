@@ -17,8 +17,8 @@ using AnyFunction = void (*)();
 /// Names of the functions that a module imports by name, each once.
 std::set<std::string> ImportedFunctions(HMODULE module);
 
-/// Puts a function in the place of one that a module imports, and the original back on destruction. Found by name, from
-/// whatever library it comes.
+/// Replaces a function that a module imports, and restores the original on destruction. The function is found by its
+/// name, whichever library exports it.
 class ImportPatch
 {
 public:
@@ -37,15 +37,8 @@ private:
 /// The library in this process. A module test that links the library's objects patches its own executable instead.
 HMODULE LibraryModule();
 
-/// An imported function replaced by a callable object. `Import` names the function and its type:
-///
-///     struct PathFileExistsImport
-///     {
-///         static constexpr char Name[] = "PathFileExistsW";
-///         using Type = decltype(PathFileExistsW);
-///     };
-///
-/// One object of each kind may live at a time.
+/// An imported function replaced by a callable object. `Import` gives the function's name and type; PlatformImports.h
+/// lists those of the tests. One object for each function may live at a time.
 template <typename Import, typename Type = typename Import::Type>
 class ImportDouble;
 
@@ -67,7 +60,7 @@ public:
     ImportDouble(const ImportDouble&) = delete;
     ImportDouble& operator=(const ImportDouble&) = delete;
 
-    /// The function that stood there before.
+    /// The replaced function.
     static Result Original(Arguments... arguments)
     {
         return reinterpret_cast<Result(WINAPI*)(Arguments...)>(active_->patch_.Original())(arguments...);

@@ -15,8 +15,8 @@ MachineLock::MachineLock(Kind kind) : kind_(kind)
     if (file_.get() == INVALID_HANDLE_VALUE)
         throw std::runtime_error("cannot open the lock file of the tests");
     Lock(kind);
-    // The owner of a stale key has ended, or the lock would not have been granted. Whoever sees the key removes it
-    // alone and then queues again for the lock it wants.
+    // The process that made a stale key has ended, or this lock would not have been granted. A process that sees the
+    // key takes the exclusive lock to remove it, and then waits for its own lock again.
     while (MachineKey::Exists())
     {
         if (kind == Shared)
@@ -42,7 +42,7 @@ MachineLock::~MachineLock()
     }
     catch (const std::exception&)
     {
-        // Reported by the next one that takes the lock.
+        // The next process that takes the lock reports it.
     }
     Unlock();
 }

@@ -5,8 +5,9 @@
 
 namespace OrlindexTest {
 
-/// Held by the process that runs a test as a host, over what all tests on a machine (or in a prefix) share. Shared
-/// holders run side by side and find no installer's key; an exclusive one runs alone and may change what is shared.
+/// The lock over what all tests on a machine (or in a prefix) share. Each process that runs a test as a host owns it.
+/// Shared owners run side by side, without the installer's key; an exclusive owner runs alone and may change the
+/// machine.
 class MachineLock
 {
 public:

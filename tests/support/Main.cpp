@@ -13,7 +13,7 @@
 
 namespace {
 
-/// GoogleTest decides what its options select only while it runs or lists; so let it list, to nowhere.
+/// GoogleTest evaluates its filter options only while it runs or lists tests, so this lists them without output.
 void SelectTests()
 {
     std::fflush(stdout);

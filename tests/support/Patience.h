@@ -5,11 +5,11 @@
 
 namespace OrlindexTest {
 
-/// How long a test waits for what must come. Only a broken product uses it up: a machine that is busy with other work
-/// takes seconds for what takes milliseconds on an idle one.
+/// How long a test waits for an event that must happen. Only a broken product reaches the limit: a busy machine takes
+/// seconds for what takes an idle one milliseconds.
 inline constexpr std::chrono::minutes Patience(3);
 
-/// The same for the platform's waits, in milliseconds.
+/// The same in milliseconds, for the platform's functions.
 inline constexpr unsigned long PatienceMilliseconds = std::chrono::milliseconds(Patience).count();
 
 } // namespace OrlindexTest

@@ -14,7 +14,7 @@ namespace {
 
 const TestPluginControl* LoadControl(const std::filesystem::path& file)
 {
-    // The altered search path finds a library beside the plugin, as the library's own way of loading does.
+    // With the altered search path the system finds a library beside the plugin, as it does when Orlindex.dll loads it.
     const HMODULE module = LoadLibraryExW(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     if (module == nullptr)
         throw std::runtime_error("cannot load " + Utf8(file) + ": error " + std::to_string(GetLastError()));
@@ -39,7 +39,7 @@ LogLine ParseLogLine(const std::string& entry)
 
 const std::string& LogPrefix()
 {
-    static const std::string prefix = std::string(Logger) + " 10 (";
+    static const std::string prefix = FullName(Logger::Log) + '(';
     return prefix;
 }
 
@@ -55,23 +55,23 @@ PluginControl::PluginControl(const std::filesystem::path& file) : control_(LoadC
 PluginControl::~PluginControl()
 {
     for (const Hook& hook : hooks_)
-        control_->SetHook(hook.interfaceName.c_str(), hook.slot, nullptr, nullptr);
+        control_->SetHook(hook.operation, nullptr, nullptr);
 }
 
-void PluginControl::Answer(const char* interfaceName, int slot, std::int64_t result)
+void PluginControl::Return(const PluginOperation& operation, std::int64_t result)
 {
-    control_->SetResult(interfaceName, slot, result);
+    control_->SetResult(operation, result);
 }
 
-std::int64_t PluginControl::Answer(const char* interfaceName, int slot) const
+std::int64_t PluginControl::ResultOf(const PluginOperation& operation) const
 {
-    return control_->Result(interfaceName, slot);
+    return control_->Result(operation);
 }
 
-void PluginControl::OnCall(const char* interfaceName, int slot, Action action)
+void PluginControl::OnCall(const PluginOperation& operation, Action action)
 {
-    hooks_.push_back({interfaceName, slot, std::move(action)});
-    control_->SetHook(interfaceName, slot, &PluginControl::Run, &hooks_.back());
+    hooks_.push_back({operation, std::move(action)});
+    control_->SetHook(operation, &PluginControl::Run, &hooks_.back());
 }
 
 void PluginControl::Run(void* context, const std::uint64_t* arguments, int count)
@@ -96,21 +96,30 @@ std::vector<std::string> PluginControl::Calls() const
     return calls;
 }
 
+std::vector<std::string> PluginControl::EntriesThatStartWith(const std::string& start) const
+{
+    std::vector<std::string> entries;
+    for (const std::string& entry : Journal())
+        if (StartsWith(entry, start))
+            entries.push_back(entry);
+    return entries;
+}
+
 std::vector<std::string> PluginControl::Calls(const char* interfaceName) const
 {
-    std::vector<std::string> calls;
-    for (const std::string& entry : Journal())
-        if (StartsWith(entry, interfaceName + std::string(" ")))
-            calls.push_back(entry);
-    return calls;
+    return EntriesThatStartWith(interfaceName + std::string("::"));
+}
+
+std::vector<std::string> PluginControl::Calls(const PluginOperation& operation) const
+{
+    return EntriesThatStartWith(FullName(operation) + '(');
 }
 
 std::vector<LogLine> PluginControl::Log() const
 {
     std::vector<LogLine> log;
-    for (const std::string& entry : Journal())
-        if (StartsWith(entry, LogPrefix()))
-            log.push_back(ParseLogLine(entry));
+    for (const std::string& entry : EntriesThatStartWith(LogPrefix()))
+        log.push_back(ParseLogLine(entry));
     return log;
 }
 
@@ -124,9 +133,9 @@ bool IsLoaded(const std::filesystem::path& file)
     return GetModuleHandleW(file.c_str()) != nullptr;
 }
 
-std::string Call(const char* interfaceName, int slot, const std::string& arguments)
+std::string Call(const PluginOperation& operation, const std::string& arguments)
 {
-    return std::string(interfaceName) + ' ' + std::to_string(slot) + " (" + arguments + ')';
+    return FullName(operation) + '(' + arguments + ')';
 }
 
 std::string ArgumentsOf(const std::string& journalEntry)

@@ -40,8 +40,8 @@ struct LogLine
 
 void PrintTo(const LogLine& line, std::ostream* stream);
 
-/// Steers one build of the test plugin and reads its journal. Loads the file, so that results can be set before the
-/// library loads it too; the library checks the file's signature all the same.
+/// Controls one build of the test plugin and reads its journal. Loads the file, so that a test can set results before
+/// the library loads it; the library still verifies the file's signature.
 class PluginControl
 {
 public:
@@ -52,17 +52,19 @@ public:
     PluginControl(const PluginControl&) = delete;
     PluginControl& operator=(const PluginControl&) = delete;
 
-    /// What the operation answers from now on. A reference to a plugin's object is a number too; 0 is null.
-    void Answer(const char* interfaceName, int slot, std::int64_t result);
-    /// What it answers now, if that was set; the plugin's own objects are from the start.
-    std::int64_t Answer(const char* interfaceName, int slot) const;
-    /// What the operation does from now on, on its caller's thread, before it answers.
-    void OnCall(const char* interfaceName, int slot, Action action);
+    /// What the operation returns from now on. A reference to a plugin's object is a number too; 0 is null.
+    void Return(const PluginOperation& operation, std::int64_t result);
+    /// What it returns now if that was set; the plugin's own objects are set from the start.
+    std::int64_t ResultOf(const PluginOperation& operation) const;
+    /// What the operation does from now on, on its caller's thread, before it returns.
+    void OnCall(const PluginOperation& operation, Action action);
 
-    /// Every call but those of the logger, in order.
+    /// All calls except those of the logger, in order.
     std::vector<std::string> Calls() const;
     /// The calls of one interface, in order.
     std::vector<std::string> Calls(const char* interfaceName) const;
+    /// The calls of one operation, in order.
+    std::vector<std::string> Calls(const PluginOperation& operation) const;
     /// What the plugin's logger received, in order.
     std::vector<LogLine> Log() const;
     void ClearJournal();
@@ -70,19 +72,19 @@ public:
 private:
     struct Hook
     {
-        std::string interfaceName;
-        int slot;
+        PluginOperation operation;
         Action action;
     };
 
     static void Run(void* context, const std::uint64_t* arguments, int count);
     std::vector<std::string> Journal() const;
+    std::vector<std::string> EntriesThatStartWith(const std::string& start) const;
 
     const TestPluginControl* control_;
     std::list<Hook> hooks_; // A list: the plugin holds pointers to the elements.
 };
 
-/// Whether a module file is in this process.
+/// Whether a module file is loaded in this process.
 bool IsLoaded(const std::filesystem::path& file);
 
 /// A pointer as the journal shows it.
@@ -92,8 +94,8 @@ inline std::string Address(const void* pointer)
 }
 
 /// A journal entry.
-std::string Call(const char* interfaceName, int slot, const std::string& arguments = {});
-/// What stands between the brackets of a journal entry.
+std::string Call(const PluginOperation& operation, const std::string& arguments = {});
+/// The arguments in a journal entry.
 std::string ArgumentsOf(const std::string& journalEntry);
 
 } // namespace OrlindexTest

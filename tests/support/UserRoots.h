@@ -10,8 +10,8 @@
 
 namespace OrlindexTest {
 
-/// The root certificates that this user trusts, which all tests share: for suites whose name starts with `Machine`. A
-/// change is seen by others when this object has ended.
+/// The root certificates that this user trusts. All tests share them, so this is for suites whose name starts with
+/// `Machine`. Other processes see a change when this object is destroyed.
 class UserRoots
 {
 public:

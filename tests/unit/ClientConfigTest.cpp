@@ -12,7 +12,7 @@ using Kestrany::IdentityServices::ParseClientConfig;
 
 namespace {
 
-/// Reads a document that must be one.
+/// Parses a valid document.
 ClientConfigValues ReadDocument(const std::string& json)
 {
     const auto values = ParseClientConfig(json).values;
@@ -85,7 +85,7 @@ TEST(ClientConfigDocument, AKeyOfAWrongTypeReadsAsMissing)
         EXPECT_FALSE(ReadServer(R"("supportBothLocalAndAdmin": )" + value).supportBothLocalAndAdmin) << value;
 }
 
-TEST(ClientConfigDocument, AKeyOfAWrongTypeDoesNotSpoilTheOthers)
+TEST(ClientConfigDocument, AKeyOfAWrongTypeDoesNotAffectTheOthers)
 {
     const ClientConfigValues values =
         ReadServer(R"("bundleId": [], "searchPaths": "s", "supportBothLocalAndAdmin": true)");
@@ -93,7 +93,7 @@ TEST(ClientConfigDocument, AKeyOfAWrongTypeDoesNotSpoilTheOthers)
     EXPECT_TRUE(values.supportBothLocalAndAdmin);
 }
 
-TEST(ClientConfigDocument, ANumberTooLargeDoesNotSpoilTheOthers)
+TEST(ClientConfigDocument, ANumberTooLargeDoesNotAffectTheOthers)
 {
     for (const std::string number : {"1e999", "-1e999", "1e-999"})
     {

@@ -1,5 +1,5 @@
-// Hosts call from many threads. What the portable logic shares between them (statics, the locale, the flags of stdout)
-// is used here by all at once; the thread sanitizer judges, and so do the results.
+// Hosts call from many threads. Here all of them use at once what the portable logic shares (statics, the locale, the
+// flags of stdout); the thread sanitizer checks it, and the tests check the results.
 
 #include <atomic>
 #include <functional>
@@ -27,7 +27,7 @@ namespace {
 constexpr int Threads = 8;
 constexpr int Rounds = 200;
 
-/// Whether `step` answers true in every round of every thread, all of which begin together.
+/// Whether `step` returns true in every round of every thread. All threads begin at the same time.
 bool HoldsInEveryThread(const std::function<bool(int thread)>& step)
 {
     std::atomic<int> ready{0};
@@ -35,7 +35,8 @@ bool HoldsInEveryThread(const std::function<bool(int thread)>& step)
     const auto run = [&](int thread) {
         for (++ready; ready < Threads;)
             std::this_thread::yield();
-        int failed = 0; // Of its own: an atomic used in each round would order the threads, and hide their races.
+        int failed =
+            0; // A local variable: an atomic that each round uses would order the threads and hide their races.
         for (int round = 0; round < Rounds; ++round)
             failed += step(thread) ? 0 : 1;
         failures += failed;

@@ -65,7 +65,7 @@ std::wstring Units(std::initializer_list<unsigned> units)
     return text;
 }
 
-/// What a buffer of that kind holds after one line, on a stream that stays good.
+/// What a buffer of this kind contains after one line. Expects that the stream stays good.
 std::wstring Echoed(const std::wstring& line, bool (*accepts)(wchar_t) = IsAscii)
 {
     PickyBuffer buffer(accepts);
@@ -79,7 +79,7 @@ const std::wstring face = Units({0xD83D, 0xDE00}); // U+1F600
 
 } // namespace
 
-TEST(StreamEcho, ALineIsWrittenAndFlushed)
+TEST(ConsoleStream, ALineIsWrittenAndFlushed)
 {
     PickyBuffer buffer(IsAscii);
     std::wostream stream(&buffer);
@@ -88,17 +88,17 @@ TEST(StreamEcho, ALineIsWrittenAndFlushed)
     EXPECT_EQ(buffer.Syncs(), 1);
 }
 
-TEST(StreamEcho, AnEmptyLineIsALine)
+TEST(ConsoleStream, AnEmptyLineIsALine)
 {
     EXPECT_EQ(Echoed(L""), L"\n");
 }
 
-TEST(StreamEcho, ACharacterThatTheStreamRefusesAppearsAsItsCodePoint)
+TEST(ConsoleStream, ACharacterThatTheStreamRefusesAppearsAsItsCodePoint)
 {
     EXPECT_EQ(Echoed(L"C:\\\u4E2D\u00E4\\x.dll"), L"C:\\<U+4E2D><U+00E4>\\x.dll\n");
 }
 
-TEST(StreamEcho, TheStreamStaysUsableForItsOwner)
+TEST(ConsoleStream, TheStreamStaysUsableForItsOwner)
 {
     PickyBuffer buffer(IsAscii);
     std::wostream stream(&buffer);
@@ -108,25 +108,25 @@ TEST(StreamEcho, TheStreamStaysUsableForItsOwner)
     EXPECT_EQ(buffer.Kept(), L"<U+4E2D>\nhost 7");
 }
 
-TEST(StreamEcho, ACharacterOfTwoUnitsAppearsAsOneCodePoint)
+TEST(ConsoleStream, ACharacterOfTwoUnitsAppearsAsOneCodePoint)
 {
     EXPECT_EQ(Echoed(L"<" + face + L">"), L"<<U+1F600>>\n");
     EXPECT_EQ(Echoed(Units({0xD800, 0xDC00})), L"<U+10000>\n");
     EXPECT_EQ(Echoed(Units({0xDBFF, 0xDFFF})), L"<U+10FFFF>\n");
 }
 
-TEST(StreamEcho, ACharacterOfTwoUnitsThatTheStreamTakesIsWrittenAsItIs)
+TEST(ConsoleStream, ACharacterOfTwoUnitsThatTheStreamTakesIsWrittenAsItIs)
 {
     EXPECT_EQ(Echoed(L"<" + face + L">", IsAny), L"<" + face + L">\n");
 }
 
-TEST(StreamEcho, ACharacterWhoseSecondUnitIsRefusedIsNotLost)
+TEST(ConsoleStream, ACharacterWhoseSecondUnitIsRefusedIsNotLost)
 {
     const auto takesFirstUnits = [](wchar_t character) { return character < 0xDC00; };
     EXPECT_EQ(Echoed(face + L"x", takesFirstUnits), face.substr(0, 1) + L"<U+1F600>x\n");
 }
 
-TEST(StreamEcho, UnitsWithoutPartnerAppearAsTheyAre)
+TEST(ConsoleStream, UnitsWithoutPartnerAppearAsTheyAre)
 {
     EXPECT_EQ(Echoed(Units({0xD83D})), L"<U+D83D>\n") << "at the end";
     EXPECT_EQ(Echoed(Units({0xD83D, 'x'})), L"<U+D83D>x\n");
@@ -135,12 +135,12 @@ TEST(StreamEcho, UnitsWithoutPartnerAppearAsTheyAre)
     EXPECT_EQ(Echoed(Units({0xD83D, 0xD83D, 0xDE00})), L"<U+D83D><U+1F600>\n");
 }
 
-TEST(StreamEcho, AStreamThatRefusesEverythingStaysGood)
+TEST(ConsoleStream, AStreamThatRefusesEverythingStaysGood)
 {
     EXPECT_EQ(Echoed(L"lost " + face, [](wchar_t) { return false; }), L"");
 }
 
-TEST(StreamEcho, AStreamThatFailedBeforeGetsTheLineAndStaysFailed)
+TEST(ConsoleStream, AStreamThatFailedBeforeGetsTheLineAndStaysFailed)
 {
     PickyBuffer buffer(IsAscii);
     std::wostream stream(&buffer);
@@ -150,7 +150,7 @@ TEST(StreamEcho, AStreamThatFailedBeforeGetsTheLineAndStaysFailed)
     EXPECT_EQ(stream.rdstate(), std::ios::failbit);
 }
 
-TEST(StreamEcho, AStreamThatThrowsOnFailureDoesNotThrow)
+TEST(ConsoleStream, AStreamThatThrowsOnFailureDoesNotThrow)
 {
     PickyBuffer buffer(IsAscii);
     std::wostream stream(&buffer);
@@ -159,7 +159,7 @@ TEST(StreamEcho, AStreamThatThrowsOnFailureDoesNotThrow)
     EXPECT_EQ(buffer.Kept(), L"<U+4E2D>\n");
 }
 
-TEST(StreamEcho, FormattingOfTheStreamNeitherAppliesNorChanges)
+TEST(ConsoleStream, FormattingOfTheStreamNeitherAppliesNorChanges)
 {
     std::wostringstream stream;
     stream.width(20);
@@ -169,7 +169,7 @@ TEST(StreamEcho, FormattingOfTheStreamNeitherAppliesNorChanges)
     EXPECT_EQ(stream.width(), 20);
 }
 
-TEST(StreamEcho, AStreamWithoutBufferIsLeftAlone)
+TEST(ConsoleStream, AStreamWithoutBufferIsLeftAlone)
 {
     std::wostream stream(nullptr);
     const auto state = stream.rdstate();

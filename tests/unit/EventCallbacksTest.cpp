@@ -1,5 +1,5 @@
-// The registry of event callbacks: what a callback may do to it while an event is delivered. Under the sanitizers a use
-// of what was freed ends the test.
+// The registry of event callbacks: what a callback may do to it while an event is delivered. The sanitizers detect a
+// use after free.
 
 #include "api/EventCallbacks.h"
 
@@ -18,7 +18,7 @@ namespace {
 using Kestrany::IdentityServices::EventCallbacks;
 using testing::ElementsAre;
 
-/// What was called, in order: the callback's name, the event code and the user value.
+/// The calls in order: the callback's name, the event code and the user value.
 std::vector<std::string> calls;
 /// What a callback does when it is called.
 std::map<char, std::function<void()>> actions;
@@ -110,7 +110,7 @@ TEST_F(EventRegistry, ACallbackThatIsRemovedAndAddedAgainIsCalledFromTheNextEven
 
 TEST_F(EventRegistry, AnotherUserValueHoldsAtOnce)
 {
-    // The host may have freed what the value before pointed at.
+    // The host may have freed the target of the earlier value.
     std::string before = "before";
     std::string after = "after";
     registry.Add(a, nullptr);
@@ -182,7 +182,7 @@ TEST_F(EventRegistry, ManyChangesDuringADeliveryAreSurvived)
     actions['a'] = [&] {
         for (int i = 0; i < 500; ++i)
         {
-            // Not called: they go before the next event.
+            // Not called: they are removed before the next event.
             const auto other = reinterpret_cast<talix_event_callback>(static_cast<std::uintptr_t>(0x1000 + i));
             registry.Add(other, nullptr);
             if (i % 7 == 0)

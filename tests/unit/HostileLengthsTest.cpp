@@ -1,4 +1,4 @@
-// Lengths and counts that no sensible file has: read whole or refused, in passing time and on an ordinary stack.
+// Lengths and counts that no sensible file has: parsed completely or refused, in short time and on an ordinary stack.
 
 #include <gtest/gtest.h>
 #include <sstream>
@@ -19,7 +19,7 @@ using namespace Kestrany::IdentityServices;
 namespace {
 
 constexpr std::size_t million = 1000 * 1000;
-constexpr std::size_t many = 50 * 1000; ///< Of parts, whose tests are slower under a sanitizer.
+constexpr std::size_t many = 50 * 1000; ///< Number of parts; their tests are slower under a sanitizer.
 
 std::string Repeated(const std::string& text, std::size_t count)
 {
@@ -157,7 +157,7 @@ TEST(HostileLengths, ManyNumbersOutOfRangeTakeNoTime)
 
 TEST(HostileLengths, AdjacentCommentsHideNoNumber)
 {
-    // The reader would take its value: only the limit changes it.
+    // Without the limit the parser would accept this value.
     const std::string number = '1' + std::string(1000, '0') + "e-990";
     for (const std::string comments : {"", "/**//**/", "/***//* */", "/*/*//**/", "/**//*\n*/", "/**/ /**//**/"})
     {

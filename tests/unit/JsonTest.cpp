@@ -1,4 +1,4 @@
-// Parsing JSON that anybody may have written.
+// Parsing JSON from any source.
 
 #include <gtest/gtest.h>
 #include <string>

@@ -56,7 +56,7 @@ Expansion Expand(const std::wstring& text)
     return expansion;
 }
 
-/// The same by the standard library's engine, which is right but recurses once a character.
+/// The same by the standard library's regular expressions, which are right but recurse for each character.
 Expansion ExpandByPattern(const std::wstring& text)
 {
     const std::wregex pattern(L"%.*?%");

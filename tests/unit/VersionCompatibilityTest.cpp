@@ -37,7 +37,7 @@ struct Reading
     std::vector<EntryDefect> defects;
 };
 
-/// Stands in for the platform's conversion, which the portable logic does not know.
+/// Replaces the platform's conversion, which is not part of the portable logic.
 std::wstring WidenAscii(const std::string& text)
 {
     return std::wstring(text.begin(), text.end());
@@ -66,7 +66,7 @@ Reading ReadElements(const std::string& elements, bool wow64 = false)
     return ReadDocument(R"({"ssoClientPlugin": [)" + elements + "]}", wow64);
 }
 
-/// Reads an element beside a sound one, which must count whatever is wrong with the other.
+/// Parses an element beside a valid one, which must count whatever is wrong with the other.
 EntryDefect DefectOf(const std::string& element)
 {
     const Reading reading = ReadElements(element + ", " + sound);

@@ -1,4 +1,4 @@
-// Which versions of the library a plugin build serves, and which build is chosen.
+// Which versions of the library a plugin build supports, and which build is chosen.
 
 #include <gtest/gtest.h>
 #include <string>

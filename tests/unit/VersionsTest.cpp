@@ -191,7 +191,7 @@ TEST(CompareVersions, AZeroByteIsAByteLikeOthers)
     EXPECT_EQ(CompareVersions({"1"}, {std::string("1\0", 2)}), -1);
 }
 
-TEST(CompareVersions, SwappedArgumentsGiveTheOppositeAnswer)
+TEST(CompareVersions, SwappedArgumentsGiveTheOppositeResult)
 {
     std::mt19937 random(20240611);
     const std::string alphabet = "0129aAzZ.+- \xC3";

@@ -366,7 +366,7 @@ std::optional<Scenario> ReadScenario(const std::string& contents, const std::str
         problem = file + ":1:1: not valid JSON: a second byte order mark";
         return std::nullopt;
     }
-    const JsonDocument document = ParseJson(text, JsonSyntax::Strict);
+    const ParsedJson document = ParseJson(text, JsonSyntax::Strict);
     if (!document.root)
     {
         problem = SyntaxProblem(file, document.error);

@@ -1,4 +1,4 @@
-# Compares the virtual tables that a compiler lays out under a target's rules with the reviewed table of slots.
+# Compares the virtual tables that a compiler lays out under a target's rules with the reviewed table of slots, Slots.h.
 #
 #     cmake -DCOMPILER=<clang> -DTRIPLE=<triple> -DSOURCE_ROOT=<folder> -P CheckSlots.cmake
 #
@@ -13,7 +13,22 @@ execute_process(
         "-I${SOURCE_ROOT}/src" "-I${SOURCE_ROOT}/include" -DORLINDEX_BUILDING_LIBRARY -Xclang -fdump-vtable-layouts
         -S -o - "${here}/Interfaces.cpp"
     OUTPUT_VARIABLE dump COMMAND_ERROR_IS_FATAL ANY)
-file(STRINGS "${here}/slots.txt" reviewed)
+set(operation "PluginOperation ([A-Za-z0-9]+){\"([A-Za-z]+)\", ([0-9]+), \"(~?[A-Za-z0-9]+)\"}")
+file(STRINGS "${SOURCE_ROOT}/tests/plugin/Slots.h" lines REGEX "${operation}")
+set(reviewed "")
+foreach(line IN LISTS lines)
+    string(REGEX MATCH "${operation}" line "${line}")
+    set(constant "${CMAKE_MATCH_1}")
+    set(name "${CMAKE_MATCH_4}")
+    list(APPEND reviewed "${CMAKE_MATCH_2} ${CMAKE_MATCH_3} ${name}")
+    if(NOT name STREQUAL constant AND NOT name MATCHES "^~")
+        message(SEND_ERROR "the constant ${constant} has the name ${name}")
+    endif()
+endforeach()
+list(LENGTH reviewed count)
+if(count LESS 100)
+    message(FATAL_ERROR "only ${count} slots were recognised in Slots.h")
+endif()
 
 if(TRIPLE MATCHES "msvc")
     set(firstSlot 1) # The entry before it is the type's description.
@@ -48,7 +63,7 @@ foreach(line IN LISTS missing)
     message(SEND_ERROR "not at its slot: ${line}")
 endforeach()
 
-# Destructors show up a second time in lists that count from the first slot.
+# The dump lists destructors a second time, with numbers that count from the first slot.
 set(new ${found})
 list(REMOVE_ITEM new ${reviewed})
 list(FILTER new EXCLUDE REGEX " ~")

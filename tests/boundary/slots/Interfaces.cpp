@@ -12,7 +12,7 @@
 
 using namespace Kestrany::IdentityServices;
 
-/// Its constructor needs the table; nothing needs to be implemented for that.
+/// The constructor needs the table, so the compiler lays it out without any implementation.
 template <class Interface>
 struct TableOf : Interface
 {

@@ -1,5 +1,5 @@
 // Calls every function of the flat interface once through the C# declarations of docs/getting-started.md, against
-// StandIn.c: each argument must arrive, and each answer come back, as it was meant.
+// StandIn.c: each argument and each result must arrive unchanged.
 
 using System;
 using System.Runtime.InteropServices;
@@ -22,7 +22,7 @@ internal static class Calls
 
     private static void Check(string what, talix_status_code code)
     {
-        Check(what + " answered " + (int)code, code == talix_status_code.IdSuccess);
+        Check(what + " returned " + (int)code, code == talix_status_code.IdSuccess);
     }
 
     private static void OnEvent(int event_code, int status, IntPtr user_value)

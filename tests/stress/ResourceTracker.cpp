@@ -1,4 +1,4 @@
-#include "Ledger.h"
+#include "ResourceTracker.h"
 
 #include <algorithm>
 #include <iterator>
@@ -20,14 +20,14 @@ enum Outcome
     HandleIsSuccess
 };
 
-constexpr int Returned = -1; ///< The thing is the function's result.
+constexpr int Returned = -1; ///< The resource is the function's result.
 
-/// How a thing is acquired and given back; given back, it is always the first argument.
+/// How a resource is acquired and released. It is always the first argument of the releasing function.
 struct Rule
 {
     const char* acquiredBy;
     Outcome outcome;
-    int place; ///< Index of the argument that points to the thing, or Returned.
+    int place; ///< Index of the argument that points to the resource, or Returned.
     const char* releasedBy;
 };
 
@@ -64,7 +64,7 @@ bool Succeeded(Outcome outcome, Word result)
     return false;
 }
 
-/// Keeps the caller's last error over what is done in between.
+/// Restores the caller's last error on destruction.
 class LastErrorKept
 {
 public:
@@ -79,7 +79,7 @@ private:
 
 } // namespace
 
-void Ledger::BeforeCall(const std::string& function, const WordArguments& arguments)
+void ResourceTracker::BeforeCall(const std::string& function, const WordArguments& arguments)
 {
     const LastErrorKept kept;
     if (function == VerifyTrust)
@@ -94,7 +94,7 @@ void Ledger::BeforeCall(const std::string& function, const WordArguments& argume
         Remove(function, arguments[0]);
 }
 
-void Ledger::AfterCall(const std::string& function, const WordArguments& arguments, Word result)
+void ResourceTracker::AfterCall(const std::string& function, const WordArguments& arguments, Word result)
 {
     const LastErrorKept kept;
     if (function == VerifyTrust)
@@ -120,7 +120,7 @@ void Ledger::AfterCall(const std::string& function, const WordArguments& argumen
     }
 }
 
-std::vector<std::string> Ledger::Held() const
+std::vector<std::string> ResourceTracker::Held() const
 {
     const std::lock_guard<std::mutex> guard(mutex_);
     std::vector<std::string> functions;
@@ -130,13 +130,13 @@ std::vector<std::string> Ledger::Held() const
     return functions;
 }
 
-void Ledger::Add(const char* acquiredBy, const char* releasedBy, Word thing)
+void ResourceTracker::Add(const char* acquiredBy, const char* releasedBy, Word thing)
 {
     const std::lock_guard<std::mutex> guard(mutex_);
     held_.emplace(Key(releasedBy, thing), acquiredBy);
 }
 
-void Ledger::Remove(const std::string& releasedBy, Word thing)
+void ResourceTracker::Remove(const std::string& releasedBy, Word thing)
 {
     const std::lock_guard<std::mutex> guard(mutex_);
     const auto found = held_.find(Key(releasedBy, thing));

@@ -1,11 +1,11 @@
-#ifndef ORLINDEX_STRESS_EFFORT_H
-#define ORLINDEX_STRESS_EFFORT_H
+#ifndef ORLINDEX_STRESS_TESTSCALE_H
+#define ORLINDEX_STRESS_TESTSCALE_H
 
 #include "support/Count.h"
 
 namespace OrlindexTest {
 
-/// Whether the long form of the tests was asked for (ORLINDEX_LONG=1, which scripts/test.sh --long sets).
+/// Whether the tests run in their long form (ORLINDEX_LONG=1, which scripts/test.sh --long sets).
 bool LongForm();
 
 template <typename Value>

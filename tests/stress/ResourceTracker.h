@@ -1,5 +1,5 @@
-#ifndef ORLINDEX_STRESS_LEDGER_H
-#define ORLINDEX_STRESS_LEDGER_H
+#ifndef ORLINDEX_STRESS_RESOURCETRACKER_H
+#define ORLINDEX_STRESS_RESOURCETRACKER_H
 
 #include <array>
 #include <cstdint>
@@ -14,23 +14,23 @@ namespace OrlindexTest {
 using Word = std::uintptr_t;
 using WordArguments = std::array<Word, 12>;
 
-/// What the library acquired from the platform and has not given back: handles, keys, modules, memory of the platform,
-/// critical sections, verification states. Exact where a count of the process's handles also holds the platform's own.
-class Ledger
+/// Tracks what the library acquired from the platform and did not release: handles, keys, modules, memory of the
+/// platform, critical sections, WinTrust sessions. A count of the process's handles would include the platform's own.
+class ResourceTracker
 {
 public:
-    /// A thing counts as given back when the library says so, whatever the platform answers.
+    /// A resource counts as released when the library releases it, even if the platform reports a failure.
     void BeforeCall(const std::string& function, const WordArguments& arguments);
     void AfterCall(const std::string& function, const WordArguments& arguments, Word result);
 
-    /// The functions by which things were acquired that are still held, each once a thing.
+    /// The functions that acquired what is not released, once for each resource.
     std::vector<std::string> Held() const;
 
 private:
     void Add(const char* acquiredBy, const char* releasedBy, Word thing);
     void Remove(const std::string& releasedBy, Word thing);
 
-    using Key = std::pair<std::string, Word>; ///< The function that gives it back, and what it is given.
+    using Key = std::pair<std::string, Word>; ///< The releasing function and its argument.
 
     mutable std::mutex mutex_;
     std::multimap<Key, std::string> held_;

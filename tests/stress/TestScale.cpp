@@ -1,4 +1,4 @@
-#include "Effort.h"
+#include "TestScale.h"
 
 #include <cstdlib>
 #include <string_view>

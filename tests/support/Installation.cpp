@@ -1,4 +1,4 @@
-#include "Site.h"
+#include "Installation.h"
 
 #include <cstring>
 #include <stdexcept>
@@ -11,24 +11,24 @@ namespace OrlindexTest {
 
 namespace fs = std::filesystem;
 
-Site::Site() : surroundings_(Surroundings())
+Installation::Installation() : environment_(Environment())
 {
     fs::create_directory(ServerFolder());
 }
 
-fs::path Site::MakeFolder(const fs::path& name) const
+fs::path Installation::MakeFolder(const fs::path& name) const
 {
-    fs::create_directories(surroundings_.root / name);
-    return surroundings_.root / name;
+    fs::create_directories(environment_.root / name);
+    return environment_.root / name;
 }
 
-void Site::Install(const std::string& plugin) const
+void Installation::Install(const std::string& plugin) const
 {
     InstallWithoutPlugin();
     CopyPlugin(plugin, PluginFile());
 }
 
-void Site::InstallWithoutPlugin() const
+void Installation::InstallWithoutPlugin() const
 {
     WriteClientConfig(R"({"ssoServer": {"bundleId": "com.kestrany.test", "searchPaths": ")" + JsonPath(ServerFolder()) +
                       R"("}})");
@@ -36,17 +36,17 @@ void Site::InstallWithoutPlugin() const
     WriteCompatibilityFile({CompatibilityEntry{"%SSOServerAppPath%\\PellwickClient.dll"}});
 }
 
-void Site::WriteClientConfig(const std::string& json) const
+void Installation::WriteClientConfig(const std::string& json) const
 {
     WriteFile(ClientConfigFile(), json);
 }
 
-void Site::WriteCompatibilityFile(const std::string& json) const
+void Installation::WriteCompatibilityFile(const std::string& json) const
 {
     WriteFile(CompatibilityFile(), json);
 }
 
-void Site::WriteCompatibilityFile(const std::vector<CompatibilityEntry>& entries) const
+void Installation::WriteCompatibilityFile(const std::vector<CompatibilityEntry>& entries) const
 {
     std::string elements;
     for (const CompatibilityEntry& entry : entries)
@@ -59,19 +59,19 @@ void Site::WriteCompatibilityFile(const std::vector<CompatibilityEntry>& entries
     WriteCompatibilityFile(R"({"ssoClientPlugin": [)" + elements + "]}");
 }
 
-void Site::InstallServerApplication(const fs::path& folder) const
+void Installation::InstallServerApplication(const fs::path& folder) const
 {
     WriteFile(folder / "Pellwick.exe", "a file to be found");
 }
 
-void Site::CopyPlugin(const std::string& plugin, const fs::path& file) const
+void Installation::CopyPlugin(const std::string& plugin, const fs::path& file) const
 {
-    fs::copy_file(surroundings_.plugins / (plugin + ".dll"), file, fs::copy_options::overwrite_existing);
+    fs::copy_file(environment_.plugins / (plugin + ".dll"), file, fs::copy_options::overwrite_existing);
 }
 
-std::string Site::RootCertificate(const std::string& name) const
+std::string Installation::RootCertificate(const std::string& name) const
 {
-    return ReadFile(surroundings_.signing / (name + ".der"));
+    return ReadFile(environment_.signing / (name + ".der"));
 }
 
 std::string JsonPath(const fs::path& path)

@@ -1,4 +1,4 @@
-#include "Aftermath.h"
+#include "LeakCheck.h"
 
 #include <array>
 #include <future>
@@ -29,7 +29,7 @@ bool EndsInTime(const std::function<void()>& task, std::chrono::seconds limit)
         thread.detach();
         return false;
     }
-    thread.join(); // A thread that is about to end still holds handles, and enters the library once more.
+    thread.join(); // A thread that is about to end still owns handles, and enters the library once more.
     return true;
 }
 

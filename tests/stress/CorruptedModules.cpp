@@ -1,4 +1,4 @@
-#include "SpoiltModules.h"
+#include "CorruptedModules.h"
 
 #include <algorithm>
 #include <cstring>
@@ -10,7 +10,7 @@ namespace OrlindexTest {
 
 namespace {
 
-/// The parts of a module file that say where its sections and its signature lie.
+/// The parts of a module file that locate its sections and its signature.
 class ModuleFile
 {
 public:
@@ -40,7 +40,7 @@ public:
         return boundaries;
     }
 
-    /// For the table of certificates this is a place in the file.
+    /// For the certificate table the address is a file offset.
     IMAGE_DATA_DIRECTORY Certificates() const
     {
         return headers_.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_SECURITY];
@@ -65,34 +65,34 @@ std::string Data(std::size_t size)
     return std::string(size, '\xA5');
 }
 
-SpoiltModule WithTable(const ModuleFile& good, const std::string& name, std::size_t place, std::size_t size)
+CorruptedModule WithTable(const ModuleFile& good, const std::string& name, std::size_t place, std::size_t size)
 {
-    ModuleFile spoilt = good;
-    spoilt.SetCertificates(place, size);
-    return {name, spoilt.Bytes()};
+    ModuleFile corrupted = good;
+    corrupted.SetCertificates(place, size);
+    return {name, corrupted.Bytes()};
 }
 
 } // namespace
 
-std::vector<SpoiltModule> WithFlippedBytes(const std::string& module, int count, std::uint32_t seed)
+std::vector<CorruptedModule> WithFlippedBytes(const std::string& module, int count, std::uint32_t seed)
 {
     std::mt19937 random(seed);
-    std::vector<SpoiltModule> spoilt;
+    std::vector<CorruptedModule> corrupted;
     for (int i = 0; i < count; ++i)
     {
-        // By hand: the distributions of the standard library differ from one to the next.
+        // Not a distribution of the standard library: each implementation has another one.
         const std::size_t begin = module.size() * static_cast<std::size_t>(i) / static_cast<std::size_t>(count);
         const std::size_t end = module.size() * static_cast<std::size_t>(i + 1) / static_cast<std::size_t>(count);
         const std::size_t place = begin + random() % (end - begin);
         const unsigned bit = random() % 8;
         std::string bytes = module;
         bytes[place] = static_cast<char>(bytes[place] ^ (1 << bit));
-        spoilt.push_back({"bit " + std::to_string(bit) + " flipped at " + std::to_string(place), bytes});
+        corrupted.push_back({"bit " + std::to_string(bit) + " flipped at " + std::to_string(place), bytes});
     }
-    return spoilt;
+    return corrupted;
 }
 
-std::vector<SpoiltModule> CutOff(const std::string& module)
+std::vector<CorruptedModule> CutOff(const std::string& module)
 {
     std::vector<std::size_t> places = ModuleFile(module).SectionBoundaries();
     for (std::size_t part = 0; part < 16; ++part)
@@ -100,41 +100,41 @@ std::vector<SpoiltModule> CutOff(const std::string& module)
     places.push_back(module.size() - 1);
     std::sort(places.begin(), places.end());
     places.erase(std::unique(places.begin(), places.end()), places.end());
-    std::vector<SpoiltModule> spoilt;
+    std::vector<CorruptedModule> corrupted;
     for (const std::size_t place : places)
-        spoilt.push_back({"cut off at " + std::to_string(place), module.substr(0, place)});
-    return spoilt;
+        corrupted.push_back({"cut off at " + std::to_string(place), module.substr(0, place)});
+    return corrupted;
 }
 
-std::vector<SpoiltModule> WithAppendedData(const std::string& module)
+std::vector<CorruptedModule> WithAppendedData(const std::string& module)
 {
     const ModuleFile good(module);
     const IMAGE_DATA_DIRECTORY table = good.Certificates();
-    std::vector<SpoiltModule> spoilt;
+    std::vector<CorruptedModule> corrupted;
     for (const std::size_t size : {1, 7, 8, 4096, 100001})
     {
         const std::string length = std::to_string(size) + " bytes ";
-        spoilt.push_back({length + "behind the file", module + Data(size)});
+        corrupted.push_back({length + "behind the file", module + Data(size)});
         ModuleFile inside(module + Data(size));
         inside.SetCertificates(table.VirtualAddress, table.Size + size);
-        spoilt.push_back({length + "behind the signature, in its table", inside.Bytes()});
+        corrupted.push_back({length + "behind the signature, in its table", inside.Bytes()});
         // Within the one certificate too, as its own length says.
         const auto grown = static_cast<DWORD>(table.Size + size);
         std::memcpy(&inside.Bytes()[table.VirtualAddress], &grown, sizeof grown);
-        spoilt.push_back({length + "within the certificate", inside.Bytes()});
-        spoilt.push_back(
+        corrupted.push_back({length + "within the certificate", inside.Bytes()});
+        corrupted.push_back(
             {length + "before the certificate", std::string(module).insert(table.VirtualAddress, Data(size))});
     }
-    return spoilt;
+    return corrupted;
 }
 
-std::vector<SpoiltModule> WithOtherCertificateTables(const std::string& module)
+std::vector<CorruptedModule> WithOtherCertificateTables(const std::string& module)
 {
     const ModuleFile good(module);
     const IMAGE_DATA_DIRECTORY table = good.Certificates();
     const std::size_t place = table.VirtualAddress;
     const std::size_t size = table.Size;
-    std::vector<SpoiltModule> spoilt = {
+    std::vector<CorruptedModule> corrupted = {
         WithTable(good, "table at the end of the file", module.size(), size),
         WithTable(good, "table beyond the file", module.size() + 4096, size),
         WithTable(good, "table beyond 4 GB", 0xFFFFFFF0, size),
@@ -151,17 +151,17 @@ std::vector<SpoiltModule> WithOtherCertificateTables(const std::string& module)
 
     ModuleFile twice(module + module.substr(place, size));
     twice.SetCertificates(place, 2 * size);
-    spoilt.push_back({"the certificate twice", twice.Bytes()});
+    corrupted.push_back({"the certificate twice", twice.Bytes()});
     for (const DWORD length : {DWORD{0}, DWORD{7}, DWORD{9}, DWORD{0x7FFFFFFF}, DWORD{0xFFFFFFFF}})
     {
         std::string bytes = module;
         std::memcpy(&bytes[place], &length, sizeof length);
-        spoilt.push_back({"certificate of length " + std::to_string(length), bytes});
+        corrupted.push_back({"certificate of length " + std::to_string(length), bytes});
     }
     std::string otherKind = module;
     otherKind[place + 6] = 1; // A certificate instead of a signature.
-    spoilt.push_back({"certificate of another kind", otherKind});
-    return spoilt;
+    corrupted.push_back({"certificate of another kind", otherKind});
+    return corrupted;
 }
 
 } // namespace OrlindexTest

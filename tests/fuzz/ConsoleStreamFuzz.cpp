@@ -1,4 +1,4 @@
-// Lines of any units, written to streams that take some of them: what arrives decodes to what was written.
+// Lines of any units, written to streams that accept some of them: the output decodes to what was written.
 
 #include <algorithm>
 #include <cstdint>
@@ -18,7 +18,7 @@ using OrlindexTest::Require;
 
 namespace {
 
-/// Takes the units below a limit.
+/// Accepts the units below a limit.
 class LimitedBuffer : public std::wstreambuf
 {
 public:
@@ -41,7 +41,7 @@ private:
     std::wstring kept_;
 };
 
-/// '<' begins an escape, so that lines here hold none.
+/// '<' begins an escape, so lines here do not contain it.
 std::wstring MakeLine(ByteReader& bytes)
 {
     static constexpr unsigned edges[] = {0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0xFFFD, 0x7F, 0x80, 0xD83D};
@@ -78,7 +78,7 @@ std::u32string Decode(const std::wstring& text)
     return decoded;
 }
 
-/// The same of a text in which some code points are escaped, as <U+4E2D>.
+/// The same for a text with escaped code points such as <U+4E2D>.
 std::u32string DecodeEscaped(const std::wstring& text)
 {
     std::u32string decoded;

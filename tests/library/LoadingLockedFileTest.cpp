@@ -1,15 +1,13 @@
-// The module's file is held from before its verification, and a module of which nobody can say which file it is, is not
-// kept.
+// The module's file is locked before its verification. A module is unloaded if its file cannot be identified.
 
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "LoadingSupport.h"
-#include "TrustDoubles.h"
 #include "support/Count.h"
-#include "support/FileImports.h"
 #include "support/Handle.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
@@ -18,17 +16,9 @@ using testing::SizeIs;
 
 namespace {
 
-struct QueryFileImport
-{
-    static constexpr char Name[] = "NtQueryInformationFile";
-    using Type = LONG(HANDLE, void*, void*, ULONG, int);
-};
-
-using QueryFileDouble = ImportDouble<QueryFileImport>;
-
 constexpr auto NoResources = static_cast<LONG>(0xC000009A);
 
-/// What the system answers to one who tries to write a file.
+/// The system's result for an attempt to write a file.
 DWORD TryToWrite(const std::filesystem::path& file)
 {
     const Handle opened(CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
@@ -36,7 +26,7 @@ DWORD TryToWrite(const std::filesystem::path& file)
     return opened.get() == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
 }
 
-/// The same to one who tries to put the file aside; where that works, it is put back.
+/// The same for an attempt to rename the file; if that works, the name is restored.
 DWORD TryToReplace(const std::filesystem::path& file)
 {
     const std::filesystem::path aside = file.native() + L".aside";
@@ -48,14 +38,14 @@ DWORD TryToReplace(const std::filesystem::path& file)
 
 } // namespace
 
-class LoadingHeldFile : public Loading
+class LoadingLockedFile : public Loading
 {
 protected:
-    /// The held file is the first that is asked for its own path.
-    static FinalPathDouble::Behaviour OtherPathForTheMappedFile()
+    /// The first file that is asked for its final path is the locked one, the second the mapped one.
+    static GetFinalPathNameByHandleDouble::Behaviour OtherPathForTheMappedFile()
     {
         return [first = true](HANDLE file, LPWSTR path, DWORD size, DWORD form) mutable {
-            const DWORD length = FinalPathDouble::Original(file, path, size, form);
+            const DWORD length = GetFinalPathNameByHandleDouble::Original(file, path, size, form);
             if (!std::exchange(first, false) && length < size)
                 path[length - 1] = L'_';
             return length;
@@ -65,26 +55,26 @@ protected:
     void ExpectRefusedAsAnotherFile()
     {
         EXPECT_EQ(FailedStart(), LoadFailure(File(), ERROR_FILE_INVALID));
-        EXPECT_FALSE(IsLoaded(site.PluginFile()));
+        EXPECT_FALSE(IsLoaded(installation.PluginFile()));
     }
 };
 
-TEST_F(LoadingHeldFile, NobodyCanWriteOrReplaceTheFileJustBeforeOrAfterItsVerification)
+TEST_F(LoadingLockedFile, NobodyCanWriteOrReplaceTheFileJustBeforeOrAfterItsVerification)
 {
-    site.Install();
+    installation.Install();
     std::vector<DWORD> attempts;
     const auto attack = [&] {
-        attempts.push_back(TryToWrite(site.PluginFile()));
-        attempts.push_back(TryToReplace(site.PluginFile()));
+        attempts.push_back(TryToWrite(installation.PluginFile()));
+        attempts.push_back(TryToReplace(installation.PluginFile()));
     };
     const WinVerifyTrustDouble verification([&](HWND window, GUID* action, LPVOID data) {
         const bool verifies = static_cast<const WINTRUST_DATA*>(data)->dwStateAction == WTD_STATEACTION_VERIFY;
         if (verifies)
             attack();
-        const LONG answer = WinVerifyTrustDouble::Original(window, action, data);
+        const LONG result = WinVerifyTrustDouble::Original(window, action, data);
         if (verifies)
             attack();
-        return answer;
+        return result;
     });
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_THAT(attempts, SizeIs(4));
@@ -92,33 +82,33 @@ TEST_F(LoadingHeldFile, NobodyCanWriteOrReplaceTheFileJustBeforeOrAfterItsVerifi
     PrintCount("attempts to change a module around its verification", static_cast<long long>(attempts.size()));
 }
 
-/// Neither the verified file nor the loaded one is known then, which must not pass for the same.
-TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereTheSystemDoesNotSayWhichFileWasVerified)
+/// Then neither the verified file nor the loaded one is known. That must not count as the same file.
+TEST_F(LoadingLockedFile, AModuleIsNotKeptIfTheSystemDoesNotSayWhichFileWasVerified)
 {
-    site.Install();
-    const QueryFileDouble fail([](HANDLE, void*, void*, ULONG, int) { return NoResources; });
+    installation.Install();
+    const NtQueryInformationFileDouble fail([](HANDLE, void*, void*, ULONG, int) { return NoResources; });
     ExpectRefusedAsAnotherFile();
 }
 
-TEST_F(LoadingHeldFile, AModuleIsKeptWhereItsFileHasAnotherPathOnTheSameVolume)
+TEST_F(LoadingLockedFile, AModuleIsKeptIfItsFileHasAnotherPathOnTheSameVolume)
 {
-    site.Install();
-    const FinalPathDouble another(OtherPathForTheMappedFile());
+    installation.Install();
+    const GetFinalPathNameByHandleDouble another(OtherPathForTheMappedFile());
     int volumes = 0;
-    const FileInformationDouble count([&volumes](HANDLE file, LPBY_HANDLE_FILE_INFORMATION information) {
+    const GetFileInformationByHandleDouble count([&volumes](HANDLE file, LPBY_HANDLE_FILE_INFORMATION information) {
         ++volumes;
-        return FileInformationDouble::Original(file, information);
+        return GetFileInformationByHandleDouble::Original(file, information);
     });
     EXPECT_EQ(IdServicesMgr::Initialize(), IdSuccess);
     EXPECT_EQ(volumes, 2);
 }
 
-TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereAFileOfThatIndexLiesOnAnotherVolume)
+TEST_F(LoadingLockedFile, AModuleIsNotKeptIfTheFileWithItsIndexIsOnAnotherVolume)
 {
-    site.Install();
-    const FinalPathDouble another(OtherPathForTheMappedFile());
+    installation.Install();
+    const GetFinalPathNameByHandleDouble another(OtherPathForTheMappedFile());
     DWORD volume = 0;
-    const FileInformationDouble answer([&volume](HANDLE, LPBY_HANDLE_FILE_INFORMATION information) {
+    const GetFileInformationByHandleDouble volumes([&volume](HANDLE, LPBY_HANDLE_FILE_INFORMATION information) {
         *information = {};
         information->dwVolumeSerialNumber = ++volume;
         return TRUE;
@@ -126,37 +116,38 @@ TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereAFileOfThatIndexLiesOnAnotherVolume
     ExpectRefusedAsAnotherFile();
 }
 
-TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereNeitherPathNorVolumeTell)
+TEST_F(LoadingLockedFile, AModuleIsNotKeptIfNeitherPathNorVolumeIdentifyItsFile)
 {
-    site.Install();
-    const FinalPathDouble another(OtherPathForTheMappedFile());
-    const FileInformationDouble fail([](HANDLE, LPBY_HANDLE_FILE_INFORMATION) {
+    installation.Install();
+    const GetFinalPathNameByHandleDouble another(OtherPathForTheMappedFile());
+    const GetFileInformationByHandleDouble fail([](HANDLE, LPBY_HANDLE_FILE_INFORMATION) {
         SetLastError(ERROR_INVALID_FUNCTION);
         return FALSE;
     });
     ExpectRefusedAsAnotherFile();
 }
 
-TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereTheSystemDoesNotSayWhichFileItWasLoadedFrom)
+TEST_F(LoadingLockedFile, AModuleIsNotKeptIfTheSystemDoesNotSayWhichFileItWasLoadedFrom)
 {
-    site.Install();
-    const QueryMemoryDouble fail([](HANDLE, const void*, int, void*, SIZE_T, SIZE_T*) { return NoResources; });
+    installation.Install();
+    const NtQueryVirtualMemoryDouble fail([](HANDLE, const void*, int, void*, SIZE_T, SIZE_T*) { return NoResources; });
     ExpectRefusedAsAnotherFile();
 }
 
-TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereTheFileThatItWasLoadedFromHasNoName)
+TEST_F(LoadingLockedFile, AModuleIsNotKeptIfTheFileThatItWasLoadedFromHasNoName)
 {
-    site.Install();
-    const QueryMemoryDouble answerNothing([](HANDLE, const void*, int, void*, SIZE_T, SIZE_T*) { return LONG{0}; });
+    installation.Install();
+    const NtQueryVirtualMemoryDouble returnNothing(
+        [](HANDLE, const void*, int, void*, SIZE_T, SIZE_T*) { return LONG{0}; });
     ExpectRefusedAsAnotherFile();
 }
 
-TEST_F(LoadingHeldFile, AModuleIsNotKeptWhereTheFileThatItWasLoadedFromCannotBeOpened)
+TEST_F(LoadingLockedFile, AModuleIsNotKeptIfTheFileThatItWasLoadedFromCannotBeOpened)
 {
-    site.Install();
+    installation.Install();
     const CreateFileDouble refuse([](LPCWSTR path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security,
                                      DWORD disposition, DWORD flags, HANDLE model) {
-        const std::wstring_view mapped = L"\\\\?\\"; // How a file is named that a module was mapped from.
+        const std::wstring_view mapped = L"\\\\?\\"; // The form of the path of a mapped file.
         if (std::wstring_view(path).substr(0, mapped.size()) == mapped)
         {
             SetLastError(ERROR_ACCESS_DENIED);
