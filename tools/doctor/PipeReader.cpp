@@ -85,7 +85,10 @@ PipeReader::~PipeReader()
         return;
     CancelIoEx(readEnd_, &operation_->overlapped);
     if (!operation_->HasEnded(cancelLimit))
-        static_cast<void>(operation_.release()); // The system may still write to it.
+    {
+        // The system may still write to the object, so it is never deleted.
+        [[maybe_unused]] const Operation* const abandoned = operation_.release();
+    }
 }
 
 PipeReader::End PipeReader::ReadUntilEnd(HANDLE process, std::uint64_t milliseconds)

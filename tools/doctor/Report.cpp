@@ -8,7 +8,7 @@
 namespace Orlindex::Doctor {
 namespace {
 
-constexpr std::size_t longestText = 16 * 1024; ///< Bytes. A hostile file may contain a text of millions.
+constexpr std::size_t longestText = std::size_t{16} * 1024; ///< Bytes. A hostile file may contain a text of millions.
 
 std::string Shortened(const std::string& text)
 {
