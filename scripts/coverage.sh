@@ -8,13 +8,12 @@
 #   build/coverage/report/coverage.json   the same data for programs
 #
 # Then compares the lines and branches that did not run with the markers that give their reasons in the sources (see
-# scripts/lib/coverage_markers.py) and with tests/coverage/uncovered.txt, which lists others. No figure includes branches
-# that only exceptions take.
+# scripts/lib/coverage_markers.py). No figure includes branches that only exceptions take.
 #
 #   --report    evaluates the counts of the last run again
 #   --help      prints this text
 #
-# The exit code is 0 if the markers and the list are right, and 1 if they are not or if a test failed.
+# The exit code is 0 if the markers are right, and 1 if they are not or if a test failed.
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -71,5 +70,5 @@ case ${1:-} in
     *) fail "unknown argument: $1" "scripts/coverage.sh --help prints the options" ;;
 esac
 write_report
-python3 "$root/scripts/lib/coverage.py" "$root" "$report/coverage.json" "$root/tests/coverage/uncovered.txt"
+python3 "$root/scripts/lib/coverage.py" "$root" "$report/coverage.json"
 say "Each source with its counts: build/coverage/report/index.html"

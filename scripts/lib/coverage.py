@@ -1,16 +1,9 @@
-"""Prints the coverage of each source and compares what did not run with the markers in the sources, and with a list.
+"""Prints the coverage of each source and compares what did not run with the markers in the sources.
 
-coverage.py ROOT COVERAGE-JSON LIST
+coverage.py ROOT COVERAGE-JSON
 
-A marker stands in the source, beside what it explains: see coverage_markers.py. The list names lines and branches by their text, which says more than a number and stays right if lines move:
-
-    src/load/PluginLoader.cpp
-        line: return nullptr;
-        branch: if (!module)
-        why: The reason for all entries above it.
-
-A text stands for every line of the file with this text. The exit code is 0 if exactly the marked and the
-listed items did not run.
+A marker gives the reason beside the line that no test runs: see coverage_markers.py. The exit code is 0 if exactly the marked
+lines and branches did not run.
 """
 
 import json
@@ -22,31 +15,6 @@ from coverage_markers import MarkerError, problems_of_markers
 
 # Compilers add other branches, such as one for each element of an initialiser. These only count in the figures.
 DECISION = re.compile(r"\b(if|for|while|switch|case)\b|&&|\|\||\?")
-
-
-class ListError(Exception):
-    pass
-
-
-def read_list(path):
-    """The listed items, as (file, kind, text), each with its place in the list."""
-    items, reasonless, file = {}, None, None
-    for number, raw in enumerate(path.read_text().splitlines(), 1):
-        line, place = raw.strip(), f"{path.name}:{number}"
-        kind, _, text = line.partition(": ")
-        if not line or line.startswith("#"):
-            continue
-        if raw.startswith("src/") and not reasonless:
-            file = line
-        elif file and kind in ("line", "branch") and text:
-            items[file, kind, text] = reasonless = place
-        elif kind == "why" and text and reasonless:
-            reasonless = None
-        else:
-            raise ListError(f"{place}: not in the form of this list: {line}")
-    if reasonless:
-        raise ListError(f"{reasonless}: has no reason")
-    return items
 
 
 class Source:
@@ -105,27 +73,24 @@ def print_table(sources):
         print(f"count: {kind} in all = {total}")
 
 
-def compare(sources, listed):
-    """What did not run and is neither marked nor listed, and what is marked or listed and ran."""
-    uncovered, problems = {}, []
+def compare(sources):
+    """What did not run and is not marked, and what is marked and ran."""
+    problems = []
     for source in sources:
-        found, wrong = source.unmarked()
-        uncovered.update({(source.name, *item): numbers for item, numbers in found.items()})
+        unmarked, wrong = source.unmarked()
         problems += wrong
-    problems += [f"{file}:{','.join(map(str, uncovered[file, kind, text]))}: did not run, and has no marker: {kind}: {text}"
-                 for file, kind, text in sorted(uncovered.keys() - listed.keys())]
-    problems += [f"{listed[item]}: ran, or no longer exists: {item[0]}: {item[1]}: {item[2]}"
-                 for item in sorted(listed.keys() - uncovered.keys(), key=listed.get)]
+        problems += [f"{source.name}:{','.join(map(str, numbers))}: did not run, and has no marker: {kind}: {text}"
+                     for (kind, text), numbers in sorted(unmarked.items())]
     return problems
 
 
-def main(root, report, path):
+def main(root, report):
     root = Path(root)
     sources = [Source(root, entry) for entry in json.loads(Path(report).read_text())["files"]]
     print_table(sorted(sources, key=lambda source: source.name))
     try:
-        problems = compare(sources, read_list(Path(path)))
-    except (ListError, MarkerError) as error:
+        problems = compare(sources)
+    except MarkerError as error:
         problems = [str(error)]
     for problem in problems:
         print(problem)

@@ -24,6 +24,7 @@ talix_status_code TALIX_CALL talix_deinit(void)
     // Checks the result before it is normalized. If the plugin throws, the library has stopped nevertheless: the result
     // is then IdFailed, which is not below IdSuccess.
     const talix_status_code result = NoThrow(IdFailed, [] { return IdServicesMgr::Uninitialize(); });
+    // not covered: The result is never below it: the manager returns IdSuccess, and an exception becomes IdFailed.
     if (result >= IdSuccess)
         ForgetEventCallbacks();
     productConfigSlot.config = nullptr;

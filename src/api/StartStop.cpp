@@ -108,7 +108,8 @@ IdErrorCode IdServicesMgr::Initialize()
     LibraryGuard guard(libraryMutex, std::defer_lock);
     StartCountGuard start; // Decrements before the mutex is released, or a waiting stop would decrement below 0.
     guard.lock();
-    if (instance)
+    if (instance) // not covered: A start would have to run between the count and the mutex of another one.
+        // not covered: A start would have to run between the count and the mutex of another one.
         return start.Complete();
 
     SSOPathResolver* manager = SSOPathResolver::GetInstance();

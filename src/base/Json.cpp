@@ -15,6 +15,7 @@ int NumberAfter(std::string_view label, std::string_view text)
 {
     const std::size_t position = text.find(label);
     int number = 0;
+    // not covered: The parser's report of a text that is not JSON always has this shape.
     if (position != std::string_view::npos)
         std::from_chars(text.data() + position + label.size(), text.data() + text.size(), number);
     return number;
@@ -25,7 +26,9 @@ JsonError FirstError(std::string_view report)
 {
     constexpr std::string_view indent = "\n  ";
     const std::size_t place = report.find(indent);
+    // not covered: The parser's report of a text that is not JSON always has this shape.
     if (place == std::string_view::npos)
+        // not covered: The parser's report of a text that is not JSON always has this shape.
         return {0, 0, std::string(report)};
     const std::size_t cause = place + indent.size();
     return {NumberAfter("Line ", report.substr(0, place)), NumberAfter("Column ", report.substr(0, place)),

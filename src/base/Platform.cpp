@@ -43,6 +43,7 @@ std::wstring GetKnownFolderPath(const KNOWNFOLDERID& folderId)
     wchar_t* allocated = nullptr;
     const HRESULT result = SHGetKnownFolderPath(folderId, KF_FLAG_DONT_VERIFY | KF_FLAG_NO_ALIAS, nullptr, &allocated);
     const TaskMemory<wchar_t> owner(allocated);
+    // not covered: The platform never succeeds without allocating.
     return SUCCEEDED(result) && allocated ? std::wstring(allocated) : std::wstring();
 }
 

@@ -18,8 +18,8 @@ std::optional<std::wstring> ConvertToWide(std::string_view utf8, DWORD flags)
 {
     if (utf8.empty())
         return std::wstring();
-    if (!FitsPlatformLength(utf8))
-        return std::nullopt;
+    if (!FitsPlatformLength(utf8)) // not covered: A test would need a text of two gigabytes.
+        return std::nullopt;       // not covered: A test would need a text of two gigabytes.
     const int length = static_cast<int>(utf8.size());
     const int needed = MultiByteToWideChar(CP_UTF8, flags, utf8.data(), length, nullptr, 0);
     if (needed <= 0)
@@ -34,8 +34,8 @@ std::optional<std::string> ConvertToUtf8(std::wstring_view utf16, DWORD flags)
 {
     if (utf16.empty())
         return std::string();
-    if (!FitsPlatformLength(utf16))
-        return std::nullopt;
+    if (!FitsPlatformLength(utf16)) // not covered: A test would need a text of two gigabytes.
+        return std::nullopt;        // not covered: A test would need a text of two gigabytes.
     const int length = static_cast<int>(utf16.size());
     const int needed = WideCharToMultiByte(CP_UTF8, flags, utf16.data(), length, nullptr, 0, nullptr, nullptr);
     if (needed <= 0)
@@ -71,7 +71,7 @@ std::optional<std::string> NarrowStrictly(std::wstring_view utf16)
 std::size_t NarrowInto(char* target, std::wstring_view utf16)
 {
     constexpr std::size_t longest = (std::numeric_limits<int>::max)() / Utf8BytesPerUnit;
-    if (utf16.empty() || utf16.size() > longest)
+    if (utf16.empty() || utf16.size() > longest) // not covered: A test would need a text of two gigabytes.
         return 0;
     const int length = static_cast<int>(utf16.size());
     const int capacity = length * static_cast<int>(Utf8BytesPerUnit);

@@ -82,6 +82,7 @@ std::wstring PlainPath(const std::wstring& path, const std::wstring& given)
     if (!StartsWith(path, literal))
         return path;
     const std::wstring plain =
+        // not covered: Branches of the compiler; paths of shares and of drives are tested.
         StartsWith(path, literalShare) ? L"\\\\" + path.substr(literalShare.size()) : path.substr(literal.size());
     return (plain.size() < MAX_PATH || plain == given) && IsUsedUnchanged(plain) ? plain : path;
 }
@@ -111,6 +112,7 @@ std::wstring PathOfObjectName(const std::wstring& name)
 {
     constexpr wchar_t drives[] = L"\\??\\";
     constexpr std::size_t length = std::size(drives) - 1;
+    // not covered: Windows returns volume names, Wine drive names; the tests run on one of them.
     return name.compare(0, length, drives) == 0 ? L"\\\\?\\" + name.substr(length) : L"\\\\?\\GLOBALROOT" + name;
 }
 

@@ -159,12 +159,16 @@ PluginLog ConnectPluginLogger(ISSOClientFactory& factory)
 void ObtainPluginInterfaces(ISSOClientFactory& factory)
 {
     PluginInterfaces& interfaces = pluginInterfaces;
+    // not covered: Interfaces are stored only with the factory, and then this is not called again.
     if (!interfaces.ssoClientModule)
         interfaces.ssoClientModule = factory.GetSSOClientModule();
+    // not covered: Interfaces are stored only with the factory, and then this is not called again.
     if (!interfaces.ssoServerManager)
         interfaces.ssoServerManager = factory.GetSSOServerManager();
+    // not covered: Interfaces are stored only with the factory, and then this is not called again.
     if (!interfaces.ssoClient)
         interfaces.ssoClient = factory.GetSSOClient();
+    // not covered: Interfaces are stored only with the factory, and then this is not called again.
     if (!interfaces.ssoClientPrivate)
         interfaces.ssoClientPrivate = factory.GetSSOClientPrivate();
 }

@@ -153,6 +153,7 @@ SSOPathResolver* SSOPathResolver::Create()
 void SSOPathResolver::Forget()
 {
     const ProcessLockGuard guard(processLock);
+    // not covered: A stop forgets only after the manager returned the module's interface.
     if (SSOPathResolver* manager = instance_.load(std::memory_order_relaxed))
     {
         manager->pluginModule_ = nullptr; // Not released: the plugin stays loaded in the process.
@@ -204,16 +205,18 @@ bool SSOPathResolver::EnsureClientLoaded()
         LogSharedMessage(moduleLoadedMessage_, TALIXLog::Info);
         return LoadClientPluginModule() && pluginFactory_;
     }
+    // not covered from here: Only an allocation for a message fails here.
     catch (...)
     {
         return false; // Only an allocation failure for a message ends here: the load has its own exception barrier.
     }
+    // not covered to here
 }
 
 void SSOPathResolver::EnsureClientAfterInitialize()
 {
     const ProcessLockGuard guard(processLock);
-    if (!pluginInterfaces.ssoClient && pluginFactory_)
+    if (!pluginInterfaces.ssoClient && pluginFactory_) // not covered: A start-up calls this only with a factory.
         pluginInterfaces.ssoClient = pluginFactory_->GetSSOClient();
 }
 

@@ -125,6 +125,7 @@ private:
     Interface* Obtain(Interface* PluginInterfaces::* which)
     {
         const ProcessLockGuard guard(processLock);
+        // not covered: Counted for each interface; not each is the first that a test asks for.
         if (!pluginFactory_ && !EnsureClientLoaded())
             return nullptr;
         Interface* const pointer = pluginInterfaces.*which;

@@ -14,6 +14,7 @@ constexpr int productNameCapacity = 256;
 template <class Character>
 std::basic_string<Character> TextOf(const Character* text)
 {
+    // not covered: Branches of the compiler: the copy may run out of memory.
     return text ? std::basic_string<Character>(text) : std::basic_string<Character>();
 }
 

@@ -51,7 +51,8 @@ void WidenAnything(const std::string& text)
     Require(narrow == ToUtf8(FromUtf16(wide)), "nothing is lost on the way back");
     Require(Widen(narrow) == wide, "what was converted once is well formed");
     const bool isWellFormed = ToUtf8(FromUtf8(text)) == text;
-    Require(WidenStrictly(text) == (isWellFormed ? std::optional(wide) : std::nullopt), "strict: well-formed texts alone");
+    Require(WidenStrictly(text) == (isWellFormed ? std::optional(wide) : std::nullopt),
+            "strict: well-formed texts alone");
     if (isWellFormed)
         Require(narrow == text, "a well-formed text comes back");
 }

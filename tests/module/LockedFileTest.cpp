@@ -10,8 +10,8 @@
 #include "Imports.h"
 #include "base/Paths.h"
 #include "load/LockedFile.h"
-#include "support/PlatformImports.h"
 #include "support/Installation.h"
+#include "support/PlatformImports.h"
 #include "support/Text.h"
 
 namespace OrlindexTest {

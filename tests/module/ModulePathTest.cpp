@@ -6,8 +6,8 @@
 #include "Imports.h"
 #include "LocateTest.h"
 #include "base/Platform.h"
-#include "support/PlatformImports.h"
 #include "support/LoaderImports.h"
+#include "support/PlatformImports.h"
 
 namespace OrlindexTest {
 
