@@ -148,7 +148,7 @@ TEST_F(LockedFiles, AFileWithoutAFinalPathIsNotLocked)
             Executable());
         const LockedFile locked(file.native());
         EXPECT_FALSE(locked.IsLocked());
-        EXPECT_EQ(locked.Error(), static_cast<DWORD>(answer > 0 ? ERROR_FILENAME_EXCED_RANGE : ERROR_PATH_NOT_FOUND));
+        EXPECT_EQ(locked.Error(), static_cast<DWORD>(length > 0 ? ERROR_FILENAME_EXCED_RANGE : ERROR_PATH_NOT_FOUND));
         EXPECT_EQ(locked.Path(), file.native());
         EXPECT_EQ(forms, (std::vector<DWORD>{NormalizedName, OpenedName, NormalizedNameOnVolume}));
     }

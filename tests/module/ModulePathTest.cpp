@@ -6,7 +6,6 @@
 #include "Imports.h"
 #include "LocateTest.h"
 #include "base/Platform.h"
-#include "support/LoaderImports.h"
 #include "support/PlatformImports.h"
 
 namespace OrlindexTest {
