@@ -8,7 +8,8 @@ function(orlindex_build_for_calls target pattern)
         endif()
         get_target_property(sources ${target} SOURCES)
         list(FILTER sources INCLUDE REGEX "${pattern}")
-        set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS
-            "$<$<CONFIG:Release>:--param=max-inline-insns-single=300;--param=inline-unit-growth=200>")
+        set_source_files_properties(
+            ${sources} PROPERTIES COMPILE_OPTIONS
+                                  "$<$<CONFIG:Release>:--param=max-inline-insns-single=300;--param=inline-unit-growth=200>")
     endif()
 endfunction()

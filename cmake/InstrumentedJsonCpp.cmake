@@ -3,7 +3,9 @@
 file(GLOB archive "${PROJECT_SOURCE_DIR}/.deps/downloads/libjsoncpp_*.orig.tar.*")
 list(LENGTH archive count)
 if(NOT count EQUAL 1)
-    message(FATAL_ERROR ".deps/downloads contains ${count} archives of JsonCpp's sources instead of one: run scripts/setup.sh --clean")
+    message(
+        FATAL_ERROR
+            ".deps/downloads contains ${count} archives of JsonCpp's sources instead of one: run scripts/setup.sh --clean")
 endif()
 
 set(folder "${PROJECT_BINARY_DIR}/jsoncpp")

@@ -15,7 +15,7 @@ function(orlindex_collect_license folder name)
     if(TEXT_ARCHIVE AND archive)
         # GNU tar stops after the member. CMake's own reader would unpack the whole archive of half a gigabyte.
         execute_process(COMMAND tar -xOf "${archive}" --wildcards --no-wildcards-match-slash --occurrence=1 "${TEXT_MEMBER}"
-            RESULT_VARIABLE status OUTPUT_FILE "${target}" ERROR_VARIABLE output)
+                        RESULT_VARIABLE status OUTPUT_FILE "${target}" ERROR_VARIABLE output)
         if(status EQUAL 0)
             return()
         endif()
@@ -30,15 +30,15 @@ function(orlindex_collect_licenses folder)
     set(vcpkg "${VCPKG_INSTALLED_DIR}/${VCPKG_TARGET_TRIPLET}/share")
     file(MAKE_DIRECTORY "${folder}")
 
-    orlindex_collect_license("${folder}" JsonCpp FILES "${vcpkg}/jsoncpp/copyright"
-        ARCHIVE "${downloads}/libjsoncpp_*.orig.tar.*" MEMBER "*/LICENSE")
-    orlindex_collect_license("${folder}" Boost FILES "${vcpkg}/boost-filesystem/copyright"
-        ARCHIVE "${downloads}/boost1.*_*.orig.tar.*" MEMBER "*/LICENSE_1_0.txt")
+    orlindex_collect_license("${folder}" JsonCpp FILES "${vcpkg}/jsoncpp/copyright" ARCHIVE
+                             "${downloads}/libjsoncpp_*.orig.tar.*" MEMBER "*/LICENSE")
+    orlindex_collect_license("${folder}" Boost FILES "${vcpkg}/boost-filesystem/copyright" ARCHIVE
+                             "${downloads}/boost1.*_*.orig.tar.*" MEMBER "*/LICENSE_1_0.txt")
     set(runtime "")
     if(MINGW)
         string(REPLACE "_" "-" cpu "${CMAKE_SYSTEM_PROCESSOR}")
-        orlindex_collect_license("${folder}" GCC-runtime
-            FILES "/usr/share/doc/gcc-mingw-w64-${cpu}-posix-runtime/copyright" /usr/share/doc/gcc-mingw-w64-base/copyright)
+        orlindex_collect_license("${folder}" GCC-runtime FILES "/usr/share/doc/gcc-mingw-w64-${cpu}-posix-runtime/copyright"
+                                 /usr/share/doc/gcc-mingw-w64-base/copyright)
         orlindex_collect_license("${folder}" mingw-w64-runtime FILES "/usr/share/doc/mingw-w64-${cpu}-dev/copyright")
         file(READ "${PROJECT_SOURCE_DIR}/cmake/package/licenses-mingw.md" runtime)
     endif()

@@ -21,9 +21,10 @@ function(orlindex_msvc_import_library target)
     set_property(TARGET ${target} APPEND PROPERTY ADDITIONAL_CLEAN_FILES "${names}")
 
     set(program "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/package/FlatDefinition.cmake")
-    add_custom_command(OUTPUT "${library}"
-        COMMAND "${CMAKE_COMMAND}" "-DEXPORTS=${names}" "-DMODULE=$<TARGET_FILE_NAME:${target}>" "-DOUTPUT=${flat}"
-            -P "${program}"
+    add_custom_command(
+        OUTPUT "${library}"
+        COMMAND "${CMAKE_COMMAND}" "-DEXPORTS=${names}" "-DMODULE=$<TARGET_FILE_NAME:${target}>" "-DOUTPUT=${flat}" -P
+                "${program}"
         COMMAND "${ORLINDEX_LLVM_DLLTOOL}" -m ${machine} -d "${flat}" -l "${library}"
         DEPENDS ${target} "${program}"
         COMMENT "Making the import library for Microsoft's linker"

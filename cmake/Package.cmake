@@ -33,12 +33,12 @@ if(MSVC)
 endif()
 set(ORLINDEX_IMPORT_LIBRARY "${CMAKE_IMPORT_LIBRARY_PREFIX}Orlindex${CMAKE_IMPORT_LIBRARY_SUFFIX}")
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/package/OrlindexConfig.cmake.in"
-    "${PROJECT_BINARY_DIR}/package/OrlindexConfig.cmake" INSTALL_DESTINATION lib/cmake/Orlindex)
+                              "${PROJECT_BINARY_DIR}/package/OrlindexConfig.cmake" INSTALL_DESTINATION lib/cmake/Orlindex)
 # A host needs the version that it was written for or a later one: within a major version, nothing is removed.
-write_basic_package_version_file("${PROJECT_BINARY_DIR}/package/OrlindexConfigVersion.cmake"
-    VERSION "${PROJECT_VERSION}" COMPATIBILITY SameMajorVersion)
-install(FILES "${PROJECT_BINARY_DIR}/package/OrlindexConfig.cmake"
-    "${PROJECT_BINARY_DIR}/package/OrlindexConfigVersion.cmake" DESTINATION lib/cmake/Orlindex)
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/package/OrlindexConfigVersion.cmake" VERSION "${PROJECT_VERSION}"
+                                 COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/package/OrlindexConfig.cmake" "${PROJECT_BINARY_DIR}/package/OrlindexConfigVersion.cmake"
+        DESTINATION lib/cmake/Orlindex)
 if(MINGW)
     # The file name is needed: with -lOrlindex, a static link ignores import libraries and would use Orlindex.lib.
     set(ORLINDEX_LINK_LIBRARY "-l:${ORLINDEX_IMPORT_LIBRARY}")
@@ -55,12 +55,12 @@ if(TARGET orlindex_doctor)
 endif()
 if(ORLINDEX_BUILD_AGENT AND NOT ORLINDEX_OWN_TRUST)
     message(STATUS "The sign-in agent is left out of the kit: its module is signed within this build tree, and this build "
-        "trusts another root or other signers")
+                   "trusts another root or other signers")
 elseif(ORLINDEX_BUILD_AGENT)
     # The signed module, not the unsigned file of the target.
     install(TARGETS agent_server RUNTIME DESTINATION agent)
     install(FILES "${PROJECT_BINARY_DIR}/agent/PellwickClient.dll"
-        "${PROJECT_BINARY_DIR}/agent/TALIXVersionCompatibility.config" DESTINATION agent)
+                  "${PROJECT_BINARY_DIR}/agent/TALIXVersionCompatibility.config" DESTINATION agent)
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/agent/installation/host/" DESTINATION agent/host)
     install(FILES "${PROJECT_SOURCE_DIR}/agent/installation/README.md" DESTINATION agent)
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/agent/scenarios" DESTINATION agent)

@@ -4,22 +4,22 @@
 #   ORLINDEX_OWN_TRUST          the build accepts modules that are signed in this build tree: its own root, the default names
 #   ORLINDEX_PINNED_ROOT_SHA256 the digest in hexadecimal digits
 
-set(ORLINDEX_PINNED_ROOT "" CACHE FILEPATH
-    "Root certificate (PEM or DER) that the product accepts; empty: a development root of this build tree")
+set(ORLINDEX_PINNED_ROOT ""
+    CACHE FILEPATH "Root certificate (PEM or DER) that the product accepts; empty: a development root of this build tree")
 set(orlindexDefaultSigners "Kestrany, Inc." "Kestrany Asia Pte")
 set(ORLINDEX_SIGNERS "${orlindexDefaultSigners}" CACHE STRING
-    "Names of the signers that the product accepts, separated by semicolons")
+                                                       "Names of the signers that the product accepts, separated by semicolons")
 
 find_program(ORLINDEX_OPENSSL openssl DOC "OpenSSL's command line tool")
 if(NOT ORLINDEX_OPENSSL)
     message(FATAL_ERROR "openssl was not found. The build needs it to read and make certificates. Install it (on Debian, "
-        "scripts/setup.sh does; Git for Windows contains it), or name it with -DORLINDEX_OPENSSL=<program>.")
+                        "scripts/setup.sh does; Git for Windows contains it), or name it with -DORLINDEX_OPENSSL=<program>.")
 endif()
 
 # Checks ORLINDEX_PINNED_ROOT and writes its DER form.
 function(orlindex_read_pinned_root der)
     set(wayOut "Give a root certificate in PEM or DER form with -DORLINDEX_PINNED_ROOT=<file>, or an empty value for a "
-        "development root.")
+               "development root.")
     get_filename_component(file "${ORLINDEX_PINNED_ROOT}" ABSOLUTE BASE_DIR "${PROJECT_SOURCE_DIR}")
     if(NOT EXISTS "${file}" OR IS_DIRECTORY "${file}")
         message(FATAL_ERROR "ORLINDEX_PINNED_ROOT names no file: ${file}\n" ${wayOut})
@@ -28,8 +28,8 @@ function(orlindex_read_pinned_root der)
 
     # The checks below need one form.
     set(pem "${der}.pem")
-    execute_process(COMMAND "${ORLINDEX_OPENSSL}" x509 -in "${file}" -out "${pem}"
-        RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
+    execute_process(COMMAND "${ORLINDEX_OPENSSL}" x509 -in "${file}" -out "${pem}" RESULT_VARIABLE status OUTPUT_VARIABLE output
+                    ERROR_VARIABLE output)
     if(NOT status EQUAL 0)
         message(FATAL_ERROR "ORLINDEX_PINNED_ROOT is not a certificate: ${file}\n${output}\n" ${wayOut})
     endif()
@@ -39,10 +39,9 @@ function(orlindex_read_pinned_root der)
         message(FATAL_ERROR "ORLINDEX_PINNED_ROOT holds ${count} certificates instead of one: ${file}\n" ${wayOut})
     endif()
     execute_process(COMMAND "${ORLINDEX_OPENSSL}" verify -CAfile "${pem}" -check_ss_sig -no_check_time "${pem}"
-        RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
+                    RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
     if(NOT status EQUAL 0)
-        message(FATAL_ERROR "ORLINDEX_PINNED_ROOT is not a root certificate (signed by itself): ${file}\n${output}\n"
-            ${wayOut})
+        message(FATAL_ERROR "ORLINDEX_PINNED_ROOT is not a root certificate (signed by itself): ${file}\n${output}\n" ${wayOut})
     endif()
     execute_process(COMMAND "${ORLINDEX_OPENSSL}" x509 -in "${pem}" -outform DER -out "${der}" COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
@@ -50,7 +49,7 @@ endfunction()
 function(orlindex_check_signers)
     if(NOT ORLINDEX_SIGNERS)
         message(FATAL_ERROR "ORLINDEX_SIGNERS is empty: the library could not load any plugin module. Name the accepted "
-            "signers, separated by semicolons.")
+                            "signers, separated by semicolons.")
     endif()
     foreach(signer IN LISTS ORLINDEX_SIGNERS)
         # Names are compared byte for byte with the system's text in its ANSI code page. An empty name would accept a
@@ -94,9 +93,10 @@ if(ORLINDEX_PINNED_ROOT)
 else()
     set(ORLINDEX_DEVELOPMENT_ROOT ON)
     orlindex_write_build_data("${ORLINDEX_SIGNING_FOLDER}/root.der")
-    message(WARNING "DEVELOPMENT ROOT: this build accepts modules that are signed below its own root. The key of this root "
-        "is in ${ORLINDEX_SIGNING_FOLDER}. Do not ship this build. To make a build for shipping, name the maker's root "
-        "certificate with -DORLINDEX_PINNED_ROOT=<file>.")
+    message(
+        WARNING "DEVELOPMENT ROOT: this build accepts modules that are signed below its own root. The key of this root "
+                "is in ${ORLINDEX_SIGNING_FOLDER}. Do not ship this build. To make a build for shipping, name the maker's root "
+                "certificate with -DORLINDEX_PINNED_ROOT=<file>.")
 endif()
 
 if(ORLINDEX_DEVELOPMENT_ROOT AND "${ORLINDEX_SIGNERS}" STREQUAL "${orlindexDefaultSigners}")

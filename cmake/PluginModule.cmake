@@ -40,7 +40,6 @@ function(orlindex_add_plugin target)
         target_link_options(${target} PRIVATE -Wl,--exclude-all-symbols)
     endif()
     # The module is not signed yet. A program must not find it by accident, so it is in a separate folder.
-    set_target_properties(${target} PROPERTIES PREFIX ""
-        RUNTIME_OUTPUT_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/unsigned"
-        ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/unsigned")
+    set_target_properties(${target} PROPERTIES PREFIX "" RUNTIME_OUTPUT_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/unsigned"
+                                               ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/unsigned")
 endfunction()

@@ -10,8 +10,10 @@ function(orlindex_sign target)
         message(FATAL_ERROR "orlindex_sign(${target}): OUTPUT and SIGNER are required")
     endif()
     if(NOT ORLINDEX_OSSLSIGNCODE)
-        message(FATAL_ERROR "osslsigncode was not found. The build needs it to sign plugin modules. Install it (scripts/setup.sh does "
-            "on Debian), or leave the modules out: -DORLINDEX_BUILD_AGENT=OFF -DORLINDEX_BUILD_TESTS=OFF.")
+        message(
+            FATAL_ERROR
+                "osslsigncode was not found. The build needs it to sign plugin modules. Install it (scripts/setup.sh does "
+                "on Debian), or leave the modules out: -DORLINDEX_BUILD_AGENT=OFF -DORLINDEX_BUILD_TESTS=OFF.")
     endif()
     set(key "${ORLINDEX_SIGNING_FOLDER}/signer.key")
     set(certificates "")
@@ -23,9 +25,10 @@ function(orlindex_sign target)
     endforeach()
 
     set(program "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/signing/SignFile.cmake")
-    add_custom_command(OUTPUT "${SIGN_OUTPUT}"
+    add_custom_command(
+        OUTPUT "${SIGN_OUTPUT}"
         COMMAND "${CMAKE_COMMAND}" "-DTOOL=${ORLINDEX_OSSLSIGNCODE}" "-DCERTIFICATES=${certificates}" "-DKEY=${key}"
-            "-DINPUT=$<TARGET_FILE:${target}>" "-DOUTPUT=${SIGN_OUTPUT}" -P "${program}"
+                "-DINPUT=$<TARGET_FILE:${target}>" "-DOUTPUT=${SIGN_OUTPUT}" -P "${program}"
         DEPENDS ${target} "$<TARGET_FILE:${target}>" ${certificates} "${key}" "${program}"
         COMMENT "Signing ${target} by ${SIGN_SIGNER}"
         VERBATIM)

@@ -9,11 +9,8 @@ if(MINGW)
     set(definition "${CMAKE_CURRENT_LIST_DIR}/ucrt/string.def")
     set(library "${PROJECT_BINARY_DIR}/ucrt/libucrt_string.a")
     file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/ucrt")
-    add_custom_command(OUTPUT "${library}"
-        COMMAND "${CMAKE_DLLTOOL}" --input-def "${definition}" --output-lib "${library}"
-        DEPENDS "${definition}"
-        COMMENT "Making the import library of the UCRT's strcpy_s"
-        VERBATIM)
+    add_custom_command(OUTPUT "${library}" COMMAND "${CMAKE_DLLTOOL}" --input-def "${definition}" --output-lib "${library}"
+                       DEPENDS "${definition}" COMMENT "Making the import library of the UCRT's strcpy_s" VERBATIM)
     add_custom_target(orlindex_ucrt_import DEPENDS "${library}")
     add_dependencies(orlindex_ucrt_string orlindex_ucrt_import)
     # The compiler driver puts the runtime's libraries last, so this one comes before them, and the first definition wins.

@@ -29,9 +29,8 @@ function(orlindex_version_resource target description)
     if(arg_TRUST)
         # A backslash and a quotation mark must be doubled.
         string(REGEX REPLACE "([\\\"])" "\\1\\1" signers "${ORLINDEX_SIGNERS}")
-        string(CONCAT VERSION_TRUST
-            "VALUE \"PinnedRootSha256\", \"${ORLINDEX_PINNED_ROOT_SHA256}\"\n"
-            "            VALUE \"AcceptedSigners\", \"${signers}\"")
+        string(CONCAT VERSION_TRUST "VALUE \"PinnedRootSha256\", \"${ORLINDEX_PINNED_ROOT_SHA256}\"\n"
+                      "            VALUE \"AcceptedSigners\", \"${signers}\"")
     endif()
     string(REPLACE "." "," VERSION_NUMBERS "${PROJECT_VERSION}")
 

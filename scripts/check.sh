@@ -69,5 +69,6 @@ else
     skipped+=("format (needs clang-format $format_version, which this release does not offer)")
 fi
 check "shell scripts" check_scripts
+check "CMake files" check_cmake
 check "clang-tidy, $(changed_sources | wc -l) changed sources" lint_changed
 check "native unit tests" unit_tests

@@ -175,6 +175,7 @@ if [ $# -eq 0 ]; then
         skipped+=("format (needs clang-format $format_version, which this release does not offer)")
     fi
     check "shell scripts" check_scripts
+    check "CMake files" check_cmake
     check "clang-tidy" make_preset tidy "$root/build/tidy"
 fi
 say "== builds and their tests"

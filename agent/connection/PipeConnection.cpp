@@ -103,7 +103,7 @@ bool PipeConnection::HasTooMuchWaiting() const
     return waitingSize_ + handler_->HeldBack() > MaxWaiting;
 }
 
-void PipeConnection::Send(std::string message)
+void PipeConnection::Send(const std::string& message)
 {
     if (over_)
         return;

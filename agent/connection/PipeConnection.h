@@ -38,7 +38,7 @@ private:
     void StartReading();
     void StartWriting();
     void HandleBytes(std::size_t size);
-    void Send(std::string message);
+    void Send(const std::string& message);
     bool HasTooMuchWaiting() const;
 
     const Handle pipe_;

@@ -24,7 +24,8 @@ struct Entry
     void (*set)(ProductConfig& config, const char* text);
 };
 
-constexpr Entry Entries[] = {
+/// Not constexpr: the address of an imported function is known only after the load.
+const Entry Entries[] = {
     {&ProductSettings::clientId, &ProductConfig::GetOAuth2ClientID,
      [](ProductConfig& config, const char* text) { config.SetOAuth2ClientID(text); }},
     {&ProductSettings::tokenScope, &ProductConfig::GetOAuth2AccessTokenScope,

@@ -18,7 +18,9 @@ constexpr char DefaultServerIdentity[] = "Kestrany.TALIX.DefaultServer-v2";
 /// Copies a list of texts; nullopt if one of them is null or not UTF-8.
 std::optional<std::vector<std::string>> TakeArguments(const char* const* arguments, int count)
 {
-    if (count < 0 || (arguments == nullptr && count > 0))
+    if (count == 0)
+        return std::vector<std::string>();
+    if (count < 0 || arguments == nullptr)
         return std::nullopt;
     std::vector<std::string> taken(static_cast<std::size_t>(count));
     for (std::size_t index = 0; index < taken.size(); ++index)
@@ -32,6 +34,7 @@ std::optional<std::vector<std::string>> TakeArguments(const char* const* argumen
 std::vector<std::wstring> WidenAll(const std::vector<std::string>& texts)
 {
     std::vector<std::wstring> wide;
+    wide.reserve(texts.size());
     for (const std::string& text : texts)
         wide.push_back(Widen(text));
     return wide;

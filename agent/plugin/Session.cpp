@@ -31,9 +31,10 @@ IdErrorCode Session::GetProduct(Server server, ProductSettings& product) const
     const auto entry = products_.find(server);
     if (entry == products_.end())
         return IdUnknownServer;
-    if (!entry->second)
+    const std::optional<ProductSettings>& stored = entry->second;
+    if (!stored)
         return IdNoProductConfig;
-    product = *entry->second;
+    product = *stored;
     return IdSuccess;
 }
 

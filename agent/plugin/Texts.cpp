@@ -83,7 +83,8 @@ int CopyWideLength(const std::string& text, wchar_t* buffer, int capacity)
 {
     if (CopyWide(text, buffer, capacity) != IdSuccess)
         return 0;
-    return static_cast<int>(WidenStrictly(text)->size());
+    const std::optional<std::wstring> wide = WidenStrictly(text);
+    return wide ? static_cast<int>(wide->size()) : 0;
 }
 
 int CopyNarrowLength(const std::string& text, char* buffer, int capacity)

@@ -161,7 +161,7 @@ bool HostSession::Receive(const std::string& message)
     const std::optional<Request> request = ReadRequest(message, problem);
     if (request && request->caller.server == TALIX_SERVER_UNAVAILABLE)
         problem = "it names no server";
-    if (!problem.empty())
+    if (!request || !problem.empty())
     {
         registry_.Parts().warn("A connection is closed for an invalid message: " + problem);
         return false;
@@ -270,7 +270,7 @@ bool HostSession::Attach(const Request& request)
 void HostSession::Perform(const Request& request)
 {
     if (request.operation == Operations::Login)
-        return Login(request);
+        return Login(*logins_, request);
     if (request.operation == Operations::GetFeatures)
     {
         const Features features = registry_.Source().OfferedFeatures();
@@ -286,15 +286,15 @@ void HostSession::Perform(const Request& request)
     Respond(request.id, outcome.code, std::move(outcome.result));
 }
 
-void HostSession::Login(const Request& request)
+void HostSession::Login(SourceLogins& logins, const Request& request)
 {
     std::unique_ptr<PendingLogin> pending;
     if (waiting_.size() < MaxWaiting)
-        pending = logins_->BeginLogin(request.caller);
+        pending = logins.BeginLogin(request.caller);
     if (!pending)
     {
         LoginResult result;
-        result.code = logins_->Login(request.caller, result.detail);
+        result.code = logins.Login(request.caller, result.detail);
         return RespondToLogin(request.id, result);
     }
     const std::int64_t wait = pending->Limit() - registry_.Parts().ticks();

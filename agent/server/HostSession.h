@@ -58,7 +58,7 @@ private:
     bool Attach(const Request& request);
     bool Handle(const Request& request);
     void Perform(const Request& request);
-    void Login(const Request& request);
+    void Login(SourceLogins& logins, const Request& request);
     /// Sends the response after the source's latency, once the host has attached.
     void Respond(std::uint32_t id, IdErrorCode code, Json::Value result = Json::objectValue);
     void RespondToLogin(std::uint32_t id, const LoginResult& result);

@@ -7,5 +7,5 @@ if(NOT ORLINDEX_PYTHON)
 endif()
 foreach(archive IN LISTS CPACK_PACKAGE_FILES)
     execute_process(COMMAND "${ORLINDEX_PYTHON}" "${CMAKE_CURRENT_LIST_DIR}/normalize_zip.py" "${archive}"
-        COMMAND_ERROR_IS_FATAL ANY)
+                            COMMAND_ERROR_IS_FATAL ANY)
 endforeach()

@@ -5,8 +5,8 @@
 set(ORLINDEX_SIGNING_FOLDER "${PROJECT_BINARY_DIR}/signing")
 
 function(orlindex_openssl)
-    execute_process(COMMAND "${ORLINDEX_OPENSSL}" ${ARGN} WORKING_DIRECTORY "${ORLINDEX_SIGNING_FOLDER}"
-        RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
+    execute_process(COMMAND "${ORLINDEX_OPENSSL}" ${ARGN} WORKING_DIRECTORY "${ORLINDEX_SIGNING_FOLDER}" RESULT_VARIABLE status
+                    OUTPUT_VARIABLE output ERROR_VARIABLE output)
     if(NOT status EQUAL 0)
         list(JOIN ARGN " " arguments)
         message(FATAL_ERROR "openssl ${arguments}\nended with ${status}:\n${output}")
@@ -14,8 +14,25 @@ function(orlindex_openssl)
 endfunction()
 
 function(orlindex_make_root name commonName)
-    orlindex_openssl(req -x509 -newkey rsa:2048 -nodes -sha256 -days 3650 -config openssl.cnf -extensions root
-        -subj "/CN=${commonName}" -keyout ${name}.key -out ${name}.pem)
+    orlindex_openssl(
+        req
+        -x509
+        -newkey
+        rsa:2048
+        -nodes
+        -sha256
+        -days
+        3650
+        -config
+        openssl.cnf
+        -extensions
+        root
+        -subj
+        "/CN=${commonName}"
+        -keyout
+        ${name}.key
+        -out
+        ${name}.pem)
     orlindex_openssl(x509 -in ${name}.pem -outform DER -out ${name}.der)
 endfunction()
 
@@ -26,8 +43,21 @@ function(orlindex_make_signer name root commonName)
         set(options -days 3650)
     endif()
     orlindex_openssl(req -new -utf8 -key signer.key -config openssl.cnf -subj "/CN=${commonName}" -out issued/request.pem)
-    orlindex_openssl(ca -batch -notext -config openssl.cnf -cert ${root}.pem -keyfile ${root}.key
-        -in issued/request.pem -out ${name}-leaf.pem ${options})
+    orlindex_openssl(
+        ca
+        -batch
+        -notext
+        -config
+        openssl.cnf
+        -cert
+        ${root}.pem
+        -keyfile
+        ${root}.key
+        -in
+        issued/request.pem
+        -out
+        ${name}-leaf.pem
+        ${options})
     file(READ "${ORLINDEX_SIGNING_FOLDER}/${name}-leaf.pem" leaf)
     file(READ "${ORLINDEX_SIGNING_FOLDER}/${root}.pem" rootCertificate)
     file(WRITE "${ORLINDEX_SIGNING_FOLDER}/${name}.pem" "${leaf}${rootCertificate}")
@@ -71,8 +101,22 @@ function(orlindex_make_certificates)
     orlindex_make_signer(expired trusted-root "Kestrany, Inc." -startdate 20200101000000Z -enddate 20210101000000Z)
     orlindex_make_signer(wrong-purpose trusted-root "Kestrany, Inc." -days 3650 -extensions other_purpose)
 
-    orlindex_openssl(req -x509 -key signer.key -sha1 -days 3650 -config openssl.cnf -extensions signer
-        -subj "/CN=Kestrany, Inc." -out self-signed.pem)
+    orlindex_openssl(
+        req
+        -x509
+        -key
+        signer.key
+        -sha1
+        -days
+        3650
+        -config
+        openssl.cnf
+        -extensions
+        signer
+        -subj
+        "/CN=Kestrany, Inc."
+        -out
+        self-signed.pem)
     orlindex_openssl(x509 -in self-signed.pem -outform DER -out self-signed.der)
 
     file(REMOVE_RECURSE "${ORLINDEX_SIGNING_FOLDER}/issued")

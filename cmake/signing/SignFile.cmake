@@ -12,9 +12,8 @@ set(unsigned "${INPUT}")
 set(nesting "")
 foreach(certificate IN LISTS CERTIFICATES)
     file(REMOVE "${OUTPUT}.part") # the tool does not overwrite a file
-    execute_process(COMMAND "${TOOL}" sign -h sha256 ${time} -certs "${certificate}" -key "${KEY}" ${nesting}
-            -in "${unsigned}" -out "${OUTPUT}.part"
-        RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
+    execute_process(COMMAND "${TOOL}" sign -h sha256 ${time} -certs "${certificate}" -key "${KEY}" ${nesting} -in "${unsigned}"
+                            -out "${OUTPUT}.part" RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
     if(NOT status EQUAL 0)
         file(REMOVE "${OUTPUT}" "${OUTPUT}.part")
         message(FATAL_ERROR "${INPUT} could not be signed:\n${output}")

@@ -19,7 +19,7 @@ packages=(
     # The same for 32-bit hosts.
     g++-mingw-w64-i686-posix
     # Static checks, coverage, the API reference, and the compiler for the C# samples.
-    shellcheck pkgconf gcovr doxygen mono-mcs mono-runtime
+    shellcheck cmake-format pkgconf gcovr doxygen mono-mcs mono-runtime
     # Libraries for the native build of the portable logic. The cross build uses those in .deps/.
     libjsoncpp-dev libgtest-dev libgmock-dev googletest
 )

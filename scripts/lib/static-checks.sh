@@ -23,7 +23,14 @@ check_format()
     sources '*.cpp' '*.c' '*.h' | (cd "$root" && xargs -d '\n' "$deps/tools/clang-format" --dry-run --Werror)
 }
 
+# The files in scripts/lib are checked with the scripts that source them.
 check_scripts()
 {
-    (cd "$root" && shellcheck --external-sources --check-sourced scripts/*.sh scripts/wine-run .ci/run)
+    sources '*.sh' scripts/wine-run .ci/run | grep -v '^scripts/lib/' |
+        (cd "$root" && xargs -d '\n' shellcheck --external-sources --check-sourced)
+}
+
+check_cmake()
+{
+    sources '*.cmake' 'CMakeLists.txt' '*/CMakeLists.txt' | (cd "$root" && xargs -d '\n' cmake-format --check)
 }

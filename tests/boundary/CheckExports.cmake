@@ -10,7 +10,7 @@ if(NOT decorated)
 endif()
 
 execute_process(COMMAND "${CPPFILT}" ${decorated} OUTPUT_VARIABLE exported COMMAND_ERROR_IS_FATAL ANY
-    OUTPUT_STRIP_TRAILING_WHITESPACE)
+                OUTPUT_STRIP_TRAILING_WHITESPACE)
 string(REPLACE "\n" ";" exported "${exported}")
 # The compiler exports a constructor under several names, which read the same.
 list(REMOVE_DUPLICATES exported)

@@ -7,8 +7,8 @@ if(SETTING)
     # The semicolons of a value are not to split it here.
     string(REPLACE ";" "\\;" setting "-D${SETTING}")
 endif()
-execute_process(COMMAND "${CMAKE_COMMAND}" -S "${PROJECT}" -B "${FOLDER}" ${setting}
-    RESULT_VARIABLE status OUTPUT_VARIABLE said ERROR_VARIABLE said)
+execute_process(COMMAND "${CMAKE_COMMAND}" -S "${PROJECT}" -B "${FOLDER}" ${setting} RESULT_VARIABLE status OUTPUT_VARIABLE said
+                ERROR_VARIABLE said)
 set(written "")
 if(EXISTS "${FOLDER}/generated/BuildData.h")
     file(READ "${FOLDER}/generated/BuildData.h" written)

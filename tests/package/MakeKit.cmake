@@ -4,8 +4,8 @@
 
 set(packed "${FOLDER}-packed")
 file(REMOVE_RECURSE "${FOLDER}" "${packed}")
-execute_process(COMMAND "${BASH}" "${SCRIPT}" --build-dir "${BUILD}" --output "${packed}"
-    RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
+execute_process(COMMAND "${BASH}" "${SCRIPT}" --build-dir "${BUILD}" --output "${packed}" RESULT_VARIABLE status
+                OUTPUT_VARIABLE output ERROR_VARIABLE output)
 file(GLOB archive "${packed}/*.zip")
 if(NOT status EQUAL 0 OR NOT archive)
     message(FATAL_ERROR "${SCRIPT} ended with ${status}:\n${output}")

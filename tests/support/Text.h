@@ -5,10 +5,19 @@
 #include <string>
 #include <string_view>
 
+#include "base/Text.h"
+
 namespace OrlindexTest {
 
-std::string ToUtf8(std::wstring_view text);
-std::wstring ToWide(std::string_view utf8);
+inline std::string ToUtf8(std::wstring_view text)
+{
+    return Kestrany::IdentityServices::Narrow(text);
+}
+
+inline std::wstring ToWide(std::string_view utf8)
+{
+    return Kestrany::IdentityServices::Widen(utf8);
+}
 
 /// The path as the library's log shows it.
 inline std::string Utf8(const std::filesystem::path& path)

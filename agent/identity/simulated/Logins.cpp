@@ -258,7 +258,10 @@ TimePoint Logins::Now() const
 const LoginRecord* Logins::Find(Server server) const
 {
     const auto realm = realms_.find(server);
-    return realm == realms_.end() || !realm->second.login ? nullptr : &*realm->second.login;
+    if (realm == realms_.end())
+        return nullptr;
+    const std::optional<LoginRecord>& login = realm->second.login;
+    return login ? &*login : nullptr;
 }
 
 const Account* Logins::FindAccount(const std::string& userId) const

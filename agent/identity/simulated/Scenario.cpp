@@ -293,6 +293,7 @@ private:
     {
         RequireArray(value, "faults");
         std::vector<Fault> faults;
+        faults.reserve(value.size());
         for (Json::ArrayIndex index = 0; index < value.size(); ++index)
             faults.push_back(OneFault(value[index], Join("faults", index)));
         return faults;

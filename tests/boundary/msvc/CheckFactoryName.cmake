@@ -6,15 +6,17 @@ set(reviewed_i686 "?GetSSOClientFactory@@YAPAVISSOClientFactory@IdentityServices
 set(reviewed "${reviewed_${CPU}}")
 
 set(source "${WORK}/Factory-${CPU}.cpp")
-file(WRITE "${source}" "#include \"load/contract/ISSOClientFactory.h\"
+file(
+    WRITE "${source}"
+    "#include \"load/contract/ISSOClientFactory.h\"
 Kestrany::IdentityServices::ISSOClientFactory* GetSSOClientFactory()
 {
     return nullptr;
 }
 ")
-execute_process(COMMAND "${COMPILER}" --target=${CPU}-pc-windows-msvc -std=c++17 -ffreestanding -nostdinc++
-    -isystem "${SOURCE_ROOT}/tests/boundary/slots/std" "-I${SOURCE_ROOT}/src" "-I${SOURCE_ROOT}/include"
-    -c "${source}" -o "${source}.obj" COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND "${COMPILER}" --target=${CPU}-pc-windows-msvc -std=c++17 -ffreestanding -nostdinc++ -isystem
+                        "${SOURCE_ROOT}/tests/boundary/slots/std" "-I${SOURCE_ROOT}/src" "-I${SOURCE_ROOT}/include" -c
+                        "${source}" -o "${source}.obj" COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND "${NM}" --defined-only "${source}.obj" OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCH "[?]GetSSOClientFactory[^ \r\n]*" found "${symbols}")
 if(NOT found STREQUAL reviewed)

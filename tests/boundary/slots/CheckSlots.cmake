@@ -8,11 +8,9 @@
 # everywhere.
 
 set(here "${CMAKE_CURRENT_LIST_DIR}")
-execute_process(
-    COMMAND "${COMPILER}" --target=${TRIPLE} -std=c++17 -ffreestanding -nostdinc++ -isystem "${here}/std"
-        "-I${SOURCE_ROOT}/src" "-I${SOURCE_ROOT}/include" -DORLINDEX_BUILDING_LIBRARY -Xclang -fdump-vtable-layouts
-        -S -o - "${here}/Interfaces.cpp"
-    OUTPUT_VARIABLE dump COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND "${COMPILER}" --target=${TRIPLE} -std=c++17 -ffreestanding -nostdinc++ -isystem "${here}/std"
+                        "-I${SOURCE_ROOT}/src" "-I${SOURCE_ROOT}/include" -DORLINDEX_BUILDING_LIBRARY -Xclang
+                        -fdump-vtable-layouts -S -o - "${here}/Interfaces.cpp" OUTPUT_VARIABLE dump COMMAND_ERROR_IS_FATAL ANY)
 set(operation "PluginOperation ([A-Za-z0-9]+){\"([A-Za-z]+)\", ([0-9]+), \"(~?[A-Za-z0-9]+)\"}")
 file(STRINGS "${SOURCE_ROOT}/tests/plugin/Slots.h" lines REGEX "${operation}")
 set(reviewed "")

@@ -4,8 +4,8 @@
 if(NOT FILES)
     message(FATAL_ERROR "there is no sample to validate")
 endif()
-execute_process(COMMAND "${NODE}" "${VALIDATOR}" "${SCHEMA}" ${FILES}
-    RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
+execute_process(COMMAND "${NODE}" "${VALIDATOR}" "${SCHEMA}" ${FILES} RESULT_VARIABLE status OUTPUT_VARIABLE output
+                ERROR_VARIABLE output)
 message("${output}")
 if(NOT status EQUAL STATUS)
     message(FATAL_ERROR "the validator ended with ${status}, expected ${STATUS}")
