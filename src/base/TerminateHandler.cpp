@@ -3,10 +3,10 @@
 
 #include <cstdlib>
 
-namespace __gnu_cxx {
+namespace __gnu_cxx { // The runtime calls the handler by this name.
 
 // not covered: Called if an exception leaves a thread; the library has no thread.
-[[noreturn]] void __verbose_terminate_handler() // NOLINT(bugprone-reserved-identifier): the name that the runtime calls
+[[noreturn]] void __verbose_terminate_handler() // NOLINT(bugprone-reserved-identifier,readability-identifier-naming)
 {
     std::abort(); // not covered: Called if an exception leaves a thread; the library has no thread.
 }
