@@ -13,21 +13,20 @@ sys.path.insert(0, sys.argv.pop(1))
 import coverage  # noqa: E402  The script under test; its folder comes from the command line.
 
 
-def evaluate(source, counts, listed=''):
+def evaluate(source, counts):
     """The exit code and the output for a file with this text. `counts` gives for each line of code how often it ran, and
     how often each of its branches."""
     with tempfile.TemporaryDirectory() as folder:
         root = Path(folder)
         (root / 'src').mkdir()
         (root / 'src/File.cpp').write_text(source)
-        (root / 'list').write_text(listed)
         lines = [{'line_number': number, 'count': count, 'gcovr/noncode': False,
                   'branches': [{'count': branch} for branch in branches]}
                  for number, (count, branches) in counts.items()]
         (root / 'report').write_text(json.dumps({'files': [{'file': 'src/File.cpp', 'lines': lines}]}))
         output = io.StringIO()
         with contextlib.redirect_stdout(output):
-            code = coverage.main(root, root / 'report', root / 'list')
+            code = coverage.main(root, root / 'report')
         return code, output.getvalue()
 
 
@@ -91,11 +90,6 @@ class Markers(unittest.TestCase):
             code = {number: MISSED for number, line in enumerate(source.splitlines(), 1) if line.startswith('b')}
             self.expect_problem(problem, source, code)
 
-    def test_the_list_is_read_beside_the_markers(self):
-        listed = 'src/File.cpp\n    line: c();\n    why: Because.\n'
-        source = 'b(); // not covered: Why.\nc();\n'
-        self.expect_success(source, {1: MISSED, 2: MISSED}, listed)
-        self.expect_problem('ran, or no longer exists', source, {1: MISSED, 2: RAN}, listed)
 
 
 if __name__ == '__main__':
