@@ -13,6 +13,7 @@ namespace Orlindex::Doctor {
 
 using namespace Ids;
 
+// NOLINTBEGIN(bugprone-unchecked-optional-access): each function here runs only if its facts are there.
 namespace {
 
 /// The two places where an administrator can configure the server application's folder.
@@ -352,5 +353,7 @@ Diagnosis Diagnose(const StartUpFacts& facts)
     const Diagnosis diagnosis = DiagnoseModule(facts).value_or(DiagnoseSuccess(facts));
     return DiagnoseOtherTrust(facts, diagnosis).value_or(diagnosis);
 }
+
+// NOLINTEND(bugprone-unchecked-optional-access)
 
 } // namespace Orlindex::Doctor
