@@ -14,7 +14,7 @@ constexpr std::size_t MaxWaiting = 4 * 1024 * 1024;
 } // namespace
 
 PipeConnection::PipeConnection(Handle pipe, const MakeHandler& makeHandler)
-    : pipe_(std::move(pipe)), handler_(makeHandler([this](std::string message) { Send(std::move(message)); }))
+    : pipe_(std::move(pipe)), handler_(makeHandler([this](const std::string& message) { Send(message); }))
 {
     // Operations that end in a callback use no event: the member is free for their owner.
     read_.hEvent = this;

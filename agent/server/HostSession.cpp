@@ -269,8 +269,11 @@ bool HostSession::Attach(const Request& request)
 
 void HostSession::Perform(const Request& request)
 {
+    SourceLogins* const logins = logins_;
+    if (logins == nullptr)
+        return; // Never: a message of a host that is not attached closes its connection.
     if (request.operation == Operations::Login)
-        return Login(*logins_, request);
+        return Login(*logins, request);
     if (request.operation == Operations::GetFeatures)
     {
         const Features features = registry_.Source().OfferedFeatures();
@@ -282,7 +285,7 @@ void HostSession::Perform(const Request& request)
     const auto operation = OperationTable().find(request.operation);
     if (operation == OperationTable().end())
         return Respond(request.id, IdProtocolError);
-    Outcome outcome = operation->second(*logins_, request);
+    Outcome outcome = operation->second(*logins, request);
     Respond(request.id, outcome.code, std::move(outcome.result));
 }
 

@@ -79,7 +79,7 @@ std::wstring ServerEnvironment()
         variables[SettingsFolderVariable] = SettingsFolder();
     std::wstring block;
     for (const auto& [name, value] : variables)
-        block += name + L'=' + value + L'\0';
+        block.append(name).append(1, L'=').append(value).append(1, L'\0');
     block += L'\0';
     return block;
 }

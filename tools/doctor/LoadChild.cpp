@@ -72,10 +72,11 @@ int RunLoadChild(const std::vector<std::wstring>& arguments)
         return 1;
     // Nobody can close a message box of this process.
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
-    const auto handle = static_cast<std::uintptr_t>(std::wcstoull(arguments[0].c_str(), nullptr, 10));
-    const MessagePipe pipe(reinterpret_cast<HANDLE>(handle));
+    const auto number = static_cast<std::uintptr_t>(std::wcstoull(arguments[0].c_str(), nullptr, 10));
+    auto* const handle = reinterpret_cast<HANDLE>(number); // NOLINT(performance-no-int-to-ptr): as the parent wrote it
+    const MessagePipe pipe(handle);
     // Processes that the plugin starts must not keep the pipe open.
-    SetHandleInformation(reinterpret_cast<HANDLE>(handle), HANDLE_FLAG_INHERIT, 0);
+    SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
 
     const std::wstring& host = arguments[1];
     pipe.Send({LoadMessage::Kind::Library, 0, LoadState::Begun});

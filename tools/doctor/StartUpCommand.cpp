@@ -43,7 +43,7 @@ Diagnosis RunStartUp(const Options& options, const std::wstring& host, Report& r
     if (facts.accepted && options.load && AppliesToLibrary(facts))
     {
         TryLoad({host, {}, options.timeoutSeconds}, report, facts);
-        if (facts.load->libraryError != ERROR_SUCCESS && facts.library.exists)
+        if (facts.load && facts.load->libraryError != ERROR_SUCCESS && facts.library.exists)
             facts.libraryNeeds = FindMissingLibraries(JoinPath(host, ProductModuleName), host);
     }
     return Diagnose(facts);
