@@ -15,7 +15,7 @@ work=$(mktemp -d "${TMPDIR:-/tmp}/orlindex-rebuild.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 copy=$work/some-other-folder
 mkdir -p "$copy/out"
-cp -r "$root"/{CMakeLists.txt,agent,cmake,docs,examples,include,scripts,src,tools} "$copy/"
+cp -r "$root"/{CMakeLists.txt,LICENSE,agent,cmake,docs,examples,include,scripts,src,tools} "$copy/"
 ln -s "$deps" "$copy/.deps"
 cp -a "$build/signing" "$copy/out/signing"
 
