@@ -8,8 +8,8 @@
 
 namespace Kestrany::IdentityServices {
 
-/// A file that nobody can write, replace or rename while the object exists. It is verified and loaded by its final
-/// path, because a link in the configured path may lead to another file at any time.
+/// Locks a file while the object exists: no process can write, replace or rename it. The file is verified and loaded by
+/// its final path, because a link in the configured path may lead to another file at any time.
 class LockedFile
 {
 public:
