@@ -26,10 +26,10 @@ JsonError FirstError(std::string_view report)
 {
     constexpr std::string_view indent = "\n  ";
     const std::size_t place = report.find(indent);
-    // not covered: The parser's report of a text that is not JSON always has this shape.
+    // not covered from here: The parser's report of a text that is not JSON always has this shape.
     if (place == std::string_view::npos)
-        // not covered: The parser's report of a text that is not JSON always has this shape.
         return {0, 0, std::string(report)};
+    // not covered to here
     const std::size_t cause = place + indent.size();
     return {NumberAfter("Line ", report.substr(0, place)), NumberAfter("Column ", report.substr(0, place)),
             std::string(report.substr(cause, report.find('\n', cause) - cause))};

@@ -93,6 +93,14 @@ bool IsAmbiguous(const std::wstring& configuredPath, const LockedFile& verified)
     return FindModulePathDefect(configuredPath) || FindModulePathDefect(verified.Path());
 }
 
+template <class Interface>
+void ObtainMissing(Interface*& stored, ISSOClientFactory& factory, Interface* (ISSOClientFactory::*get)())
+{
+    // not covered: Interfaces are stored only with the factory, and then this is not called again.
+    if (!stored)
+        stored = (factory.*get)();
+}
+
 } // namespace
 
 DWORD ReasonNotToLoad(const std::wstring& configuredPath, const LockedFile& verified)
@@ -158,19 +166,10 @@ PluginLog ConnectPluginLogger(ISSOClientFactory& factory)
 
 void ObtainPluginInterfaces(ISSOClientFactory& factory)
 {
-    PluginInterfaces& interfaces = pluginInterfaces;
-    // not covered: Interfaces are stored only with the factory, and then this is not called again.
-    if (!interfaces.ssoClientModule)
-        interfaces.ssoClientModule = factory.GetSSOClientModule();
-    // not covered: Interfaces are stored only with the factory, and then this is not called again.
-    if (!interfaces.ssoServerManager)
-        interfaces.ssoServerManager = factory.GetSSOServerManager();
-    // not covered: Interfaces are stored only with the factory, and then this is not called again.
-    if (!interfaces.ssoClient)
-        interfaces.ssoClient = factory.GetSSOClient();
-    // not covered: Interfaces are stored only with the factory, and then this is not called again.
-    if (!interfaces.ssoClientPrivate)
-        interfaces.ssoClientPrivate = factory.GetSSOClientPrivate();
+    ObtainMissing(pluginInterfaces.ssoClientModule, factory, &ISSOClientFactory::GetSSOClientModule);
+    ObtainMissing(pluginInterfaces.ssoServerManager, factory, &ISSOClientFactory::GetSSOServerManager);
+    ObtainMissing(pluginInterfaces.ssoClient, factory, &ISSOClientFactory::GetSSOClient);
+    ObtainMissing(pluginInterfaces.ssoClientPrivate, factory, &ISSOClientFactory::GetSSOClientPrivate);
 }
 
 } // namespace Kestrany::IdentityServices

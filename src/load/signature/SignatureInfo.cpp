@@ -12,9 +12,9 @@ std::wstring CertificateText(const Read& read)
 {
     const DWORD needed = read(nullptr, 0); // Including the terminating zero.
     std::wstring text(needed, L'\0');
-    // not covered: For the doctor: guards against gaps in the platform's data, which no file causes.
+    // not covered: No file makes the platform leave this out.
     const DWORD length = needed > 0 ? read(text.data(), needed) : 0;
-    // not covered: For the doctor: guards against gaps in the platform's data, which no file causes.
+    // not covered: No file makes the platform leave this out.
     text.resize(length > 0 ? std::min(length, needed) - 1 : 0);
     return text;
 }
@@ -37,12 +37,12 @@ CertificateInfo DescribeCertificate(PCCERT_CONTEXT certificate)
 SignerInfo DescribeSigner(CRYPT_PROVIDER_SGNR* signer, DWORD index, std::string_view signers)
 {
     const CRYPT_PROVIDER_CERT* own = CertificateAt(signer, index);
-    // not covered: For the doctor: guards against gaps in the platform's data, which no file causes.
+    // not covered: No file makes the platform leave this out.
     SignerInfo info = {own && own->pCert && SignerNameMatches(own->pCert, signers), {}, OtherChainFaults(*signer)};
-    // not covered: For the doctor: guards against gaps in the platform's data, which no file causes.
+    // not covered: No file makes the platform leave this out.
     for (DWORD link = 0; signer->pasCertChain && link < signer->csCertChain; ++link)
     {
-        // not covered: For the doctor: guards against gaps in the platform's data, which no file causes.
+        // not covered: No file makes the platform leave this out.
         if (PCCERT_CONTEXT certificate = signer->pasCertChain[link].pCert)
             info.chain.push_back(DescribeCertificate(certificate));
     }
@@ -64,10 +64,10 @@ std::vector<SignerInfo> DescribeSigners(const std::wstring& file, std::string_vi
     WinTrustSession session(file);
     session.Verify();
     CRYPT_PROVIDER_DATA* provider = session.ProviderData();
-    // not covered: For the doctor: guards against gaps in the platform's data, which no file causes.
+    // not covered: No file makes the platform leave this out.
     for (DWORD index = 0; provider && index < provider->csSigners; ++index)
     {
-        // not covered: For the doctor: guards against gaps in the platform's data, which no file causes.
+        // not covered: No file makes the platform leave this out.
         if (CRYPT_PROVIDER_SGNR* signer = SignerAt(provider, index))
             infos.push_back(DescribeSigner(signer, index, signers));
     }
