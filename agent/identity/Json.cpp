@@ -1,8 +1,11 @@
 #include "identity/Json.h"
 
+#include <algorithm>
+
 #include <json/writer.h>
 
 #include "base/Json.h"
+#include "base/JsonNumbers.h"
 
 namespace Kestrany::Agent {
 
@@ -19,6 +22,11 @@ std::optional<Json::Value> ReadJsonObject(const std::string& text)
     using namespace IdentityServices;
     std::optional<Json::Value> root = ParseJson(text, JsonSyntax::Strict).root;
     return root && root->isObject() ? std::move(root) : std::nullopt;
+}
+
+bool HasNumberOutOfRange(const Json::Value& value)
+{
+    return IdentityServices::IsNumberOutOfRange(value) || std::any_of(value.begin(), value.end(), HasNumberOutOfRange);
 }
 
 bool TakeText(const Json::Value& object, const char* key, std::string& text)

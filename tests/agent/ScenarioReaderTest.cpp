@@ -4,8 +4,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "identity/Suggestion.h"
 #include "identity/simulated/Scenario.h"
-#include "identity/simulated/Suggestion.h"
 
 namespace Kestrany::Agent::Simulated {
 

@@ -7,8 +7,8 @@
 
 #include "Require.h"
 #include "identity/Json.h"
+#include "identity/Utf8.h"
 #include "identity/simulated/Scenario.h"
-#include "identity/simulated/Utf8.h"
 
 using namespace Kestrany::Agent;
 using namespace Kestrany::Agent::Simulated;

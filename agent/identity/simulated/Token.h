@@ -2,19 +2,17 @@
 #define AGENT_IDENTITY_SIMULATED_TOKEN_H
 
 #include <chrono>
-#include <cstddef>
 #include <functional>
 #include <string>
 
 #include <json/value.h>
 
+#include "identity/Base64Url.h"
+
 namespace Kestrany::Agent::Simulated {
 
 using TimePoint = std::chrono::system_clock::time_point;
 using Clock = std::function<TimePoint()>;
-
-/// Fills a block with unpredictable random bytes; throws on failure.
-using RandomSource = std::function<void(void* bytes, std::size_t size)>;
 
 /// A bearer token.
 struct Token
@@ -30,12 +28,6 @@ struct TokenSigner
     /// Returns the signature of a text: r and s, 32 bytes each. Throws on failure.
     std::function<std::string(const std::string& text)> sign;
 };
-
-/// The bytes as base64url text without padding.
-std::string Base64Url(const std::string& bytes);
-
-/// `size` random bytes as base64url text without padding.
-std::string RandomText(const RandomSource& random, std::size_t size);
 
 /// A JSON Web Token in its compact form: header of `type`, claims and signature.
 std::string WriteJwt(const TokenSigner& signer, const char* type, const Json::Value& claims);

@@ -1,10 +1,10 @@
-#ifndef AGENT_IDENTITY_SIMULATED_UTF8_H
-#define AGENT_IDENTITY_SIMULATED_UTF8_H
+#ifndef AGENT_IDENTITY_UTF8_H
+#define AGENT_IDENTITY_UTF8_H
 
 #include <cstddef>
 #include <string_view>
 
-namespace Kestrany::Agent::Simulated {
+namespace Kestrany::Agent {
 
 /// Bytes before the first ill-formed sequence; the size of the text if it is well-formed UTF-8.
 std::size_t WellFormedSize(std::string_view text);
@@ -12,6 +12,6 @@ std::size_t WellFormedSize(std::string_view text);
 /// Characters (code points) of a text that is well-formed UTF-8.
 std::size_t CharacterCount(std::string_view text);
 
-} // namespace Kestrany::Agent::Simulated
+} // namespace Kestrany::Agent
 
 #endif

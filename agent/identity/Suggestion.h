@@ -1,10 +1,10 @@
-#ifndef AGENT_IDENTITY_SIMULATED_SUGGESTION_H
-#define AGENT_IDENTITY_SIMULATED_SUGGESTION_H
+#ifndef AGENT_IDENTITY_SUGGESTION_H
+#define AGENT_IDENTITY_SUGGESTION_H
 
 #include <string>
 #include <vector>
 
-namespace Kestrany::Agent::Simulated {
+namespace Kestrany::Agent {
 
 /// The candidate that `text` is most likely a misspelling of; empty if none is similar.
 std::string Suggestion(const std::string& text, const std::vector<std::string>& candidates);
@@ -12,6 +12,6 @@ std::string Suggestion(const std::string& text, const std::vector<std::string>& 
 /// The texts in quotes, separated by commas.
 std::string Enumerated(const std::vector<std::string>& texts);
 
-} // namespace Kestrany::Agent::Simulated
+} // namespace Kestrany::Agent
 
 #endif

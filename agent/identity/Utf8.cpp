@@ -1,8 +1,8 @@
-#include "identity/simulated/Utf8.h"
+#include "identity/Utf8.h"
 
 #include <algorithm>
 
-namespace Kestrany::Agent::Simulated {
+namespace Kestrany::Agent {
 
 namespace {
 
@@ -60,4 +60,4 @@ std::size_t CharacterCount(std::string_view text)
     return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), IsContinuation));
 }
 
-} // namespace Kestrany::Agent::Simulated
+} // namespace Kestrany::Agent

@@ -1,9 +1,9 @@
-#include "identity/simulated/Suggestion.h"
+#include "identity/Suggestion.h"
 
 #include <algorithm>
 #include <numeric>
 
-namespace Kestrany::Agent::Simulated {
+namespace Kestrany::Agent {
 
 namespace {
 
@@ -54,4 +54,4 @@ std::string Enumerated(const std::vector<std::string>& texts)
     return list;
 }
 
-} // namespace Kestrany::Agent::Simulated
+} // namespace Kestrany::Agent
