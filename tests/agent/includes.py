@@ -1,7 +1,7 @@
 """The sign-in agent's sources include only what their folder may know: includes.py SOURCE-TREE
 
-Simulated users are one source of identity behind the interface in agent/identity: only the place that chooses the source
-may include their headers.
+Simulated users and OpenID Connect providers are sources of identity behind the interface in agent/identity: only the place
+that chooses the source may include their headers. The core of the latter is portable: it includes no platform header.
 """
 
 import re
@@ -10,12 +10,15 @@ from pathlib import Path
 
 AGENT = Path(sys.argv[1]) / 'agent'
 SIMULATED = 'identity/simulated'
+OPENID = 'identity/openid'
+SOURCES = (SIMULATED, OPENID)
 CHOICE = 'server/ChooseSource.cpp'
 # What each folder may include, besides itself.
 MAY_INCLUDE = {
     'platform': {'platform'},
     'identity': {'platform'},
     SIMULATED: {'identity', 'platform'},
+    OPENID: {'identity'},
     'connection': {'identity', 'platform'},
     'server': {'connection', 'identity', 'platform'},
     'plugin': {'connection', 'identity', 'platform', 'server'},
@@ -23,7 +26,7 @@ MAY_INCLUDE = {
 
 
 def folder_of(path):
-    return SIMULATED if path.startswith(SIMULATED + '/') else path.split('/')[0]
+    return next((source for source in SOURCES if path.startswith(source + '/')), path.split('/')[0])
 
 
 def main():
@@ -40,7 +43,7 @@ def main():
                 continue
             count += 1
             target = folder_of(found[1])
-            chooses = path == CHOICE and target == SIMULATED
+            chooses = path == CHOICE and target in SOURCES
             if target != folder and target not in MAY_INCLUDE[folder] and not chooses:
                 errors.append(f'agent/{path}:{line}: {folder}/ may not include {found[1]}')
     print(*errors, f'{count} includes', sep='\n')
