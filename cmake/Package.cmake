@@ -69,7 +69,9 @@ endif()
 # --- Texts ----------------------------------------------------------------------------------------------------------
 
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION . PATTERN ".*" EXCLUDE)
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION . PATTERN ".*" EXCLUDE PATTERN Doxyfile EXCLUDE)
+# No program reads the file yet that provider-config.schema.json describes.
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION . PATTERN ".*" EXCLUDE PATTERN Doxyfile EXCLUDE
+        PATTERN provider-config.schema.json EXCLUDE)
 install(FILES "${PROJECT_SOURCE_DIR}/cmake/package/README.md" "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION .)
 orlindex_collect_licenses("${PROJECT_BINARY_DIR}/package/licenses")
 if(ORLINDEX_MISSING_LICENSES)

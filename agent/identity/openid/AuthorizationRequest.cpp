@@ -15,9 +15,12 @@ constexpr std::size_t RandomBytes = 32; // As RFC 7636 recommends for the verifi
 
 Secret RandomSecret(const RandomSource& random)
 {
-    std::string text = RandomText(random, RandomBytes);
+    char bytes[RandomBytes];
+    random(bytes, sizeof bytes);
+    std::string text = Base64Url({bytes, sizeof bytes});
     Secret secret(text);
     ClearText(text);
+    ClearMemory(bytes, sizeof bytes);
     return secret;
 }
 

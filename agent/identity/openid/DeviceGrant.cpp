@@ -21,9 +21,9 @@ bool IsPrintable(const std::string& text)
     return std::all_of(text.begin(), text.end(), [](char letter) { return letter >= ' ' && letter <= '~'; });
 }
 
-bool IsAddress(const std::optional<std::string>& text, bool allowInsecureLoopback)
+bool IsAddress(const std::string& text, bool allowInsecureLoopback)
 {
-    const std::optional<Url> url = text ? ParseUrl(*text) : std::nullopt;
+    const std::optional<Url> url = ParseUrl(text);
     return url && IsTrustworthy(*url, allowInsecureLoopback);
 }
 
@@ -45,9 +45,9 @@ std::optional<DeviceAuthorization> ReadDevice(SecretObject& object, bool allowIn
         problem = "no usable \"device_code\"";
     else if (!userCode || !IsPrintable(*userCode))
         problem = "no usable \"user_code\"";
-    else if (!IsAddress(verification, allowInsecureLoopback))
+    else if (!verification || !IsAddress(*verification, allowInsecureLoopback))
         problem = "no usable \"verification_uri\"";
-    else if (complete && !IsAddress(complete, allowInsecureLoopback))
+    else if (complete && !IsAddress(*complete, allowInsecureLoopback))
         problem = "no usable \"verification_uri_complete\"";
     else if (!lifetime || *lifetime == 0)
         problem = "no usable \"expires_in\"";
@@ -119,15 +119,10 @@ std::optional<Failure> DevicePolling::Continue(const TokenOutcome& outcome, cons
             return GrantFailure(*error, url);
     }
     interval_ = std::min(interval_, milliseconds(Limits::PollInterval).count());
-    Schedule(now);
+    next_ = now + interval_;
     if (next_ >= end_)
         return Failure{IdDeviceCodeExpired, "the user's sign-in while the code is valid", "none"};
     return std::nullopt;
-}
-
-void DevicePolling::Schedule(std::int64_t now)
-{
-    next_ = now + interval_;
 }
 
 } // namespace Kestrany::Agent::OpenId

@@ -39,8 +39,6 @@ public:
     std::optional<Failure> Continue(const TokenOutcome& outcome, const std::string& url, std::int64_t now);
 
 private:
-    void Schedule(std::int64_t now);
-
     std::int64_t interval_;
     const std::int64_t end_;
     std::int64_t next_;

@@ -138,6 +138,12 @@ std::optional<ProviderKey> ReadKey(const Json::Value& value)
 
 } // namespace
 
+SignedToken::~SignedToken()
+{
+    ClearText(payload);
+    ClearText(signature);
+}
+
 const SigningAlgorithm* FindSigningAlgorithm(std::string_view name)
 {
     const auto* const found = std::find_if(std::begin(Algorithms), std::end(Algorithms),

@@ -24,9 +24,16 @@ struct SigningAlgorithm
 /// Null for a name that is not allowed.
 const SigningAlgorithm* FindSigningAlgorithm(std::string_view name);
 
-/// A signed token in its compact form (RFC 7515), taken apart; nothing is verified yet.
+/// A signed token in its compact form (RFC 7515), taken apart; nothing is verified yet. Its parts are cleared.
 struct SignedToken
 {
+    SignedToken() = default;
+    SignedToken(SignedToken&&) = default;
+    SignedToken& operator=(SignedToken&&) = default;
+    SignedToken(const SignedToken&) = delete;
+    SignedToken& operator=(const SignedToken&) = delete;
+    ~SignedToken();
+
     const SigningAlgorithm* algorithm = nullptr;
     std::optional<std::string> keyId; ///< "kid".
     std::string_view signedText;      ///< Header and payload as they were signed; a part of the token.

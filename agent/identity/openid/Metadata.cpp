@@ -50,7 +50,7 @@ std::optional<Failure> ReadEndpoint(const Json::Value& root, const Endpoint& end
         return Malformed(expected, member.isNull() ? "none" : "another value");
     const std::string address = member.asString();
     const std::optional<Url> url = ParseUrl(address);
-    if (!url || !IsTrustworthy(*url, expectation.allowInsecureLoopback))
+    if (!url || !IsTrustworthy(*url, AllowsInsecureEndpoints(expectation.issuer, expectation.allowInsecureLoopback)))
         return Malformed(expected, Shown(address));
     metadata.*endpoint.address = address;
     return std::nullopt;

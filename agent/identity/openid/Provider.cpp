@@ -171,7 +171,8 @@ Outcome<DeviceAuthorization> Provider::BeginDeviceSignIn(const std::string& clie
     for (const auto& [name, value] : config_.additionalParameters)
         AppendParameter(form, name, value);
     Outcome<DeviceAuthorization> device =
-        ParseDeviceReply(Post(url, std::move(form), Repetition::Harmless, until), url, config_.allowInsecureLoopback);
+        ParseDeviceReply(Post(url, std::move(form), Repetition::Harmless, until), url,
+                         AllowsInsecureEndpoints(config_.issuer, config_.allowInsecureLoopback));
     if (FailureOf(device) != nullptr)
         Forget();
     return device;
@@ -350,7 +351,10 @@ Outcome<Grant> Provider::MakeGrant(const Metadata& metadata, TokenReply tokens, 
         expectation.providerTime = tokens.providerTime;
         Outcome<IdTokenClaims> claims = VerifyIdToken(metadata, tokens.idToken, expectation, until);
         if (const Failure* const failure = FailureOf(claims))
+        {
+            Forget();
             return *failure;
+        }
         grant.claims = TakeResult(std::move(claims));
     }
     grant.accessToken = std::move(tokens.accessToken);

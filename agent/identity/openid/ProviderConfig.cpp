@@ -26,7 +26,7 @@ bool HoldsOnly(const std::string& text, const char* further)
     return std::all_of(text.begin(), text.end(), [&](char letter) { return IsUnreserved(letter, further); });
 }
 
-/// Parameters that the agent sets, or that would change what it relies on.
+/// Parameters that the agent sets, or whose effect it would have to check.
 const std::vector<std::string>& ReservedParameters()
 {
     static const std::vector<std::string> names = {"client_assertion",
@@ -39,6 +39,7 @@ const std::vector<std::string>& ReservedParameters()
                                                    "code_verifier",
                                                    "device_code",
                                                    "grant_type",
+                                                   "max_age",
                                                    "nonce",
                                                    "redirect_uri",
                                                    "refresh_token",
@@ -163,7 +164,7 @@ private:
             if (name.empty() || name.size() > MaxParameterName || !HoldsOnly(name, "-._~"))
                 Fail(KeyOffset(value[name], name), key, "must be a name of letters, digits and the characters - . _ ~");
             if (std::find(reserved.begin(), reserved.end(), name) != reserved.end())
-                Fail(KeyOffset(value[name], name), key, "is a parameter that the agent sets itself");
+                Fail(KeyOffset(value[name], name), key, "is reserved for the agent");
             parameters[name] = Text(value[name], key, 0);
         }
         return parameters;

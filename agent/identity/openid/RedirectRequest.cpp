@@ -87,7 +87,7 @@ RedirectResult ReadRedirect(std::string_view method, std::string_view target, co
     const RedirectParameters parameters(*std::move(form));
     // First of all: without the state, anybody on this machine or any web page can have sent it.
     const std::string_view state = parameters.Find("state");
-    if (!AreEqualSecrets(state, expectation.state))
+    if (state.empty() || !AreEqualSecrets(state, expectation.state))
         return Ignored(IdStateWrong, "the state of the sign-in that waits", state.empty() ? "none" : "another state");
     if (parameters.HasRepeated())
         return Failed(IdRedirectMalformed, "each parameter once", "a repeated parameter");

@@ -91,6 +91,7 @@ struct JsonSize
 {
     int depth = 0; ///< The deepest place.
     std::size_t values = 1;
+    bool hasComment = false;
 };
 
 JsonSize Measure(std::string_view json)
@@ -116,6 +117,10 @@ JsonSize Measure(std::string_view json)
         case ',':
             ++size.values;
             break;
+        case '/':
+            // The parser passes over comments in objects, and a quotation mark in one would hide what follows.
+            size.hasComment = true;
+            return size;
         default:
             break;
         }
@@ -145,6 +150,11 @@ std::optional<Json::Value> ParseObject(std::string_view text, std::string& probl
         return std::nullopt;
     }
     const JsonSize size = Measure(text);
+    if (size.hasComment)
+    {
+        problem = "a text that is not JSON";
+        return std::nullopt;
+    }
     if (size.depth > Limits::JsonDepth || size.values > Limits::JsonValues)
     {
         problem = "JSON that is nested too deeply or has too many values";

@@ -55,7 +55,6 @@ TokenOutcome ReadTokens(SecretObject& object, const std::string& url, std::optio
     tokens.refreshToken = *std::move(refresh);
     if (const auto lifetime = LenientSecondsMember(object.Root(), "expires_in"))
         tokens.lifetime = std::min(std::chrono::seconds(*lifetime), Limits::TokenLifetime);
-    tokens.scope = TextMember(object.Root(), "scope", Limits::TokenReply);
     return tokens;
 }
 

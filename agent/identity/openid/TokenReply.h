@@ -23,7 +23,6 @@ struct TokenReply
     Secret idToken;
     Secret refreshToken;
     std::optional<std::chrono::seconds> lifetime; ///< Of the access token; nullopt if the provider does not say it.
-    std::optional<std::string> scope;             ///< nullopt: the scope that was asked for.
     std::optional<TimePoint> providerTime;        ///< When the provider sent the reply, if it says so.
 };
 

@@ -152,6 +152,12 @@ bool IsTrustworthy(const Url& url, bool allowInsecureLoopback)
     return url.isHttps || (allowInsecureLoopback && IsLoopbackHost(url.host));
 }
 
+bool AllowsInsecureEndpoints(std::string_view issuer, bool allowInsecureLoopback)
+{
+    const std::optional<Url> url = ParseUrl(issuer);
+    return url && !url->isHttps && IsTrustworthy(*url, allowInsecureLoopback);
+}
+
 void AppendParameter(Secret& form, std::string_view name, std::string_view value)
 {
     if (!form.IsEmpty())

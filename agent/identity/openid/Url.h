@@ -32,6 +32,10 @@ bool IsLoopbackHost(std::string_view host);
 /// Whether requests may be sent there: over https, or, only if allowed, over http to this machine.
 bool IsTrustworthy(const Url& url, bool allowInsecureLoopback);
 
+/// Whether the endpoints of an issuer may be http addresses of this machine: only if that is allowed, and the issuer is
+/// one itself.
+bool AllowsInsecureEndpoints(std::string_view issuer, bool allowInsecureLoopback);
+
 /// A name with its value.
 using Parameter = std::pair<std::string, std::string>;
 
