@@ -21,11 +21,13 @@ DATA_BLOB BlobOf(std::string_view bytes)
     return {static_cast<DWORD>(bytes.size()), reinterpret_cast<BYTE*>(const_cast<char*>(bytes.data()))};
 }
 
-/// Copies and frees memory that the system allocated.
+/// Copies memory that the system allocated, clears it, because it may be what was encrypted, and frees it.
 std::string Take(const DATA_BLOB& blob)
 {
     const LocalMemory<BYTE> owner(blob.pbData);
-    return std::string(reinterpret_cast<const char*>(blob.pbData), blob.cbData);
+    std::string bytes(reinterpret_cast<const char*>(blob.pbData), blob.cbData);
+    SecureZeroMemory(blob.pbData, blob.cbData);
+    return bytes;
 }
 
 std::wstring ToBase64(const std::string& bytes)

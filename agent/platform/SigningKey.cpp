@@ -3,10 +3,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include <windows.h>
-
-#include <bcrypt.h>
-
 #include "platform/Crypto.h"
 
 namespace Kestrany::Agent {
@@ -15,41 +11,19 @@ namespace {
 
 constexpr std::size_t CoordinateSize = 32;
 
-void Check(NTSTATUS status, const char* what)
-{
-    if (status < 0)
-        throw std::runtime_error(std::string("the system's signing failed: ") + what);
-}
-
-/// Opened once per process: opening takes longer than signing.
-BCRYPT_ALG_HANDLE Algorithm()
-{
-    static const BCRYPT_ALG_HANDLE algorithm = [] {
-        BCRYPT_ALG_HANDLE handle = nullptr;
-        Check(BCryptOpenAlgorithmProvider(&handle, BCRYPT_ECDSA_P256_ALGORITHM, nullptr, 0), "no ECDSA P-256");
-        return handle;
-    }();
-    return algorithm;
-}
-
 std::string ExportAs(BCRYPT_KEY_HANDLE key, const wchar_t* type)
 {
     ULONG size = 0;
-    Check(BCryptExportKey(key, nullptr, type, nullptr, 0, &size, 0), "no key size");
+    CheckCng(BCryptExportKey(key, nullptr, type, nullptr, 0, &size, 0), "no key size");
     std::string bytes(size, '\0');
-    Check(BCryptExportKey(key, nullptr, type, reinterpret_cast<PUCHAR>(bytes.data()), size, &size, 0), "no export");
+    CheckCng(BCryptExportKey(key, nullptr, type, reinterpret_cast<PUCHAR>(bytes.data()), size, &size, 0), "no export");
     bytes.resize(size);
     return bytes;
 }
 
 } // namespace
 
-void SigningKey::Closer::operator()(void* key) const
-{
-    BCryptDestroyKey(key);
-}
-
-SigningKey::SigningKey(Key key) : key_(std::move(key))
+SigningKey::SigningKey(CngKey key) : key_(std::move(key))
 {
     const std::string blob = ExportAs(key_.get(), BCRYPT_ECCPUBLIC_BLOB);
     if (blob.size() != sizeof(BCRYPT_ECCKEY_BLOB) + 2 * CoordinateSize)
@@ -61,9 +35,9 @@ SigningKey::SigningKey(Key key) : key_(std::move(key))
 SigningKey SigningKey::Generate()
 {
     BCRYPT_KEY_HANDLE handle = nullptr;
-    Check(BCryptGenerateKeyPair(Algorithm(), &handle, 256, 0), "no new key");
-    Key key(handle);
-    Check(BCryptFinalizeKeyPair(handle, 0), "no new key");
+    CheckCng(BCryptGenerateKeyPair(CngAlgorithm(BCRYPT_ECDSA_P256_ALGORITHM), &handle, 256, 0), "no new key");
+    CngKey key(handle);
+    CheckCng(BCryptFinalizeKeyPair(handle, 0), "no new key");
     return SigningKey(std::move(key));
 }
 
@@ -72,10 +46,10 @@ SigningKey SigningKey::Import(const std::string& bytes)
     BCRYPT_KEY_HANDLE handle = nullptr;
     auto* input = reinterpret_cast<PUCHAR>(const_cast<char*>(bytes.data()));
     if (bytes.size() != sizeof(BCRYPT_ECCKEY_BLOB) + 3 * CoordinateSize ||
-        BCryptImportKeyPair(Algorithm(), nullptr, BCRYPT_ECCPRIVATE_BLOB, &handle, input,
+        BCryptImportKeyPair(CngAlgorithm(BCRYPT_ECDSA_P256_ALGORITHM), nullptr, BCRYPT_ECCPRIVATE_BLOB, &handle, input,
                             static_cast<ULONG>(bytes.size()), 0) < 0)
         throw std::invalid_argument("not a private key on P-256");
-    return SigningKey(Key(handle));
+    return SigningKey(CngKey(handle));
 }
 
 std::string SigningKey::Export() const
@@ -88,10 +62,10 @@ std::string SigningKey::Sign(const std::string& text) const
     std::string digest = Sha256(text);
     std::string signature(2 * CoordinateSize, '\0');
     ULONG size = 0;
-    Check(BCryptSignHash(key_.get(), nullptr, reinterpret_cast<PUCHAR>(digest.data()),
-                         static_cast<ULONG>(digest.size()), reinterpret_cast<PUCHAR>(signature.data()),
-                         static_cast<ULONG>(signature.size()), &size, 0),
-          "no signature");
+    CheckCng(BCryptSignHash(key_.get(), nullptr, reinterpret_cast<PUCHAR>(digest.data()),
+                            static_cast<ULONG>(digest.size()), reinterpret_cast<PUCHAR>(signature.data()),
+                            static_cast<ULONG>(signature.size()), &size, 0),
+             "no signature");
     if (size != signature.size())
         throw std::runtime_error("the system's signature has another form");
     return signature;

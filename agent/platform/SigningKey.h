@@ -1,8 +1,9 @@
 #ifndef AGENT_PLATFORM_SIGNINGKEY_H
 #define AGENT_PLATFORM_SIGNINGKEY_H
 
-#include <memory>
 #include <string>
+
+#include "platform/Cng.h"
 
 namespace Kestrany::Agent {
 
@@ -24,15 +25,9 @@ public:
     std::string Sign(const std::string& text) const;
 
 private:
-    struct Closer
-    {
-        void operator()(void* key) const;
-    };
-    using Key = std::unique_ptr<void, Closer>;
+    explicit SigningKey(CngKey key);
 
-    explicit SigningKey(Key key);
-
-    Key key_;
+    CngKey key_;
     std::string x_;
     std::string y_;
 };

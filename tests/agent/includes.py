@@ -11,7 +11,8 @@ from pathlib import Path
 AGENT = Path(sys.argv[1]) / 'agent'
 SIMULATED = 'identity/simulated'
 OPENID = 'identity/openid'
-SOURCES = (SIMULATED, OPENID)
+OPENID_WINDOWS = OPENID + '/windows'
+SOURCES = (SIMULATED, OPENID_WINDOWS, OPENID)
 CHOICE = 'server/ChooseSource.cpp'
 # What each folder may include, besides itself.
 MAY_INCLUDE = {
@@ -19,6 +20,7 @@ MAY_INCLUDE = {
     'identity': {'platform'},
     SIMULATED: {'identity', 'platform'},
     OPENID: {'identity'},
+    OPENID_WINDOWS: {OPENID, 'identity', 'platform'},
     'connection': {'identity', 'platform'},
     'server': {'connection', 'identity', 'platform'},
     'plugin': {'connection', 'identity', 'platform', 'server'},

@@ -4,9 +4,8 @@
 #include <memory>
 #include <string>
 
+#include "identity/ProtectedLogins.h"
 #include "identity/simulated/Logins.h"
-#include "platform/Base.h"
-#include "platform/LogFile.h"
 
 namespace Kestrany::Agent::Simulated {
 
@@ -16,18 +15,15 @@ class LoginFiles final : public LoginStorage
 public:
     /// Null for an invalid identity, and while another process keeps its logins.
     static std::unique_ptr<LoginFiles> Open(const std::string& identity, LogSink log);
-    ~LoginFiles() override;
 
     bool Save(Server server, const std::optional<LoginRecord>& record) override;
     std::optional<LoginRecord> Load(Server server) override;
     void Refuse(Server server, const std::string& reason) override;
 
 private:
-    LoginFiles(std::string identity, LogSink log, Handle owner);
+    explicit LoginFiles(std::unique_ptr<ProtectedLogins> files) : files_(std::move(files)) {}
 
-    const std::string identity_;
-    const LogSink log_;
-    const Handle owner_; ///< Mutex that this process holds.
+    const std::unique_ptr<ProtectedLogins> files_;
 };
 
 } // namespace Kestrany::Agent::Simulated

@@ -24,8 +24,12 @@ TEST_P(ReferenceSignaturesTest, OnlyTheRightSignatureIsValid)
     ExpectOnlyTheRightSignature(signatures, GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(Vectors, ReferenceSignaturesTest, testing::ValuesIn(SignatureVectors()),
-                         [](const auto& info) { return info.param.name; });
+std::string NameOf(const testing::TestParamInfo<SignatureVector>& info)
+{
+    return info.param.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Vectors, ReferenceSignaturesTest, testing::ValuesIn(SignatureVectors()), NameOf);
 
 TEST(SignaturesTest, HashesFollowFips180)
 {
