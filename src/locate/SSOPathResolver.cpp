@@ -324,7 +324,7 @@ void SSOPathResolver::ReadClientConfigFile()
         return; // Without a message: the search reported it.
     Log(Message(L"Loading client config file %1%", clientConfigFilePath_), TALIXLog::Info);
     const ParsedClientConfig config = contents.IsRead() ? ParseClientConfig(contents.bytes) : ParsedClientConfig();
-    observer_.OnDocument({StartUpFile::ClientConfig, clientConfigFilePath_, contents.error,
+    observer_.OnJsonFile({StartUpFile::ClientConfig, clientConfigFilePath_, contents.error,
                           contents.IsRead() && !config.values ? std::optional(config.error) : std::nullopt});
     if (!config.values)
     {

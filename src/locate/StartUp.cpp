@@ -249,7 +249,7 @@ std::optional<VersionCompatibilityEntry> SSOPathResolver::ChooseClientPlugin()
         return std::nullopt;
     }
     const ParsedJson json = contents.IsRead() ? ParseJson(contents.bytes) : ParsedJson();
-    observer_.OnDocument({StartUpFile::VersionCompatibility, file, contents.error,
+    observer_.OnJsonFile({StartUpFile::VersionCompatibility, file, contents.error,
                           contents.IsRead() && !json.root ? std::optional(json.error) : std::nullopt});
     if (!json.root)
     {
