@@ -40,20 +40,9 @@ changed_sources()
     } | sort -u
 }
 
-# The changed sources that the build of the linter knows. "<source>^" is ninja's name for the output of a source.
-lint_targets()
-{
-    changed_sources | while IFS= read -r file; do
-        ! grep -qF "\"$root/$file\"" "$root/build/tidy/compile_commands.json" || printf '%s\n' "$root/$file^"
-    done
-}
-
 lint_changed()
 {
-    local targets
-    configure_preset tidy "$root/build/tidy" || return
-    mapfile -t targets < <(lint_targets)
-    [ ${#targets[@]} -eq 0 ] || ninja -C "$root/build/tidy" -k 0 -j "$jobs" "${targets[@]}"
+    changed_sources | lint_sources
 }
 
 unit_tests()
