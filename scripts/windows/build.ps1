@@ -9,6 +9,8 @@
 Enter-DeveloperShell
 $openSsl = Get-ToolPath 'OpenSSL' (Find-OpenSsl)
 $signer = Get-ToolPath 'osslsigncode' (Find-Signer)
+# Tests configure projects that look for it. At the end, because its folder may hold other tools with the names of Windows' own.
+$env:PATH += ';' + (Split-Path $openSsl)
 
 # CMake looks for presets in the current directory.
 Push-Location -LiteralPath $Root
