@@ -2,7 +2,7 @@
 # Builds and tests everything: scripts/test.sh [--long] [ctest arguments]
 #
 # Makes the machine ready (scripts/setup.sh), then runs
-#   - the static checks: format of the sources, shell scripts, clang-tidy over all sources
+#   - the static checks: format of the sources, shell scripts, CMake files, workflow files, clang-tidy over all sources
 #   - the unit tests of the portable logic on this machine, under address and undefined-behaviour sanitizers, and again
 #     under the thread sanitizer
 #   - each fuzzer of the portable logic for ten seconds; scripts/fuzz.sh runs them for longer
@@ -176,6 +176,7 @@ if [ $# -eq 0 ]; then
     fi
     check "shell scripts" check_scripts
     check "CMake files" check_cmake
+    check "workflow files" check_workflows
     check "clang-tidy" lint_all
 fi
 say "== builds and their tests"

@@ -55,3 +55,13 @@ lint_all()
 {
     sources '*.cpp' | lint_sources
 }
+
+# The workflow files and the scripts for Windows, which cannot run here: a linter, a parser, and whether everything that they name
+# exists. The last one needs all files, because a change elsewhere can remove what they name.
+check_workflows()
+{
+    export ORLINDEX_NODE=$deps/node
+    sources '.github/workflows/*.yml' | (cd "$root" && xargs -d '\n' node tests/workflow/lint.mjs) &&
+        sources 'scripts/windows/*.ps1' | (cd "$root" && xargs -d '\n' node tests/workflow/powershell.mjs) &&
+        node "$root/tests/workflow/names.mjs" "$root"
+}
