@@ -229,6 +229,7 @@ std::wstring SSOPathResolver::ExeDirectory() const
 
 std::wstring SSOPathResolver::LibraryDirectory() const
 {
+    // not covered: Branches of the compiler; both directories are used.
     return overrides_.libraryDirectory.empty() ? GetModuleDirPath(ProductModuleName) : overrides_.libraryDirectory;
 }
 

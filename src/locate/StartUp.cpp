@@ -184,6 +184,7 @@ void SSOPathResolver::LocateVersionCompatibilityFile()
     std::wstring serverAppDirectory = GetSSOServerAppPath();
     if (serverAppDirectory.empty())
         serverAppDirectory = L"%SSOServerAppPath%"; // Not searched; messages show it as a reference without a value.
+    // not covered: Branches of the compiler; the file is found there, and it is not.
     if (SearchVersionCompatibilityFile({{serverAppDirectory, DirectoryOrigin::ServerApplication}}))
         return;
     SearchList directories;

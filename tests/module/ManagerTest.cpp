@@ -27,7 +27,6 @@ using testing::Field;
 using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
-using testing::StartsWith;
 
 class Manager : public LocateTest
 {
