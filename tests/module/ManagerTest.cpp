@@ -21,7 +21,6 @@ using namespace Kestrany::IdentityServices;
 namespace TALIXLog = Kestrany::TALIXLog;
 using testing::AllOf;
 using testing::Contains;
-using testing::Each;
 using testing::ElementsAre;
 using testing::Field;
 using testing::IsEmpty;
