@@ -5,11 +5,11 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
-#include <regex>
 #include <string>
 #include <vector>
 
 #include "locate/PathVariables.h"
+#include "support/PathVariablePattern.h"
 
 namespace OrlindexTest {
 
@@ -19,18 +19,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
-
-struct Expansion
-{
-    std::wstring text;
-    std::int32_t matches;
-    std::vector<std::wstring> names; ///< In the order in which they were looked up.
-
-    bool operator==(const Expansion& other) const
-    {
-        return text == other.text && matches == other.matches && names == other.names;
-    }
-};
 
 /// Values of the variables that these tests know.
 bool KnownValue(const std::wstring& name, std::wstring& value)
@@ -53,26 +41,6 @@ Expansion Expand(const std::wstring& text)
             expansion.names.push_back(name);
             return KnownValue(name, value);
         });
-    return expansion;
-}
-
-/// The same by the standard library's regular expressions, which are right but recurse for each character.
-Expansion ExpandByPattern(const std::wstring& text)
-{
-    const std::wregex pattern(L"%.*?%");
-    Expansion expansion = {L"", 0, {}};
-    auto copied = text.begin();
-    for (std::wsregex_iterator match(text.begin(), text.end(), pattern), end; match != end; ++match)
-    {
-        expansion.text.append(copied, (*match)[0].first);
-        const std::wstring reference = match->str();
-        expansion.names.push_back(reference.substr(1, reference.size() - 2));
-        std::wstring value;
-        expansion.text += KnownValue(expansion.names.back(), value) ? value : reference;
-        copied = (*match)[0].second;
-        ++expansion.matches;
-    }
-    expansion.text.append(copied, text.end());
     return expansion;
 }
 
@@ -201,7 +169,7 @@ TEST(ExpandPathVariables, AgreesWithTheRegularExpression)
         std::wstring text(length(random), L'\0');
         for (wchar_t& character : text)
             character = alphabet[letter(random)];
-        const Expansion expected = ExpandByPattern(text);
+        const Expansion expected = ExpandByPattern(text, KnownValue);
         const Expansion actual = Expand(text);
         ASSERT_EQ(actual.text, expected.text) << testing::PrintToString(text);
         ASSERT_EQ(actual.matches, expected.matches) << testing::PrintToString(text);
