@@ -35,7 +35,7 @@ export class Peer {
     }
 }
 
-/// Stands for an application's redirect listener. `next()` waits for one request and returns its parameters.
+/// Stands for an application's redirect listener. `next()` waits for one request and returns its address and method.
 export class RedirectListener {
     static async start() {
         const listener = new RedirectListener();
@@ -43,7 +43,7 @@ export class RedirectListener {
         listener.waiting = [];
         listener.server = createServer((request, response) => {
             response.writeHead(200, { 'Content-Type': 'text/html' }).end('<p>You are signed in.</p>');
-            const url = new URL(request.url, listener.address);
+            const url = Object.assign(new URL(request.url, listener.address), { method: request.method });
             const waiting = listener.waiting.shift();
             if (waiting)
                 waiting(url);
@@ -55,10 +55,10 @@ export class RedirectListener {
         return listener;
     }
 
-    next() {
+    next(limit = 120_000) {
         const request = this.requests.shift();
         return request ? Promise.resolve(request) : new Promise((resolve, reject) => {
-            const timer = setTimeout(() => reject(new Error('no redirect came')), 120_000);
+            const timer = setTimeout(() => reject(new Error('no redirect came')), limit);
             this.waiting.push(url => { clearTimeout(timer); resolve(url); });
         });
     }
