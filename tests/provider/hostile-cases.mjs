@@ -402,6 +402,12 @@ const claimCases = [
         },
     },
     {
+        // The provider's clock differs, and its tokens are right by this machine's.
+        name: 'ClockAhead', code: success, standard: field, change: issuer => {
+            issuer.hooks.discovery = () => { issuer.date = new Date(Date.now() + 300_000).toUTCString(); };
+        },
+    },
+    {
         name: 'AccessTokenHashOfAnotherToken', code: idTokenRefused, log: ['"at_hash" of the access token'],
         standard: core('3.1.3.8'), change: claims({ at_hash: '77QmUPtjPfzWtF2AnpK9RQ' }),
     },

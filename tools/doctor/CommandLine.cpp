@@ -33,6 +33,8 @@ po::options_description DescribedOptions()
                 "without it nothing is loaded and no code of the plugin runs");
     add("timeout", value("SECONDS"), "how long a load may take (default: 30)");
     add("compatibility", value("FILE"), "for check: the version compatibility file (default: the one beside MODULE)");
+    add("config", value("FILE"), "for provider: the configuration (default: the one beside the server application)");
+    add("server", value("NAME"), "for provider: production, staging or development (default: the first configured)");
     add("json", "one JSON document instead of text (docs/schema/doctor-report.schema.json)");
     add("no-color", "plain text; also if NO_COLOR is set, or the output is not a console");
     return described;
@@ -64,7 +66,9 @@ std::string ValueKind(const std::string& option)
         return "a folder";
     if (option == "timeout")
         return "a number of seconds";
-    return option == "compatibility" ? "a file" : "";
+    if (option == "server")
+        return "the name of a server";
+    return option == "compatibility" || option == "config" ? "a file" : "";
 }
 
 /// Throws if the value is empty, or looks like the next option.
@@ -89,12 +93,23 @@ unsigned ParseSeconds(const std::wstring& text)
     return seconds;
 }
 
+const std::wstring& ParseServer(const std::wstring& name)
+{
+    if (name != L"production" && name != L"staging" && name != L"development")
+        throw UsageError("--server needs production, staging or development, not '" + Narrow(name) + "'");
+    return name;
+}
+
 void TakeOption(const po::woption& option, Options& options)
 {
     if (option.string_key == "host")
         options.host = ValueOf(option);
     else if (option.string_key == "compatibility")
         options.compatibility = ValueOf(option);
+    else if (option.string_key == "config")
+        options.config = ValueOf(option);
+    else if (option.string_key == "server")
+        options.server = ParseServer(ValueOf(option));
     else if (option.string_key == "timeout")
         options.timeoutSeconds = ParseSeconds(ValueOf(option));
     else if (option.string_key == "load")
@@ -114,6 +129,8 @@ void TakeWord(const std::wstring& word, Options& options)
 {
     if (options.command == Command::StartUp && word == L"check")
         options.command = Command::Check;
+    else if (options.command == Command::StartUp && word == L"provider")
+        options.command = Command::Provider;
     else if (options.command == Command::Check && options.module.empty() && !word.empty())
         options.module = word;
     else
@@ -185,6 +202,10 @@ Options ParseOptions(const std::vector<std::wstring>& arguments)
         throw UsageError("check needs a plugin module file");
     if (options.command != Command::Check && !options.compatibility.empty())
         throw UsageError("--compatibility belongs to check");
+    if (options.command != Command::Provider && !(options.config.empty() && options.server.empty()))
+        throw UsageError(std::string(options.config.empty() ? "--server" : "--config") + " belongs to provider");
+    if (options.command == Command::Provider && options.load)
+        throw UsageError("provider loads nothing: --load does not belong to it");
     return options;
 }
 
@@ -195,13 +216,14 @@ std::string HelpText()
 
   orlindex-doctor [options]               retraces the start-up of a host, step by step
   orlindex-doctor check MODULE [options]  checks a plugin module file against the contract
+  orlindex-doctor provider [options]      examines the OpenID Connect provider that the sign-in agent is configured for
 
 Options
 )" << DescribedOptions()
          << R"(  --help, --version
 
 The tool itself changes nothing: no file, no registry value. A plugin that --load runs may do anything.
-A plugin module that the library would not trust is never loaded.
+A plugin module that the library would not trust is never loaded. Only provider sends requests: two, to the provider.
 
 Exit codes
 )" << ExitCodeLines();

@@ -9,12 +9,14 @@
 
 namespace Orlindex::Doctor {
 
-// The command line (CommandLine.cpp) and the two commands that it can request (StartUpCommand.cpp, CheckCommand.cpp).
+// The command line (CommandLine.cpp) and the commands that it can request (StartUpCommand.cpp, CheckCommand.cpp,
+// ProviderCommand.cpp).
 
 enum class Command
 {
     StartUp,
     Check,
+    Provider,
     Help,
     Version
 };
@@ -26,6 +28,8 @@ struct Options
     std::wstring host;          ///< Empty for the tool's own folder.
     std::wstring module;        ///< For `check`.
     std::wstring compatibility; ///< For `check`; empty for the file beside the module.
+    std::wstring config;        ///< For `provider`; empty for the file beside the server application.
+    std::wstring server;        ///< For `provider`; empty for the first one that is configured.
     bool load = false;
     bool json = false;
     bool color = true;
@@ -52,6 +56,9 @@ Diagnosis RunStartUp(const Options& options, const std::wstring& host, Report& r
 
 /// Checks the plugin module `module` against the contract. Both paths are absolute.
 Diagnosis RunCheck(const Options& options, const std::wstring& host, const std::wstring& module, Report& report);
+
+/// Examines the OpenID Connect provider that the sign-in agent is configured for. Sends requests to it.
+Diagnosis RunProvider(const Options& options, const std::wstring& host, Report& report);
 
 } // namespace Orlindex::Doctor
 

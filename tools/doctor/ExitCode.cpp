@@ -7,7 +7,8 @@ namespace Orlindex::Doctor {
 namespace {
 
 const ExitCodeRow rows[] = {
-    {ExitCode::Starts, "starts", "a host would start; `check`: the module keeps the contract"},
+    {ExitCode::Starts, "starts",
+     "a host would start; `check`: the module keeps the contract; `provider`: nothing speaks against a sign-in"},
     {ExitCode::UsageError, "usage-error", "the command line is wrong"},
     {ExitCode::ToolError, "tool-error", "the tool itself failed"},
     {ExitCode::LocalSystemAccount, "local-system-account", "the account is the local system's, which may not sign in"},
@@ -55,6 +56,29 @@ const ExitCodeRow rows[] = {
     {ExitCode::ModuleInterfaceNull, "module-interface-null", "the plugin's factory has no ISSOClientModule"},
     {ExitCode::TooManyMessages, "too-many-messages",
      "the process that loads the plugin wrote more messages than a load has"},
+    {ExitCode::ProviderConfigNotFound, "provider-config-not-found",
+     "`provider`: there is no configuration of a provider"},
+    {ExitCode::ProviderConfigInvalid, "provider-config-invalid",
+     "`provider`: the configuration is wrong, or lacks the server"},
+    {ExitCode::ProviderNameNotResolved, "provider-name-not-resolved",
+     "`provider`: the issuer's host name has no address"},
+    {ExitCode::ProviderUnreachable, "provider-unreachable",
+     "`provider`: no complete reply comes from the issuer's address"},
+    {ExitCode::ProviderTlsRefused, "provider-tls-refused",
+     "`provider`: Windows does not trust the provider's TLS connection"},
+    {ExitCode::ProviderDiscoveryUnusable, "provider-discovery-unusable",
+     "`provider`: the discovery document is not there or not usable"},
+    {ExitCode::ProviderOtherIssuer, "provider-other-issuer", "`provider`: the discovery document is of another issuer"},
+    {ExitCode::ProviderEndpointsUnusable, "provider-endpoints-unusable",
+     "`provider`: an endpoint is missing or no https address"},
+    {ExitCode::ProviderPkceMissing, "provider-pkce-missing", "`provider`: the provider does not offer PKCE with S256"},
+    {ExitCode::ProviderAlgorithmsUnusable, "provider-algorithms-unusable",
+     "`provider`: the agent accepts no algorithm of the provider's ID tokens"},
+    {ExitCode::ProviderKeysUnusable, "provider-keys-unusable", "`provider`: the provider's key set is not usable"},
+    {ExitCode::ProviderNoRedirectPort, "provider-no-redirect-port",
+     "`provider`: no port is free for the redirect from the browser"},
+    {ExitCode::ProviderClockOff, "provider-clock-off",
+     "`provider`: this machine's clock differs from the provider's by more than the tolerance"},
 };
 
 } // namespace

@@ -5,7 +5,7 @@
 
 namespace Orlindex::Doctor {
 
-/// The tool's exit code: the first step of a start-up that fails, and how. A number is never reused for another
+/// The tool's exit code: the first step that fails, and how. A number is never reused for another
 /// meaning.
 enum class ExitCode
 {
@@ -49,7 +49,21 @@ enum class ExitCode
     PluginCrashed = 54,
     PluginHung = 55,
     ModuleInterfaceNull = 56,
-    TooManyMessages = 57
+    TooManyMessages = 57,
+
+    ProviderConfigNotFound = 60,
+    ProviderConfigInvalid = 61,
+    ProviderNameNotResolved = 62,
+    ProviderUnreachable = 63,
+    ProviderTlsRefused = 64,
+    ProviderDiscoveryUnusable = 65,
+    ProviderOtherIssuer = 66,
+    ProviderEndpointsUnusable = 67,
+    ProviderPkceMissing = 68,
+    ProviderAlgorithmsUnusable = 69,
+    ProviderKeysUnusable = 70,
+    ProviderNoRedirectPort = 71,
+    ProviderClockOff = 72
 };
 
 struct ExitCodeRow

@@ -67,7 +67,35 @@ std::string Question(const Subject& subject)
 {
     if (subject.command == "check")
         return "Does the plugin module " + subject.module + " keep the contract?";
+    if (subject.command == "provider")
+        return "Can the sign-in agent of a host in " + subject.host + " sign users in with its provider?";
     return "How would a host in " + subject.host + " start?";
+}
+
+const char* CommandName(Command command)
+{
+    switch (command)
+    {
+    case Command::Check:
+        return "check";
+    case Command::Provider:
+        return "provider";
+    default:
+        return "start";
+    }
+}
+
+Diagnosis RunCommand(const Options& options, const std::wstring& host, const std::wstring& module, Report& report)
+{
+    switch (options.command)
+    {
+    case Command::Check:
+        return RunCheck(options, host, module, report);
+    case Command::Provider:
+        return RunProvider(options, host, report);
+    default:
+        return RunStartUp(options, host, report);
+    }
 }
 
 ExitCode RunReport(Options options, Console& console)
@@ -77,16 +105,17 @@ ExitCode RunReport(Options options, Console& console)
     const std::wstring module = check ? AbsolutePath(options.module) : std::wstring();
     if (!options.compatibility.empty())
         options.compatibility = AbsolutePath(options.compatibility);
+    if (!options.config.empty())
+        options.config = AbsolutePath(options.config);
     EnterHostFolder(host); // All paths are absolute by now.
-    const Subject subject = {check ? "check" : "start", Narrow(host), Narrow(module), options.load};
+    const Subject subject = {CommandName(options.command), Narrow(host), Narrow(module), options.load};
 
     SetPluginLogger([](const std::wstring&, LogLevel) {}); // The report says what the library's steps log.
     TextReport text(console, !options.json && UsesColor(options, console));
     if (!options.json)
         text.WriteTitle(Version(), Question(subject));
     Report report(options.json ? nullptr : &text);
-    const Diagnosis diagnosis =
-        Presentable(check ? RunCheck(options, host, module, report) : RunStartUp(options, host, report));
+    const Diagnosis diagnosis = Presentable(RunCommand(options, host, module, report));
     if (options.json)
         console.Write(JsonReport(subject, report, diagnosis));
     else

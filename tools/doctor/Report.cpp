@@ -57,6 +57,28 @@ const char* StepName(StepId id)
         return "load";
     case StepId::Interfaces:
         return "interfaces";
+    case StepId::ProviderConfig:
+        return "provider-config";
+    case StepId::NameResolution:
+        return "name-resolution";
+    case StepId::Tls:
+        return "tls";
+    case StepId::Discovery:
+        return "discovery";
+    case StepId::Issuer:
+        return "issuer";
+    case StepId::Endpoints:
+        return "endpoints";
+    case StepId::Pkce:
+        return "pkce";
+    case StepId::Algorithms:
+        return "algorithms";
+    case StepId::Keys:
+        return "keys";
+    case StepId::RedirectPorts:
+        return "redirect-ports";
+    case StepId::Clock:
+        return "clock";
     }
     return "";
 }
@@ -87,6 +109,28 @@ const char* StepTitle(StepId id)
         return "Load";
     case StepId::Interfaces:
         return "Interfaces";
+    case StepId::ProviderConfig:
+        return "Configuration";
+    case StepId::NameResolution:
+        return "Name resolution";
+    case StepId::Tls:
+        return "Connection";
+    case StepId::Discovery:
+        return "Discovery document";
+    case StepId::Issuer:
+        return "Issuer";
+    case StepId::Endpoints:
+        return "Endpoints";
+    case StepId::Pkce:
+        return "PKCE";
+    case StepId::Algorithms:
+        return "Algorithms";
+    case StepId::Keys:
+        return "Keys";
+    case StepId::RedirectPorts:
+        return "Redirect ports";
+    case StepId::Clock:
+        return "Clock";
     }
     return "";
 }

@@ -20,7 +20,7 @@ enum class Mark
     Failed
 };
 
-/// The steps of a start-up, in their order.
+/// The steps of a start-up, in their order; then those of `provider`.
 enum class StepId
 {
     Account,
@@ -33,7 +33,19 @@ enum class StepId
     ModuleFile,
     Signature,
     Load,
-    Interfaces
+    Interfaces,
+
+    ProviderConfig,
+    NameResolution,
+    Tls,
+    Discovery,
+    Issuer,
+    Endpoints,
+    Pkce,
+    Algorithms,
+    Keys,
+    RedirectPorts,
+    Clock
 };
 
 /// One thing that a step found.

@@ -31,7 +31,7 @@ private:
 /// What a JSON report is about.
 struct Subject
 {
-    std::string command; ///< "start" or "check".
+    std::string command; ///< "start", "check" or "provider".
     std::string host;    ///< The host's folder.
     std::string module;  ///< For "check".
     bool load;
