@@ -96,6 +96,16 @@ build_boost()
     cmake -DVERSION="$version" -DFILE="$package/BoostConfigVersion.cmake" -P "$root/cmake/boost/WriteVersion.cmake"
 }
 
+# Boost.Beast and what it includes are headers only: Debian's serve for Windows, too. The one folder is linked, because the
+# rest of /usr/include is for Linux.
+link_boost_headers()
+{
+    [ -f /usr/include/boost/beast/core.hpp ] || { echo "no /usr/include/boost/beast/core.hpp"; return 1; }
+    rm -rf "$deps/headers"
+    mkdir -p "$deps/headers"
+    ln -s /usr/include/boost "$deps/headers/boost"
+}
+
 build_googletest()
 {
     cross_install /usr/src/googletest -DINSTALL_GTEST=ON
@@ -189,7 +199,7 @@ make_wine_prefix_32()
 # --- Running the steps -----------------------------------------------------------------------------------------------
 
 number=0
-total=9
+total=10
 
 # run TITLE NAME FUNCTION: runs one step, with its number, its duration and its log. Prints the end of the log on failure.
 run()
@@ -288,6 +298,7 @@ main()
     once "Library sources" sources fetch_sources "$(declare -f source_entries) $boost"
     once "JsonCpp for Windows" jsoncpp build_jsoncpp "$cross"
     once "Boost for Windows" boost build_boost "$cross $boost"
+    once "Boost's headers" headers link_boost_headers "$boost"
     once "GoogleTest for Windows" googletest build_googletest "$cross"
     once "Benchmark for Windows" benchmark build_benchmark "$cross"
     once "Node.js packages for the tests" node install_node_packages "$(cat "$root"/tests/node/package*.json; node --version)"

@@ -1,5 +1,8 @@
 #include "connection/Message.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "identity/Json.h"
 
 namespace Kestrany::Agent {
@@ -48,6 +51,75 @@ bool TakeCode(const Json::Value& object, const char* key, IdErrorCode& code)
         return false;
     code = static_cast<IdErrorCode>(member.asInt());
     return true;
+}
+
+// --- What the host set, which is left out where it is the default ---------------------------------------------------
+
+struct NumberMember
+{
+    const char* key;
+    int BackoffSettings::* number;
+};
+
+constexpr NumberMember BackoffMembers[] = {
+    {"initialInterval", &BackoffSettings::initialInterval},
+    {"maxInterval", &BackoffSettings::maxInterval},
+    {"multiplier", &BackoffSettings::multiplier},
+    {"maxRetries", &BackoffSettings::maxRetries},
+    {"jitter", &BackoffSettings::jitter},
+};
+
+void WriteSettings(const Caller& caller, Json::Value& object)
+{
+    if (caller.loginMode != TALIX_LOGIN_MODE_DEFAULT)
+        object["mode"] = static_cast<int>(caller.loginMode);
+    if (caller.proxy)
+    {
+        Json::Value& proxy = object["proxy"];
+        proxy["host"] = caller.proxy->host;
+        proxy["port"] = caller.proxy->port;
+        proxy["user"] = caller.proxy->userName;
+        proxy["password"] = caller.proxy->password;
+    }
+    if (caller.backoff)
+    {
+        for (const NumberMember& member : BackoffMembers)
+            object["backoff"][member.key] = *caller.backoff.*member.number;
+    }
+}
+
+bool TakeInteger(const Json::Value& object, const char* key, int minimum, int& number)
+{
+    const Json::Value& member = object[key];
+    if (!member.isInt() || member.asInt() < minimum)
+        return false;
+    number = member.asInt();
+    return true;
+}
+
+bool TakeProxy(const Json::Value& object, ProxySettings& proxy)
+{
+    return object.isObject() && TakeText(object, "host", proxy.host) && !proxy.host.empty() &&
+           TakeInteger(object, "port", 1, proxy.port) && proxy.port <= 65535 &&
+           TakeText(object, "user", proxy.userName) && TakeText(object, "password", proxy.password);
+}
+
+bool TakeBackoff(const Json::Value& object, BackoffSettings& backoff)
+{
+    return object.isObject() &&
+           std::all_of(std::begin(BackoffMembers), std::end(BackoffMembers), [&](const NumberMember& member) {
+               return TakeInteger(object, member.key, 0, backoff.*member.number);
+           });
+}
+
+bool TakeSettings(const Json::Value& object, Caller& caller)
+{
+    int mode = TALIX_LOGIN_MODE_DEFAULT;
+    if (object.isMember("mode") && !TakeInteger(object, "mode", TALIX_LOGIN_MODE_DEFAULT, mode))
+        return false;
+    caller.loginMode = static_cast<talix_login_mode>(mode);
+    return (!object.isMember("proxy") || TakeProxy(object["proxy"], caller.proxy.emplace())) &&
+           (!object.isMember("backoff") || TakeBackoff(object["backoff"], caller.backoff.emplace()));
 }
 
 std::optional<Response> ReadResponse(const Json::Value& object)
@@ -119,6 +191,7 @@ std::string WriteRequest(const Request& request)
         object["server"] = ServerName(request.caller.server);
         object["client"] = request.caller.clientId;
         object["scope"] = request.caller.scope;
+        WriteSettings(request.caller, object);
     }
     object["with"] = request.arguments;
     return WriteJson(object);
@@ -139,6 +212,8 @@ std::optional<Request> ReadRequest(const std::string& message, std::string& prob
     else if (HasCaller(*object) && (!TakeText(*object, "client", request.caller.clientId) ||
                                     !TakeText(*object, "scope", request.caller.scope)))
         problem = "it names no product";
+    else if (HasCaller(*object) && !TakeSettings(*object, request.caller))
+        problem = "its settings are malformed";
     else if (!TakeObject(*object, "with", request.arguments))
         problem = "it has no arguments";
     else

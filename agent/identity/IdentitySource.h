@@ -12,7 +12,7 @@
 
 namespace Kestrany::Agent {
 
-// What a source of identity implements. It runs in the server process, on that process's one thread.
+// What a source of identity implements. It is called on the one thread of the server process.
 
 /// Names of the operations, in messages and in faults.
 namespace Operations {
@@ -48,6 +48,20 @@ public:
     virtual std::int64_t Limit() const = 0;
 };
 
+/// Work that an operation waits for, such as a request to a provider. The work goes on without the object.
+class PendingWork
+{
+public:
+    virtual ~PendingWork() = default;
+    /// nullopt while the work goes on. Not called again after a result.
+    virtual std::optional<IdErrorCode> Poll() = 0;
+    /// Whether the work is the whole operation, whose result is then that of the work. Else the operation is performed
+    /// after IdSuccess, and another code is its result.
+    virtual bool IsWholeOperation() const = 0;
+    /// When Poll returns a result at the latest, in the process's ticks (milliseconds).
+    virtual std::int64_t Limit() const = 0;
+};
+
 /// The logins of one server identity.
 class SourceLogins : public LoginService
 {
@@ -56,6 +70,13 @@ public:
     virtual bool IsValid(Server server) const = 0;
     /// Begins a login that waits for its user. Null if Login has the result at once.
     virtual std::unique_ptr<PendingLogin> BeginLogin(const Caller& caller) = 0;
+    /// Begins what an operation other than Login waits for. Null if it can be performed at once. `flag`: the one of
+    /// GetAccessToken and RefreshToken, else false.
+    virtual std::unique_ptr<PendingWork> Prepare(const std::string& operation, const Caller& caller, bool flag)
+    {
+        (void)operation, (void)caller, (void)flag;
+        return nullptr;
+    }
 };
 
 /// Optional operations that a source offers.
@@ -107,6 +128,14 @@ public:
     }
     /// How long every response is held back.
     virtual std::chrono::milliseconds Latency() const { return {}; }
+
+    /// Does what is due by now, and what the source's other threads left to the process's thread.
+    virtual void RunTimers() {}
+    /// When RunTimers has something to do, in ticks; nullopt if nothing is pending.
+    virtual std::optional<std::int64_t> NextTimer() const { return std::nullopt; }
+    /// Ends all work, at the end of the process. False if a thread still runs: it then ends with the process, and must
+    /// not meet destroyed objects.
+    virtual bool Shutdown() { return true; }
 };
 
 } // namespace Kestrany::Agent

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include <json/value.h>
@@ -41,12 +42,35 @@ inline constexpr std::size_t MaxProductText = 2048;
 /// Characters of the longest token that a host can fetch: the library's buffers hold so many and a zero.
 inline constexpr std::size_t MaxToken = 4095;
 
+/// The settings of a proxy server. Texts are UTF-8.
+struct ProxySettings
+{
+    std::string host;
+    std::string userName;
+    std::string password;
+    std::int32_t port = 0;
+};
+
+/// How calls back off after failures. Times in seconds.
+struct BackoffSettings
+{
+    int initialInterval = 1;
+    int maxInterval = 60;
+    int multiplier = 2;
+    int maxRetries = 5;
+    int jitter = 1;
+};
+
 /// On whose behalf the service is called: a host's product at one server. Texts are UTF-8.
 struct Caller
 {
     Server server = TALIX_SERVER_UNAVAILABLE;
     std::string clientId; ///< Empty while the host has set no product.
     std::string scope;
+    // What the host set for a source that uses a network; nullopt for the defaults.
+    talix_login_mode loginMode = TALIX_LOGIN_MODE_DEFAULT;
+    std::optional<ProxySettings> proxy{};
+    std::optional<BackoffSettings> backoff{};
 };
 
 /// A user. Texts are UTF-8.

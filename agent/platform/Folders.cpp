@@ -58,6 +58,13 @@ std::wstring EnvironmentText(const wchar_t* name)
     return text;
 }
 
+std::wstring FileBesideExecutable(const wchar_t* name)
+{
+    std::wstring path(32'768, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return path.substr(0, path.rfind(L'\\') + 1) + name;
+}
+
 void CreateFoldersAbove(const std::wstring& path)
 {
     for (std::size_t end = path.find(L'\\', 3); end != std::wstring::npos; end = path.find(L'\\', end + 1))

@@ -25,6 +25,9 @@ std::wstring FullPath(const std::wstring& path);
 /// The value of an environment variable; empty if it is not set.
 std::wstring EnvironmentText(const wchar_t* name);
 
+/// The full path of a file in the folder of this process's executable.
+std::wstring FileBesideExecutable(const wchar_t* name);
+
 /// Creates the missing folders above `path`.
 void CreateFoldersAbove(const std::wstring& path);
 

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "identity/LoginService.h"
-
 namespace Kestrany::Agent {
 
 namespace {

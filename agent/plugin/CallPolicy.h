@@ -4,7 +4,7 @@
 #include <mutex>
 #include <string>
 
-#include "identity/ResultCodes.h"
+#include "identity/LoginService.h"
 #include "orlindex/RetrySchedule.h"
 
 namespace Kestrany::Agent {
@@ -17,16 +17,6 @@ struct CallSettings
     int minJitter = 0;
     int maxJitter = 10;
     std::string url = "https://production.simulator.invalid/";
-};
-
-/// How calls back off after failures. Times in seconds.
-struct BackoffSettings
-{
-    int initialInterval = 1;
-    int maxInterval = 60;
-    int multiplier = 2;
-    int maxRetries = 5;
-    int jitter = 1;
 };
 
 /// The settings in force. A set with a value out of range is refused as a whole. Any thread may call.

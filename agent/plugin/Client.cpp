@@ -224,7 +224,11 @@ IdErrorCode Client::SetProxyInfo(const talix_proxy_info* info)
             code = TakeNarrow(info->user_name, info->user_name_size, proxy.userName);
         if (code == IdSuccess)
             code = TakeNarrow(info->password, info->password_size, proxy.password);
-        return Done("Proxy settings", code == IdSuccess ? proxies_.Store(std::move(proxy)) : code);
+        if (code == IdSuccess)
+            code = proxies_.Store(std::move(proxy));
+        if (code == IdSuccess)
+            session_.SetProxy(proxies_.Find({}, 0));
+        return Done("Proxy settings", code);
     });
 }
 
@@ -232,6 +236,7 @@ IdErrorCode Client::ClearProxyInfo()
 {
     return NoThrow(IdFailed, [&] {
         proxies_.Clear();
+        session_.SetProxy(std::nullopt);
         return IdSuccess;
     });
 }
@@ -330,7 +335,10 @@ IdErrorCode Client::OverrideBackoffConfig(int initialInterval, int maxInterval, 
 {
     return NoThrow(IdFailed, [&] {
         const BackoffSettings settings{initialInterval, maxInterval, multiplier, maxRetries, jitter};
-        return Done("Backoff configuration", calls_.Override(settings));
+        const IdErrorCode code = calls_.Override(settings);
+        if (code == IdSuccess)
+            session_.SetBackoff(settings);
+        return Done("Backoff configuration", code);
     });
 }
 

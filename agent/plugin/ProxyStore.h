@@ -1,23 +1,14 @@
 #ifndef AGENT_PLUGIN_PROXYSTORE_H
 #define AGENT_PLUGIN_PROXYSTORE_H
 
-#include <cstdint>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "identity/ResultCodes.h"
+#include "identity/LoginService.h"
 
 namespace Kestrany::Agent {
-
-struct ProxySettings
-{
-    std::string host;
-    std::string userName;
-    std::string password;
-    std::int32_t port = 0;
-};
 
 /// Settings of proxy servers, one set for each host and port. Host names are not case-sensitive.
 /// Any thread may call.

@@ -1,5 +1,7 @@
 #include "plugin/Session.h"
 
+#include <utility>
+
 #include "identity/Json.h"
 #include "identity/LoginService.h"
 
@@ -69,6 +71,18 @@ IdErrorCode Session::SetLoginMode(talix_login_mode mode)
         return IdInvalidLoginMode;
     loginMode_ = mode;
     return IdSuccess;
+}
+
+void Session::SetProxy(std::optional<ProxySettings> proxy)
+{
+    const std::lock_guard lock(mutex_);
+    proxy_ = std::move(proxy);
+}
+
+void Session::SetBackoff(const BackoffSettings& backoff)
+{
+    const std::lock_guard lock(mutex_);
+    backoff_ = backoff;
 }
 
 void Session::Receive(const LoginEvent& event)
@@ -190,10 +204,17 @@ std::string Session::StateJson() const
 Caller Session::CurrentCaller() const
 {
     const std::lock_guard lock(mutex_);
-    const std::optional<ProductSettings>& product = products_.at(server_);
-    if (!product)
-        return {server_, {}, {}};
-    return {server_, product->clientId, product->tokenScope};
+    Caller caller;
+    caller.server = server_;
+    if (const std::optional<ProductSettings>& product = products_.at(server_))
+    {
+        caller.clientId = product->clientId;
+        caller.scope = product->tokenScope;
+    }
+    caller.loginMode = loginMode_;
+    caller.proxy = proxy_;
+    caller.backoff = backoff_;
+    return caller;
 }
 
 LoginStatus Session::Status() const

@@ -29,6 +29,9 @@ public:
     IdErrorCode SetServer(Server server);
     talix_login_mode GetLoginMode() const;
     IdErrorCode SetLoginMode(talix_login_mode mode);
+    /// The proxy and the back-off of requests to a provider; nullopt for the defaults.
+    void SetProxy(std::optional<ProxySettings> proxy);
+    void SetBackoff(const BackoffSettings& backoff);
 
     /// Queues an event that concerns the server in use and the product there.
     void Receive(const LoginEvent& event);
@@ -78,6 +81,8 @@ private:
     std::map<Server, std::optional<ProductSettings>> products_;
     Server server_ = TALIX_SERVER_PRODUCTION;
     talix_login_mode loginMode_ = TALIX_LOGIN_MODE_DEFAULT;
+    std::optional<ProxySettings> proxy_;
+    std::optional<BackoffSettings> backoff_;
 };
 
 } // namespace Kestrany::Agent

@@ -4,6 +4,13 @@
 
 #include <windows.h>
 
+#include "identity/openid/OpenIdSource.h"
+#include "identity/openid/windows/CngSignatures.h"
+#include "identity/openid/windows/LoopbackServer.h"
+#include "identity/openid/windows/ProtectedLoginStore.h"
+#include "identity/openid/windows/ProviderConfigFile.h"
+#include "identity/openid/windows/ShellBrowser.h"
+#include "identity/openid/windows/WinHttpClient.h"
 #include "identity/simulated/KeyStore.h"
 #include "identity/simulated/LoginFiles.h"
 #include "identity/simulated/ScenarioFile.h"
@@ -13,7 +20,14 @@
 
 namespace Kestrany::Agent {
 
-std::unique_ptr<IdentitySource> ChooseIdentitySource(const LogSink& log)
+namespace {
+
+std::int64_t Ticks()
+{
+    return static_cast<std::int64_t>(GetTickCount64());
+}
+
+std::unique_ptr<IdentitySource> MakeSimulatedSource(const LogSink& log)
 {
     Simulated::ScenarioChoice choice = Simulated::ChooseScenario();
     if (!choice.scenario)
@@ -23,11 +37,45 @@ std::unique_ptr<IdentitySource> ChooseIdentitySource(const LogSink& log)
 
     Simulated::SourceParts parts;
     parts.clock = &std::chrono::system_clock::now;
-    parts.ticks = [] { return static_cast<std::int64_t>(GetTickCount64()); };
+    parts.ticks = &Ticks;
     parts.random = &SystemRandom;
     parts.signer = Simulated::OpenSigningKey(log);
     parts.openStorage = [log](const std::string& identity) { return Simulated::LoginFiles::Open(identity, log); };
     return std::make_unique<Simulated::SimulatedSource>(std::move(choice.scenario), std::move(parts));
+}
+
+std::unique_ptr<IdentitySource> MakeOpenIdSource(OpenId::ProviderConfigChoice choice, const LogSink& log, HANDLE wake)
+{
+    if (!choice.configs)
+        log(TALIXLog::Error,
+            OpenId::LogLine({OpenId::IdProviderConfigInvalid, "a valid configuration file", choice.problem}));
+    else
+        log(TALIXLog::Info, "OpenID Connect providers: " + Narrow(choice.file));
+
+    OpenId::SourceParts parts;
+    parts.clock = &std::chrono::system_clock::now;
+    parts.ticks = &Ticks;
+    parts.random = &SystemRandom;
+    parts.signatures = std::make_shared<OpenId::CngSignatures>();
+    parts.makeHttp = [](const std::optional<ProxySettings>& proxy) {
+        return std::make_shared<OpenId::WinHttpClient>(proxy);
+    };
+    parts.browser = std::make_shared<OpenId::ShellBrowser>();
+    parts.listeners = std::make_shared<OpenId::LoopbackServer>();
+    parts.openStore = [log](const std::string& identity) { return OpenId::ProtectedLoginStore::Open(identity, log); };
+    parts.report = log;
+    parts.wake = [wake] { SetEvent(wake); };
+    return std::make_unique<OpenId::OpenIdSource>(std::move(choice.configs), std::move(choice.problem),
+                                                  std::move(parts));
+}
+
+} // namespace
+
+std::unique_ptr<IdentitySource> ChooseIdentitySource(const LogSink& log, HANDLE wake)
+{
+    OpenId::ProviderConfigChoice choice = OpenId::ReadProviderConfigFile();
+    // A file that is wrong is never taken for none: nobody would expect simulated users then.
+    return choice.exists ? MakeOpenIdSource(std::move(choice), log, wake) : MakeSimulatedSource(log);
 }
 
 std::string CheckScenario(const std::wstring& file)

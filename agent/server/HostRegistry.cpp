@@ -49,13 +49,14 @@ bool HostRegistry::MakeRoom()
 
 void HostRegistry::RunTimers()
 {
+    source_.RunTimers(); // First: what hosts wait for may end by it.
     for (HostSession* host : hosts_)
         host->RunTimers();
 }
 
 std::optional<std::int64_t> HostRegistry::NextTimer() const
 {
-    std::optional<std::int64_t> next;
+    std::optional<std::int64_t> next = source_.NextTimer();
     for (const HostSession* host : hosts_)
     {
         const std::optional<std::int64_t> own = host->NextTimer();

@@ -17,6 +17,9 @@ constexpr std::int64_t Margin = 10'000;
 /// Logins of one host that may wait at once.
 constexpr std::size_t MaxWaiting = 64;
 
+/// Other requests of one host that may wait at once.
+constexpr std::size_t MaxPrepared = 1024;
+
 bool Flag(const Json::Value& arguments, const char* name)
 {
     return arguments[name].isBool() && arguments[name].asBool();
@@ -204,6 +207,9 @@ void HostSession::RunTimers()
     waiting_.erase(std::remove_if(waiting_.begin(), waiting_.end(),
                                   [this](const WaitingLogin& waiting) { return PollLogin(waiting); }),
                    waiting_.end());
+    prepared_.erase(std::remove_if(prepared_.begin(), prepared_.end(),
+                                   [this](const WaitingRequest& waiting) { return PollRequest(waiting); }),
+                    prepared_.end());
     SendDelayed();
 }
 
@@ -216,6 +222,8 @@ std::optional<std::int64_t> HostSession::NextTimer() const
         next = delayed_.front().due; // A host that has not attached has none.
     for (const WaitingLogin& waiting : waiting_)
         next = next ? std::min(*next, waiting.login->Limit()) : waiting.login->Limit();
+    for (const WaitingRequest& waiting : prepared_)
+        next = next ? std::min(*next, waiting.work->Limit()) : waiting.work->Limit();
     return next;
 }
 
@@ -282,10 +290,24 @@ void HostSession::Perform(const Request& request)
         result["loginMode"] = features.loginMode;
         return Respond(request.id, IdSuccess, std::move(result));
     }
-    const auto operation = OperationTable().find(request.operation);
-    if (operation == OperationTable().end())
+    if (OperationTable().count(request.operation) == 0)
         return Respond(request.id, IdProtocolError);
-    Outcome outcome = operation->second(*logins, request);
+    const bool flag = Flag(request.arguments, "renew") || Flag(request.arguments, "onlyExpired");
+    std::unique_ptr<PendingWork> work = logins->Prepare(request.operation, request.caller, flag);
+    if (!work)
+        return PerformNow(*logins, request);
+    if (prepared_.size() == MaxPrepared)
+    {
+        registry_.Parts().warn(request.operation + " is refused: too many requests of the host wait");
+        return Respond(request.id, IdFailed);
+    }
+    ExtendDeadline(request.id, work->Limit());
+    prepared_.push_back({request, std::move(work)});
+}
+
+void HostSession::PerformNow(SourceLogins& logins, const Request& request)
+{
+    Outcome outcome = OperationTable().at(request.operation)(logins, request);
     Respond(request.id, outcome.code, std::move(outcome.result));
 }
 
@@ -300,8 +322,7 @@ void HostSession::Login(SourceLogins& logins, const Request& request)
         result.code = logins.Login(request.caller, result.detail);
         return RespondToLogin(request.id, result);
     }
-    const std::int64_t wait = pending->Limit() - registry_.Parts().ticks();
-    send_(WriteDeadlineExtension({request.id, static_cast<std::uint32_t>(wait + Margin)}));
+    ExtendDeadline(request.id, pending->Limit());
     waiting_.push_back({request.id, std::move(pending)});
 }
 
@@ -337,6 +358,32 @@ bool HostSession::PollLogin(const WaitingLogin& waiting)
     if (result)
         RespondToLogin(waiting.id, *result);
     return result.has_value();
+}
+
+bool HostSession::PollRequest(const WaitingRequest& waiting)
+{
+    const std::optional<IdErrorCode> code = waiting.work->Poll();
+    if (!code)
+        return false;
+    try
+    {
+        if (*code != IdSuccess || waiting.work->IsWholeOperation())
+            Respond(waiting.request.id, *code);
+        else
+            PerformNow(*logins_, waiting.request);
+    }
+    catch (const std::exception& error)
+    {
+        registry_.Parts().warn(waiting.request.operation + " failed: " + error.what());
+        Respond(waiting.request.id, IdFailed);
+    }
+    return true;
+}
+
+void HostSession::ExtendDeadline(std::uint32_t id, std::int64_t limit) const
+{
+    const std::int64_t wait = std::max<std::int64_t>(limit - registry_.Parts().ticks(), 0);
+    send_(WriteDeadlineExtension({id, static_cast<std::uint32_t>(wait + Margin)}));
 }
 
 void HostSession::SendDelayed()

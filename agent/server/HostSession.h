@@ -48,6 +48,11 @@ private:
         std::uint32_t id; ///< Of the request.
         std::unique_ptr<PendingLogin> login;
     };
+    struct WaitingRequest
+    {
+        Request request;
+        std::unique_ptr<PendingWork> work;
+    };
     struct DelayedMessage
     {
         std::int64_t due;
@@ -58,12 +63,17 @@ private:
     bool Attach(const Request& request);
     bool Handle(const Request& request);
     void Perform(const Request& request);
+    /// Performs a request that needs nothing but the logins, and has nothing to wait for.
+    void PerformNow(SourceLogins& logins, const Request& request);
     void Login(SourceLogins& logins, const Request& request);
     /// Sends the response after the source's latency, once the host has attached.
     void Respond(std::uint32_t id, IdErrorCode code, Json::Value result = Json::objectValue);
     void RespondToLogin(std::uint32_t id, const LoginResult& result);
     /// Sends the response and returns true if the wait is over.
     bool PollLogin(const WaitingLogin& waiting);
+    bool PollRequest(const WaitingRequest& waiting);
+    /// Announces that the response comes when the wait ends at the latest.
+    void ExtendDeadline(std::uint32_t id, std::int64_t limit) const;
     void SendDelayed();
 
     HostRegistry& registry_;
@@ -73,6 +83,7 @@ private:
     std::string identity_;
     SourceLogins* logins_ = nullptr; ///< Null until the host has attached.
     std::vector<WaitingLogin> waiting_;
+    std::vector<WaitingRequest> prepared_; ///< Requests whose work goes on.
     std::deque<DelayedMessage> delayed_;
     std::size_t heldBack_ = 0;
 };

@@ -1,6 +1,7 @@
 // The server application of the sign-in agent. It keeps the logins that the hosts of one user share.
 
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <utility>
 
@@ -95,15 +96,20 @@ int Serve(const LogFile& log, const ServerOptions& options)
         break;
     }
     RemoveUnfinishedFiles(SettingsFolder());
-    const std::unique_ptr<IdentitySource> source = ChooseIdentitySource(sink);
+    const Handle wake(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    if (!wake)
+        return Fail(log, ServerFailed, "no event: " + SystemMessage(GetLastError()));
+    const std::unique_ptr<IdentitySource> source = ChooseIdentitySource(sink, wake.get());
     HostRegistry hosts(*source, MakeServerParts(sink));
     Agent::ServerApplication application(options.identity, {options.quitAfterSeconds, options.idleAfterSeconds}, hosts);
     sink(TALIXLog::Info, "Serving as " + options.identity);
     instance.SetReady();
-    application.Run(instance.QuitEvent());
+    application.Run(instance.QuitEvent(), wake.get());
     instance.ResetReady();
     sink(TALIXLog::Info, "Quitting as " + options.identity);
     application.DisconnectHosts();
+    if (!source->Shutdown())
+        std::_Exit(ServerQuit); // A request cannot be cancelled: its thread ends with the process.
     return ServerQuit;
 }
 

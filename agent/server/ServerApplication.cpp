@@ -62,9 +62,9 @@ ServerApplication::ServerApplication(std::string identity, ServerLimits limits, 
 {
 }
 
-void ServerApplication::Run(HANDLE quit)
+void ServerApplication::Run(HANDLE quit, HANDLE wake)
 {
-    while (WaitOnce(quit))
+    while (WaitOnce(quit, wake))
     {
         registry_.RunTimers();
         RemoveConnections();
@@ -73,11 +73,11 @@ void ServerApplication::Run(HANDLE quit)
     }
 }
 
-bool ServerApplication::WaitOnce(HANDLE quit)
+bool ServerApplication::WaitOnce(HANDLE quit, HANDLE wake)
 {
-    const HANDLE objects[] = {quit, toolListener_.Connected(), hostListener_.Connected()};
+    const HANDLE objects[] = {quit, toolListener_.Connected(), hostListener_.Connected(), wake};
     // Of several objects that are set the wait returns the first one: quitting comes before everything else.
-    const DWORD result = WaitForMultipleObjectsEx(3, objects, FALSE, TimeToWait(), TRUE);
+    const DWORD result = WaitForMultipleObjectsEx(4, objects, FALSE, TimeToWait(), TRUE);
     if (result == WAIT_OBJECT_0)
         return false;
     // Messages that have arrived count before limits do.
@@ -92,7 +92,7 @@ bool ServerApplication::WaitOnce(HANDLE quit)
         return true;
     case WAIT_FAILED:
         throw std::runtime_error("the wait for clients failed: " + SystemMessage(GetLastError()));
-    default: // A message has been handled, or a limit has passed.
+    default: // A message has been handled, the source has something to do, or a limit has passed.
         return true;
     }
 }

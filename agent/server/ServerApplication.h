@@ -28,8 +28,9 @@ public:
     /// Throws std::runtime_error if the system is out of resources, or if another process has the name of a pipe.
     ServerApplication(std::string identity, ServerLimits limits, HostRegistry& registry);
 
-    /// Returns when `quit` is set, or a limit has passed. While frozen, only the `quitAfter` limit counts.
-    void Run(HANDLE quit);
+    /// Returns when `quit` is set, or a limit has passed. While frozen, only the `quitAfter` limit counts. `wake`,
+    /// which resets itself, is set when the source has something to do.
+    void Run(HANDLE quit, HANDLE wake);
     /// After Run: tells the hosts that the server shuts down, and waits a short time until they have left.
     void DisconnectHosts();
 
@@ -43,7 +44,7 @@ private:
     };
 
     /// False if the process is asked to quit.
-    bool WaitOnce(HANDLE quit);
+    bool WaitOnce(HANDLE quit, HANDLE wake);
     void RemoveConnections();
     void AcceptHost();
     void AcceptTool();

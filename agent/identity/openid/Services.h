@@ -5,9 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "identity/Base64Url.h"
 #include "identity/openid/Secret.h"
@@ -121,8 +123,73 @@ class Browser
 {
 public:
     virtual ~Browser() = default;
-    /// Opens a short address. False if the system refuses; true says nothing about a window.
+    /// Opens a short address. False if the system refuses; true says nothing about a window. May wait for the system.
     virtual bool Open(const std::string& address) = 0;
+};
+
+/// What the browser gets.
+struct PageReply
+{
+    int status = 404;
+    std::string page; ///< HTML; empty with a location.
+    Secret location;  ///< Of a redirect.
+};
+
+/// A server for the browser of this machine. Its end closes the port; replies that were begun are still sent.
+class LoopbackListener
+{
+public:
+    virtual ~LoopbackListener() = default;
+    virtual unsigned int Port() const = 0;
+};
+
+class LoopbackListeners
+{
+public:
+    /// Called on a thread of the listeners, for one request at a time of each listener.
+    using Handler = std::function<PageReply(std::string_view method, std::string_view target)>;
+
+    virtual ~LoopbackListeners() = default;
+    /// Listens at a port of this machine that no other program has: at the first one of `ports` that is free, or at any
+    /// free one if there are none. `host`: 127.0.0.1, [::1] or localhost. Null if there is no free port; `problem` then
+    /// says why.
+    virtual std::unique_ptr<LoopbackListener> Listen(const std::string& host, const std::vector<std::uint16_t>& ports,
+                                                     Handler handler, std::string& problem) = 0;
+};
+
+// --- The user -------------------------------------------------------------------------------------------------------
+
+/// What a user reads who is expected to sign in.
+struct PromptText
+{
+    bool isDevice = false; ///< Another device is used, at `address` with `userCode`.
+    std::string provider;  ///< The issuer.
+    std::string address;
+    std::string userCode;
+};
+
+/// What the user can do. Called on any thread; they return at once.
+struct PromptActions
+{
+    std::function<void()> openBrowser;
+    std::function<std::string()> newAddress; ///< An address to copy.
+    std::function<void()> cancel;
+};
+
+/// While it exists, the user sees that a sign-in waits.
+class Prompt
+{
+public:
+    virtual ~Prompt() = default;
+    /// The browser could not be opened.
+    virtual void ShowBrowserProblem() = 0;
+};
+
+class Prompts
+{
+public:
+    virtual ~Prompts() = default;
+    virtual std::unique_ptr<Prompt> Show(PromptText text, PromptActions actions) = 0;
 };
 
 } // namespace Kestrany::Agent::OpenId

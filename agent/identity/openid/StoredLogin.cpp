@@ -9,7 +9,7 @@ namespace Kestrany::Agent::OpenId {
 namespace {
 
 /// To be changed with the form: an older agent then refuses a login that it does not understand.
-constexpr char Format[] = "openid-login-1";
+constexpr char Format[] = "openid-login-2";
 
 /// Products of one login. A process has far fewer.
 constexpr std::size_t MaxClients = 256;
@@ -52,22 +52,44 @@ void AppendClient(Secret& text, const ClientLogin& client)
     AppendMember(text, "clientId", client.clientId);
     AppendMember(text, "scope", client.scope);
     AppendMember(text, "nonce", client.nonce);
+    AppendMember(text, "subject", client.subject);
+    // A text of its own, which has limits of its own.
+    AppendMember(text, "claims", WriteJson(client.claims));
+    AppendMember(text, "hasUserInfo", client.hasUserInfo);
     AppendMember(text, "accessExpiry", ToJson(client.accessExpiry));
+    AppendMember(text, "idExpiry", ToJson(client.idExpiry));
     AppendSecret(text, "accessToken", client.accessToken);
     AppendSecret(text, "idToken", client.idToken);
     AppendSecret(text, "refreshToken", client.refreshToken);
     text.Append("}");
 }
 
+bool TakeUser(const Json::Value& value, ClientLogin& client)
+{
+    std::string claims;
+    if (!TakeText(value, "subject", client.subject) || client.subject.empty() || !TakeText(value, "claims", claims) ||
+        !Member(value, "hasUserInfo").isBool())
+        return false;
+    std::string problem;
+    std::optional<Json::Value> parsed = ParseObject(claims, problem);
+    if (!parsed)
+        return false;
+    client.claims = *std::move(parsed);
+    client.hasUserInfo = Member(value, "hasUserInfo").asBool();
+    return true;
+}
+
 bool TakeClient(SecretObject& object, const Json::Value& value, ClientLogin& client)
 {
-    const std::optional<std::int64_t> expiry = SecondsMember(value, "accessExpiry");
-    if (!expiry || !TakeText(value, "clientId", client.clientId) || client.clientId.empty() ||
+    const std::optional<std::int64_t> accessExpiry = SecondsMember(value, "accessExpiry");
+    const std::optional<std::int64_t> idExpiry = SecondsMember(value, "idExpiry");
+    if (!accessExpiry || !idExpiry || !TakeText(value, "clientId", client.clientId) || client.clientId.empty() ||
         !TakeText(value, "scope", client.scope) || !TakeText(value, "nonce", client.nonce) ||
-        !Member(value, "accessToken").isString() || !Member(value, "idToken").isString() ||
+        !TakeUser(value, client) || !Member(value, "accessToken").isString() || !Member(value, "idToken").isString() ||
         !Member(value, "refreshToken").isString())
         return false;
-    client.accessExpiry = TimePoint(std::chrono::seconds(*expiry));
+    client.accessExpiry = TimePoint(std::chrono::seconds(*accessExpiry));
+    client.idExpiry = TimePoint(std::chrono::seconds(*idExpiry));
     client.accessToken = object.Take(Member(value, "accessToken"));
     client.idToken = object.Take(Member(value, "idToken"));
     client.refreshToken = object.Take(Member(value, "refreshToken"));
@@ -87,21 +109,6 @@ bool TakeClients(SecretObject& object, std::vector<ClientLogin>& clients)
     return true;
 }
 
-bool TakeLogin(SecretObject& object, StoredLogin& login)
-{
-    const Json::Value& root = object.Root();
-    // The claims are a text of their own, which has limits of its own.
-    std::string claims;
-    if (!TakeText(root, "subject", login.subject) || login.subject.empty() || !TakeText(root, "claims", claims))
-        return false;
-    std::string problem;
-    std::optional<Json::Value> parsed = ParseObject(claims, problem);
-    if (!parsed)
-        return false;
-    login.claims = *std::move(parsed);
-    return TakeClients(object, login.clients);
-}
-
 } // namespace
 
 Secret WriteStoredLogin(const StoredLogin& login, const StoredLoginOrigin& origin)
@@ -111,8 +118,6 @@ Secret WriteStoredLogin(const StoredLogin& login, const StoredLoginOrigin& origi
     AppendMember(text, "identity", origin.identity);
     AppendMember(text, "server", ServerName(origin.server));
     AppendMember(text, "issuer", origin.issuer);
-    AppendMember(text, "subject", login.subject);
-    AppendMember(text, "claims", WriteJson(login.claims));
     text.Append(",\"clients\":[");
     for (const ClientLogin& client : login.clients)
         AppendClient(text, client);
@@ -132,7 +137,7 @@ std::optional<StoredLogin> ReadStoredLogin(Secret text, const StoredLoginOrigin&
     std::string issuer;
     if (!object || !TakeText(object->Root(), "format", format) || format != Format ||
         !TakeText(object->Root(), "identity", identity) || !TakeText(object->Root(), "server", server) ||
-        !TakeText(object->Root(), "issuer", issuer) || !TakeLogin(*object, login))
+        !TakeText(object->Root(), "issuer", issuer) || !TakeClients(*object, login.clients))
     {
         problem = "it holds no login";
         return std::nullopt;

@@ -13,7 +13,8 @@
 
 namespace Kestrany::Agent::OpenId {
 
-/// The tokens of one product.
+/// The login of one product: its user and its tokens. Each product has a user of its own, because a provider may tell
+/// each product another subject for the same person. Times are whole seconds.
 struct ClientLogin
 {
     std::string clientId;
@@ -21,15 +22,17 @@ struct ClientLogin
     Secret accessToken;
     TimePoint accessExpiry;
     Secret idToken;
+    TimePoint idExpiry;
     Secret refreshToken; ///< Empty if the provider issued none.
     std::string nonce;   ///< Of the request that signed the user in; empty after a device grant.
-};
-
-/// A login as it is stored beyond the process. Times are whole seconds.
-struct StoredLogin
-{
     std::string subject;
     Json::Value claims{Json::objectValue}; ///< About the user.
+    bool hasUserInfo = false;              ///< The claims are completed by the userinfo endpoint.
+};
+
+/// The logins of one server as they are stored beyond the process.
+struct StoredLogin
+{
     std::vector<ClientLogin> clients;
 };
 

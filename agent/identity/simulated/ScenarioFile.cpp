@@ -14,13 +14,6 @@ namespace {
 constexpr wchar_t FileName[] = L"Pellwick.scenario.json";
 constexpr std::size_t MaxFile = 1024 * 1024;
 
-std::wstring FileBesideExecutable()
-{
-    std::wstring path(32'768, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return path.substr(0, path.rfind(L'\\') + 1) + FileName;
-}
-
 bool Exists(const std::wstring& file)
 {
     const DWORD attributes = GetFileAttributesW(file.c_str());
@@ -36,7 +29,7 @@ ScenarioChoice ChooseScenario()
     // A named file must exist; the one beside the executable is optional.
     if (const std::wstring named = EnvironmentText(ScenarioVariable); !named.empty())
         return LoadScenario(named);
-    if (const std::wstring beside = FileBesideExecutable(); Exists(beside))
+    if (const std::wstring beside = FileBesideExecutable(FileName); Exists(beside))
         return LoadScenario(beside);
     return {Scenario(), {}, {}};
 }

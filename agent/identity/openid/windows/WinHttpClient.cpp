@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include <winsock2.h>
@@ -74,8 +75,8 @@ std::string DetailOf(DWORD error)
 class WinHttpClient::Exchange
 {
 public:
-    Exchange(const InternetHandle& session, const HttpRequest& request)
-        : session_(session), request_(request), deadline_(request.limit.count())
+    Exchange(const InternetHandle& session, const std::optional<ProxySettings>& proxy, const HttpRequest& request)
+        : session_(session), proxy_(proxy), request_(request), deadline_(request.limit.count())
     {
     }
 
@@ -143,10 +144,27 @@ private:
     {
         // Without a time-out for the response, a stalled TLS handshake would wait for ever.
         const int limit = static_cast<int>(std::min<DWORD>(TimeOut(), 24 * 3600 * 1000));
+        const bool signsInAtProxy = proxy_ && !proxy_->userName.empty();
         return Check(WinHttpSetTimeouts(handle_.get(), limit, limit, limit, limit) != FALSE) &&
                SetNumber(WINHTTP_OPTION_RECEIVE_RESPONSE_TIMEOUT, static_cast<DWORD>(limit)) &&
-               SetNumber(WINHTTP_OPTION_DISABLE_FEATURE,
-                         WINHTTP_DISABLE_REDIRECTS | WINHTTP_DISABLE_COOKIES | WINHTTP_DISABLE_AUTHENTICATION);
+               SetNumber(WINHTTP_OPTION_DISABLE_FEATURE, WINHTTP_DISABLE_REDIRECTS | WINHTTP_DISABLE_COOKIES |
+                                                             (signsInAtProxy ? 0 : WINHTTP_DISABLE_AUTHENTICATION)) &&
+               (!signsInAtProxy || SetProxyUser());
+    }
+
+    bool SetText(DWORD option, const std::string& text)
+    {
+        ClearedText wide{Widen(text)};
+        return Check(WinHttpSetOption(handle_.get(), option, wide.text.data(),
+                                      static_cast<DWORD>(wide.text.size() * sizeof(wchar_t))) != FALSE);
+    }
+
+    /// The Windows user's own credentials never go to the proxy or to a server.
+    bool SetProxyUser()
+    {
+        return SetNumber(WINHTTP_OPTION_AUTOLOGON_POLICY, WINHTTP_AUTOLOGON_SECURITY_LEVEL_HIGH) &&
+               SetText(WINHTTP_OPTION_PROXY_USERNAME, proxy_->userName) &&
+               SetText(WINHTTP_OPTION_PROXY_PASSWORD, proxy_->password);
     }
 
     bool AddHeader(const ClearedText& line)
@@ -245,6 +263,7 @@ private:
     }
 
     const InternetHandle& session_;
+    const std::optional<ProxySettings>& proxy_;
     const HttpRequest& request_;
     const Deadline deadline_;
     InternetHandle connection_;
@@ -253,11 +272,12 @@ private:
     bool isTooLarge_ = false;
 };
 
-WinHttpClient::WinHttpClient(const std::wstring& proxy)
-    : session_(WinHttpOpen(L"Pellwick",
-                           proxy.empty() ? WINHTTP_ACCESS_TYPE_AUTOMATIC_PROXY : WINHTTP_ACCESS_TYPE_NAMED_PROXY,
-                           proxy.empty() ? WINHTTP_NO_PROXY_NAME : proxy.c_str(), WINHTTP_NO_PROXY_BYPASS, 0))
+WinHttpClient::WinHttpClient(std::optional<ProxySettings> proxy) : proxy_(std::move(proxy))
 {
+    const std::wstring address = proxy_ ? Widen(proxy_->host + ":" + std::to_string(proxy_->port)) : std::wstring();
+    session_.reset(WinHttpOpen(L"Pellwick",
+                               proxy_ ? WINHTTP_ACCESS_TYPE_NAMED_PROXY : WINHTTP_ACCESS_TYPE_AUTOMATIC_PROXY,
+                               proxy_ ? address.c_str() : WINHTTP_NO_PROXY_NAME, WINHTTP_NO_PROXY_BYPASS, 0));
     if (!session_)
         throw std::runtime_error("the system's HTTP client cannot be used: " + DetailOf(GetLastError()));
     DWORD protocols = WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_2 | WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_3;
@@ -269,9 +289,15 @@ WinHttpClient::WinHttpClient(const std::wstring& proxy)
         throw std::runtime_error("the system's HTTP client refuses TLS 1.2: " + DetailOf(GetLastError()));
 }
 
+WinHttpClient::~WinHttpClient()
+{
+    if (proxy_)
+        ClearText(proxy_->password);
+}
+
 HttpReply WinHttpClient::Send(const HttpRequest& request)
 {
-    return Exchange(session_, request).Perform();
+    return Exchange(session_, proxy_, request).Perform();
 }
 
 } // namespace Kestrany::Agent::OpenId

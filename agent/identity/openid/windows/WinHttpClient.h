@@ -2,12 +2,13 @@
 #define AGENT_IDENTITY_OPENID_WINDOWS_WINHTTPCLIENT_H
 
 #include <memory>
-#include <string>
+#include <optional>
 
 #include <windows.h>
 
 #include <winhttp.h>
 
+#include "identity/LoginService.h"
 #include "identity/openid/Services.h"
 
 namespace Kestrany::Agent::OpenId {
@@ -20,9 +21,11 @@ namespace Kestrany::Agent::OpenId {
 class WinHttpClient final : public Http
 {
 public:
-    /// `proxy`: such as "proxy.example.com:8080"; empty for the system's settings. Throws std::runtime_error if the
-    /// system refuses.
-    explicit WinHttpClient(const std::wstring& proxy = {});
+    /// nullopt for the system's proxy settings. Throws std::runtime_error if the system refuses.
+    explicit WinHttpClient(std::optional<ProxySettings> proxy = std::nullopt);
+    ~WinHttpClient() override;
+    WinHttpClient(const WinHttpClient&) = delete;
+    WinHttpClient& operator=(const WinHttpClient&) = delete;
 
     HttpReply Send(const HttpRequest& request) override;
 
@@ -35,6 +38,7 @@ private:
 
     class Exchange;
 
+    std::optional<ProxySettings> proxy_;
     InternetHandle session_;
 };
 

@@ -1,0 +1,293 @@
+#include "identity/openid/SignIn.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "identity/openid/UserInfo.h"
+
+namespace Kestrany::Agent::OpenId {
+
+namespace {
+
+/// Redirects that are not of this sign-in and have a line of their own in the log: any page can send them.
+constexpr unsigned int MaxReportedRedirects = 5;
+
+/// In the browser of this machine.
+class BrowserFlow final : public SignIn
+{
+public:
+    BrowserFlow(SignInParts parts, std::shared_ptr<Provider> provider, LoginKey key, Done done)
+        : SignIn(std::move(parts), std::move(provider), std::move(key), std::move(done)),
+          pages_(std::make_shared<SignInPages>(parts_.random))
+    {
+    }
+
+private:
+    void Start() override
+    {
+        const ProviderConfig& config = provider_->Config();
+        std::string problem;
+        listener_ = parts_.listeners->Listen(
+            config.redirectHost, config.redirectPorts,
+            [pages = pages_](std::string_view method, std::string_view target) { return pages->Reply(method, target); },
+            problem);
+        if (!listener_)
+        {
+            Failure failure{IdNoRedirectPort, "a free port at " + config.redirectHost, problem};
+            return RunThen([failure] { return failure; }, [this](Failure result) { Fail(std::move(result)); });
+        }
+        origin_ = RedirectUri(config.redirectHost, listener_->Port(), "");
+        RunThen([provider = provider_, key = key_, redirectUri = origin_ + config.redirectPath,
+                 until = limit_] { return provider->BeginSignIn(key.clientId, key.scope, redirectUri, until); },
+                [this](Outcome<BrowserSignIn> signIn) { ExpectUser(std::move(signIn)); });
+    }
+
+    void ExpectUser(Outcome<BrowserSignIn> signIn)
+    {
+        if (const Failure* const failure = FailureOf(signIn))
+            return Fail(*failure);
+        signIn_ = std::make_shared<const BrowserSignIn>(TakeResult(std::move(signIn)));
+        const std::weak_ptr<SignIn> self = weak_from_this();
+        const std::shared_ptr<Workers> workers = parts_.workers;
+        pages_->Expect(signIn_, signIn_->Expectation(provider_->Config()),
+                       [self, workers, this](RedirectResult result) {
+                           auto shared = std::make_shared<RedirectResult>(std::move(result));
+                           workers->Post([self, shared, this] {
+                               if (const std::shared_ptr<SignIn> alive = self.lock())
+                                   TakeRedirect(std::move(*shared));
+                           });
+                       });
+        if (!parts_.prompts)
+            parts_.report(TALIXLog::Info, "Sign in at " + NewAddress());
+        PromptActions actions;
+        actions.cancel = CancelAction();
+        actions.newAddress = [pages = pages_, origin = origin_] { return origin + pages->NewPath(); };
+        actions.openBrowser = [self, workers, this] {
+            workers->Post([self, this] {
+                if (const std::shared_ptr<SignIn> alive = self.lock())
+                    OpenBrowser();
+            });
+        };
+        ShowPrompt({false, provider_->Config().issuer, {}, {}}, std::move(actions));
+        OpenBrowser();
+    }
+
+    std::string NewAddress() const { return origin_ + pages_->NewPath(); }
+
+    void OpenBrowser()
+    {
+        if (isRedeeming_)
+            return;
+        RunThen([browser = parts_.browser, address = NewAddress()] { return browser->Open(address); },
+                [this](bool isOpened) {
+                    if (isOpened)
+                        return;
+                    isBrowserMissing_ = true;
+                    parts_.report(TALIXLog::Warning,
+                                  LogLine({IdBrowserNotOpened, "a browser", "a refusal by the system"}) +
+                                      " This sign-in goes on at " + NewAddress());
+                    if (prompt_)
+                        prompt_->ShowBrowserProblem();
+                });
+    }
+
+    void TakeRedirect(RedirectResult result)
+    {
+        if (result.kind == RedirectResult::Kind::Ignored)
+        {
+            if (++ignored_ <= MaxReportedRedirects)
+                parts_.report(TALIXLog::Warning, LogLine(result.failure));
+            return;
+        }
+        if (result.kind == RedirectResult::Kind::Failed)
+            return Fail(std::move(result.failure));
+        isRedeeming_ = true;
+        auto code = std::make_shared<const Secret>(std::move(result.code));
+        RunThen([provider = provider_, signIn = signIn_, code,
+                 until = limit_] { return provider->Redeem(*signIn, *code, until); },
+                [this](Outcome<Grant> grant) { Accept(std::move(grant), signIn_->secrets.nonce); });
+    }
+
+    IdErrorCode TimeOutCode() const override
+    {
+        return isBrowserMissing_ && !pages_->WasUsed() ? IdBrowserNotOpened : IdLoginTimedOut;
+    }
+
+    void Release() override { listener_.reset(); }
+
+    const std::shared_ptr<SignInPages> pages_;
+    std::unique_ptr<LoopbackListener> listener_;
+    std::string origin_; ///< Of the listener's addresses.
+    std::shared_ptr<const BrowserSignIn> signIn_;
+    unsigned int ignored_ = 0;
+    bool isBrowserMissing_ = false;
+    bool isRedeeming_ = false;
+};
+
+/// With another device.
+class DeviceFlow final : public SignIn
+{
+public:
+    using SignIn::SignIn;
+    DeviceFlow(SignInParts parts, std::shared_ptr<Provider> provider, LoginKey key, Done done)
+        : SignIn(std::move(parts), std::move(provider), std::move(key), std::move(done))
+    {
+    }
+    std::int64_t NextTimer() const override
+    {
+        return polling_ && !isPolling_ ? std::min(polling_->NextPoll(), limit_) : limit_;
+    }
+
+private:
+    void Start() override
+    {
+        RunThen([provider = provider_, key = key_,
+                 until = limit_] { return provider->BeginDeviceSignIn(key.clientId, key.scope, until); },
+                [this](Outcome<DeviceAuthorization> device) { ExpectUser(std::move(device)); });
+    }
+
+    void ExpectUser(Outcome<DeviceAuthorization> device)
+    {
+        if (const Failure* const failure = FailureOf(device))
+            return Fail(*failure);
+        device_ = std::make_shared<const DeviceAuthorization>(TakeResult(std::move(device)));
+        polling_.emplace(device_->interval, device_->lifetime, parts_.ticks());
+        if (!parts_.prompts)
+            parts_.report(TALIXLog::Info,
+                          "Sign in at " + device_->verificationUri + " with the code " + device_->userCode);
+        PromptActions actions;
+        actions.cancel = CancelAction();
+        const std::string address = device_->completeUri.empty() ? device_->verificationUri : device_->completeUri;
+        actions.newAddress = [address] { return address; };
+        ShowPrompt({true, provider_->Config().issuer, device_->verificationUri, device_->userCode}, std::move(actions));
+    }
+
+    void Poll() override
+    {
+        if (!polling_ || isPolling_ || parts_.ticks() < polling_->NextPoll())
+            return;
+        isPolling_ = true;
+        RunThen([provider = provider_, key = key_, device = device_,
+                 until = limit_] { return provider->PollDevice(key.clientId, *device, until); },
+                [this](TokenOutcome outcome) { TakePoll(std::move(outcome)); });
+    }
+
+    void TakePoll(TokenOutcome outcome)
+    {
+        if (auto* const tokens = std::get_if<TokenReply>(&outcome))
+        {
+            auto reply = std::make_shared<TokenReply>(std::move(*tokens));
+            return RunThen(
+                [provider = provider_, key = key_, reply, until = limit_] {
+                    return provider->AcceptDeviceTokens(key.clientId, std::move(*reply), until);
+                },
+                [this](Outcome<Grant> grant) { Accept(std::move(grant), {}); });
+        }
+        isPolling_ = false;
+        if (std::optional<Failure> failure =
+                polling_->Continue(outcome, "the token endpoint of " + provider_->Config().issuer, parts_.ticks()))
+            Fail(*std::move(failure));
+    }
+
+    std::shared_ptr<const DeviceAuthorization> device_;
+    std::optional<DevicePolling> polling_;
+    bool isPolling_ = false; ///< A request is on its way.
+};
+
+} // namespace
+
+std::shared_ptr<SignIn> SignIn::Begin(SignInParts parts, std::shared_ptr<Provider> provider, LoginKey key, Done done)
+{
+    std::shared_ptr<SignIn> signIn;
+    if (provider->Config().signIn == SignInMethod::Device)
+        signIn = std::make_shared<DeviceFlow>(std::move(parts), std::move(provider), std::move(key), std::move(done));
+    else
+        signIn = std::make_shared<BrowserFlow>(std::move(parts), std::move(provider), std::move(key), std::move(done));
+    signIn->Start();
+    return signIn;
+}
+
+SignIn::SignIn(SignInParts parts, std::shared_ptr<Provider> provider, LoginKey key, Done done)
+    : parts_(std::move(parts)), provider_(std::move(provider)), key_(std::move(key)),
+      limit_(parts_.ticks() + std::chrono::milliseconds(provider_->Config().signInLimit).count()),
+      done_(std::move(done))
+{
+}
+
+void SignIn::End(IdErrorCode code)
+{
+    if (!hasEnded_)
+        Fail({code, {}, {}});
+}
+
+void SignIn::RunTimers()
+{
+    if (hasEnded_)
+        return;
+    if (parts_.ticks() >= limit_)
+        return Fail(
+            {TimeOutCode(), "a user within " + std::to_string(provider_->Config().signInLimit.count()) + " s", "none"});
+    Poll();
+}
+
+void SignIn::ShowPrompt(PromptText text, PromptActions actions)
+{
+    if (parts_.prompts)
+        prompt_ = parts_.prompts->Show(std::move(text), std::move(actions));
+}
+
+std::function<void()> SignIn::CancelAction()
+{
+    return [self = weak_from_this(), workers = parts_.workers] {
+        workers->Post([self] {
+            if (const std::shared_ptr<SignIn> alive = self.lock())
+                alive->End(IdLoginCancelled);
+        });
+    };
+}
+
+void SignIn::Accept(Outcome<Grant> grant, const std::string& nonce)
+{
+    if (const Failure* const failure = FailureOf(grant))
+        return Fail(*failure);
+    ClientLogin login;
+    login.clientId = key_.clientId;
+    login.scope = key_.scope;
+    login.nonce = nonce;
+    TakeGrant(TakeResult(std::move(grant)), login);
+    Finish(std::move(login));
+}
+
+void SignIn::Fail(Failure failure)
+{
+    Finish(std::move(failure));
+}
+
+void SignIn::Finish(Outcome<ClientLogin> result)
+{
+    const std::shared_ptr<SignIn> self = shared_from_this(); // Its owner may drop it within `done`.
+    hasEnded_ = true;
+    if (task_)
+        task_->Cancel();
+    prompt_.reset();
+    Release();
+    const Done done = std::exchange(done_, nullptr);
+    done(std::move(result));
+}
+
+void TakeGrant(Grant grant, ClientLogin& login)
+{
+    login.accessToken = std::move(grant.accessToken);
+    login.accessExpiry = grant.accessExpiry;
+    if (!grant.refreshToken.IsEmpty())
+        login.refreshToken = std::move(grant.refreshToken);
+    if (!grant.claims)
+        return;
+    login.idToken = std::move(grant.idToken);
+    login.idExpiry = TimePoint(std::chrono::seconds(grant.claims->expiry));
+    login.subject = grant.claims->subject;
+    login.claims = UserClaims(grant.claims->all, Json::Value(Json::objectValue));
+    login.hasUserInfo = false;
+}
+
+} // namespace Kestrany::Agent::OpenId

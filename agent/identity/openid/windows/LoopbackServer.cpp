@@ -1,0 +1,359 @@
+// The only file that includes Boost.Beast, which takes long to compile.
+
+#include "identity/openid/windows/LoopbackServer.h"
+
+#include <algorithm>
+#include <chrono>
+#include <list>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/ip/v6_only.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/write.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <boost/beast/http/empty_body.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/read.hpp>
+
+#include "identity/openid/Limits.h"
+
+namespace Kestrany::Agent::OpenId {
+
+namespace {
+
+namespace asio = boost::asio;
+namespace beast = boost::beast;
+namespace http = boost::beast::http;
+using asio::ip::tcp;
+using boost::system::error_code;
+
+/// From the connection to the last byte of the reply.
+constexpr std::chrono::seconds ConnectionLimit{15};
+
+/// Connections of one listener; the oldest one makes room for another.
+constexpr std::size_t MaxConnections = 16;
+
+/// Free ports that are tried before there is none.
+constexpr int MaxTries = 8;
+
+constexpr std::uint32_t MaxHeaders = Limits::RedirectTarget + 16 * 1024;
+
+/// Clears what it frees: a request can hold a code.
+template <class T>
+struct ClearingAllocator
+{
+    using value_type = T;
+
+    ClearingAllocator() = default;
+    template <class U>
+    ClearingAllocator(const ClearingAllocator<U>&) noexcept // NOLINT(google-explicit-constructor): as allocators do
+    {
+    }
+    T* allocate(std::size_t count) { return std::allocator<T>().allocate(count); }
+    void deallocate(T* block, std::size_t count) noexcept
+    {
+        ClearMemory(block, count * sizeof(T));
+        std::allocator<T>().deallocate(block, count);
+    }
+    friend bool operator==(const ClearingAllocator&, const ClearingAllocator&) { return true; }
+    friend bool operator!=(const ClearingAllocator&, const ClearingAllocator&) { return false; }
+};
+
+const char* ReasonOf(int status)
+{
+    switch (status)
+    {
+    case 200:
+        return "OK";
+    case 302:
+        return "Found";
+    case 400:
+        return "Bad Request";
+    case 410:
+        return "Gone";
+    default:
+        return "Not Found";
+    }
+}
+
+/// The bytes of a reply. Written by hand: its buffer is cleared, because an address can hold a token.
+Secret BytesOf(const PageReply& reply)
+{
+    Secret bytes("HTTP/1.1 " + std::to_string(reply.status) + " " + ReasonOf(reply.status) + "\r\n");
+    bytes.Append("Connection: close\r\n"
+                 "Cache-Control: no-store\r\n"
+                 "Referrer-Policy: no-referrer\r\n"
+                 "X-Content-Type-Options: nosniff\r\n"
+                 "Content-Security-Policy: default-src 'none'; style-src 'unsafe-inline'; frame-ancestors 'none'\r\n"
+                 "Content-Type: text/html; charset=utf-8\r\n");
+    if (!reply.location.IsEmpty())
+    {
+        bytes.Append("Location: ");
+        bytes.Append(reply.location.View());
+        bytes.Append("\r\n");
+    }
+    bytes.Append("Content-Length: " + std::to_string(reply.page.size()) + "\r\n\r\n");
+    bytes.Append(reply.page);
+    return bytes;
+}
+
+/// One connection of the browser: one request, one reply.
+class Connection : public std::enable_shared_from_this<Connection>
+{
+public:
+    Connection(tcp::socket socket, LoopbackListeners::Handler handler)
+        : stream_(std::move(socket)), handler_(std::move(handler))
+    {
+        parser_.header_limit(MaxHeaders);
+        parser_.body_limit(0);
+    }
+
+    void Start()
+    {
+        stream_.expires_after(ConnectionLimit);
+        http::async_read(stream_, buffer_, parser_, [self = shared_from_this()](error_code error, std::size_t) {
+            if (!error)
+                self->Reply();
+        });
+    }
+    void Close() { stream_.close(); }
+
+private:
+    void Reply()
+    {
+        const auto& request = parser_.get();
+        const beast::string_view method = request.method_string();
+        const beast::string_view target = request.target();
+        reply_ = BytesOf(handler_({method.data(), method.size()}, {target.data(), target.size()}));
+        asio::async_write(stream_, asio::buffer(reply_.Data(), reply_.Size()),
+                          [self = shared_from_this()](error_code error, std::size_t) {
+                              if (!error)
+                                  self->stream_.socket().shutdown(tcp::socket::shutdown_send, error);
+                          });
+    }
+
+    beast::tcp_stream stream_;
+    const LoopbackListeners::Handler handler_;
+    beast::basic_flat_buffer<ClearingAllocator<char>> buffer_{MaxHeaders};
+    http::request_parser<http::empty_body, ClearingAllocator<char>> parser_;
+    Secret reply_;
+};
+
+/// Accepts connections at one address.
+class Acceptor : public std::enable_shared_from_this<Acceptor>
+{
+public:
+    Acceptor(asio::io_context& context, LoopbackListeners::Handler handler)
+        : acceptor_(context), handler_(std::move(handler))
+    {
+    }
+
+    /// Port 0: any free one.
+    error_code Bind(const asio::ip::address& address, unsigned int port)
+    {
+        error_code error;
+        const tcp::endpoint endpoint(address, static_cast<std::uint16_t>(port));
+        acceptor_.open(endpoint.protocol(), error);
+        if (!error && address.is_v6())
+            acceptor_.set_option(asio::ip::v6_only(true), error);
+        if (!error)
+            error = SetExclusive();
+        if (!error)
+            acceptor_.bind(endpoint, error);
+        if (!error)
+            acceptor_.listen(asio::socket_base::max_listen_connections, error);
+        return error;
+    }
+    unsigned int Port() const
+    {
+        error_code ignored;
+        return acceptor_.local_endpoint(ignored).port();
+    }
+    void Accept()
+    {
+        acceptor_.async_accept([self = shared_from_this()](error_code error, tcp::socket socket) {
+            if (!self->acceptor_.is_open())
+                return;
+            if (!error)
+                self->Adopt(std::move(socket));
+            self->Accept();
+        });
+    }
+    /// Connections whose request has come are still served.
+    void Close()
+    {
+        error_code ignored;
+        acceptor_.close(ignored);
+    }
+
+private:
+    /// Else another program could bind the same port, and receive the redirect.
+    error_code SetExclusive()
+    {
+        const BOOL exclusive = TRUE;
+        if (setsockopt(acceptor_.native_handle(), SOL_SOCKET, SO_EXCLUSIVEADDRUSE,
+                       reinterpret_cast<const char*>(&exclusive), sizeof exclusive) == 0)
+            return {};
+        return {WSAGetLastError(), boost::system::system_category()};
+    }
+    void Adopt(tcp::socket socket)
+    {
+        connections_.remove_if([](const std::weak_ptr<Connection>& each) { return each.expired(); });
+        if (connections_.size() >= MaxConnections)
+        {
+            if (const std::shared_ptr<Connection> oldest = connections_.front().lock())
+                oldest->Close();
+            connections_.pop_front();
+        }
+        const auto connection = std::make_shared<Connection>(std::move(socket), handler_);
+        connections_.push_back(connection);
+        connection->Start();
+    }
+
+    tcp::acceptor acceptor_;
+    const LoopbackListeners::Handler handler_;
+    std::list<std::weak_ptr<Connection>> connections_; ///< The oldest first.
+};
+
+using Acceptors = std::vector<std::shared_ptr<Acceptor>>;
+
+/// Whether a machine has no such address, as one without IPv6.
+bool IsMissingAddress(const error_code& error)
+{
+    return error == asio::error::address_family_not_supported || error.value() == WSAEADDRNOTAVAIL ||
+           error.value() == WSAEPROTONOSUPPORT;
+}
+
+} // namespace
+
+/// The thread, and what it runs.
+class LoopbackServer::Service
+{
+public:
+    Service() : work_(asio::make_work_guard(context_)), thread_([this] { Run(); }) {}
+    ~Service()
+    {
+        context_.stop();
+        thread_.join();
+    }
+    Service(const Service&) = delete;
+    Service& operator=(const Service&) = delete;
+
+    asio::io_context& Context() { return context_; }
+
+    /// Binds all addresses of the host at one port.
+    error_code Bind(const std::string& host, unsigned int port, const Handler& handler, Acceptors& acceptors)
+    {
+        error_code error;
+        if (host != "[::1]")
+            error = BindOne(asio::ip::address_v4::loopback(), port, handler, acceptors);
+        if (error || host == "127.0.0.1")
+            return error;
+        // A browser may try either address for "localhost".
+        error = BindOne(asio::ip::address_v6::loopback(), acceptors.empty() ? port : acceptors.front()->Port(), handler,
+                        acceptors);
+        return host == "localhost" && IsMissingAddress(error) ? error_code() : error;
+    }
+
+private:
+    error_code BindOne(const asio::ip::address& address, unsigned int port, const Handler& handler,
+                       Acceptors& acceptors)
+    {
+        auto acceptor = std::make_shared<Acceptor>(context_, handler);
+        const error_code error = acceptor->Bind(address, port);
+        if (!error)
+            acceptors.push_back(std::move(acceptor));
+        return error;
+    }
+
+    void Run()
+    {
+        for (;;)
+        {
+            try
+            {
+                context_.run();
+                return;
+            }
+            catch (const std::exception&)
+            {
+                // Such as out of memory: that request gets no reply, the next one does.
+            }
+        }
+    }
+
+    asio::io_context context_{1};
+    asio::executor_work_guard<asio::io_context::executor_type> work_;
+    std::thread thread_;
+};
+
+namespace {
+
+class Listener final : public LoopbackListener
+{
+public:
+    /// `run`: performs a function on the thread of the acceptors.
+    Listener(Acceptors acceptors, std::function<void(std::function<void()>)> run)
+        : port_(acceptors.front()->Port()), acceptors_(std::move(acceptors)), run_(std::move(run))
+    {
+        run_([acceptors = acceptors_] {
+            for (const std::shared_ptr<Acceptor>& acceptor : acceptors)
+                acceptor->Accept();
+        });
+    }
+    ~Listener() override
+    {
+        run_([acceptors = acceptors_] {
+            for (const std::shared_ptr<Acceptor>& acceptor : acceptors)
+                acceptor->Close();
+        });
+    }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    unsigned int Port() const override { return port_; }
+
+private:
+    const unsigned int port_;
+    const Acceptors acceptors_;
+    const std::function<void(std::function<void()>)> run_;
+};
+
+} // namespace
+
+LoopbackServer::LoopbackServer() : service_(std::make_shared<Service>()) {}
+
+LoopbackServer::~LoopbackServer() = default;
+
+std::unique_ptr<LoopbackListener> LoopbackServer::Listen(const std::string& host,
+                                                         const std::vector<std::uint16_t>& ports, Handler handler,
+                                                         std::string& problem)
+{
+    std::vector<unsigned int> candidates(ports.begin(), ports.end());
+    if (candidates.empty())
+        candidates.assign(MaxTries, 0); // Any free port; that of one address family may be taken in the other.
+    problem.clear();
+    for (const unsigned int port : candidates)
+    {
+        Acceptors acceptors;
+        const error_code error = service_->Bind(host, port, handler, acceptors);
+        if (!error)
+            return std::make_unique<Listener>(std::move(acceptors),
+                                              [service = service_](std::function<void()> function) {
+                                                  asio::post(service->Context(), std::move(function));
+                                              });
+        if (port != 0 || problem.empty())
+            problem += (problem.empty() ? "port " : "; port ") + std::to_string(port) + ": error " +
+                       std::to_string(error.value());
+    }
+    return nullptr;
+}
+
+} // namespace Kestrany::Agent::OpenId
