@@ -265,14 +265,15 @@ export class ScriptedBrowser {
     sendRaw({ hostname, port }, raw, idle = 1) {
         return Promise.all(Array.from({ length: idle }, () => new Promise((resolve, reject) => {
             const socket = connect(Number(port), hostname.replace(/^\[|\]$/g, ''), () => {
-                if (raw === undefined)
+                if (raw === undefined) {
+                    socket.unref(); // Not before: a process with nothing else to do would end instead of connecting.
                     return resolve();
+                }
                 socket.once('close', resolve);
                 socket.resume();
                 return socket.end(raw);
             });
             socket.on('error', error => (raw === undefined ? reject(error) : resolve()));
-            socket.unref();
         })));
     }
 }

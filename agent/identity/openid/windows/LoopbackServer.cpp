@@ -2,7 +2,7 @@
 
 #include "identity/openid/windows/LoopbackServer.h"
 
-#include <algorithm>
+#include <array>
 #include <chrono>
 #include <list>
 #include <optional>
@@ -42,6 +42,9 @@ constexpr std::size_t MaxConnections = 16;
 
 /// Free ports that are tried before there is none.
 constexpr int MaxTries = 8;
+
+/// Bytes of a request that is too long, which are read and forgotten.
+constexpr std::size_t MaxDrained = 1024 * 1024;
 
 constexpr std::uint32_t MaxHeaders = Limits::RedirectTarget + 16 * 1024;
 
@@ -121,6 +124,9 @@ public:
         http::async_read(stream_, buffer_, parser_, [self = shared_from_this()](error_code error, std::size_t) {
             if (!error)
                 self->Reply();
+            else if (error.category() == http::make_error_code(http::error::bad_method).category() &&
+                     error != http::error::end_of_stream)
+                self->Send({400, "<!DOCTYPE html>\n<title>Bad request</title>\n", {}});
         });
     }
     void Close() { stream_.close(); }
@@ -131,12 +137,27 @@ private:
         const auto& request = parser_.get();
         const beast::string_view method = request.method_string();
         const beast::string_view target = request.target();
-        reply_ = BytesOf(handler_({method.data(), method.size()}, {target.data(), target.size()}));
+        Send(handler_({method.data(), method.size()}, {target.data(), target.size()}));
+    }
+    void Send(const PageReply& reply)
+    {
+        reply_ = BytesOf(reply);
         asio::async_write(stream_, asio::buffer(reply_.Data(), reply_.Size()),
                           [self = shared_from_this()](error_code error, std::size_t) {
-                              if (!error)
-                                  self->stream_.socket().shutdown(tcp::socket::shutdown_send, error);
+                              if (error)
+                                  return;
+                              self->stream_.socket().shutdown(tcp::socket::shutdown_send, error);
+                              self->Drain();
                           });
+    }
+    /// Reads on until the browser closes: closing with unread bytes would take the reply away from it.
+    void Drain()
+    {
+        stream_.async_read_some(asio::buffer(rest_), [self = shared_from_this()](error_code error, std::size_t size) {
+            self->drained_ += size;
+            if (!error && self->drained_ < MaxDrained)
+                self->Drain();
+        });
     }
 
     beast::tcp_stream stream_;
@@ -144,6 +165,8 @@ private:
     beast::basic_flat_buffer<ClearingAllocator<char>> buffer_{MaxHeaders};
     http::request_parser<http::empty_body, ClearingAllocator<char>> parser_;
     Secret reply_;
+    std::array<char, 4096> rest_{};
+    std::size_t drained_ = 0;
 };
 
 /// Accepts connections at one address.
