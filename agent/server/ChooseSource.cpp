@@ -10,6 +10,7 @@
 #include "identity/openid/windows/ProtectedLoginStore.h"
 #include "identity/openid/windows/ProviderConfigFile.h"
 #include "identity/openid/windows/ShellBrowser.h"
+#include "identity/openid/windows/SignInWindow.h"
 #include "identity/openid/windows/WinHttpClient.h"
 #include "identity/simulated/KeyStore.h"
 #include "identity/simulated/LoginFiles.h"
@@ -62,6 +63,8 @@ std::unique_ptr<IdentitySource> MakeOpenIdSource(OpenId::ProviderConfigChoice ch
     };
     parts.browser = std::make_shared<OpenId::ShellBrowser>();
     parts.listeners = std::make_shared<OpenId::LoopbackServer>();
+    if (choice.configs && choice.configs->window)
+        parts.prompts = std::make_shared<OpenId::SignInWindows>();
     parts.openStore = [log](const std::string& identity) { return OpenId::ProtectedLoginStore::Open(identity, log); };
     parts.report = log;
     parts.wake = [wake] { SetEvent(wake); };

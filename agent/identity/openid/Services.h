@@ -174,6 +174,7 @@ struct PromptActions
     std::function<void()> openBrowser;
     std::function<std::string()> newAddress; ///< An address to copy.
     std::function<void()> cancel;
+    std::function<void()> notShown; ///< The prompt cannot be shown, such as in a session without a screen.
 };
 
 /// While it exists, the user sees that a sign-in waits.

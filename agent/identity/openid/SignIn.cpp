@@ -58,21 +58,18 @@ private:
                            });
                        });
         if (!parts_.prompts)
-            parts_.report(TALIXLog::Info, "Sign in at " + NewAddress());
+            ReportAddress();
         PromptActions actions;
-        actions.cancel = CancelAction();
+        actions.cancel = Posted([this] { End(IdLoginCancelled); });
+        actions.notShown = Posted([this] { ReportAddress(); });
+        actions.openBrowser = Posted([this] { OpenBrowser(); });
         actions.newAddress = [pages = pages_, origin = origin_] { return origin + pages->NewPath(); };
-        actions.openBrowser = [self, workers, this] {
-            workers->Post([self, this] {
-                if (const std::shared_ptr<SignIn> alive = self.lock())
-                    OpenBrowser();
-            });
-        };
         ShowPrompt({false, provider_->Config().issuer, {}, {}}, std::move(actions));
         OpenBrowser();
     }
 
     std::string NewAddress() const { return origin_ + pages_->NewPath(); }
+    void ReportAddress() const { parts_.report(TALIXLog::Info, "Sign in at " + NewAddress()); }
 
     void OpenBrowser()
     {
@@ -153,13 +150,19 @@ private:
         device_ = std::make_shared<const DeviceAuthorization>(TakeResult(std::move(device)));
         polling_.emplace(device_->interval, device_->lifetime, parts_.ticks());
         if (!parts_.prompts)
-            parts_.report(TALIXLog::Info,
-                          "Sign in at " + device_->verificationUri + " with the code " + device_->userCode);
+            ReportAddress();
         PromptActions actions;
-        actions.cancel = CancelAction();
+        actions.openBrowser = [] {}; // It is another device's.
+        actions.cancel = Posted([this] { End(IdLoginCancelled); });
+        actions.notShown = Posted([this] { ReportAddress(); });
         const std::string address = device_->completeUri.empty() ? device_->verificationUri : device_->completeUri;
         actions.newAddress = [address] { return address; };
         ShowPrompt({true, provider_->Config().issuer, device_->verificationUri, device_->userCode}, std::move(actions));
+    }
+
+    void ReportAddress() const
+    {
+        parts_.report(TALIXLog::Info, "Sign in at " + device_->verificationUri + " with the code " + device_->userCode);
     }
 
     void Poll() override
@@ -236,12 +239,13 @@ void SignIn::ShowPrompt(PromptText text, PromptActions actions)
         prompt_ = parts_.prompts->Show(std::move(text), std::move(actions));
 }
 
-std::function<void()> SignIn::CancelAction()
+std::function<void()> SignIn::Posted(std::function<void()> action)
 {
-    return [self = weak_from_this(), workers = parts_.workers] {
-        workers->Post([self] {
-            if (const std::shared_ptr<SignIn> alive = self.lock())
-                alive->End(IdLoginCancelled);
+    return [self = weak_from_this(), workers = parts_.workers, action = std::move(action)] {
+        workers->Post([self, action] {
+            const std::shared_ptr<SignIn> alive = self.lock();
+            if (alive && !alive->hasEnded_)
+                action();
         });
     };
 }

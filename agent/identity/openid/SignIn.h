@@ -73,8 +73,8 @@ protected:
         });
     }
     void ShowPrompt(PromptText text, PromptActions actions);
-    /// The action of a prompt's button: ends the sign-in from any thread.
-    std::function<void()> CancelAction();
+    /// The action for a prompt, which calls from any thread: performed on this thread, unless the sign-in has ended.
+    std::function<void()> Posted(std::function<void()> action);
     void Accept(Outcome<Grant> grant, const std::string& nonce);
     void Fail(Failure failure);
 
