@@ -1,12 +1,12 @@
 // The signed agent and hosts of it under Wine, for the drivers of this folder.
 
 import { spawn, spawnSync } from 'node:child_process';
-import { chmodSync, closeSync, copyFileSync, existsSync, mkdirSync, openSync, readFileSync, readSync, statSync,
+import { chmodSync, closeSync, copyFileSync, existsSync, mkdirSync, openSync, readdirSync, readFileSync, readSync, statSync,
     writeFileSync } from 'node:fs';
 import { createServer } from 'node:net';
 import { join } from 'node:path';
 import { createInterface } from 'node:readline';
-import { ScriptedBrowser } from './browser.mjs';
+import { openInChromium, ScriptedBrowser } from './browser.mjs';
 import { root, runWindows, windowsPath } from './wine.mjs';
 
 export const servers = { production: 0, staging: 1, development: 2 };
@@ -94,7 +94,8 @@ export class Installation {
         this.build = build;
         this.folder = folder;
         this.browser = browser;
-        this.visits = [];
+        this.visits = []; // What the browser did, promises.
+        this.queue = Promise.resolve();
         this.logReader = new Log(logFile());
         for (const name of ['Pellwick', 'host', 'bin'])
             mkdirSync(join(folder, name), { recursive: true });
@@ -126,7 +127,11 @@ export class Installation {
     /// Wine opens addresses with the first xdg-open in PATH. This one hands them to this process.
     async openBrowser() {
         this.receiver = createServer(socket => {
-            createInterface(socket).once('line', address => this.visits.push(this.visit(address)));
+            createInterface(socket).once('line', address => {
+                // One after the other: they share the cookies of one profile.
+                this.queue = this.queue.then(() => this.visit(address));
+                this.visits.push(this.queue);
+            });
             socket.on('error', () => {});
         });
         await new Promise(resolve => { this.receiver.listen(0, '127.0.0.1', resolve); });
@@ -138,7 +143,8 @@ export class Installation {
 
     async visit(address) {
         try {
-            return await new ScriptedBrowser(this.browser).open(address);
+            return await (this.browser.chromium ? openInChromium(address, this.browser)
+                : new ScriptedBrowser(this.browser).open(address));
         } catch (error) {
             return { error: String(error) };
         }
@@ -161,12 +167,24 @@ export class Installation {
         return runWindows(join(this.folder, 'Pellwick', 'Pellwick.exe'), ['--quit'], { environment: this.environment });
     }
 
+    /// The process ID, of this system and not of Wine, of the server process; undefined if there is none.
+    serverProcess() {
+        const program = windowsPath(join(this.folder, 'Pellwick', 'Pellwick.exe'));
+        return readdirSync('/proc').filter(name => /^\d+$/.test(name)).map(Number).find(id => {
+            try {
+                return readFileSync(`/proc/${id}/cmdline`, 'utf8').startsWith(program);
+            } catch {
+                return false; // It has ended.
+            }
+        });
+    }
+
     log() {
         return this.logReader.take();
     }
 }
 
-function prefix() {
+export function prefix() {
     return process.env.WINEPREFIX || join(root, '.deps/wine-run');
 }
 
