@@ -281,7 +281,8 @@ export class ScriptedBrowser {
 // --- Chromium -------------------------------------------------------------------------------------------------------
 
 /// Signs in through the provider's page in headless Chromium. Only the behaviors without changed redirects.
-async function openInChromium(address, settings) {
+export async function openInChromium(address, given) {
+    const settings = { ...defaults, ...given };
     const { packages } = await import('../node/modules.mjs');
     const { chromium } = packages('playwright-core');
     const pin = createHash('sha256').update(new X509Certificate(readFileSync(settings.certificate)).publicKey

@@ -28,6 +28,12 @@ std::uint32_t ToSeconds(TimePoint time)
     return static_cast<std::uint32_t>(std::clamp<std::int64_t>(seconds, 0, NoExpiry));
 }
 
+Failure TooLong(const char* what, const Secret& token)
+{
+    return {IdTextTooLong, std::string(what) + " of at most " + std::to_string(MaxToken) + " characters",
+            std::to_string(token.Size())};
+}
+
 /// Names a login where texts are keys. No name of a server or part of a scope holds a line break.
 std::string TextOf(const LoginKey& key)
 {
@@ -253,7 +259,7 @@ IdErrorCode Logins::GetAccessToken(const Caller& caller, bool, std::string& toke
         if (IsPast(login.accessExpiry))
             code = IdTokenExpired;
         else if (login.accessToken.Size() > MaxToken)
-            code = IdTextTooLong;
+            code = Report(TooLong("an access token", login.accessToken));
         else
             token = login.accessToken.View();
     });
@@ -269,7 +275,7 @@ IdErrorCode Logins::GetIdToken(const Caller& caller, std::string& token)
         if (IsPast(login.idExpiry))
             code = IdTokenExpired;
         else if (login.idToken.Size() > MaxToken)
-            code = IdTextTooLong;
+            code = Report(TooLong("an ID token", login.idToken));
         else
             token = login.idToken.View();
     });

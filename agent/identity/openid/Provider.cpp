@@ -164,7 +164,10 @@ Outcome<DeviceAuthorization> Provider::BeginDeviceSignIn(const std::string& clie
         return *failure;
     const std::string& url = ResultOf(discovered).deviceEndpoint;
     if (url.empty())
+    {
+        Forget(); // The provider may offer it from now on.
         return Failure{IdDeviceGrantNotOffered, "\"device_authorization_endpoint\" in the discovery document", "none"};
+    }
     Secret form;
     AppendParameter(form, "client_id", clientId);
     AppendParameter(form, "scope", WithOpenIdScope(scope));

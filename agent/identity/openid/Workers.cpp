@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <condition_variable>
 #include <deque>
+#include <iterator>
+#include <list>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -101,11 +103,21 @@ private:
     /// The lock is held.
     void Start()
     {
-        std::thread([self = shared_from_this()] { self->Serve(); }).detach();
+        handles_.emplace_back();
+        const auto own = std::prev(handles_.end());
+        try
+        {
+            *own = std::thread([self = shared_from_this(), own] { self->Serve(own); });
+        }
+        catch (...)
+        {
+            handles_.erase(own);
+            throw;
+        }
         ++threads_;
     }
 
-    void Serve()
+    void Serve(std::list<std::thread>::iterator own)
     {
         std::unique_lock lock(mutex_);
         for (;;)
@@ -123,6 +135,9 @@ private:
             lock.lock();
             running_.erase(std::find(running_.begin(), running_.end(), task));
         }
+        // By itself, and not by whoever started it: mingw-w64's runtime loses a thread that is detached before it runs.
+        own->detach();
+        handles_.erase(own);
         --threads_;
         changed_.notify_all();
     }
@@ -132,6 +147,7 @@ private:
     std::condition_variable changed_;
     bool isShutDown_ = false;
     std::size_t threads_ = 0;
+    std::list<std::thread> handles_;
     std::size_t idle_ = 0;
     std::deque<std::shared_ptr<RunningTask>> waiting_;
     std::vector<std::shared_ptr<RunningTask>> running_;
