@@ -33,8 +33,10 @@ std::string HelpText()
            DescribeServerOptions() +
            "\n"
            "Hosts start it when they need it. It keeps who is signed in, for all hosts of the user.\n"
-           "It plays the scenario in the file that the environment variable PELLWICK_SCENARIO names,\n"
-           "else in Pellwick.scenario.json beside it, else its own: every login succeeds.\n"
+           "It signs them in with the OpenID Connect provider that Pellwick.config.json beside it names.\n"
+           "Without that file users are simulated: it plays the scenario in the file that the environment\n"
+           "variable PELLWICK_SCENARIO names, else in Pellwick.scenario.json beside it, else its own:\n"
+           "every login succeeds.\n"
            "The variable PELLWICK_SIMULATOR_DATA names another folder for what it keeps.\n"
            "\n"
            "Exit codes: 0 it quit as asked, or the scenario is valid, 1 the system refused something,\n"

@@ -451,6 +451,141 @@ TEST_F(ProtocolTest, AnOperationThatThrowsFailsAlone)
     EXPECT_EQ(host.logins.Login(caller, detail), IdSuccess);
 }
 
+/// Logins whose access token needs work that the test ends, and whose logout is work as a whole.
+class WorkingLogins final : public SourceLogins
+{
+public:
+    struct Work
+    {
+        std::optional<IdErrorCode> code;
+    };
+
+    IdErrorCode Login(const Caller&, LoginDetail&) override { return IdFailed; }
+    IdErrorCode AutomatedLogin(const Caller&, const std::string&, const std::string&, bool) override
+    {
+        return IdFailed;
+    }
+    IdErrorCode Logout(const Caller&) override { return IdFailed; }
+    IdErrorCode CancelLogin(const Caller&) override { return IdFailed; }
+    IdErrorCode GetStatus(const Caller&, LoginStatus&) override { return IdSuccess; }
+    IdErrorCode GetAccount(const Caller&, Account&) override { return IdFailed; }
+    IdErrorCode GetAccessToken(const Caller&, bool, std::string& token) override
+    {
+        token = "a token";
+        return IdSuccess;
+    }
+    IdErrorCode GetIdToken(const Caller&, std::string&) override { return IdFailed; }
+    IdErrorCode RefreshToken(const Caller&, bool) override { return IdFailed; }
+    IdErrorCode OpenAddress(const Caller&, const std::string&, std::uint16_t, std::string&) override
+    {
+        return IdFailed;
+    }
+    IdErrorCode Restore(const Caller&, bool) override { return IdFailed; }
+    bool IsValid(Server) const override { return true; }
+    std::unique_ptr<PendingLogin> BeginLogin(const Caller&) override { return nullptr; }
+    std::unique_ptr<PendingWork> Prepare(const std::string& operation, const Caller&, bool flag) override
+    {
+        if (operation == Operations::GetStatus)
+            return nullptr;
+        flags.push_back(flag);
+        class Waiting final : public PendingWork
+        {
+        public:
+            Waiting(std::shared_ptr<Work> work, bool isWhole) : work_(std::move(work)), isWhole_(isWhole) {}
+            std::optional<IdErrorCode> Poll() override { return work_->code; }
+            std::int64_t Limit() const override { return 1'030'000; }
+            bool IsWholeOperation() const override { return isWhole_; }
+
+        private:
+            const std::shared_ptr<Work> work_;
+            const bool isWhole_;
+        };
+        return std::make_unique<Waiting>(work, operation == Operations::Logout);
+    }
+
+    std::shared_ptr<Work> work = std::make_shared<Work>();
+    std::vector<bool> flags;
+};
+
+class WorkingSource final : public IdentitySource
+{
+public:
+    void Subscribe(EventSink) override {}
+    SourceLogins* FindLogins(const std::string&) override { return &logins; }
+    Features OfferedFeatures() const override { return {}; }
+
+    WorkingLogins logins;
+};
+
+TEST_F(ProtocolTest, ARequestWaitsForTheWorkOfItsSourceWhileOthersAreServed)
+{
+    WorkingSource source;
+    HostRegistry registry(source, MakeServerParts());
+    Host host(registry);
+    host.Attach();
+    Request request;
+    request.id = 100;
+    request.operation = Operations::GetAccessToken;
+    request.caller = caller;
+    request.arguments["renew"] = true;
+    EXPECT_TRUE(host.end.Receive(WriteRequest(request)));
+    EXPECT_FALSE(host.TakeResponse());
+    EXPECT_EQ(host.extensions, std::vector<std::uint32_t>{40'000});
+    EXPECT_EQ(source.logins.flags, std::vector<bool>{true});
+    EXPECT_EQ(registry.NextTimer(), 1'030'000);
+    LoginStatus status;
+    EXPECT_EQ(host.logins.GetStatus(caller, status), IdSuccess);
+    registry.RunTimers();
+    EXPECT_FALSE(host.TakeResponse());
+    source.logins.work->code = IdSuccess;
+    registry.RunTimers();
+    const std::optional<Response> response = host.TakeResponse();
+    ASSERT_TRUE(response);
+    EXPECT_EQ(response->id, 100u);
+    EXPECT_EQ(response->code, IdSuccess);
+    EXPECT_EQ(response->result["text"], "a token");
+    EXPECT_FALSE(registry.NextTimer());
+}
+
+TEST_F(ProtocolTest, WorkThatFailsOrIsTheWholeOperationIsTheResult)
+{
+    WorkingSource source;
+    HostRegistry registry(source, MakeServerParts());
+    Host host(registry);
+    host.Attach();
+    const std::pair<const char*, IdErrorCode> cases[] = {{Operations::GetAccessToken, IdTokenExpired},
+                                                         {Operations::Logout, IdSuccess}};
+    for (const auto& [operation, code] : cases)
+    {
+        Request request;
+        request.operation = operation;
+        request.caller = caller;
+        EXPECT_TRUE(host.end.Receive(WriteRequest(request)));
+        source.logins.work->code = code;
+        registry.RunTimers();
+        const std::optional<Response> response = host.TakeResponse();
+        ASSERT_TRUE(response);
+        EXPECT_EQ(response->code, code) << operation;
+    }
+}
+
+TEST_F(ProtocolTest, AHostThatLeavesItsWorkIsForgotten)
+{
+    WorkingSource source;
+    HostRegistry registry(source, MakeServerParts());
+    {
+        Host host(registry);
+        host.Attach();
+        Request request;
+        request.operation = Operations::GetAccessToken;
+        request.caller = caller;
+        EXPECT_TRUE(host.end.Receive(WriteRequest(request)));
+    }
+    source.logins.work->code = IdSuccess;
+    registry.RunTimers();
+    EXPECT_FALSE(registry.NextTimer());
+}
+
 TEST_F(ProtocolTest, AResponseThatDoesNotFitAMessageBecomesACode)
 {
     scenario.users.front().profile["long"] = std::string(300'000, 'x');
@@ -587,6 +722,42 @@ TEST(RequestTest, ACallerIsWholeOrMissing)
           R"({"id":1,"do":"ping","server":"","client":"","scope":"","with":{}})",
           R"({"id":1,"do":"ping","server":"production","client":"","with":{}})"})
         EXPECT_FALSE(ReadRequest(text, problem)) << text;
+}
+
+TEST(RequestTest, WhatTheHostSetIsRepeatedAndLeftOutWhereItIsTheDefault)
+{
+    Request request;
+    request.operation = Operations::Login;
+    request.caller.server = TALIX_SERVER_STAGING;
+    const std::string plain = WriteRequest(request);
+    for (const char* const name : {"mode", "proxy", "backoff"})
+        EXPECT_EQ(plain.find(name), std::string::npos);
+    request.caller.loginMode = TALIX_LOGIN_MODE_EMBEDDED;
+    request.caller.proxy = ProxySettings{"proxy.example.com", "ann", "secret", 8080};
+    request.caller.backoff = BackoffSettings{2, 30, 3, 4, 5};
+    std::string problem;
+    const std::optional<Request> read = ReadRequest(WriteRequest(request), problem);
+    ASSERT_TRUE(read) << problem;
+    EXPECT_EQ(read->caller.loginMode, TALIX_LOGIN_MODE_EMBEDDED);
+    ASSERT_TRUE(read->caller.proxy);
+    EXPECT_EQ(read->caller.proxy->host, "proxy.example.com");
+    EXPECT_EQ(read->caller.proxy->port, 8080);
+    EXPECT_EQ(read->caller.proxy->userName, "ann");
+    EXPECT_EQ(read->caller.proxy->password, "secret");
+    ASSERT_TRUE(read->caller.backoff);
+    EXPECT_EQ(read->caller.backoff->initialInterval, 2);
+    EXPECT_EQ(read->caller.backoff->jitter, 5);
+    for (const char* const settings :
+         {R"("mode":"embedded")", R"("mode":-1)", R"("proxy":7)", R"("proxy":{})",
+          R"("proxy":{"host":"","port":80,"user":"","password":""})",
+          R"("proxy":{"host":"a","port":0,"user":"","password":""})",
+          R"("proxy":{"host":"a","port":65536,"user":"","password":""})",
+          R"("proxy":{"host":"a","port":80,"user":7,"password":""})", R"("backoff":{"initialInterval":1})",
+          R"("backoff":{"initialInterval":-1,"maxInterval":1,"multiplier":1,"maxRetries":1,"jitter":1})"})
+        EXPECT_FALSE(ReadRequest(R"({"id":1,"do":"login","server":"staging","client":"","scope":"",)" +
+                                     std::string(settings) + R"(,"with":{}})",
+                                 problem))
+            << settings;
 }
 
 TEST(ServerMessageTest, OtherTextsAreRefused)

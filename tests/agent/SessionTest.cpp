@@ -293,6 +293,58 @@ TEST(SessionTestWithoutService, TheCodeOfAFailedStatusIsReturned)
     EXPECT_FALSE(session.IsLoggedIn());
 }
 
+/// Keeps the caller of the last call.
+class RecordingLogins final : public LoginService
+{
+public:
+    IdErrorCode Login(const Caller& caller, LoginDetail&) override
+    {
+        last = caller;
+        return IdSuccess;
+    }
+    IdErrorCode AutomatedLogin(const Caller&, const std::string&, const std::string&, bool) override
+    {
+        return IdFailed;
+    }
+    IdErrorCode Logout(const Caller&) override { return IdFailed; }
+    IdErrorCode CancelLogin(const Caller&) override { return IdFailed; }
+    IdErrorCode GetStatus(const Caller&, LoginStatus&) override { return IdFailed; }
+    IdErrorCode GetAccount(const Caller&, Account&) override { return IdFailed; }
+    IdErrorCode GetAccessToken(const Caller&, bool, std::string&) override { return IdFailed; }
+    IdErrorCode GetIdToken(const Caller&, std::string&) override { return IdFailed; }
+    IdErrorCode RefreshToken(const Caller&, bool) override { return IdFailed; }
+    IdErrorCode OpenAddress(const Caller&, const std::string&, std::uint16_t, std::string&) override
+    {
+        return IdFailed;
+    }
+    IdErrorCode Restore(const Caller&, bool) override { return IdFailed; }
+
+    Caller last;
+};
+
+TEST(SessionCallerTest, TheHostsSettingsGoWithItsCalls)
+{
+    RecordingLogins logins;
+    EventQueue events;
+    Session session(logins, events);
+    LoginDetail detail{};
+    session.Login(detail);
+    EXPECT_EQ(logins.last.loginMode, TALIX_LOGIN_MODE_DEFAULT);
+    EXPECT_FALSE(logins.last.proxy);
+    EXPECT_FALSE(logins.last.backoff);
+    session.SetLoginMode(TALIX_LOGIN_MODE_BROWSER);
+    session.SetProxy(ProxySettings{"proxy.example.com", "", "", 8080});
+    session.SetBackoff(BackoffSettings{2, 30, 3, 4, 5});
+    session.Login(detail);
+    EXPECT_EQ(logins.last.loginMode, TALIX_LOGIN_MODE_BROWSER);
+    ASSERT_TRUE(logins.last.proxy && logins.last.backoff);
+    EXPECT_EQ(logins.last.proxy->port, 8080);
+    EXPECT_EQ(logins.last.backoff->maxRetries, 4);
+    session.SetProxy(std::nullopt);
+    session.Login(detail);
+    EXPECT_FALSE(logins.last.proxy);
+}
+
 } // namespace
 
 } // namespace Kestrany::Agent

@@ -1,5 +1,5 @@
 """docs/diagnostics.md names every status code with its number, as talix.h does, and docs/agent.md every code that the
-sign-in agent adds, as its ResultCodes.h does; neither names another."""
+sign-in agent adds, as its ResultCodes.h does; docs/openid.md those of providers, as Failure.h does. None names another."""
 
 import re
 
@@ -40,11 +40,23 @@ def agent_codes(errors):
     return len(values)
 
 
+def provider_codes(errors):
+    header = (ROOT / 'agent/identity/openid/Failure.h').read_text(encoding='utf-8')
+    values = re.findall(r'static_cast<IdErrorCode>\((\d+)\)', header)
+    openid = page('docs/openid.md')
+    # The first codes are those that all sources of identity share.
+    described = [cells[0] for line, cells in openid.rows() if len(cells) == 2 and cells[0].isdigit() and cells[0] >= '4030']
+    if described != values or not values:
+        errors.append(f'{openid.name} has {", ".join(described)}; Failure.h has {", ".join(values)}')
+    return len(values)
+
+
 def main():
     errors = []
     count = status_codes(errors)
     added = agent_codes(errors)
-    report(errors, f'{count} status codes, {added} of the agent')
+    providers = provider_codes(errors)
+    report(errors, f'{count} status codes, {added} of the agent, {providers} of providers')
 
 
 main()

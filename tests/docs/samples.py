@@ -61,6 +61,7 @@ SCHEMAS = {
     'Orlindex.config': 'client-config.schema.json',
     'TALIXVersionCompatibility.config': 'version-compatibility.schema.json',
     'Pellwick.scenario.json': 'simulator-scenario.schema.json',
+    'Pellwick.config.json': 'provider-config.schema.json',
 }
 
 

@@ -273,6 +273,7 @@ void SignIn::Finish(Outcome<ClientLogin> result)
     hasEnded_ = true;
     if (task_)
         task_->Cancel();
+    task_.reset(); // The task owns this object.
     prompt_.reset();
     Release();
     const Done done = std::exchange(done_, nullptr);

@@ -75,7 +75,7 @@ protected:
         prompt = windows.Show(std::move(text), std::move(actions));
         ASSERT_TRUE(Becomes([&] {
             window = FindWindowW(L"Kestrany.Pellwick.SignIn", nullptr);
-            return window != nullptr && IsWindowVisible(window) && Focus() != nullptr;
+            return window != nullptr && IsWindowVisible(window) && Focus() != nullptr && Focus() != window;
         }));
     }
     /// The control that has the keyboard.
