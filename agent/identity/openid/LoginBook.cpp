@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "identity/Json.h"
+
 namespace Kestrany::Agent::OpenId {
 
 namespace {
@@ -10,6 +12,14 @@ namespace {
 bool IsOf(const ClientLogin& login, const LoginKey& key)
 {
     return login.clientId == key.clientId && login.scope == key.scope;
+}
+
+/// The upper limit of the bytes that a login takes in its store.
+std::size_t StoredSize(const ClientLogin& login)
+{
+    // Claims are a text within a text: each of their characters can become two.
+    return login.accessToken.Size() + login.idToken.Size() + login.refreshToken.Size() +
+           2 * WriteJson(login.claims).size() + 4096;
 }
 
 ClientLogin Copy(const ClientLogin& login)
@@ -110,9 +120,15 @@ bool LoginBook::Put(Server server, ClientLogin login)
     entries.erase(
         std::remove_if(entries.begin(), entries.end(), [&](const Entry& entry) { return IsOf(entry.login, key); }),
         entries.end());
-    if (entries.size() == MaxClients)
-        entries.erase(entries.begin());
     entries.push_back({nextNumber_++, std::move(login)});
+    const auto isTooLarge = [&] {
+        std::size_t size = 0;
+        for (const Entry& entry : entries)
+            size += StoredSize(entry.login);
+        return entries.size() > MaxClients || (entries.size() > 1 && size > MaxStored);
+    };
+    while (isTooLarge())
+        entries.erase(entries.begin());
     if (Store(server))
         return true;
     entries = std::move(earlier);

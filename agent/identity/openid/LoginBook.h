@@ -37,7 +37,9 @@ struct LoginKey
 class LoginBook
 {
 public:
-    static constexpr std::size_t MaxClients = 32; ///< Products of one server; the oldest ones are dropped.
+    // Of one server; the oldest logins are dropped.
+    static constexpr std::size_t MaxClients = 32;
+    static constexpr std::size_t MaxStored = 2 * 1024 * 1024; ///< Bytes. Stores read files of twice this size.
 
     /// Says which login it is: a later one of the same product has another number.
     using Number = std::uint64_t;

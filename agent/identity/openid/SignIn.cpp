@@ -125,7 +125,6 @@ private:
 class DeviceFlow final : public SignIn
 {
 public:
-    using SignIn::SignIn;
     DeviceFlow(SignInParts parts, std::shared_ptr<Provider> provider, LoginKey key, Done done)
         : SignIn(std::move(parts), std::move(provider), std::move(key), std::move(done))
     {
