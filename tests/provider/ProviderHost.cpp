@@ -432,6 +432,7 @@ int main(int argc, char** argv)
 {
     if (argc == 5 && std::string(argv[1]) == "--pipe")
         return ServePipe(argv[2], ToNumber(argv[3]), ToNumber(argv[4]));
+    Reply("0", {IdSuccess, "ready"});
     const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
     std::string pending;
     char block[4096];

@@ -1,8 +1,8 @@
 // The signed agent and hosts of it under Wine, for the drivers of this folder.
 
 import { spawn, spawnSync } from 'node:child_process';
-import { chmodSync, closeSync, copyFileSync, existsSync, mkdirSync, openSync, readdirSync, readFileSync, readSync, statSync,
-    writeFileSync } from 'node:fs';
+import { appendFileSync, chmodSync, closeSync, copyFileSync, existsSync, mkdirSync, openSync, readdirSync, readFileSync, readSync,
+    statSync, writeFileSync } from 'node:fs';
 import { createServer } from 'node:net';
 import { join } from 'node:path';
 import { createInterface } from 'node:readline';
@@ -16,6 +16,8 @@ export class Host {
     constructor(installation, folder) {
         this.pending = new Map();
         this.next = 1;
+        /// Whether the program has begun.
+        this.ready = new Promise(resolve => { this.pending.set('0', ({ code }) => resolve(code === 1000)); });
         const environment = { ...installation.environment };
         // scripts/wine-run would keep the output of a session's programs until they end.
         delete environment.ORLINDEX_WINE_SESSION;
@@ -156,7 +158,12 @@ export class Installation {
     }
 
     async startHost({ backoff = [1, 1, 1, 1, 0] } = {}) {
-        const host = new Host(this, join(this.folder, 'host'));
+        let host = new Host(this, join(this.folder, 'host'));
+        // Once in some thousand starts, Wine fails before the program has begun: see scripts/wine-run.
+        if (!await host.ready) {
+            appendFileSync(join(prefix(), 'silent-starts'), 'ended before it began: provider_host.exe\n');
+            host = new Host(this, join(this.folder, 'host'));
+        }
         await host.must('start');
         await host.must('backoff', ...backoff);
         return host;
