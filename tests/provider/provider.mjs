@@ -51,6 +51,8 @@ const events = {}; // The provider's own, such as grant.revoked.
 const secrets = new Set(); // Every value that no file of a client may hold.
 const faults = []; // What happens to later requests, see the operation `fault`.
 
+const repliedAt = {}; // When the last reply of an endpoint was handed to the system, in milliseconds since 1970.
+
 const count = (counters, name) => { counters[name] = (counters[name] ?? 0) + 1; };
 
 const secretNames = ['code', 'code_verifier', 'refresh_token', 'access_token', 'id_token', 'device_code', 'token', 'request_uri'];
@@ -118,6 +120,7 @@ async function watch(context, next) {
     if (typeof context.body === 'object' && !Buffer.isBuffer(context.body) && endpoint !== 'discovery')
         collectSecrets(context.body);
     collectFromAddress(context.response.get('Location'));
+    context.res.once('finish', () => { repliedAt[endpoint] = Date.now(); });
     const after = takeFault(endpoint, 'after', grant);
     if (!after)
         return;
@@ -220,7 +223,7 @@ const removeEverywhere = matches => issuers.reduce((sum, { storage }) => sum + s
 const clear = counters => { for (const name of Object.keys(counters)) delete counters[name]; };
 
 const address = await serveControl({
-    /// Counts of requests and events, and the refresh tokens that still work, by client.
+    /// Counts of requests and events, when replies were sent, and the refresh tokens that still work, by client.
     state: () => {
         const refreshTokens = {};
         for (const { storage } of issuers) {
@@ -229,9 +232,9 @@ const address = await serveControl({
                     count(refreshTokens, clientId);
             }
         }
-        return { counts, events, refreshTokens, lifetimes };
+        return { counts, events, refreshTokens, lifetimes, repliedAt };
     },
-    reset: () => { clear(counts); clear(events); faults.length = 0; },
+    reset: () => { clear(counts); clear(events); clear(repliedAt); faults.length = 0; },
     /// { keep: true } leaves the old keys in the set, behind the new ones.
     rotateKeys: async ({ keep = false }) => {
         keys = [...await makeKeys(), ...keep ? keys : []];
