@@ -121,7 +121,7 @@ void ProviderSteps::Fail(Finding finding, StepId step, ExitCode code, const Fail
 bool ProviderSteps::CheckName(const HttpReply& reply)
 {
     report_.Begin(StepId::NameResolution);
-    const std::string host = ParseUrl(config_.issuer)->host;
+    const std::string host = ParseUrl(config_.issuer).value_or(Url()).host; // Parsed before, with the configuration.
     const NameResolution resolution = ResolveName(host);
     Finding finding = {Mark::Ok, "address", host, Joined(resolution.addresses), "resolved", "", ""};
     if (resolution.error == 0)
@@ -148,20 +148,20 @@ bool ProviderSteps::CheckName(const HttpReply& reply)
 bool ProviderSteps::CheckTls(const HttpReply& reply)
 {
     report_.Begin(StepId::Tls);
-    const bool isHttps = ParseUrl(config_.issuer)->isHttps;
+    const bool isHttps = ParseUrl(config_.issuer).value_or(Url()).isHttps;
     Finding finding = {Mark::Ok, "connection", isHttps ? "TLS" : "connection", config_.issuer, "connected", "", ""};
     if (IsUnreachable(reply))
     {
         finding.result = "unreachable";
         Fail(std::move(finding), StepId::Tls, ExitCode::ProviderUnreachable,
-             *TransportFailure(reply, DiscoveryAddress(config_.issuer)));
+             TransportFailure(reply, DiscoveryAddress(config_.issuer)).value_or(Failure()));
         return false;
     }
     if (reply.problem == HttpProblem::TlsRefused)
     {
         finding.result = "refused";
         Fail(std::move(finding), StepId::Tls, ExitCode::ProviderTlsRefused,
-             *TransportFailure(reply, DiscoveryAddress(config_.issuer)));
+             TransportFailure(reply, DiscoveryAddress(config_.issuer)).value_or(Failure()));
         return false;
     }
     if (!isHttps)
