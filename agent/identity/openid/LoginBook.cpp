@@ -115,6 +115,7 @@ bool LoginBook::Put(Server server, ClientLogin login)
     const LoginKey key{server, login.clientId, login.scope};
     std::vector<Entry>& entries = realm->second.entries;
     std::vector<Entry> earlier;
+    earlier.reserve(entries.size());
     for (const Entry& entry : entries)
         earlier.push_back({entry.number, Copy(entry.login)});
     entries.erase(
@@ -193,6 +194,7 @@ std::optional<std::vector<ClientLogin>> LoginBook::RemoveAll(Server server)
         return std::nullopt;
     }
     std::vector<ClientLogin> logins;
+    logins.reserve(removed.size());
     for (Entry& entry : removed)
         logins.push_back(std::move(entry.login));
     return logins;

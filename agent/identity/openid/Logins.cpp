@@ -634,6 +634,7 @@ void Logins::ShowSignOutPage(Secret target)
 void Logins::RunTimers()
 {
     std::vector<std::shared_ptr<WaitingSignIn>> waiting; // Ending one changes the map.
+    waiting.reserve(signIns_.size());
     for (const auto& [key, each] : signIns_)
         waiting.push_back(each);
     for (const std::shared_ptr<WaitingSignIn>& each : waiting)

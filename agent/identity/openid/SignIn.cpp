@@ -155,7 +155,7 @@ private:
         actions.cancel = Posted([this] { End(IdLoginCancelled); });
         actions.notShown = Posted([this] { ReportAddress(); });
         const std::string address = device_->completeUri.empty() ? device_->verificationUri : device_->completeUri;
-        actions.newAddress = [address] { return address; };
+        actions.newAddress = [address] { return std::string(address); };
         ShowPrompt({true, provider_->Config().issuer, device_->verificationUri, device_->userCode}, std::move(actions));
     }
 
@@ -186,6 +186,8 @@ private:
                 [this](Outcome<Grant> grant) { Accept(std::move(grant), {}); });
         }
         isPolling_ = false;
+        if (!polling_)
+            return; // Never: it was made before the first poll.
         if (std::optional<Failure> failure =
                 polling_->Continue(outcome, "the token endpoint of " + provider_->Config().issuer, parts_.ticks()))
             Fail(*std::move(failure));

@@ -13,6 +13,8 @@
 
 #include "platform/Base.h"
 
+// NOLINTBEGIN(performance-no-int-to-ptr): windows messages and handles are numbers and addresses in one.
+
 namespace Kestrany::Agent::OpenId {
 
 namespace {
@@ -460,10 +462,12 @@ std::unique_ptr<Prompt> SignInWindows::Show(PromptText text, PromptActions actio
         job->actions.notShown();
     else
     {
-        static_cast<void>(job.release());
+        job.release(); // NOLINT(bugprone-unused-return-value): the thread owns it.
         threads_.push_back(std::move(thread));
     }
     return std::make_unique<WindowPrompt>(std::move(shared));
 }
 
 } // namespace Kestrany::Agent::OpenId
+
+// NOLINTEND(performance-no-int-to-ptr)
