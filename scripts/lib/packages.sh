@@ -27,7 +27,7 @@ packages=(
 # Sanitizers, fuzzers, static checks, and the checks of Microsoft's rules all use one version of LLVM.
 llvm_packages()
 {
-    printf '%s\n' "clang-$1" "clang-format-$1" "clang-tidy-$1" "libclang-rt-$1-dev" "libc++-$1-dev" "llvm-$1"
+    printf '%s\n' "clang-$1" "clang-format-$1" "clang-tidy-$1" "libclang-rt-$1-dev" "libc++-$1-dev" "lld-$1" "llvm-$1"
 }
 oldest_llvm=14
 proven_llvm=19 # this version also formats the sources
