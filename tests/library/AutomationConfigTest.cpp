@@ -67,7 +67,8 @@ BackoffConfig SomeBackoff()
 
 constexpr char SomeBackoffShown[] = "21, -22, 23, 24, 25";
 
-constexpr auto Override = &IdServicesAutomation::SetOverridingConfig;
+/// Not constexpr: the address of an imported function is only known after the load.
+const auto Override = &IdServicesAutomation::SetOverridingConfig;
 constexpr auto OfCall = IdServicesAutomation::Call;
 constexpr auto OfBackoff = IdServicesAutomation::Backoff;
 constexpr IdServicesAutomation::OverridingType otherTypes[] = {

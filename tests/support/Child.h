@@ -1,7 +1,8 @@
-#ifndef ORLINDEX_STRESS_CHILD_H
-#define ORLINDEX_STRESS_CHILD_H
+#ifndef ORLINDEX_SUPPORT_CHILD_H
+#define ORLINDEX_SUPPORT_CHILD_H
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -27,6 +28,9 @@ std::optional<std::string> ChildInput();
 /// Runs the current test again in a child process, to try one input. A child that does not end in time is terminated
 /// and has failed. `executable` is a copy of this program that is installed elsewhere; by default it is this program.
 ChildOutcome RunChild(const std::string& input, const std::filesystem::path& executable = {});
+
+/// Expects that `call` ends its process with this exit code. Runs it in a child process; a test has nothing else.
+void ExpectProcessEnds(DWORD code, const std::function<void()>& call);
 
 /// The path of this program.
 std::filesystem::path OwnExecutable();

@@ -2,13 +2,15 @@
 
 #include <filesystem>
 #include <stdexcept>
+#include <thread>
 
 #include <gtest/gtest.h>
 
-#include "support/Handle.h"
-#include "support/HostProcess.h"
-#include "support/Patience.h"
-#include "support/Text.h"
+#include "Handle.h"
+#include "HostProcess.h"
+#include "Patience.h"
+#include "Platform.h"
+#include "Text.h"
 
 namespace OrlindexTest {
 
@@ -16,7 +18,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr wchar_t InputVariable[] = L"ORLINDEX_STRESS_INPUT";
+constexpr wchar_t InputVariable[] = L"ORLINDEX_TEST_INPUT";
 
 fs::path ReportFile()
 {
@@ -26,7 +28,7 @@ fs::path ReportFile()
 std::wstring CommandLine()
 {
     const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
-    return L"stress --gtest_filter=" + ToWide(test.test_suite_name()) + L'.' + ToWide(test.name());
+    return L"child --gtest_filter=" + ToWide(test.test_suite_name()) + L'.' + ToWide(test.name());
 }
 
 Handle OutputFile(const fs::path& path)
@@ -35,7 +37,6 @@ Handle OutputFile(const fs::path& path)
     return Handle(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, 0, nullptr));
 }
 
-/// On a busy machine Wine sometimes fails with an internal error before the process runs.
 PROCESS_INFORMATION Start(const fs::path& executable, HANDLE output)
 {
     STARTUPINFOW startup{};
@@ -44,14 +45,9 @@ PROCESS_INFORMATION Start(const fs::path& executable, HANDLE output)
     startup.hStdOutput = output;
     startup.hStdError = output;
     PROCESS_INFORMATION started{};
-    for (int attempt = 1; attempt <= 3; ++attempt)
-    {
-        std::wstring command = CommandLine();
-        if (CreateProcessW(executable.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
-                           &started))
-            return started;
-    }
-    throw std::runtime_error("cannot start a child process: error " + std::to_string(GetLastError()));
+    if (!StartProcess(executable.native(), CommandLine(), 0, nullptr, startup, started))
+        throw std::runtime_error("cannot start a child process: error " + std::to_string(GetLastError()));
+    return started;
 }
 
 DWORD RunToItsEnd(const fs::path& executable, HANDLE output)
@@ -70,6 +66,20 @@ DWORD RunToItsEnd(const fs::path& executable, HANDLE output)
 }
 
 } // namespace
+
+void ExpectProcessEnds(DWORD code, const std::function<void()>& call)
+{
+    if (!ChildInput())
+    {
+        const ChildOutcome outcome = RunChild("call");
+        EXPECT_EQ(outcome.code, code) << outcome.output;
+        EXPECT_EQ(outcome.report, "") << "the call returned";
+        return;
+    }
+    // On another thread: on the test's own, GoogleTest handles the platform's exceptions with some compilers.
+    std::thread(call).join();
+    ReportToParent("returned");
+}
 
 fs::path OwnExecutable()
 {
