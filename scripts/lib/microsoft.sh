@@ -106,6 +106,7 @@ standard_library()
         -isystem "$headers" -isystem "$kit/include/c++/v1" "${platform_headers[@]}"
         -include "$headers/Runtime.h" "-I$libcxx")
     mkdir -p "$work/libcxx"
+    # shellcheck disable=SC2016 # expanded by the inner shell
     libcxx_sources | xargs -P "$jobs" -I '{}' sh -c '
         source=$1 object=$2/$(printf %s "$3" | tr / _).obj
         shift 3
@@ -116,7 +117,7 @@ standard_library()
 build_microsoft_kit()
 {
     local work=$kit/work
-    rm -rf "$work" "$kit/lib"
+    rm -rf "$work" "${kit:?}/lib"
     mkdir -p "$work" "$kit/lib" "$kit/include"
     ln -sfT "/usr/lib/llvm-$llvm/include/c++" "$kit/include/c++"
     import_libraries
