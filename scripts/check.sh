@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Checks what changed, in less than a minute: scripts/check.sh [--since REVISION]
 #
-# Run it before a commit. It checks the format of the sources and of the CMake files, checks the shell scripts, runs clang-tidy
-# over the changed sources, and runs the unit tests of the portable logic on this machine, under sanitizers. scripts/test.sh runs
-# all tests.
+# Run it before a commit. It checks the format of the sources and of the CMake files, checks the shell scripts, the workflow files
+# and the scripts for Windows, runs clang-tidy over the changed sources, and runs the unit tests of the portable logic on this
+# machine, under sanitizers. scripts/test.sh runs all tests.
 #
 #   --since REVISION   check what changed since this revision instead of since the last commit
 #   --help             prints this text
@@ -40,20 +40,9 @@ changed_sources()
     } | sort -u
 }
 
-# The changed sources that the build of the linter knows. "<source>^" is ninja's name for the output of a source.
-lint_targets()
-{
-    changed_sources | while IFS= read -r file; do
-        ! grep -qF "\"$root/$file\"" "$root/build/tidy/compile_commands.json" || printf '%s\n' "$root/$file^"
-    done
-}
-
 lint_changed()
 {
-    local targets
-    configure_preset tidy "$root/build/tidy" || return
-    mapfile -t targets < <(lint_targets)
-    [ ${#targets[@]} -eq 0 ] || ninja -C "$root/build/tidy" -k 0 -j "$jobs" "${targets[@]}"
+    changed_sources | lint_sources
 }
 
 unit_tests()
@@ -71,5 +60,6 @@ else
 fi
 check "shell scripts" check_scripts
 check "CMake files" check_cmake
+check "workflow files" check_workflows
 check "clang-tidy, $(changed_sources | wc -l) changed sources" lint_changed
 check "native unit tests" unit_tests

@@ -2,7 +2,7 @@
 # Builds and tests everything: scripts/test.sh [--long] [ctest arguments]
 #
 # Makes the machine ready (scripts/setup.sh), then runs
-#   - the static checks: format of the sources, shell scripts, clang-tidy over the library
+#   - the static checks: format of the sources, shell scripts, CMake files, workflow files, clang-tidy over all sources
 #   - the unit tests of the portable logic on this machine, under address and undefined-behaviour sanitizers, and again
 #     under the thread sanitizer
 #   - each fuzzer of the portable logic for ten seconds; scripts/fuzz.sh runs them for longer
@@ -178,7 +178,8 @@ if [ $# -eq 0 ]; then
     fi
     check "shell scripts" check_scripts
     check "CMake files" check_cmake
-    check "clang-tidy" make_preset tidy "$root/build/tidy"
+    check "workflow files" check_workflows
+    apart check "clang-tidy" lint_all # It compiles.
 fi
 say "== builds and their tests"
 build_and_test "native" native "$root/build/native" "$@"

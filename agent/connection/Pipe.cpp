@@ -69,9 +69,27 @@ PendingOperation::PendingOperation() : event_(MakeEvent())
     overlapped_.hEvent = event_.get();
 }
 
-std::optional<DWORD> PendingOperation::Finish(HANDLE file, const Deadline& deadline)
+void PendingOperation::Read(HANDLE file, void* bytes, DWORD size)
 {
-    if (WaitForSingleObject(event_.get(), deadline.Left()) != WAIT_OBJECT_0)
+    if (!ReadFile(file, bytes, size, nullptr, &overlapped_) && GetLastError() != ERROR_IO_PENDING)
+        beginError_ = GetLastError();
+}
+
+void PendingOperation::Write(HANDLE file, const void* bytes, DWORD size)
+{
+    if (!WriteFile(file, bytes, size, nullptr, &overlapped_) && GetLastError() != ERROR_IO_PENDING)
+        beginError_ = GetLastError();
+}
+
+std::optional<DWORD> PendingOperation::Finish(HANDLE file, DWORD milliseconds, HANDLE cancelled)
+{
+    if (beginError_ != ERROR_SUCCESS)
+    {
+        SetLastError(beginError_);
+        return std::nullopt;
+    }
+    const HANDLE objects[] = {event_.get(), cancelled};
+    if (WaitForMultipleObjects(cancelled ? 2 : 1, objects, FALSE, milliseconds) != WAIT_OBJECT_0)
         CancelIoEx(file, &overlapped_);
     DWORD size = 0;
     if (!GetOverlappedResult(file, &overlapped_, &size, TRUE))
@@ -133,9 +151,8 @@ bool PipeClient::Write(const std::string& message, const Deadline& deadline)
     const std::lock_guard lock(writing_);
     PendingOperation operation;
     const auto size = static_cast<DWORD>(frame.size());
-    const bool started =
-        WriteFile(file_.get(), frame.data(), size, nullptr, operation.Get()) || GetLastError() == ERROR_IO_PENDING;
-    if (started && Finish(operation, deadline.Left()) == size)
+    operation.Write(file_.get(), frame.data(), size);
+    if (operation.Finish(file_.get(), deadline.Left(), broken_.get()) == size)
         return true;
     // Part of the frame may have been sent: the server could not find the start of a further one.
     Break();
@@ -152,24 +169,13 @@ std::optional<std::string> PipeClient::Read(const Deadline* deadline)
             return std::nullopt;
         char bytes[ReadSize];
         PendingOperation operation;
-        if (!ReadFile(file_.get(), bytes, ReadSize, nullptr, operation.Get()) && GetLastError() != ERROR_IO_PENDING)
-            return std::nullopt;
-        const std::optional<DWORD> size = Finish(operation, deadline == nullptr ? INFINITE : deadline->Left());
+        operation.Read(file_.get(), bytes, ReadSize);
+        const std::optional<DWORD> size =
+            operation.Finish(file_.get(), deadline == nullptr ? INFINITE : deadline->Left(), broken_.get());
         if (!size || *size == 0)
             return std::nullopt;
         frames_.Add(bytes, *size);
     }
-}
-
-std::optional<DWORD> PipeClient::Finish(PendingOperation& operation, DWORD milliseconds)
-{
-    const HANDLE objects[] = {operation.Event(), broken_.get()};
-    if (WaitForMultipleObjects(2, objects, FALSE, milliseconds) != WAIT_OBJECT_0)
-        CancelIoEx(file_.get(), operation.Get());
-    DWORD size = 0;
-    if (!GetOverlappedResult(file_.get(), operation.Get(), &size, TRUE))
-        return std::nullopt;
-    return size;
 }
 
 } // namespace Kestrany::Agent

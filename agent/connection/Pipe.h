@@ -11,8 +11,8 @@
 
 namespace Kestrany::Agent {
 
-/// An overlapped operation. The system writes to the object until the operation has ended, so it must not be moved or
-/// destroyed before.
+/// An overlapped operation on a pipe. The system writes to the object until the operation has ended, so it must not be
+/// moved or destroyed before.
 class PendingOperation
 {
 public:
@@ -21,16 +21,21 @@ public:
     PendingOperation(const PendingOperation&) = delete;
     PendingOperation& operator=(const PendingOperation&) = delete;
 
+    /// Begin an operation, once. An operation that fails at once never sets the event: Finish then does not wait.
+    void Read(HANDLE file, void* bytes, DWORD size);
+    void Write(HANDLE file, const void* bytes, DWORD size);
+
     OVERLAPPED* Get() { return &overlapped_; }
     /// Set when the operation has ended.
     HANDLE Event() const { return event_.get(); }
-    /// Waits for the end, and cancels the operation after the deadline. Returns the bytes that were transferred;
-    /// nullopt if the operation failed.
-    std::optional<DWORD> Finish(HANDLE file, const Deadline& deadline);
+    /// Waits for the end. Cancels the operation after `milliseconds`, and when `cancelled` is set; null: never. Returns
+    /// the bytes that were transferred; nullopt, with GetLastError, if the operation failed.
+    std::optional<DWORD> Finish(HANDLE file, DWORD milliseconds, HANDLE cancelled = nullptr);
 
 private:
     Handle event_;
     OVERLAPPED overlapped_{};
+    DWORD beginError_ = ERROR_SUCCESS;
 };
 
 /// Creates an instance of a named pipe, the server's end, that only processes of the same user on this machine can
@@ -61,9 +66,6 @@ public:
     void Break() { SetEvent(broken_.get()); }
 
 private:
-    /// Waits for the end of an operation. Returns the bytes that were transferred; nullopt without success.
-    std::optional<DWORD> Finish(PendingOperation& operation, DWORD milliseconds);
-
     Handle file_;
     Handle broken_;
     std::mutex writing_;

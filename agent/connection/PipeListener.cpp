@@ -14,7 +14,7 @@ PipeListener::PipeListener(std::wstring name) : name_(std::move(name)), pipe_(Cr
 
 PipeListener::~PipeListener()
 {
-    connection_.Finish(pipe_.get(), Deadline(0));
+    connection_.Finish(pipe_.get(), 0);
 }
 
 Handle PipeListener::Accept()

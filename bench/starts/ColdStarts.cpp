@@ -24,6 +24,7 @@ double LeastOf(const std::vector<StartFigures>& starts, const Figure& figure)
 double OwnMedian(const std::vector<StartFigures>& starts)
 {
     std::vector<double> own;
+    own.reserve(starts.size());
     for (const StartFigures& start : starts)
         own.push_back(start.Own());
     return Median(std::move(own));

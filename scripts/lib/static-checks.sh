@@ -34,3 +34,34 @@ check_cmake()
 {
     sources '*.cmake' 'CMakeLists.txt' '*/CMakeLists.txt' | (cd "$root" && xargs -d '\n' cmake-format --check)
 }
+
+# lint_sources: runs clang-tidy over the sources whose names it reads. A source that several programs compile is checked once.
+# "<source>^" is ninja's name for the output of a source.
+lint_sources()
+{
+    local file targets=()
+    configure_preset tidy "$root/build/tidy" </dev/null || return
+    while IFS= read -r file; do
+        if grep -qF "\"$root/$file\"" "$root/build/tidy/compile_commands.json"; then
+            targets+=("$root/$file^")
+        else
+            printf 'not linted, because the Windows build does not compile it: %s\n' "$file"
+        fi
+    done
+    [ ${#targets[@]} -eq 0 ] || ninja -C "$root/build/tidy" -k 0 -j "$jobs" "${targets[@]}"
+}
+
+lint_all()
+{
+    sources '*.cpp' | lint_sources
+}
+
+# The workflow files and the scripts for Windows, which cannot run here: a linter, a parser, and whether everything that they name
+# exists. The last one needs all files, because a change elsewhere can remove what they name.
+check_workflows()
+{
+    export ORLINDEX_NODE=$deps/node
+    sources '.github/workflows/*.yml' | (cd "$root" && xargs -d '\n' node tests/workflow/lint.mjs) &&
+        sources 'scripts/windows/*.ps1' | (cd "$root" && xargs -d '\n' node tests/workflow/powershell.mjs) &&
+        node "$root/tests/workflow/names.mjs" "$root"
+}

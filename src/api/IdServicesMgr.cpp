@@ -7,7 +7,7 @@
 
 namespace Kestrany::IdentityServices {
 
-IObserver::~IObserver() = default;
+IObserver::~IObserver() = default; // not covered: Runs where a host's observer ends, as in the example host.
 
 IdServicesMgr::IdServicesMgr() : d(new IdServicesMgrPrivate) {}
 

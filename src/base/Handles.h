@@ -16,7 +16,7 @@ struct HandleCloser
     using pointer = HANDLE;
     void operator()(HANDLE handle) const
     {
-        if (handle != INVALID_HANDLE_VALUE)
+        if (handle != INVALID_HANDLE_VALUE) // not covered: OwnFile makes it null.
             CloseHandle(handle);
     }
 };

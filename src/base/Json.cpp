@@ -55,6 +55,7 @@ const Json::CharReaderBuilder& BuilderFor(JsonSyntax syntax)
 {
     static const Json::CharReaderBuilder* const configuration = MakeBuilder(JsonSyntax::Configuration);
     static const Json::CharReaderBuilder* const strict = MakeBuilder(JsonSyntax::Strict);
+    // not covered: Only the agent reads strictly; its tests do.
     return syntax == JsonSyntax::Strict ? *strict : *configuration;
 }
 

@@ -63,10 +63,12 @@ std::optional<std::wstring> WidenStrictly(std::string_view utf8)
     return ConvertToWide(utf8, MB_ERR_INVALID_CHARS);
 }
 
+// not covered from here: Only the agent converts strictly; its tests do.
 std::optional<std::string> NarrowStrictly(std::wstring_view utf16)
 {
     return ConvertToUtf8(utf16, WC_ERR_INVALID_CHARS);
 }
+// not covered to here
 
 std::size_t NarrowInto(char* target, std::wstring_view utf16)
 {

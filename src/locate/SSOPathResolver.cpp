@@ -229,6 +229,7 @@ std::wstring SSOPathResolver::ExeDirectory() const
 
 std::wstring SSOPathResolver::LibraryDirectory() const
 {
+    // not covered: Branches of the compiler; both directories are used.
     return overrides_.libraryDirectory.empty() ? GetModuleDirPath(ProductModuleName) : overrides_.libraryDirectory;
 }
 
@@ -324,7 +325,7 @@ void SSOPathResolver::ReadClientConfigFile()
         return; // Without a message: the search reported it.
     Log(Message(L"Loading client config file %1%", clientConfigFilePath_), TALIXLog::Info);
     const ParsedClientConfig config = contents.IsRead() ? ParseClientConfig(contents.bytes) : ParsedClientConfig();
-    observer_.OnDocument({StartUpFile::ClientConfig, clientConfigFilePath_, contents.error,
+    observer_.OnJsonFile({StartUpFile::ClientConfig, clientConfigFilePath_, contents.error,
                           contents.IsRead() && !config.values ? std::optional(config.error) : std::nullopt});
     if (!config.values)
     {

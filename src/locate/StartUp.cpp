@@ -184,6 +184,7 @@ void SSOPathResolver::LocateVersionCompatibilityFile()
     std::wstring serverAppDirectory = GetSSOServerAppPath();
     if (serverAppDirectory.empty())
         serverAppDirectory = L"%SSOServerAppPath%"; // Not searched; messages show it as a reference without a value.
+    // not covered: Branches of the compiler; the file is found there, and it is not.
     if (SearchVersionCompatibilityFile({{serverAppDirectory, DirectoryOrigin::ServerApplication}}))
         return;
     SearchList directories;
@@ -249,7 +250,7 @@ std::optional<VersionCompatibilityEntry> SSOPathResolver::ChooseClientPlugin()
         return std::nullopt;
     }
     const ParsedJson json = contents.IsRead() ? ParseJson(contents.bytes) : ParsedJson();
-    observer_.OnDocument({StartUpFile::VersionCompatibility, file, contents.error,
+    observer_.OnJsonFile({StartUpFile::VersionCompatibility, file, contents.error,
                           contents.IsRead() && !json.root ? std::optional(json.error) : std::nullopt});
     if (!json.root)
     {

@@ -23,7 +23,7 @@ enum class StartUpFile
 };
 
 /// A configuration file that was read.
-struct DocumentFinding
+struct JsonFileFinding
 {
     StartUpFile file;
     std::wstring path;
@@ -111,7 +111,7 @@ class StartUpObserver
 {
 public:
     virtual void OnSearch(StartUpFile /*file*/, const SearchResult& /*result*/) {}
-    virtual void OnDocument(const DocumentFinding& /*finding*/) {}
+    virtual void OnJsonFile(const JsonFileFinding& /*finding*/) {}
     virtual void OnSetting(const SettingFinding& /*finding*/) {}
     virtual void OnRegistryKey(const RegistryKeyFinding& /*finding*/) {}
     /// The directory that is chosen from the registry; the observer was already notified of each key.

@@ -600,7 +600,7 @@ TEST(ServerMessageTest, OtherTextsAreRefused)
 
 TEST(FrameTest, MessagesAreFoundHoweverTheyAreSplit)
 {
-    const std::vector<std::string> messages = {"one", "", std::string(70'000, 'x'), "\xFF\0"};
+    const std::vector<std::string> messages = {"one", "", std::string(70'000, 'x'), std::string("\xFF\0", 2)};
     std::string bytes;
     for (const std::string& message : messages)
         bytes += WriteFrame(message);

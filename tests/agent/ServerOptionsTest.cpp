@@ -87,7 +87,7 @@ TEST(CommandLineTest, TextsSurviveTheRuntimesSplitting)
     wchar_t** split = CommandLineToArgvW(JoinCommandLine(texts).c_str(), &count);
     ASSERT_NE(split, nullptr);
     const std::vector<std::wstring> back(split, split + count);
-    LocalFree(split);
+    LocalFree(static_cast<void*>(split));
     EXPECT_EQ(back, texts);
 }
 

@@ -79,6 +79,23 @@ TEST_F(ServerRequestsTest, APipeOfAnotherProcessIsNotTrusted)
     EXPECT_FALSE(asked) << "no request was sent to it";
 }
 
+TEST_F(ServerRequestsTest, AReadOrWriteThatFailsAtOnceIsNotWaitedFor)
+{
+    Handle server = CreatePipeInstance(L"\\\\.\\pipe\\" + Widen(identity), true);
+    ASSERT_TRUE(server);
+    const Handle client = OpenPipe(L"\\\\.\\pipe\\" + Widen(identity), Deadline(Limit));
+    ASSERT_TRUE(client);
+    server.reset();
+    char byte = 0;
+    PendingOperation reading;
+    reading.Read(client.get(), &byte, 1);
+    EXPECT_FALSE(reading.Finish(client.get(), INFINITE));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_BROKEN_PIPE));
+    PendingOperation writing;
+    writing.Write(client.get(), &byte, 1);
+    EXPECT_FALSE(writing.Finish(client.get(), INFINITE));
+}
+
 TEST_F(ServerRequestsTest, ClientsThatMisbehaveDoNotStopTheServer)
 {
     Connect(); // Connects and leaves.
@@ -101,12 +118,12 @@ TEST_F(ServerRequestsTest, ClientsThatMisbehaveDoNotStopTheServer)
     {
         const Handle pipe = Connect();
         PendingOperation writing;
-        WriteFile(pipe.get(), bytes.data(), static_cast<DWORD>(bytes.size()), nullptr, writing.Get());
-        EXPECT_TRUE(writing.Finish(pipe.get(), Deadline(Limit)));
+        writing.Write(pipe.get(), bytes.data(), static_cast<DWORD>(bytes.size()));
+        EXPECT_TRUE(writing.Finish(pipe.get(), Limit));
         char byte = 0;
         PendingOperation reading;
-        ReadFile(pipe.get(), &byte, 1, nullptr, reading.Get());
-        EXPECT_FALSE(reading.Finish(pipe.get(), Deadline(Limit))) << "disconnected without a response";
+        reading.Read(pipe.get(), &byte, 1);
+        EXPECT_FALSE(reading.Finish(pipe.get(), Limit)) << "disconnected without a response";
         EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_BROKEN_PIPE));
     }
     const PipeClient silent(Connect()); // Sends nothing, and stays.

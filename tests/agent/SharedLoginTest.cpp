@@ -38,9 +38,8 @@ bool Ends(HANDLE pipe)
 {
     char byte = 0;
     PendingOperation reading;
-    if (!ReadFile(pipe, &byte, 1, nullptr, reading.Get()) && GetLastError() != ERROR_IO_PENDING)
-        return true;
-    return !reading.Finish(pipe, Deadline(Limit)) && GetLastError() == ERROR_BROKEN_PIPE;
+    reading.Read(pipe, &byte, 1);
+    return !reading.Finish(pipe, Limit) && GetLastError() == ERROR_BROKEN_PIPE;
 }
 
 class SharedLoginTest : public testing::Test
@@ -120,7 +119,7 @@ TEST_F(SharedLoginTest, AHostReplacesADeadServerAndTheLoginIsRestored)
 TEST_F(SharedLoginTest, ALaterServerHasTheDataFolderOfTheFirst)
 {
     ASSERT_EQ(LogIn(), IdSuccess);
-    const std::wstring folder = SettingsFolder();
+    const std::wstring& folder = SettingsFolder();
     ASSERT_TRUE(SetEnvironmentVariableW(SettingsFolderVariable, (folder + L"-other").c_str()));
     ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
     EXPECT_TRUE(client.IsLoginValid());
@@ -166,7 +165,7 @@ TEST_F(SharedLoginTest, AServerIsTheSameByEveryPathToItsFile)
 {
     module.Uninitialize();
     ASSERT_TRUE(servers.QuitSSOServerProcess(Limit));
-    const std::wstring folder = SettingsFolder();
+    const std::wstring& folder = SettingsFolder();
     const std::wstring file = folder + L"\\Pellwick.exe";
     const std::wstring link = folder + L"\\Link.exe";
     ASSERT_TRUE(CopyFileW(ServerFile().c_str(), file.c_str(), FALSE)) << GetLastError();
@@ -353,8 +352,8 @@ TEST_F(SharedLoginTest, InvalidMessagesDoNotStopTheServer)
         const Handle pipe = OpenPipe(HostPipeName(DefaultIdentity), Deadline(Limit));
         ASSERT_TRUE(pipe);
         PendingOperation operation;
-        WriteFile(pipe.get(), bytes.data(), static_cast<DWORD>(bytes.size()), nullptr, operation.Get());
-        EXPECT_TRUE(operation.Finish(pipe.get(), Deadline(Limit)));
+        operation.Write(pipe.get(), bytes.data(), static_cast<DWORD>(bytes.size()));
+        EXPECT_TRUE(operation.Finish(pipe.get(), Limit));
         EXPECT_TRUE(client.IsLoginValid());
     }
 }

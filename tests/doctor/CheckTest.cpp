@@ -9,7 +9,6 @@ namespace OrlindexTest {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 class DoctorCheck : public DoctorTest
 {

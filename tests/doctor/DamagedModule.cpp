@@ -18,12 +18,13 @@ Record At(const std::string& bytes, std::size_t offset)
 
 std::size_t ResourceSectionHeader(const std::string& module)
 {
+    constexpr char name[IMAGE_SIZEOF_SHORT_NAME] = ".rsrc"; // Padded with zeros.
     const auto start = static_cast<std::size_t>(At<IMAGE_DOS_HEADER>(module, 0).e_lfanew);
     const auto headers = At<IMAGE_NT_HEADERS>(module, start);
     std::size_t section = start + offsetof(IMAGE_NT_HEADERS, OptionalHeader) + headers.FileHeader.SizeOfOptionalHeader;
     for (unsigned index = 0; index < headers.FileHeader.NumberOfSections; ++index)
     {
-        if (std::strncmp(module.data() + section, ".rsrc", 8) == 0)
+        if (std::memcmp(module.data() + section, name, sizeof name) == 0)
             return section;
         section += sizeof(IMAGE_SECTION_HEADER);
     }

@@ -229,7 +229,7 @@ TEST(DoctorRecorder, AClientConfigFileOfTheCurrentDirectoryHasItsFullPath)
     StartUpFacts facts;
     StartUpRecorder recorder(report, facts);
     const std::wstring full = FullPath(L"Orlindex.config");
-    recorder.OnDocument({StartUpFile::ClientConfig, L"Orlindex.config", ERROR_SUCCESS, std::nullopt});
+    recorder.OnJsonFile({StartUpFile::ClientConfig, L"Orlindex.config", ERROR_SUCCESS, std::nullopt});
     recorder.OnSetting({"bundleId", SettingState::Set, L"b"});
     EXPECT_EQ(facts.clientConfigFile, full);
     const std::vector<Finding>& findings = report.Steps().back().findings;

@@ -46,7 +46,7 @@ HANDLE ToolPipe()
     wchar_t** const arguments = CommandLineToArgvW(GetCommandLineW(), &count);
     const bool named = count > 2 && std::wstring(arguments[1]) == L"load-in-this-process";
     const auto number = named ? static_cast<std::uintptr_t>(std::wcstoull(arguments[2], nullptr, 10)) : 0;
-    LocalFree(arguments);
+    LocalFree(static_cast<void*>(arguments));
     return reinterpret_cast<HANDLE>(number);
 }
 

@@ -10,7 +10,6 @@
 
 namespace OrlindexTest {
 
-namespace fs = std::filesystem;
 using Kestrany::IdentityServices::Handle;
 using testing::HasSubstr;
 

@@ -6,7 +6,6 @@
 namespace OrlindexTest {
 
 namespace fs = std::filesystem;
-using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 

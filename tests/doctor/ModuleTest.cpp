@@ -9,7 +9,6 @@
 
 namespace OrlindexTest {
 
-namespace fs = std::filesystem;
 using Kestrany::IdentityServices::Handle;
 using Kestrany::IdentityServices::OwnFile;
 using testing::Contains;

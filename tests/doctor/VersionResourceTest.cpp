@@ -12,7 +12,6 @@
 
 using namespace OrlindexTest;
 using Orlindex::Doctor::VersionResource;
-using testing::Eq;
 using testing::Optional;
 
 namespace {

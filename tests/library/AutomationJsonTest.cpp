@@ -243,9 +243,9 @@ TEST(AutomationJson, AConfigurationMayBeDestroyedThroughItsBaseClass)
 {
     struct Watched : CallConfig
     {
-        explicit Watched(bool& ended) : ended_(ended) {}
-        ~Watched() override { ended_ = true; }
-        bool& ended_;
+        explicit Watched(bool& flag) : ended(flag) {}
+        ~Watched() override { ended = true; }
+        bool& ended;
     };
     bool ended = false;
     std::unique_ptr<BaseConfig> config = std::make_unique<Watched>(ended);

@@ -106,7 +106,7 @@ protected:
     void Raise(const PluginOperation& operation, std::int32_t status) { Dispatch(operation, &status); }
 
     /// Has the plugin deliver several events while the host dispatches once.
-    void RaiseInOneDispatch(std::vector<PluginOperation> operations)
+    void RaiseInOneDispatch(const std::vector<PluginOperation>& operations)
     {
         static const std::int32_t success = IdSuccess;
         Plugin().OnCall(Client::DispatchEvent, [this, operations](const CallArguments&) {

@@ -60,7 +60,7 @@ protected:
     /// Makes the plugin write these units, without a terminating zero.
     void PluginWrites(const std::wstring& text)
     {
-        Plugin().OnCall(GetParam().operation, [this, text](const CallArguments& call) {
+        Plugin().OnCall(GetParam().operation, [text](const CallArguments& call) {
             std::copy(text.begin(), text.end(), call.Pointer<wchar_t>(GetParam().bufferArgument));
         });
     }

@@ -15,7 +15,6 @@ namespace OrlindexTest {
 using namespace Kestrany::IdentityServices;
 using Kestrany::StdUtil::RetrySchedule;
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::IsEmpty;
 using testing::Pair;
 using testing::SizeIs;

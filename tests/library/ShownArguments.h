@@ -11,7 +11,7 @@ namespace OrlindexTest {
 // plugin's journal. These are for arguments that do not depend on the caller's.
 
 /// Exactly these arguments.
-inline auto Exactly(std::string shown)
+inline auto Exactly(const std::string& shown)
 {
     return [shown](const auto& /*arguments*/) -> testing::Matcher<std::string> { return testing::Eq(shown); };
 }

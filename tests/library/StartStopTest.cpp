@@ -453,7 +453,7 @@ TEST_F(StartStop, TheInstanceIsGoneWhenThePluginIsToldToStop)
 {
     PluginControl& plugin = InstallPlugin();
     ASSERT_EQ(IdServicesMgr::Initialize(), IdSuccess);
-    const void* instance = plugin.Calls().data();
+    const void* instance = &plugin;
     plugin.OnCall(Module::Uninitialize, [&instance](const CallArguments&) { instance = IdServicesMgr::GetInstance(); });
     ASSERT_EQ(IdServicesMgr::Uninitialize(), IdSuccess);
     EXPECT_EQ(instance, nullptr);

@@ -21,13 +21,11 @@ using namespace Kestrany::IdentityServices;
 namespace TALIXLog = Kestrany::TALIXLog;
 using testing::AllOf;
 using testing::Contains;
-using testing::Each;
 using testing::ElementsAre;
 using testing::Field;
 using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
-using testing::StartsWith;
 
 class Manager : public LocateTest
 {

@@ -116,7 +116,7 @@ TEST_F(ServerApplication, WhileItIsMissingEveryRequestSearchesAgain)
 TEST_F(ServerApplication, TheLibrarysDirectoryComesFirstThenTheHostsThenTheConfigured)
 {
     ConfigureSearchPaths({first, second});
-    const auto forget = [this] {
+    const auto forget = [] {
         SSOPathResolver::Forget();
         return ToUtf8(SSOPathResolver::GetInstance()->GetSSOServerAppPath());
     };

@@ -16,11 +16,7 @@
 namespace OrlindexTest {
 
 using testing::AnyOf;
-using testing::Contains;
-using testing::Each;
-using testing::Eq;
 using testing::IsEmpty;
-using testing::Not;
 
 namespace {
 

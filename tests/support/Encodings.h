@@ -53,7 +53,7 @@ inline std::u32string FromUtf16(std::wstring_view text)
         if (isIn(at, 0xD800) && isIn(at + 1, 0xDC00))
         {
             const auto bits = [&](std::size_t unit) { return static_cast<char32_t>(text[unit]) & 0x3FF; };
-            codePoints += 0x10000 + (bits(at) << 10) + bits(at + 1);
+            codePoints += static_cast<char32_t>(0x10000 + (bits(at) << 10) + bits(at + 1));
             ++at;
         }
         else

@@ -12,32 +12,32 @@ using Kestrany::IdentityServices::ParseClientConfig;
 
 namespace {
 
-/// Parses a valid document.
-ClientConfigValues ReadDocument(const std::string& json)
+/// Parses a valid file.
+ClientConfigValues ParseValues(const std::string& json)
 {
     const auto values = ParseClientConfig(json).values;
     EXPECT_TRUE(values) << json;
     return values.value_or(ClientConfigValues());
 }
 
-ClientConfigValues ReadServer(const std::string& members)
+ClientConfigValues ParseServer(const std::string& members)
 {
-    return ReadDocument(R"({"ssoServer": {)" + members + "}}");
+    return ParseValues(R"({"ssoServer": {)" + members + "}}");
 }
 
-void ExpectNothing(const ClientConfigValues& values, const std::string& document)
+void ExpectNothing(const ClientConfigValues& values, const std::string& json)
 {
-    EXPECT_EQ(values.bundleId, "") << document;
-    EXPECT_EQ(values.versionCompatibilityConfigFilePath, "") << document;
-    EXPECT_EQ(values.searchPaths, "") << document;
-    EXPECT_FALSE(values.supportBothLocalAndAdmin) << document;
+    EXPECT_EQ(values.bundleId, "") << json;
+    EXPECT_EQ(values.versionCompatibilityConfigFilePath, "") << json;
+    EXPECT_EQ(values.searchPaths, "") << json;
+    EXPECT_FALSE(values.supportBothLocalAndAdmin) << json;
 }
 
 } // namespace
 
-TEST(ClientConfigDocument, EveryKeyIsRead)
+TEST(ParseClientConfig, EveryKeyIsRead)
 {
-    const ClientConfigValues values = ReadServer(R"("bundleId": "com.kestrany.\u4e2d",
+    const ClientConfigValues values = ParseServer(R"("bundleId": "com.kestrany.\u4e2d",
         "VersionCompatibilityConfigfilePath": "C:\\compatibility", "searchPaths": "%ExePath%;C:\\other",
         "supportBothLocalAndAdmin": true)");
     EXPECT_EQ(values.bundleId, "com.kestrany.\xE4\xB8\xAD");
@@ -46,67 +46,67 @@ TEST(ClientConfigDocument, EveryKeyIsRead)
     EXPECT_TRUE(values.supportBothLocalAndAdmin);
 }
 
-TEST(ClientConfigDocument, EachKeyStandsAlone)
+TEST(ParseClientConfig, EachKeyStandsAlone)
 {
-    EXPECT_EQ(ReadServer(R"("bundleId": "b")").bundleId, "b");
-    EXPECT_EQ(ReadServer(R"("VersionCompatibilityConfigfilePath": "p")").versionCompatibilityConfigFilePath, "p");
-    EXPECT_EQ(ReadServer(R"("searchPaths": "s")").searchPaths, "s");
-    EXPECT_TRUE(ReadServer(R"("supportBothLocalAndAdmin": true)").supportBothLocalAndAdmin);
-    EXPECT_FALSE(ReadServer(R"("supportBothLocalAndAdmin": false)").supportBothLocalAndAdmin);
+    EXPECT_EQ(ParseServer(R"("bundleId": "b")").bundleId, "b");
+    EXPECT_EQ(ParseServer(R"("VersionCompatibilityConfigfilePath": "p")").versionCompatibilityConfigFilePath, "p");
+    EXPECT_EQ(ParseServer(R"("searchPaths": "s")").searchPaths, "s");
+    EXPECT_TRUE(ParseServer(R"("supportBothLocalAndAdmin": true)").supportBothLocalAndAdmin);
+    EXPECT_FALSE(ParseServer(R"("supportBothLocalAndAdmin": false)").supportBothLocalAndAdmin);
 }
 
-TEST(ClientConfigDocument, MissingKeysReadAsEmpty)
+TEST(ParseClientConfig, MissingKeysReadAsEmpty)
 {
-    ExpectNothing(ReadServer(""), "{}");
-    ExpectNothing(ReadServer(R"("unknown": "text")"), "unknown");
+    ExpectNothing(ParseServer(""), "{}");
+    ExpectNothing(ParseServer(R"("unknown": "text")"), "unknown");
 }
 
-TEST(ClientConfigDocument, KeysAreCaseSensitive)
+TEST(ParseClientConfig, KeysAreCaseSensitive)
 {
-    ExpectNothing(ReadServer(R"("BundleId": "b", "VersionCompatibilityConfigFilePath": "p", "SearchPaths": "s",
+    ExpectNothing(ParseServer(R"("BundleId": "b", "VersionCompatibilityConfigFilePath": "p", "SearchPaths": "s",
                                 "SupportBothLocalAndAdmin": true)"),
                   "other case");
-    ExpectNothing(ReadDocument(R"({"SsoServer": {"bundleId": "b"}})"), "other case of the object");
+    ExpectNothing(ParseValues(R"({"SsoServer": {"bundleId": "b"}})"), "other case of the object");
 }
 
-TEST(ClientConfigDocument, OnlyTheServerObjectIsRead)
+TEST(ParseClientConfig, OnlyTheServerObjectIsRead)
 {
-    ExpectNothing(ReadDocument(R"({"bundleId": "b", "searchPaths": "s", "other": {"bundleId": "b"}})"), "elsewhere");
+    ExpectNothing(ParseValues(R"({"bundleId": "b", "searchPaths": "s", "other": {"bundleId": "b"}})"), "elsewhere");
 }
 
-TEST(ClientConfigDocument, AKeyOfAWrongTypeReadsAsMissing)
+TEST(ParseClientConfig, AKeyOfAWrongTypeReadsAsMissing)
 {
     for (const std::string value :
          {"null", "1", "1.5", "true", "[]", "{}", R"(["text"])", R"({"a": "b"})", "1e300", "1e999", "-1e-999"})
-        ExpectNothing(ReadServer(R"("bundleId": )" + value + R"(, "VersionCompatibilityConfigfilePath": )" + value +
-                                 R"(, "searchPaths": )" + value),
+        ExpectNothing(ParseServer(R"("bundleId": )" + value + R"(, "VersionCompatibilityConfigfilePath": )" + value +
+                                  R"(, "searchPaths": )" + value),
                       value);
     for (const std::string value : {"null", "1", "1.5", R"("true")", "[]", "[true]", "{}", "1e999"})
-        EXPECT_FALSE(ReadServer(R"("supportBothLocalAndAdmin": )" + value).supportBothLocalAndAdmin) << value;
+        EXPECT_FALSE(ParseServer(R"("supportBothLocalAndAdmin": )" + value).supportBothLocalAndAdmin) << value;
 }
 
-TEST(ClientConfigDocument, AKeyOfAWrongTypeDoesNotAffectTheOthers)
+TEST(ParseClientConfig, AKeyOfAWrongTypeDoesNotAffectTheOthers)
 {
     const ClientConfigValues values =
-        ReadServer(R"("bundleId": [], "searchPaths": "s", "supportBothLocalAndAdmin": true)");
+        ParseServer(R"("bundleId": [], "searchPaths": "s", "supportBothLocalAndAdmin": true)");
     EXPECT_EQ(values.searchPaths, "s");
     EXPECT_TRUE(values.supportBothLocalAndAdmin);
 }
 
-TEST(ClientConfigDocument, ANumberTooLargeDoesNotAffectTheOthers)
+TEST(ParseClientConfig, ANumberTooLargeDoesNotAffectTheOthers)
 {
     for (const std::string number : {"1e999", "-1e999", "1e-999"})
     {
         const ClientConfigValues values =
-            ReadDocument(R"({"timeout": )" + number + R"(, "ssoServer": {"bundleId": )" + number +
-                         R"(, "searchPaths": "s", "supportBothLocalAndAdmin": true}})");
+            ParseValues(R"({"timeout": )" + number + R"(, "ssoServer": {"bundleId": )" + number +
+                        R"(, "searchPaths": "s", "supportBothLocalAndAdmin": true}})");
         EXPECT_EQ(values.bundleId, "") << number;
         EXPECT_EQ(values.searchPaths, "s") << number;
         EXPECT_TRUE(values.supportBothLocalAndAdmin) << number;
     }
 }
 
-TEST(ClientConfigDocument, ANumberTooLargeIsAKeyOfAWrongType)
+TEST(ParseClientConfig, ANumberTooLargeIsAKeyOfAWrongType)
 {
     const auto config = ParseClientConfig(R"({"ssoServer": 1e999})");
     ASSERT_TRUE(config.values);
@@ -114,36 +114,36 @@ TEST(ClientConfigDocument, ANumberTooLargeIsAKeyOfAWrongType)
     EXPECT_FALSE(config.keys.at(0).rightType);
 }
 
-TEST(ClientConfigDocument, AServerThatIsNoObjectCountsAsMissing)
+TEST(ParseClientConfig, AServerThatIsNoObjectCountsAsMissing)
 {
     for (const std::string value : {"null", "1", "1e999", R"("text")", "true", "[]", R"([{"bundleId": "b"}])"})
-        ExpectNothing(ReadDocument(R"({"ssoServer": )" + value + "}"), value);
+        ExpectNothing(ParseValues(R"({"ssoServer": )" + value + "}"), value);
 }
 
-TEST(ClientConfigDocument, ADocumentThatIsNoObjectCountsAsEmpty)
+TEST(ParseClientConfig, ARootThatIsNoObjectCountsAsEmpty)
 {
-    for (const std::string document :
+    for (const std::string json :
          {"[]", "null", "1", "1e999", R"("ssoServer")", R"([{"ssoServer": {"bundleId": "b"}}])"})
-        ExpectNothing(ReadDocument(document), document);
+        ExpectNothing(ParseValues(json), json);
 }
 
-TEST(ClientConfigDocument, AByteOrderMarkAndCommentsAreAccepted)
+TEST(ParseClientConfig, AByteOrderMarkAndCommentsAreAccepted)
 {
-    EXPECT_EQ(ReadDocument("\xEF\xBB\xBF// for the test machines\n{\"ssoServer\": /* here */ {\"bundleId\": \"b\"}}")
-                  .bundleId,
-              "b");
+    EXPECT_EQ(
+        ParseValues("\xEF\xBB\xBF// for the test machines\n{\"ssoServer\": /* here */ {\"bundleId\": \"b\"}}").bundleId,
+        "b");
 }
 
-TEST(ClientConfigDocument, WhatIsNoJsonIsRefused)
+TEST(ParseClientConfig, WhatIsNoJsonIsRefused)
 {
-    const std::string documents[] = {"",
-                                     "{",
-                                     "ssoServer",
-                                     R"({"ssoServer": })",
-                                     std::string("MZ\x90\0\x03\0", 6),
-                                     std::string(1100, '[') + std::string(1100, ']')};
-    for (const std::string& document : documents)
-        EXPECT_FALSE(ParseClientConfig(document).values) << document.substr(0, 40);
+    const std::string invalid[] = {"",
+                                   "{",
+                                   "ssoServer",
+                                   R"({"ssoServer": })",
+                                   std::string("MZ\x90\0\x03\0", 6),
+                                   std::string(1100, '[') + std::string(1100, ']')};
+    for (const std::string& json : invalid)
+        EXPECT_FALSE(ParseClientConfig(json).values) << json.substr(0, 40);
 }
 
 } // namespace OrlindexTest

@@ -1,4 +1,4 @@
-// Reading the elements of a version compatibility file.
+// Parsing the elements of a version compatibility file.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -31,7 +31,7 @@ namespace {
 const std::string range = R"("compatibleSsoServicesVersion": {"minVersion": "1.11"})";
 const std::string sound = R"({"module": "Sound", "modulePath": "sound.dll", "version": "2.0", )" + range + '}';
 
-struct Reading
+struct Parsed
 {
     std::vector<VersionCompatibilityEntry> entries;
     std::vector<EntryDefect> defects;
@@ -43,37 +43,37 @@ std::wstring WidenAscii(const std::string& text)
     return std::wstring(text.begin(), text.end());
 }
 
-Reading ReadDocument(const std::string& json, bool wow64 = false)
+Parsed ParseText(const std::string& json, bool wow64 = false)
 {
-    Reading reading;
+    Parsed parsed;
     const auto root = ParseJson(json).root;
     if (!root)
     {
         ADD_FAILURE() << "no JSON: " << json;
-        return reading;
+        return parsed;
     }
-    ParseEntries(*root, "ssoClientPlugin", wow64, WidenAscii, [&reading](ParsedEntry&& parsed) {
-        if (parsed.defect)
-            reading.defects.push_back(*parsed.defect);
+    ParseEntries(*root, "ssoClientPlugin", wow64, WidenAscii, [&parsed](ParsedEntry&& entry) {
+        if (entry.defect)
+            parsed.defects.push_back(*entry.defect);
         else
-            reading.entries.push_back(std::move(parsed.entry));
+            parsed.entries.push_back(std::move(entry.entry));
     });
-    return reading;
+    return parsed;
 }
 
-Reading ReadElements(const std::string& elements, bool wow64 = false)
+Parsed ParseElements(const std::string& elements, bool wow64 = false)
 {
-    return ReadDocument(R"({"ssoClientPlugin": [)" + elements + "]}", wow64);
+    return ParseText(R"({"ssoClientPlugin": [)" + elements + "]}", wow64);
 }
 
 /// Parses an element beside a valid one, which must count whatever is wrong with the other.
 EntryDefect DefectOf(const std::string& element)
 {
-    const Reading reading = ReadElements(element + ", " + sound);
-    EXPECT_THAT(reading.entries, SizeIs(1)) << element;
-    EXPECT_THAT(reading.defects, SizeIs(1)) << element;
-    EXPECT_TRUE(!reading.entries.empty() && reading.entries[0].module == L"Sound") << element;
-    return reading.defects.empty() ? static_cast<EntryDefect>(-1) : reading.defects[0];
+    const Parsed parsed = ParseElements(element + ", " + sound);
+    EXPECT_THAT(parsed.entries, SizeIs(1)) << element;
+    EXPECT_THAT(parsed.defects, SizeIs(1)) << element;
+    EXPECT_TRUE(!parsed.entries.empty() && parsed.entries[0].module == L"Sound") << element;
+    return parsed.defects.empty() ? static_cast<EntryDefect>(-1) : parsed.defects[0];
 }
 
 std::string ElementWith(const std::string& key, const std::string& value)
@@ -100,13 +100,13 @@ const std::vector<std::string> notConvertible = {"[]",    "{}",     R"(["x"])", 
 
 TEST(ParseEntries, ASoundElementIsReadWhole)
 {
-    const Reading reading = ReadElements(R"({"module": "Client", "modulePath": "%SSOServerAppPath%\\client.dll",
+    const Parsed parsed = ParseElements(R"({"module": "Client", "modulePath": "%SSOServerAppPath%\\client.dll",
         "modulePathWoW64": "client32.dll", "version": "2.1.0.15", "unknown": [1, 2],
         "compatibleSsoServicesVersion": {"minVersion": "1.9", "maxVersion": "1.11",
                                          "versions": ["2.0", "", "2.1.7"], "unknown": {}}})");
-    EXPECT_THAT(reading.defects, IsEmpty());
-    ASSERT_THAT(reading.entries, SizeIs(1));
-    const VersionCompatibilityEntry& entry = reading.entries[0];
+    EXPECT_THAT(parsed.defects, IsEmpty());
+    ASSERT_THAT(parsed.entries, SizeIs(1));
+    const VersionCompatibilityEntry& entry = parsed.entries[0];
     EXPECT_EQ(entry.module, L"Client");
     EXPECT_EQ(entry.modulePath, L"%SSOServerAppPath%\\client.dll");
     EXPECT_THAT(entry.version, ElementsAre("2", "1", "0", "15"));
@@ -120,13 +120,13 @@ TEST(ParseEntries, ASoundElementIsReadWhole)
 
 TEST(ParseEntries, FileOrderIsKept)
 {
-    const Reading reading =
-        ReadElements(ElementWith("module", R"("first")") + ", " + ElementWith("module", R"("second")") + ", " +
-                     ElementWith("module", R"("third")"));
-    ASSERT_THAT(reading.entries, SizeIs(3));
-    EXPECT_EQ(reading.entries[0].module, L"first");
-    EXPECT_EQ(reading.entries[1].module, L"second");
-    EXPECT_EQ(reading.entries[2].module, L"third");
+    const Parsed parsed =
+        ParseElements(ElementWith("module", R"("first")") + ", " + ElementWith("module", R"("second")") + ", " +
+                      ElementWith("module", R"("third")"));
+    ASSERT_THAT(parsed.entries, SizeIs(3));
+    EXPECT_EQ(parsed.entries[0].module, L"first");
+    EXPECT_EQ(parsed.entries[1].module, L"second");
+    EXPECT_EQ(parsed.entries[2].module, L"third");
 }
 
 TEST(ParseEntries, TheFirstCheckThatFailsNamesTheDefect)
@@ -157,14 +157,14 @@ TEST(ParseEntries, NullCountsAsMissing)
 
 TEST(ParseEntries, WhiteSpaceCountsAsText)
 {
-    EXPECT_THAT(ReadElements(ElementWith("module", R"(" ")")).entries, SizeIs(1));
+    EXPECT_THAT(ParseElements(ElementWith("module", R"(" ")")).entries, SizeIs(1));
 }
 
 TEST(ParseEntries, KeysAreCaseSensitive)
 {
     EXPECT_EQ(DefectOf(R"({"Module": "M", "modulePath": "m.dll", "version": "2", )" + range + '}'),
               EntryDefect::ModuleBlank);
-    EXPECT_THAT(ReadDocument(R"({"SsoClientPlugin": [)" + sound + "]}").entries, IsEmpty());
+    EXPECT_THAT(ParseText(R"({"SsoClientPlugin": [)" + sound + "]}").entries, IsEmpty());
 }
 
 TEST(ParseEntries, AnEmptyRangeObjectIsInvalid)
@@ -188,7 +188,7 @@ TEST(ParseEntries, AnElementWithoutRangeIsMissingIt)
 TEST(ParseEntries, EachPartOfARangeSuffices)
 {
     for (const char* value : {R"({"minVersion": "1"})", R"({"maxVersion": "1"})", R"({"versions": ["1"]})"})
-        EXPECT_THAT(ReadElements(ElementWithRange(value)).entries, SizeIs(1)) << value;
+        EXPECT_THAT(ParseElements(ElementWithRange(value)).entries, SizeIs(1)) << value;
 }
 
 TEST(ParseEntries, AListOrObjectWhereATextBelongsIsADefectOfThatKey)
@@ -233,19 +233,19 @@ TEST(ParseEntries, AnElementThatIsNoObjectHasNoModule)
 
 TEST(ParseEntries, NullElementsAreSkippedSilently)
 {
-    const Reading reading = ReadElements("null, " + sound + ", null");
-    EXPECT_THAT(reading.entries, SizeIs(1));
-    EXPECT_THAT(reading.defects, IsEmpty());
+    const Parsed parsed = ParseElements("null, " + sound + ", null");
+    EXPECT_THAT(parsed.entries, SizeIs(1));
+    EXPECT_THAT(parsed.defects, IsEmpty());
 }
 
 TEST(ParseEntries, OtherScalarsAreConvertedToText)
 {
-    const Reading reading = ReadElements(
+    const Parsed parsed = ParseElements(
         R"({"module": true, "modulePath": 7, "version": 1.5,
             "compatibleSsoServicesVersion": {"minVersion": 1, "maxVersion": -2,
                                              "versions": [3, false, 18446744073709551615]}})");
-    ASSERT_THAT(reading.entries, SizeIs(1));
-    const VersionCompatibilityEntry& entry = reading.entries[0];
+    ASSERT_THAT(parsed.entries, SizeIs(1));
+    const VersionCompatibilityEntry& entry = parsed.entries[0];
     EXPECT_EQ(entry.module, L"true");
     EXPECT_EQ(entry.modulePath, L"7");
     EXPECT_THAT(entry.version, ElementsAre("1", "5"));
@@ -255,65 +255,64 @@ TEST(ParseEntries, OtherScalarsAreConvertedToText)
                 ElementsAre(ElementsAre("3"), ElementsAre("false"), ElementsAre("18446744073709551615")));
 }
 
-TEST(ParseEntries, ADocumentThatIsNoObjectHasNoElements)
+TEST(ParseEntries, ARootThatIsNoObjectHasNoElements)
 {
-    for (const std::string document : {"[]", "null", "1", R"("ssoClientPlugin")", "true", "{}"})
+    for (const std::string json : {"[]", "null", "1", R"("ssoClientPlugin")", "true", "{}"})
     {
-        const Reading reading = ReadDocument(document);
-        EXPECT_THAT(reading.entries, IsEmpty()) << document;
-        EXPECT_THAT(reading.defects, IsEmpty()) << document;
+        const Parsed parsed = ParseText(json);
+        EXPECT_THAT(parsed.entries, IsEmpty()) << json;
+        EXPECT_THAT(parsed.defects, IsEmpty()) << json;
     }
-    EXPECT_THAT(ReadDocument('[' + sound + ']').entries, IsEmpty());
+    EXPECT_THAT(ParseText('[' + sound + ']').entries, IsEmpty());
 }
 
 TEST(ParseEntries, AKeyWithoutContainerHasNoElements)
 {
     for (const char* value : {"null", "1", "2.5", "1e999", R"("text")", "true", "[]", "{}"})
     {
-        const Reading reading = ReadDocument(R"({"ssoClientPlugin": )" + std::string(value) + "}");
-        EXPECT_THAT(reading.entries, IsEmpty()) << value;
-        EXPECT_THAT(reading.defects, IsEmpty()) << value;
+        const Parsed parsed = ParseText(R"({"ssoClientPlugin": )" + std::string(value) + "}");
+        EXPECT_THAT(parsed.entries, IsEmpty()) << value;
+        EXPECT_THAT(parsed.defects, IsEmpty()) << value;
     }
 }
 
 TEST(ParseEntries, AnObjectInPlaceOfTheArrayOffersItsMembers)
 {
-    const Reading reading =
-        ReadDocument(R"({"ssoClientPlugin": {"a": )" + sound + R"(, "b": {}, "c": )" + sound + "}}");
-    EXPECT_THAT(reading.entries, SizeIs(2));
-    EXPECT_THAT(reading.defects, ElementsAre(EntryDefect::ModuleBlank));
+    const Parsed parsed = ParseText(R"({"ssoClientPlugin": {"a": )" + sound + R"(, "b": {}, "c": )" + sound + "}}");
+    EXPECT_THAT(parsed.entries, SizeIs(2));
+    EXPECT_THAT(parsed.defects, ElementsAre(EntryDefect::ModuleBlank));
 }
 
 TEST(ParseEntries, EveryBadElementIsNamed)
 {
-    const Reading reading = ReadElements("{}, " + sound + ", " + ElementWith("version", R"("")") + ", " +
-                                         ElementWithRange("{}") + ", " + sound);
-    EXPECT_THAT(reading.entries, SizeIs(2));
-    EXPECT_THAT(reading.defects,
+    const Parsed parsed = ParseElements("{}, " + sound + ", " + ElementWith("version", R"("")") + ", " +
+                                        ElementWithRange("{}") + ", " + sound);
+    EXPECT_THAT(parsed.entries, SizeIs(2));
+    EXPECT_THAT(parsed.defects,
                 ElementsAre(EntryDefect::ModuleBlank, EntryDefect::VersionBlank, EntryDefect::RangeInvalid));
 }
 
 TEST(ParseEntries, A64BitProcessIgnoresAnElementWithOnlyTheWow64Path)
 {
-    const Reading reading =
-        ReadElements(R"({"module": "M", "modulePathWoW64": "m.dll", "version": "2", )" + range + '}');
-    EXPECT_THAT(reading.entries, IsEmpty());
-    EXPECT_THAT(reading.defects, ElementsAre(EntryDefect::ModulePathBlank));
+    const Parsed parsed =
+        ParseElements(R"({"module": "M", "modulePathWoW64": "m.dll", "version": "2", )" + range + '}');
+    EXPECT_THAT(parsed.entries, IsEmpty());
+    EXPECT_THAT(parsed.defects, ElementsAre(EntryDefect::ModulePathBlank));
 }
 
 TEST(ParseEntries, AWow64ProcessIgnoresAnElementWithOnlyTheOtherPath)
 {
-    const Reading reading = ReadElements(sound, true);
-    EXPECT_THAT(reading.entries, IsEmpty());
-    EXPECT_THAT(reading.defects, ElementsAre(EntryDefect::ModulePathBlank));
+    const Parsed parsed = ParseElements(sound, true);
+    EXPECT_THAT(parsed.entries, IsEmpty());
+    EXPECT_THAT(parsed.defects, ElementsAre(EntryDefect::ModulePathBlank));
 }
 
 TEST(ParseEntries, EachProcessTakesItsOwnPath)
 {
     const std::string both =
         R"({"module": "M", "modulePath": "m64.dll", "modulePathWoW64": "m32.dll", "version": "2", )" + range + '}';
-    EXPECT_EQ(ReadElements(both).entries.at(0).modulePath, L"m64.dll");
-    EXPECT_EQ(ReadElements(both, true).entries.at(0).modulePath, L"m32.dll");
+    EXPECT_EQ(ParseElements(both).entries.at(0).modulePath, L"m64.dll");
+    EXPECT_EQ(ParseElements(both, true).entries.at(0).modulePath, L"m32.dll");
 }
 
 } // namespace OrlindexTest

@@ -28,10 +28,10 @@ class EntryObserver final : public StartUpObserver
 public:
     EntryObserver(StartUpRecorder& recorder, const std::wstring& module) : recorder_(recorder), module_(module) {}
 
-    void OnDocument(const DocumentFinding& finding) override
+    void OnJsonFile(const JsonFileFinding& finding) override
     {
         if (finding.file == StartUpFile::VersionCompatibility)
-            recorder_.OnDocument(finding);
+            recorder_.OnJsonFile(finding);
     }
 
     void OnCompatibilityEntry(const EntryFinding& finding) override

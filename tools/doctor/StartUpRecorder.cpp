@@ -115,7 +115,7 @@ void StartUpRecorder::OnSearch(StartUpFile file, const SearchResult& result)
     }
 }
 
-void StartUpRecorder::OnDocument(const DocumentFinding& finding)
+void StartUpRecorder::OnJsonFile(const JsonFileFinding& finding)
 {
     const bool config = finding.file == StartUpFile::ClientConfig;
     report_.Begin(config ? StepId::ClientConfig : StepId::CompatibilityFile);

@@ -18,7 +18,7 @@ public:
     StartUpRecorder(Report& report, StartUpFacts& facts) : report_(report), facts_(facts), entries_(report, facts) {}
 
     void OnSearch(Ids::StartUpFile file, const Ids::SearchResult& result) override;
-    void OnDocument(const Ids::DocumentFinding& finding) override;
+    void OnJsonFile(const Ids::JsonFileFinding& finding) override;
     void OnSetting(const Ids::SettingFinding& finding) override;
     void OnRegistryKey(const Ids::RegistryKeyFinding& finding) override;
     void OnRegistryChoice(const std::wstring& key, const std::wstring& location) override;

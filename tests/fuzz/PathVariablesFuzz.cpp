@@ -2,16 +2,17 @@
 
 #include <cstdint>
 #include <iterator>
-#include <regex>
 #include <string>
-#include <vector>
 
 #include "ByteReader.h"
 #include "Require.h"
 #include "locate/PathVariables.h"
+#include "support/PathVariablePattern.h"
 
 using namespace Kestrany::IdentityServices;
 using OrlindexTest::ByteReader;
+using OrlindexTest::ExpandByPattern;
+using OrlindexTest::Expansion;
 using OrlindexTest::Require;
 
 namespace {
@@ -47,13 +48,6 @@ bool Lookup(const std::wstring& name, std::wstring& value)
     return true;
 }
 
-struct Expansion
-{
-    std::wstring text;
-    std::int32_t matches = 0;
-    std::vector<std::wstring> names;
-};
-
 Expansion Expand(const std::wstring& text)
 {
     Expansion expansion;
@@ -62,27 +56,6 @@ Expansion Expand(const std::wstring& text)
         expansion.names.push_back(name);
         return Lookup(name, value);
     });
-    return expansion;
-}
-
-Expansion ExpandByPattern(const std::wstring& text)
-{
-    // "%.*?%", with the line terminators of ECMAScript written out: of these four, the standard libraries' "." knows
-    // two or all.
-    static const std::wregex pattern(L"%[^\n\r\u2028\u2029]*?%");
-    Expansion expansion;
-    auto copied = text.begin();
-    for (std::wsregex_iterator match(text.begin(), text.end(), pattern), end; match != end; ++match)
-    {
-        expansion.text.append(copied, (*match)[0].first);
-        const std::wstring reference = match->str();
-        expansion.names.push_back(reference.substr(1, reference.size() - 2));
-        std::wstring value;
-        expansion.text += Lookup(expansion.names.back(), value) ? value : reference;
-        copied = (*match)[0].second;
-        ++expansion.matches;
-    }
-    expansion.text.append(copied, text.end());
     return expansion;
 }
 
@@ -104,7 +77,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     RequirePossible(expansion);
     if (text.size() > LongestForPattern)
         return 0;
-    const Expansion expected = ExpandByPattern(text);
+    const Expansion expected = ExpandByPattern(text, Lookup);
     Require(expansion.text == expected.text, "the text is the pattern's");
     Require(expansion.matches == expected.matches, "the count is the pattern's");
     Require(expansion.names == expected.names, "the names are the pattern's");
