@@ -82,6 +82,7 @@ constexpr Row Failing[] = {
     {"_fileno", {EndOfFile, ERROR_SUCCESS}},
     {"_write", {EndOfFile, ERROR_SUCCESS}},
     {"fflush", {EndOfFile, ERROR_DISK_FULL}},
+    {"fwrite", {NoLength, ERROR_DISK_FULL}},
     {"fputwc", {EndOfWideFile, ERROR_NO_UNICODE_TRANSLATION}},
     {"putwc", {EndOfWideFile, ERROR_NO_UNICODE_TRANSLATION}},
 };

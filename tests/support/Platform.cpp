@@ -65,4 +65,13 @@ DWORD ExitCodeOfInvalidParameter()
     return RunsUnderWine() ? InvalidRuntimeParameter : FastFailure;
 }
 
+void EndAtUnhandledExceptions()
+{
+    // Wine unwinds the thread first, and a frame of the other compiler then returns to address 0 for ever.
+    SetUnhandledExceptionFilter([](EXCEPTION_POINTERS* exception) -> LONG {
+        TerminateProcess(GetCurrentProcess(), exception->ExceptionRecord->ExceptionCode);
+        return EXCEPTION_EXECUTE_HANDLER;
+    });
+}
+
 } // namespace OrlindexTest

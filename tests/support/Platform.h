@@ -26,6 +26,9 @@ int MostCrashesOfVerification();
 /// The exit code with which the C runtime ends a process after a bad argument of its bounded copy.
 DWORD ExitCodeOfInvalidParameter();
 
+/// Ends this process at once with the exception's code when no frame handles an exception, as Windows does.
+void EndAtUnhandledExceptions();
+
 } // namespace OrlindexTest
 
 #endif
