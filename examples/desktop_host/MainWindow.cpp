@@ -1,8 +1,6 @@
 #include "MainWindow.h"
 
-#include <cstdio>
-#include <ctime>
-#include <iterator>
+#include <utility>
 
 #include <commctrl.h>
 
@@ -29,6 +27,13 @@ constexpr UINT CancelInterval = 500;
 constexpr UINT_PTR CloseTimer = 4;
 constexpr UINT CloseLimit = 30000;
 
+/// The parameters of messages carry pointers and handles as numbers.
+template <class Pointer, class Number>
+Pointer FromParameter(Number parameter)
+{
+    return reinterpret_cast<Pointer>(parameter); // NOLINT(performance-no-int-to-ptr)
+}
+
 /// Since Windows 10, version 1703, a dialog resizes its controls itself when the resolution changes. Layout.cpp does
 /// that here.
 void TurnOffDialogScaling(HWND window)
@@ -40,33 +45,6 @@ void TurnOffDialogScaling(HWND window)
         reinterpret_cast<void*>(user != nullptr ? GetProcAddress(user, "SetDialogDpiChangeBehavior") : nullptr));
     if (set != nullptr)
         set(window, DisableAll, DisableAll);
-}
-
-std::wstring FailureText(const wchar_t* what, talix_status_code code)
-{
-    return std::wstring(what) + L"\r\nCode " + CodeText(code) + L": " + Meaning(code);
-}
-
-std::wstring StartFailureText(talix_status_code code)
-{
-    std::wstring text = FailureText(L"Sign-in is not available.", code);
-    if (code == IdRunningAsLocalSystem)
-        return text + L"\r\nStart the program as the user who signs in.";
-    // A second start in this process would fail at once.
-    return text + L"\r\nTo find out why, run this command. Then start this program again.\r\n" + DoctorCommand();
-}
-
-const wchar_t* FailedTask(Task task)
-{
-    switch (task)
-    {
-    case Task::SignIn:
-        return L"The sign-in failed.";
-    case Task::SignOut:
-        return L"The sign-out failed.";
-    default:
-        return L"The token was not renewed.";
-    }
 }
 
 } // namespace
@@ -82,12 +60,12 @@ INT_PTR CALLBACK MainWindow::Procedure(HWND window, UINT message, WPARAM wParam,
     if (message == WM_INITDIALOG)
     {
         SetWindowLongPtrW(window, DWLP_USER, lParam);
-        auto* const created = reinterpret_cast<MainWindow*>(lParam);
+        auto* const created = FromParameter<MainWindow*>(lParam);
         created->window_ = window;
         created->OnInit();
         return TRUE; // The system sets the focus to the first control that can have it.
     }
-    auto* const self = reinterpret_cast<MainWindow*>(GetWindowLongPtrW(window, DWLP_USER));
+    auto* const self = FromParameter<MainWindow*>(GetWindowLongPtrW(window, DWLP_USER));
     if (self == nullptr)
         return FALSE;
     const std::optional<LRESULT> result = self->Handle(message, wParam, lParam);
@@ -104,9 +82,11 @@ INT_PTR CALLBACK MainWindow::Procedure(HWND window, UINT message, WPARAM wParam,
 LRESULT CALLBACK MainWindow::ListProcedure(HWND list, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
                                            DWORD_PTR self)
 {
-    if (message == WM_NOTIFY && reinterpret_cast<const NMHDR*>(lParam)->code == NM_CUSTOMDRAW)
-        return reinterpret_cast<MainWindow*>(self)->appearance_.DrawHeader(
-            *reinterpret_cast<const NMCUSTOMDRAW*>(lParam));
+    const auto* const notification = message == WM_NOTIFY ? FromParameter<const NMHDR*>(lParam) : nullptr;
+    const bool isHeader = notification != nullptr &&
+                          notification->hwndFrom == FromParameter<HWND>(SendMessageW(list, LVM_GETHEADER, 0, 0));
+    if (isHeader && notification->code == NM_CUSTOMDRAW)
+        return FromParameter<MainWindow*>(self)->appearance_.DrawHeader(*FromParameter<const NMCUSTOMDRAW*>(lParam));
     if (message == WM_NCDESTROY)
         RemoveWindowSubclass(list, &MainWindow::ListProcedure, id);
     return DefSubclassProc(list, message, wParam, lParam);
@@ -140,11 +120,11 @@ std::optional<LRESULT> MainWindow::Handle(UINT message, WPARAM wParam, LPARAM lP
         return 0;
     case WM_GETMINMAXINFO: {
         const SIZE least = LeastSize(dpi_);
-        reinterpret_cast<MINMAXINFO*>(lParam)->ptMinTrackSize = {least.cx, least.cy};
+        FromParameter<MINMAXINFO*>(lParam)->ptMinTrackSize = {least.cx, least.cy};
         return 0;
     }
     case WM_DPICHANGED:
-        OnDpiChanged(LOWORD(wParam), *reinterpret_cast<const RECT*>(lParam));
+        OnDpiChanged(LOWORD(wParam), *FromParameter<const RECT*>(lParam));
         return 0;
     case WM_SETTINGCHANGE: // light or dark, high contrast, the size of texts
     case WM_SYSCOLORCHANGE:
@@ -153,22 +133,22 @@ std::optional<LRESULT> MainWindow::Handle(UINT message, WPARAM wParam, LPARAM lP
         appearance_.Apply(window_);
         return 0;
     case WM_ERASEBKGND:
-        if (!appearance_.DrawBackground(window_, reinterpret_cast<HDC>(wParam)))
+        if (!appearance_.DrawBackground(window_, FromParameter<HDC>(wParam)))
             return std::nullopt;
         return TRUE;
     case WM_CTLCOLORSTATIC:
     case WM_CTLCOLOREDIT:
     case WM_CTLCOLORBTN: {
-        const HBRUSH brush = appearance_.ControlColors(reinterpret_cast<HDC>(wParam));
+        const HBRUSH brush = appearance_.ControlColors(FromParameter<HDC>(wParam));
         if (brush == nullptr)
             return std::nullopt;
         return reinterpret_cast<LRESULT>(brush);
     }
     case WM_NOTIFY: {
-        const auto* const header = reinterpret_cast<const NMHDR*>(lParam);
+        const auto* const header = FromParameter<const NMHDR*>(lParam);
         if (header->code != NM_CUSTOMDRAW || header->idFrom == IDC_EVENTS)
             return std::nullopt;
-        return appearance_.DrawButton(*reinterpret_cast<const NMCUSTOMDRAW*>(lParam));
+        return appearance_.DrawButton(*FromParameter<const NMCUSTOMDRAW*>(lParam));
     }
     case WM_CLOSE:
         OnClose();
@@ -189,7 +169,7 @@ std::optional<LRESULT> MainWindow::Handle(UINT message, WPARAM wParam, LPARAM lP
 void MainWindow::OnInit()
 {
     TurnOffDialogScaling(window_);
-    const auto module = reinterpret_cast<HINSTANCE>(GetWindowLongPtrW(window_, GWLP_HINSTANCE));
+    const auto module = FromParameter<HINSTANCE>(GetWindowLongPtrW(window_, GWLP_HINSTANCE));
     const HICON icon = LoadIconW(module, MAKEINTRESOURCEW(IDI_APPLICATION_ICON));
     SendMessageW(window_, WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(icon));
     SendMessageW(window_, WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(icon));
@@ -220,7 +200,7 @@ void MainWindow::OnCommand(int control)
         Begin(Task::Renew);
         break;
     case IDCANCEL:
-        if (running_ == Task::SignIn)
+        if (state_.running == Task::SignIn)
             Cancel();
         break;
     case IDC_COPY:
@@ -243,7 +223,7 @@ void MainWindow::OnTimer(UINT_PTR timer)
         break;
     case CancelTimer:
         // A request that came before the login itself ended nothing.
-        if (running_ == Task::SignIn)
+        if (state_.running == Task::SignIn)
             Cancel();
         break;
     case CloseTimer:
@@ -277,7 +257,7 @@ void MainWindow::OnClose()
         return;
     }
     SetTimer(window_, CloseTimer, CloseLimit, nullptr);
-    if (running_ == Task::SignIn)
+    if (state_.running == Task::SignIn)
         Cancel();
 }
 
@@ -291,10 +271,10 @@ void MainWindow::OnDestroy()
 
 void MainWindow::Begin(Task task)
 {
-    if (running_ || hasFailed_)
+    if (state_.running || state_.hasFailed)
         return;
-    running_ = task;
-    message_.clear();
+    state_.running = task;
+    state_.message.clear();
     session_->Begin(task);
     focusBefore_ = GetFocus();
     Update();
@@ -309,15 +289,15 @@ void MainWindow::ReturnFocus()
     if (focusBefore_ != nullptr && IsWindowEnabled(focusBefore_) != FALSE)
         SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(focusBefore_), TRUE);
     else
-        SetFocusToNext(window_, ToDisplay());
+        SetFocusToNext(window_, ToDisplay(state_));
 }
 
 void MainWindow::Cancel()
 {
-    isCancelling_ = true;
-    if (!isCancelBusy_)
+    state_.isCancelling = true;
+    if (!state_.isCancelBusy)
     {
-        isCancelBusy_ = true;
+        state_.isCancelBusy = true;
         session_->Begin(Task::Cancel);
         SetTimer(window_, CancelTimer, CancelInterval, nullptr);
     }
@@ -335,7 +315,7 @@ void MainWindow::Read()
 
 void MainWindow::TakeOutcomes()
 {
-    const std::optional<Task> before = running_;
+    const std::optional<Task> before = state_.running;
     for (const Outcome& outcome : session_->TakeOutcomes())
         Take(outcome);
     if (isReadDue_ && !isReadBusy_)
@@ -346,10 +326,10 @@ void MainWindow::TakeOutcomes()
         return;
     }
     Update();
-    if (!before || running_)
+    if (!before || state_.running)
         return;
     if (before == Task::Start)
-        SetFocusToNext(window_, ToDisplay()); // Until now, no button could have it.
+        SetFocusToNext(window_, ToDisplay(state_)); // Until now, no button could have it.
     else
         ReturnFocus();
 }
@@ -358,28 +338,28 @@ void MainWindow::Take(const Outcome& outcome)
 {
     if (outcome.task == Task::Cancel)
     {
-        isCancelBusy_ = false;
+        state_.isCancelBusy = false;
         return;
     }
-    state_ = outcome.state;
+    state_.user = outcome.state;
     if (outcome.task == Task::Read)
     {
         isReadBusy_ = false;
         return;
     }
-    running_.reset();
+    state_.running.reset();
     if (outcome.task == Task::SignIn)
     {
-        isCancelling_ = false;
+        state_.isCancelling = false;
         KillTimer(window_, CancelTimer);
     }
     if (outcome.task == Task::Start)
     {
-        isStarted_ = outcome.code == IdSuccess;
-        hasFailed_ = !isStarted_;
-        if (hasFailed_)
+        state_.isStarted = outcome.code == IdSuccess;
+        state_.hasFailed = !state_.isStarted;
+        if (state_.hasFailed)
         {
-            message_ = StartFailureText(outcome.code);
+            state_.message = StartFailureText(outcome.code);
             return;
         }
         session_->ListenTo([this](const Event& event) { OnEvent(event); });
@@ -388,9 +368,9 @@ void MainWindow::Take(const Outcome& outcome)
         return;
     }
     if (IsCancelled(outcome.code))
-        message_ = Meaning(outcome.code);
+        state_.message = Meaning(outcome.code);
     else if (outcome.code != IdSuccess)
-        message_ = FailureText(FailedTask(outcome.task), outcome.code);
+        state_.message = TaskFailureText(outcome.task, outcome.code);
 }
 
 void MainWindow::OnEvent(const Event& event)
@@ -401,60 +381,8 @@ void MainWindow::OnEvent(const Event& event)
 
 void MainWindow::Update()
 {
-    if (Show(window_, ToDisplay()))
+    if (Show(window_, ToDisplay(state_)))
         LayOut(window_, font_.get(), dpi_);
-}
-
-Display MainWindow::ToDisplay() const
-{
-    Display display;
-    display.status = Status();
-    display.user = state_.signedIn ? state_.userName : L"";
-    display.token = TokenText();
-    display.message = message_;
-    display.isWaiting = running_.has_value();
-    // A Cancel that still runs would end the next login.
-    const bool isReady = isStarted_ && !running_ && !isCancelBusy_;
-    display.canSignIn = isReady && !state_.signedIn;
-    display.canSignOut = isReady && state_.signedIn;
-    display.canRenew = display.canSignOut;
-    display.canCancel = running_ == Task::SignIn;
-    display.canCopy = hasFailed_;
-    return display;
-}
-
-std::wstring MainWindow::Status() const
-{
-    if (hasFailed_)
-        return L"Sign-in is not available";
-    if (!running_)
-        return state_.signedIn ? L"Signed in" : L"Not signed in";
-    switch (*running_)
-    {
-    case Task::SignIn:
-        return isCancelling_ ? L"Cancelling the sign-in..." : L"Signing in...";
-    case Task::SignOut:
-        return L"Signing out...";
-    case Task::Renew:
-        return L"Renewing the token...";
-    default:
-        return L"Starting...";
-    }
-}
-
-std::wstring MainWindow::TokenText() const
-{
-    if (!state_.signedIn)
-        return {};
-    if (state_.tokenExpiry == 0)
-        return state_.tokenExpired ? L"Expired" : L"Valid";
-    const std::int64_t left = state_.tokenExpiry - static_cast<std::int64_t>(std::time(nullptr));
-    if (left <= 0)
-        return L"Expired";
-    wchar_t text[64] = L"";
-    std::swprintf(text, std::size(text), L"Expires in %lld:%02lld:%02lld", static_cast<long long>(left / 3600),
-                  static_cast<long long>(left / 60 % 60), static_cast<long long>(left % 60));
-    return text;
 }
 
 void MainWindow::SetDpi(UINT dpi)

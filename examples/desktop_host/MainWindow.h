@@ -4,13 +4,12 @@
 
 #include <memory>
 #include <optional>
-#include <string>
 
 #include <windows.h>
 
 #include "Appearance.h"
+#include "HostState.h"
 #include "Session.h"
-#include "View.h"
 
 namespace DesktopHost {
 
@@ -47,9 +46,6 @@ private:
     void OnEvent(const Event& event);
 
     void Update();
-    Display ToDisplay() const;
-    std::wstring Status() const;
-    std::wstring TokenText() const;
     void SetDpi(UINT dpi);
     HWND Control(int id) const { return GetDlgItem(window_, id); }
 
@@ -58,18 +54,12 @@ private:
     Font font_;
     Appearance appearance_;
     std::unique_ptr<Session> session_;
-    UserState state_;
-    std::optional<Task> running_;   ///< What the user waits for.
+    HostState state_;
     HWND focusBefore_ = nullptr;    ///< When the running task began.
     HWND focusMeanwhile_ = nullptr; ///< While it runs, unless the user moves it.
-    bool isStarted_ = false;
-    bool hasFailed_ = false;    ///< The library did not start, which is final for the process.
-    bool isCancelling_ = false; ///< The running sign-in shall end.
-    bool isCancelBusy_ = false; ///< A Cancel has no outcome yet.
-    bool isReadBusy_ = false;   ///< A Read has no outcome yet.
-    bool isReadDue_ = false;    ///< An event came after that Read began.
+    bool isReadBusy_ = false;       ///< A Read has no outcome yet.
+    bool isReadDue_ = false;        ///< An event came after that Read began.
     bool isClosing_ = false;
-    std::wstring message_;
 };
 
 } // namespace DesktopHost

@@ -5,7 +5,7 @@
 #     display_end             ends both; suitable for `trap ... EXIT`
 #     start_window TITLE PROGRAM...   starts a Windows program in the background and waits for its window
 #     drive COMMAND...        operates the window that was started last, with the program in `window_driver` (tests/window)
-#     end_of_window           waits for the end of its program, and returns the program's exit code
+#     end_of_window           waits for the end of its program, three minutes at most, and returns the program's exit code
 #     kill_window             ends its program
 #     press KEY...            presses keys, with the names of xdotool; the active window receives them
 #     picture FILE            writes a picture of the window to a PNG file
@@ -95,8 +95,13 @@ run_driver()
 
 end_of_window()
 {
-    local status=0
-    wait "$window_process" || status=$?
+    local limit status=0
+    sleep 180 &
+    limit=$!
+    wait -n "$window_process" "$limit" || status=$?
+    kill -0 "$limit" 2>/dev/null || fail "the program of '$window_title' does not end"
+    kill "$limit"
+    wait "$limit" 2>/dev/null || true
     window_process=
     return "$status"
 }
