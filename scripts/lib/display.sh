@@ -100,7 +100,8 @@ end_of_window()
     limit=$!
     wait -n "$window_process" "$limit" || status=$?
     kill -0 "$limit" 2>/dev/null || fail "the program of '$window_title' does not end"
-    kill "$limit"
+    # Before `sleep` itself runs, bash would take note of another signal, and lose it.
+    kill -KILL "$limit"
     wait "$limit" 2>/dev/null || true
     window_process=
     return "$status"
