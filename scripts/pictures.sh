@@ -45,6 +45,8 @@ show()
     local name=$1 before=none now=
     shift
     drive activate "$@" >/dev/null || fail "the host does not show what $name.png shall show"
+    press alt+e # away from the texts: no caret blinks in them
+    drive focus "$events"
     while [ "$before" != "$now" ]; do
         before=$now
         picture "$output/$name.png"
