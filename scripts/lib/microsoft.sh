@@ -66,7 +66,7 @@ import_libraries()
     # The rest of ntdll are functions of C, which would come before those of the C runtime.
     import_library ntdll '^(Nt|Rtl|Ldr)' ntdll
     for dll in user32 gdi32 shell32 ole32 oleaut32 comdlg32 advapi32 wintrust crypt32 shlwapi bcrypt version secur32 userenv \
-        dbghelp psapi winhttp ws2_32 ncrypt; do
+        dbghelp psapi winhttp ws2_32 mswsock ncrypt comctl32 dwmapi uxtheme; do
         import_library $dll . $dll
     done
     # CMake links it with every program; nothing is used of it.

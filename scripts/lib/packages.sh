@@ -18,6 +18,8 @@ packages=(
     g++-mingw-w64-x86-64-posix wine wine64 osslsigncode
     # The same for 32-bit hosts.
     g++-mingw-w64-i686-posix
+    # For windows: a display in memory, its keyboard, pictures of it, and Windows' fonts for symbols and texts.
+    xvfb xdotool imagemagick fonts-wine
     # Static checks, coverage, the API reference, and the compiler for the C# samples.
     shellcheck cmake-format pkgconf gcovr doxygen mono-mcs mono-runtime
     # Libraries for the native build of the portable logic. The cross build uses those in .deps/.
