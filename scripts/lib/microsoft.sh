@@ -87,6 +87,7 @@ static_runtime()
         "${c[@]}" -c "$file" -o "$work/runtime/${file##*/}.obj"
     done
     "${c[@]}" -DWIDE_ARGUMENTS -c "$sources/program.c" -o "$work/runtime/wide-program.obj"
+    "${c[@]}" -DWINDOWS -c "$sources/program.c" -o "$work/runtime/window-program.obj"
     for file in "$sources"/*.cpp; do
         "${cxx[@]}" -c "$file" -o "$work/runtime/${file##*/}.obj"
     done

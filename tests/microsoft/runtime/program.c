@@ -1,4 +1,5 @@
-// Entry point of a program; with WIDE_ARGUMENTS, of one that begins at wmain.
+// Entry point of a program; with WIDE_ARGUMENTS, of one that begins at wmain; with WINDOWS, of one that begins at
+// WinMain.
 #include "Startup.h"
 
 int* __cdecl __p___argc(void);
@@ -15,6 +16,7 @@ void __cdecl _register_thread_local_exe_atexit_callback(PIMAGE_TLS_CALLBACK call
 enum
 {
     ConsoleProgram = 1, // _crt_console_app
+    WindowProgram = 2,  // _crt_gui_app
     PlainArguments = 1, // _crt_argv_unexpanded_arguments
     FailedToStart = 255,
 };
@@ -34,25 +36,46 @@ static int CallMain(void)
     return wmain(*__p___argc(), *__p___wargv());
 }
 #else
-#define ENTRY mainCRTStartup
-
-int main(int, char**);
-
 static int Configure(void)
 {
     return _configure_narrow_argv(PlainArguments) || _initialize_narrow_environment();
 }
+
+#ifdef WINDOWS
+#define ENTRY WinMainCRTStartup
+
+int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int);
+char* __cdecl _get_narrow_winmain_command_line(void);
+
+static int CallMain(void)
+{
+    STARTUPINFOW startup;
+    GetStartupInfoW(&startup);
+    return WinMain(GetModuleHandleW(NULL), NULL, _get_narrow_winmain_command_line(),
+                   (startup.dwFlags & STARTF_USESHOWWINDOW) != 0 ? startup.wShowWindow : SW_SHOWDEFAULT);
+}
+#else
+#define ENTRY mainCRTStartup
+
+int main(int, char**);
 
 static int CallMain(void)
 {
     return main(*__p___argc(), *__p___argv());
 }
 #endif
+#endif
+
+#ifdef WINDOWS
+#define PROGRAM WindowProgram
+#else
+#define PROGRAM ConsoleProgram
+#endif
 
 static int Run(void)
 {
     __security_init_cookie();
-    _set_app_type(ConsoleProgram);
+    _set_app_type(PROGRAM);
     if (Configure() || _initterm_e(__xi_a, __xi_z))
         return FailedToStart;
     _register_thread_local_exe_atexit_callback(EndThread);
