@@ -1,5 +1,6 @@
 """What the reader of talix.h refuses: a declaration that it does not know must not be left out silently."""
 
+import re
 import sys
 import unittest
 from pathlib import Path
@@ -47,6 +48,13 @@ class Reader(unittest.TestCase):
                          'static int number = 1;'):
             with self.subTest(addition), self.assertRaises(header.HeaderError):
                 read(addition)
+
+
+class Versions(unittest.TestCase):
+    def test_packages_have_the_version_of_the_library(self):
+        version = re.search(r'project\(Orlindex VERSION ([\d.]+)', (ROOT / 'CMakeLists.txt').read_text('utf-8')).group(1)
+        for file, wanted in (('python/pyproject.toml', f'\nversion = "{version}"\n'),):
+            self.assertIn(wanted, (ROOT / 'bindings' / file).read_text(encoding='utf-8'))
 
 
 unittest.main()
