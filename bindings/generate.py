@@ -28,6 +28,7 @@ def make_files(description):
         'interface.json': json.dumps(description, indent=2, ensure_ascii=False) + '\n',
         'python/src/orlindex/_declarations.py': python.declarations(description),
         'node/lib/declarations.js': node.declarations(description),
+        'node/lib/declarations.d.ts': node.types(description),
         'dotnet/src/Talix.cs': dotnet.declarations(description),
         'dotnet/src/StatusMeanings.cs': dotnet.meanings(description),
     }

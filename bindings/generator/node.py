@@ -55,3 +55,17 @@ def declarations(description):
             lines.append(f'    {declared["name"]}: [{result}, [{arguments}]],')
         lines.append('};')
     return '\n'.join(lines) + '\n'
+
+
+def types(description):
+    """The enumerations for TypeScript: a constant object, and the type of its values."""
+    lines = ['// The values of the flat interface. Made from talix.h by bindings/generate.py. Do not edit.', '',
+             '/** The version of the library that this package belongs to; it needs this or a later one of the major version. */',
+             'export declare const libraryVersion: string;']
+    for enumeration in description['enumerations']:
+        name = names.ENUMERATIONS[enumeration['name']]
+        lines += ['', f'/** {enumeration["description"]} */', f'export declare const {name}: {{']
+        for member, value, meaning in names.members(enumeration):
+            lines += [f'    /** {meaning} */', f'    readonly {member}: {value};']
+        lines += ['};', f'export type {name} = (typeof {name})[keyof typeof {name}];']
+    return '\n'.join(lines) + '\n'

@@ -21,6 +21,8 @@ class Library(StandInTest):
         self.assertIn(remedy, error.remedy)
         for part in (error.path, error.reason, error.remedy):
             self.assertIn(part, str(error))
+        # The right library would find this one by its name.
+        self.assertFalse(f'{path}\n' in Path('/proc/self/maps').read_text(encoding='utf-8'), f'{path} stays loaded')
 
     def test_no_library(self):
         self.check('missing/Orlindex.dll', 'no such file', 'Copy the 64-bit Orlindex.dll')

@@ -83,11 +83,13 @@ def _check_version(path: str, functions: Functions) -> None:
                            f"later version {needed[0]}.x", _UPDATE)
 
 
-def load(path: Optional[str] = None) -> Functions:
-    """Loads the library from path, or from beside the program. LibraryError if it cannot be used."""
-    path = os.path.abspath(path) if path else beside_the_program()
-    _check_file(path)
-    library = _load(path)
+def _unload(library: ctypes.CDLL) -> None:
+    import _ctypes
+
+    getattr(_ctypes, "FreeLibrary" if sys.platform == "win32" else "dlclose")(library._handle)
+
+
+def _functions_of(library: ctypes.CDLL, path: str) -> Functions:
     functions: Functions = {}
     missing = []
     for name, (result, arguments) in FUNCTIONS.items():
@@ -104,3 +106,16 @@ def load(path: Optional[str] = None) -> Functions:
         raise LibraryError(path, f"it does not export {', '.join(missing)}, so it is another version or another library",
                            _UPDATE)
     return functions
+
+
+def load(path: Optional[str] = None) -> Functions:
+    """Loads the library from path, or from beside the program. LibraryError if it cannot be used."""
+    path = os.path.abspath(path) if path else beside_the_program()
+    _check_file(path)
+    library = _load(path)
+    try:
+        return _functions_of(library, path)
+    except BaseException:
+        # The right library looks for itself by its name, and must not find this one.
+        _unload(library)
+        raise
