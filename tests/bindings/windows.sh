@@ -5,6 +5,7 @@
 #     run_host FOLDER SCENARIO PROGRAM...   runs a program in the folder, with data of its own and a scenario file; prints
 #                                           its output
 # shellcheck shell=bash
+# shellcheck disable=SC2154 # root: common.sh sets it
 
 install_library()
 {
