@@ -6,6 +6,7 @@
  * STANDIN_VERSION: the version that it reports. STANDIN_WITHOUT_LOGIN: leaves out talix_login, as an older version
  * would.
  */
+#include <stdatomic.h>
 #include <string.h>
 
 #ifdef _WIN32
@@ -25,14 +26,15 @@
 
 static const char name[] = "J\xC3\xBCrgen \xE4\xB8\xAD\xE6\x96\x87";
 
-static volatile int starts;
-static volatile int logged_in;
-static volatile int login_waits;
-static volatile int cancellations;
-static volatile int inside;
-static volatile int stopped_while_inside;
-static volatile int stopped_with_callback;
-static volatile int held;
+static atomic_int starts;
+static atomic_int logged_in;
+static atomic_int login_waits;
+static atomic_int cancellations;
+static atomic_int inside; /* calls that wait */
+static atomic_int dispatching;
+static atomic_int stopped_while_inside;
+static atomic_int stopped_with_callback;
+static atomic_int held;
 static int login_result = IdSuccess;
 static int init_result = IdSuccess;
 static int long_texts;
@@ -161,7 +163,7 @@ talix_status_code talix_init(void)
 
 talix_status_code talix_deinit(void)
 {
-    if (inside)
+    if (inside || dispatching)
         stopped_while_inside = 1;
     if (callback)
         stopped_with_callback = 1;
@@ -321,10 +323,10 @@ talix_status_code talix_dispatch_events(void)
     const int count = waiting_events;
 
     waiting_events = 0;
-    ++inside;
+    ++dispatching;
     for (i = 0; i < count && callback; ++i)
         callback(events[i], IdSuccess, callback_value);
-    --inside;
+    --dispatching;
     return when(1);
 }
 

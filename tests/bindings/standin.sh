@@ -19,7 +19,7 @@ build()
     local file=$1
     shift
     mkdir -p "$(dirname "$file")"
-    "$@" -std=c99 -Wall -Wextra -Werror -shared -I"$root/include" "$here/StandIn.c" -o "$file"
+    "$@" -std=c11 -Wall -Wextra -Werror -shared -I"$root/include" "$here/StandIn.c" -o "$file"
 }
 
 native=(cc -D_POSIX_C_SOURCE=200809L -fPIC)

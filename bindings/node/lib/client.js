@@ -48,6 +48,7 @@ class OrlindexClient extends EventEmitter {
     #session;
     #timer;
     #reported;
+    #pumping = false;
 
     constructor(session, interval) {
         super();
@@ -269,8 +270,10 @@ class OrlindexClient extends EventEmitter {
     }
 
     async #pump() {
-        if (this.closed)
+        // A slow plugin must not get a queue of dispatches.
+        if (this.closed || this.#pumping)
             return;
+        this.#pumping = true;
         try {
             await this.dispatchEvents();
             this.#reported = undefined;
@@ -279,6 +282,8 @@ class OrlindexClient extends EventEmitter {
             if (error.status !== this.#reported && error.code !== useAfterClose().code)
                 process.emitWarning(error);
             this.#reported = error.status;
+        } finally {
+            this.#pumping = false;
         }
     }
 }

@@ -61,19 +61,21 @@ function checkFile(file, candidates) {
     }
 }
 
-function prepareStacks() {
-    if (koffi.config().async_stack_size >= stackSize)
-        return;
+// At once, because koffi lets its settings change only until something is loaded.
+let cannotPrepare;
+if (koffi.config().async_stack_size < stackSize) {
     try {
         koffi.config({ async_stack_size: stackSize });
     } catch (error) {
-        throw new Error(`koffi was used before with an async_stack_size below ${stackSize}: call koffi.config first`,
-            { cause: error });
+        cannotPrepare = error;
     }
 }
 
 function loadModule(file) {
-    prepareStacks();
+    if (cannotPrepare) {
+        throw new Error(`koffi loaded something before this package, with an async_stack_size below ${stackSize}: ` +
+            'import this package first, or call koffi.config first', { cause: cannotPrepare });
+    }
     try {
         return koffi.load(file);
     } catch (error) {
