@@ -55,7 +55,8 @@ class Versions(unittest.TestCase):
         version = re.search(r'project\(Orlindex VERSION ([\d.]+)', (ROOT / 'CMakeLists.txt').read_text('utf-8')).group(1)
         for file, wanted in (('python/pyproject.toml', f'\nversion = "{version}"\n'),
                              # npm has versions of three numbers.
-                             ('node/package.json', f'"version": "{version.rpartition(".")[0]}"')):
+                             ('node/package.json', f'"version": "{version.rpartition(".")[0]}"'),
+                             ('dotnet/Orlindex.Client.csproj', f'<Version>{version}</Version>')):
             self.assertIn(wanted, (ROOT / 'bindings' / file).read_text(encoding='utf-8'))
 
 

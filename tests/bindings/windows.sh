@@ -2,6 +2,7 @@
 # file after common.sh; do not run it.
 #
 #     install_library BUILD FOLDER          copies library and agent beside a program
+#     build_dotnet_host FOLDER SOURCES...   compiles a host in C# against the package
 #     run_host FOLDER SCENARIO PROGRAM...   runs a program in the folder, with data of its own and a scenario file; prints
 #                                           its output
 # shellcheck shell=bash
@@ -28,4 +29,18 @@ run_host()
     tr -d '\r' <"$data/output"
     rm -rf "$data"
     return "$status"
+}
+
+# The runtime of .NET for Windows, as a command.
+# shellcheck disable=SC2034,SC2154 # for the scripts that source this file; deps: common.sh
+dotnet=("$deps/bindings/node_modules/dotnet-2.0.0-win/dotnet.exe")
+
+# build_dotnet_host FOLDER SOURCES...: compiles FOLDER/Host.dll against the package's assembly in the folder.
+build_dotnet_host()
+{
+    local folder=$1
+    shift
+    mcs -langversion:7 -platform:x64 -warnaserror -target:exe -r:"$folder/Orlindex.Client.dll" -out:"$folder/Host.dll" "$@"
+    printf '{"runtimeOptions": {"framework": {"name": "Microsoft.NETCore.App", "version": "2.0.0"}}}\n' \
+        >"$folder/Host.runtimeconfig.json"
 }
