@@ -96,8 +96,6 @@ namespace Orlindex
         private async Task<T> Run<T>(Func<T> call, CancellationToken token)
         {
             token.ThrowIfCancellationRequested();
-            if (session.IsClosed)
-                throw new ObjectDisposedException(nameof(OrlindexClient));
             Task<T> running = Task.Run(call);
             if (!token.CanBeCanceled)
                 return await running.ConfigureAwait(false);
@@ -138,8 +136,6 @@ namespace Orlindex
         public async Task SignInAsync(CancellationToken cancellationToken = default(CancellationToken))
         {
             cancellationToken.ThrowIfCancellationRequested();
-            if (session.IsClosed)
-                throw new ObjectDisposedException(nameof(OrlindexClient));
             // A thread of its own: it may wait for minutes.
             await Task.Factory.StartNew(() => session.SignIn(cancellationToken), CancellationToken.None,
                                         TaskCreationOptions.LongRunning, TaskScheduler.Default).ConfigureAwait(false);
