@@ -194,12 +194,17 @@ internal static class HostTests
             Interlocked.Increment(ref count);
         };
         client.TokenRefreshed += collect;
+        // Also while the library is inside the callback of the client.
+        bool done = false;
+        Task collecting = Task.Run(() => {
+            while (!Volatile.Read(ref done))
+                GC.Collect();
+        });
         for (int i = 0; i < 20; ++i)
-        {
             await client.RefreshTokenAsync();
-            GC.Collect();
-        }
         await Until(() => count >= 20);
+        Volatile.Write(ref done, true);
+        await collecting;
         client.TokenRefreshed -= collect;
     }
 

@@ -134,12 +134,16 @@ class Client(StandInTest):
 
     def test_garbage_collection_during_a_callback(self):
         found = []
-        with open_client() as client:
-            client.add_handler(lambda event: (gc.collect(), found.append(event.code)))
-            for _ in range(20):
-                gc.collect()
-                control.standin_queue_event(EventCode.LOGGED_IN)
-                client.dispatch_events()
+        thresholds = gc.get_threshold()
+        gc.set_threshold(1)  # a collection at every allocation, also in the callback that the library calls
+        try:
+            with open_client() as client:
+                client.add_handler(lambda event: (gc.collect(), found.append(event.code)))
+                for _ in range(20):
+                    control.standin_queue_event(EventCode.LOGGED_IN)
+                    client.dispatch_events()
+        finally:
+            gc.set_threshold(*thresholds)
         self.assertEqual(len(found), 20)
 
     def test_a_handler_may_close_the_client(self):
