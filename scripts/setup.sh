@@ -141,6 +141,17 @@ install_node_packages()
     rm -rf "$deps/node/cache"
 }
 
+# Installs the runtimes for Windows that the bindings are tested with, and the compiler of TypeScript; tests/bindings/runtimes pins
+# their versions. --force: npm would refuse packages for another system than this one.
+install_binding_runtimes()
+{
+    rm -rf "$deps/bindings"
+    mkdir -p "$deps/bindings"
+    cp "$root/tests/bindings/runtimes/package.json" "$root/tests/bindings/runtimes/package-lock.json" "$deps/bindings/"
+    (cd "$deps/bindings" && npm ci --force --cache "$deps/bindings/cache" --ignore-scripts --no-audit --no-fund)
+    rm -rf "$deps/bindings/cache"
+}
+
 # A new prefix is Windows 7, so this sets Windows 10. The prefix is made in another folder and moved when it is complete.
 make_wine_prefix()
 {
@@ -211,7 +222,7 @@ make_wine_prefix_32()
 # --- Running the steps -----------------------------------------------------------------------------------------------
 
 number=0
-total=12
+total=13
 
 # run TITLE NAME FUNCTION: runs one step, with its number, its duration and its log. Prints the end of the log on failure.
 run()
@@ -325,6 +336,8 @@ main()
     once "GoogleTest for Windows" googletest build_googletest "$cross"
     once "Benchmark for Windows" benchmark build_benchmark "$cross"
     once "Node.js packages for the tests" node install_node_packages "$(cat "$root"/tests/node/package*.json; node --version)"
+    once "Runtimes for the bindings' tests" bindings install_binding_runtimes \
+        "$(cat "$root"/tests/bindings/runtimes/package*.json; node --version)"
     once "Wine prefix (Windows 10)" wine make_wine_prefix "$(dpkg-query -W wine64)"
     make_ready_for_microsoft
     [ "${1:-}" != --32-bit ] || make_ready_for_32_bit

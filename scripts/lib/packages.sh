@@ -22,6 +22,8 @@ packages=(
     xvfb xdotool imagemagick fonts-wine
     # Static checks, coverage, the API reference, and the compiler for the C# samples.
     shellcheck cmake-format pkgconf gcovr doxygen mono-mcs mono-runtime
+    # The package for hosts in Python, and the check of its type hints.
+    python3-build python3-setuptools python3-wheel python3-pip python3-venv mypy
     # Libraries for the native build of the portable logic. The cross build uses those in .deps/.
     libjsoncpp-dev libgtest-dev libgmock-dev googletest
 )

@@ -12,7 +12,7 @@ from pathlib import Path
 
 from pages import ROOT, Page, all_pages, codes, page, report
 
-FOLDERS = r'(?:agent|cmake|docs|examples|include|scripts|src|tests|tools)/[\w./*-]*'
+FOLDERS = r'(?:agent|bindings|cmake|docs|examples|include|scripts|src|tests|tools)/[\w./*-]*'
 
 
 def mentions(page):
