@@ -34,7 +34,7 @@ function(orlindex_add_plugin target)
 
     add_library(${target} SHARED ${PLUGIN_SOURCES} "${definitionFile}")
     target_compile_definitions(${target} PRIVATE ${PLUGIN_DEFINITIONS})
-    target_link_libraries(${target} PRIVATE orlindex orlindex_plugin_contract orlindex_warnings)
+    target_link_libraries(${target} PRIVATE orlindex_plugin_contract orlindex_warnings)
     if(MINGW)
         # Without this, a module without exports would export everything.
         target_link_options(${target} PRIVATE -Wl,--exclude-all-symbols)

@@ -1,16 +1,23 @@
 #!/usr/bin/env bash
-# Shows Orlindex at work, end to end: scripts/demo.sh [--keep | --provider]
+# Shows Orlindex at work, end to end:
+#
+#     scripts/demo.sh [--keep] [--built FOLDER [--agent FOLDER] [--without-tools]]
+#     scripts/demo.sh --provider
 #
 # Builds the library, the sign-in agent and example hosts, lays out an installation of them in a
 # temporary Wine prefix (folders, registry, configuration files), runs the hosts, which sign a user in and out and
 # start, watch and quit a server process, and prints what the library found. The exit code is 0 only if every step succeeded
 # and the signature of the client plugin module is valid.
 #
-#   --keep        keeps the prefix, so that you can look at it; it is also kept if a step fails
-#   --provider    instead, signs in with a real OpenID Connect provider on this machine, through its page in Chromium
-#                 without a window, and shows claims, a refresh, a restart and a logout. Installs Debian's package
-#                 "chromium" if it is missing.
-#   --help        prints this text
+#   --keep           keeps the prefix, so that you can look at it; it is also kept if a step fails
+#   --provider       instead, signs in with a real OpenID Connect provider on this machine, through its page in Chromium
+#                    without a window, and shows claims, a refresh, a restart and a logout. Installs Debian's package
+#                    "chromium" if it is missing.
+#   --built FOLDER   shows what is built in that folder, such as build/microsoft, and builds nothing
+#   --agent FOLDER   with the sign-in agent in that folder, such as build/release/agent
+#   --without-tools  leaves out the host of the product's own tools; needed if another compiler built the agent, because that host
+#                    passes objects of the C++ standard library
+#   --help           prints this text
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -18,17 +25,20 @@ set -euo pipefail
 # shellcheck source=scripts/lib/wine.sh
 . "$root/scripts/lib/wine.sh"
 
-keep=
-provider=
-case ${1:-} in
-    --help | -h) usage "$0"; exit ;;
-    --keep) keep=yes ;;
-    --provider) provider=yes ;;
-    '') ;;
-    *) fail "unknown argument: $1" "scripts/demo.sh --help prints the options" ;;
-esac
-
-build=$root/build/release
+keep='' provider='' built='' tools=yes build=$root/build/release agent=''
+while [ $# -gt 0 ]; do
+    case $1 in
+        --help | -h) usage "$0"; exit ;;
+        --keep) keep=yes ;;
+        --provider) provider=yes ;;
+        --built) built=yes build=${2:?--built needs a folder}; shift ;;
+        --agent) agent=${2:?--agent needs a folder}; shift ;;
+        --without-tools) tools='' ;;
+        *) fail "unknown argument: $1" "scripts/demo.sh --help prints the options" ;;
+    esac
+    shift
+done
+agent=${agent:-$build/agent}
 host_name='C:\Program Files\Example Host'
 server_name='C:\Program Files\Kestrany\Pellwick 1.10.0'
 old_server_name='C:\Program Files\Kestrany\Pellwick 1.9.0'
@@ -180,8 +190,10 @@ show_provider()
         'claims and a refresh; the login outlived the server application, and ended at the provider, too.'
 }
 
-begin_step 'Build'
-bash "$root/scripts/build.sh" release
+if [ -z "$built" ]; then
+    begin_step 'Build'
+    bash "$root/scripts/build.sh" release
+fi
 
 if [ -n "$provider" ]; then
     show_provider
@@ -193,7 +205,7 @@ wine_session_begin
 say "  prefix: $WINEPREFIX"
 install_files "$host_name" "$build/bin/Orlindex.dll" "$build/examples/cpp_host.exe" "$build/examples/c_host.exe" \
     "$build/examples/tools_host.exe" "$root/agent/installation/host/Orlindex.config"
-install_files "$server_name" "$build/agent/Pellwick.exe" "$build/agent/PellwickClient.dll" \
+install_files "$server_name" "$agent/Pellwick.exe" "$agent/PellwickClient.dll" \
     "$root/agent/installation/server/TALIXVersionCompatibility.config"
 # An uninstaller may leave this: a registered version without its server application.
 mkdir -p "$(unix_path "$old_server_name")"
@@ -209,8 +221,10 @@ run_host cpp_host.exe
 begin_step 'Run the example host in C'
 run_host c_host.exe
 
-begin_step 'Start, watch and quit a real server process'
-run_host tools_host.exe
+if [ -n "$tools" ]; then
+    begin_step 'Start, watch and quit a real server process'
+    run_host tools_host.exe
+fi
 
 begin_step 'What the library found, from the log'
 log=$(log_file)
@@ -228,7 +242,7 @@ run_windows "$build/tools/orlindex-doctor.exe" --host "$host_name" --load | sed 
 
 say_lines '' \
     'Everything succeeded: the library found the installation, verified and loaded its plugin module, the hosts signed' \
-    'a user in and out, and started, watched and quit a server process. The users were simulated; no account and no' \
+    "a user in and out${tools:+, and started, watched and quit a server process}. The users were simulated; no account and no" \
     'network were used.'
 say_lines '' 'Next:' \
     '  scripts/demo.sh --keep            runs the demo and keeps the installation, its registry and its log' \

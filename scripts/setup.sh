@@ -2,7 +2,7 @@
 # Makes this machine ready to build and test Orlindex: scripts/setup.sh
 #
 # Installs the missing Debian packages (as root or with sudo), cross-builds the libraries into .deps/ and makes the Wine prefix
-# that the tests copy. It takes about two minutes the first time, and less than a second if everything is in place. A step that
+# that the tests copy. It takes about six minutes the first time, and less than a second if everything is in place. A step that
 # was interrupted is done again.
 #
 #   --help    prints this text
@@ -17,6 +17,8 @@ set -euo pipefail
 . "$root/scripts/lib/wine-environment.sh"
 # shellcheck source=scripts/lib/packages.sh
 . "$root/scripts/lib/packages.sh"
+# shellcheck source=scripts/lib/microsoft.sh
+. "$root/scripts/lib/microsoft.sh"
 
 toolchain=$root/cmake/mingw-w64-x86_64.cmake
 prefix=$deps/prefix
@@ -34,10 +36,12 @@ source_entries()
         sort -u | sed "s|^|deb-src $options|"
 }
 
-# Many machines have no sources for source packages. These calls use their own list, in folders of this tree.
+# fetch_sources FOLDER PACKAGE...: downloads the archives of source packages. Many machines have no sources for source packages:
+# these calls use their own list, in folders of this tree.
 fetch_sources()
 {
-    local apt=$deps/apt downloads=$deps/downloads
+    local apt=$deps/apt downloads=$1
+    shift
     rm -rf "$apt" "$downloads"
     mkdir -p "$apt/lists/partial" "$apt/cache/archives/partial" "$downloads"
     source_entries >"$apt/sources.list"
@@ -45,8 +49,13 @@ fetch_sources()
     local options=(-o "Dir::Etc::SourceList=$apt/sources.list" -o Dir::Etc::SourceParts=/dev/null
         -o "Dir::State::Lists=$apt/lists" -o "Dir::Cache=$apt/cache")
     apt-get "${options[@]}" update
-    (cd "$downloads" && apt-get "${options[@]}" source --download-only --tar-only "boost$boost" libjsoncpp benchmark)
+    (cd "$downloads" && apt-get "${options[@]}" source --download-only --tar-only "$@")
     rm -rf "$apt"
+}
+
+fetch_library_sources()
+{
+    fetch_sources "$deps/downloads" "boost$boost" libjsoncpp benchmark
 }
 
 # unpack PATTERN FOLDER [TAR-OPTIONS...]: unpacks one downloaded archive without its top folder.
@@ -108,7 +117,7 @@ link_boost_headers()
 
 build_googletest()
 {
-    cross_install /usr/src/googletest -DINSTALL_GTEST=ON
+    cross_install /usr/src/googletest -DINSTALL_GTEST=ON "$@"
 }
 
 build_benchmark()
@@ -124,9 +133,11 @@ link_tools()
     local tool
     rm -rf "$deps/tools"
     mkdir -p "$deps/tools"
-    for tool in clang clang++ clang-format clang-tidy llvm-dlltool llvm-nm llvm-readobj; do
+    for tool in clang clang++ clang-format clang-tidy lld-link llvm-dlltool llvm-lib llvm-mt llvm-nm llvm-rc llvm-readobj; do
         ln -s "$(command -v "$tool-$llvm")" "$deps/tools/$tool"
     done
+    # One program, which takes Microsoft's options if this is its name.
+    ln -s "$(command -v "clang-$llvm")" "$deps/tools/clang-cl"
 }
 
 # Installs the public tools that tests compare with; tests/node pins their versions. npm runs inside the folder: with --prefix
@@ -138,6 +149,17 @@ install_node_packages()
     cp "$root/tests/node/package.json" "$root/tests/node/package-lock.json" "$deps/node/"
     (cd "$deps/node" && npm ci --cache "$deps/node/cache" --ignore-scripts --no-audit --no-fund)
     rm -rf "$deps/node/cache"
+}
+
+# Installs the runtimes for Windows that the bindings are tested with, and the compiler of TypeScript; tests/bindings/runtimes pins
+# their versions. --force: npm would refuse packages for another system than this one.
+install_binding_runtimes()
+{
+    rm -rf "$deps/bindings"
+    mkdir -p "$deps/bindings"
+    cp "$root/tests/bindings/runtimes/package.json" "$root/tests/bindings/runtimes/package-lock.json" "$deps/bindings/"
+    (cd "$deps/bindings" && npm ci --force --cache "$deps/bindings/cache" --ignore-scripts --no-audit --no-fund)
+    rm -rf "$deps/bindings/cache"
 }
 
 # A new prefix is Windows 7, so this sets Windows 10. The prefix is made in another folder and moved when it is complete.
@@ -161,6 +183,17 @@ build_libraries_32()
     rm -rf "$prefix"
     build_jsoncpp
     build_boost
+}
+
+# Builds the libraries under Microsoft's ABI in the same steps.
+build_libraries_microsoft()
+{
+    toolchain=$root/cmake/microsoft-x86_64.cmake
+    prefix=$kit/prefix
+    rm -rf "$prefix"
+    build_jsoncpp
+    build_boost
+    build_googletest -Dgtest_force_shared_crt=ON
 }
 
 wine_32_is_there()
@@ -199,7 +232,7 @@ make_wine_prefix_32()
 # --- Running the steps -----------------------------------------------------------------------------------------------
 
 number=0
-total=10
+total=14
 
 # run TITLE NAME FUNCTION: runs one step, with its number, its duration and its log. Prints the end of the log on failure.
 run()
@@ -274,6 +307,18 @@ make_ready_for_32_bit()
     fi
 }
 
+make_ready_for_microsoft()
+{
+    local versions inputs
+    versions=$(dpkg-query -W "clang-$llvm" "libc++-$llvm-dev" mingw-w64-x86-64-dev libwine)
+    inputs=$(cat "$root/scripts/lib/microsoft.sh" "$root"/tests/microsoft/{include,runtime}/*)
+    once "LLVM's standard library: sources" libcxx fetch_libcxx "$(declare -f source_entries fetch_sources) $llvm"
+    once "LLVM's standard library and runtime under Microsoft's ABI" microsoft build_microsoft_kit "$versions $inputs"
+    once "Libraries under Microsoft's ABI" microsoft-libraries build_libraries_microsoft \
+        "$(declare -f build_jsoncpp build_boost build_googletest
+            cat "$root/cmake/microsoft-x86_64.cmake" "$root"/cmake/boost/*) $versions $inputs $boost"
+}
+
 main()
 {
     case ${1:-} in
@@ -295,14 +340,17 @@ main()
     cross=$(cat "$toolchain" "$root"/cmake/boost/*; x86_64-w64-mingw32-g++-posix -v 2>&1)
 
     once "Tools of LLVM" tools link_tools "$llvm"
-    once "Library sources" sources fetch_sources "$(declare -f source_entries) $boost"
+    once "Library sources" sources fetch_library_sources "$(declare -f source_entries fetch_sources) $boost"
     once "JsonCpp for Windows" jsoncpp build_jsoncpp "$cross"
     once "Boost for Windows" boost build_boost "$cross $boost"
     once "Boost's headers" headers link_boost_headers "$boost"
     once "GoogleTest for Windows" googletest build_googletest "$cross"
     once "Benchmark for Windows" benchmark build_benchmark "$cross"
     once "Node.js packages for the tests" node install_node_packages "$(cat "$root"/tests/node/package*.json; node --version)"
+    once "Runtimes for the bindings' tests" bindings install_binding_runtimes \
+        "$(cat "$root"/tests/bindings/runtimes/package*.json; node --version)"
     once "Wine prefix (Windows 10)" wine make_wine_prefix "$(dpkg-query -W wine64)"
+    make_ready_for_microsoft
     [ "${1:-}" != --32-bit ] || make_ready_for_32_bit
     rm -rf "$deps/src" "$deps/build"
     say "Set-up: ready ($(seconds_since "$began"))"

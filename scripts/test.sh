@@ -7,6 +7,7 @@
 #     under the thread sanitizer
 #   - each fuzzer of the portable logic for ten seconds; scripts/fuzz.sh runs them for longer
 #   - all tests of the Windows release build under Wine, in a temporary prefix
+#   - the tests that depend on the compiler again, built under Microsoft's C++ ABI; their names begin with "microsoft."
 # and prints what failed and, as its last line, "N passed, N failed". The exit code is 0 only if tests ran and none failed.
 #
 # Every run of ctest gets the arguments, such as -R for a part of the tests. With arguments, the static checks are skipped.
@@ -66,14 +67,15 @@ trap 'exit 143' TERM
 # run_tests NAME FOLDER [CTEST-ARGUMENTS...]
 run_tests()
 {
-    local name=$1 folder=$2 report=$2/test-report.xml status=0
+    local name=$1 folder=$2 report=$2/test-report.xml suffix='' status=0
+    [ "$folder" != "$root/build/microsoft" ] || suffix=", Microsoft's ABI"
     shift 2
     say "== $name"
     rm -f "$report"
     ctest --test-dir "$folder" -j "$jobs" --timeout "$time_limit" --output-on-failure "--no-tests=$no_tests" --output-junit "$report" \
         "$@" </dev/null || status=$?
     count_tests "$name" "$status" "$report"
-    gather_counts "$folder/Testing/Temporary/LastTest.log"
+    gather_counts "$folder/Testing/Temporary/LastTest.log" "$suffix"
 }
 
 # figures SCRIPT LOG: prints the figures of a long run that passed.
@@ -188,6 +190,7 @@ if [ -z "$long" ] || [ $# -ne 0 ]; then
 fi
 wine_session_begin
 build_and_test "Windows" mingw-release "$root/build/release" "$@"
+build_and_test "Windows, Microsoft's ABI" microsoft-release "$root/build/microsoft" "$@"
 if [ -n "$long" ] && [ $# -eq 0 ]; then
     say "== long runs"
     for script in demo fuzz bench coverage; do

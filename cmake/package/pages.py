@@ -9,7 +9,7 @@ import sys
 from pathlib import Path
 
 # This list is explicit because an installation folder may contain other files.
-PAGES = ("README.md", "docs/*.md", "licenses/README.md", "agent/README.md")
+PAGES = ("README.md", "docs/*.md", "examples/README.md", "licenses/README.md", "agent/README.md")
 FENCE = re.compile(r"^\s*```")
 LINK = re.compile(r"\[([^\[\]]*)\]\(([^)\s]+)\)")
 

@@ -1,8 +1,9 @@
 # Makes the certificates of a build tree, once, in <build>/signing: three roots and the signers below them, accepted ones and
-# ones that must be refused. Each root has <name>.key, <name>.pem and <name>.der. Each signer has <name>-leaf.pem, and
+# ones that must be refused. Another build tree may share them. Each root has <name>.key, <name>.pem and <name>.der. Each signer has <name>-leaf.pem, and
 # <name>.pem, which also contains its root. All signers use signer.key.
 
-set(ORLINDEX_SIGNING_FOLDER "${PROJECT_BINARY_DIR}/signing")
+set(ORLINDEX_SIGNING_FOLDER "${PROJECT_BINARY_DIR}/signing"
+    CACHE PATH "Folder of the development root, of its key and of the signers below it")
 
 function(orlindex_openssl)
     execute_process(COMMAND "${ORLINDEX_OPENSSL}" ${ARGN} WORKING_DIRECTORY "${ORLINDEX_SIGNING_FOLDER}" RESULT_VARIABLE status
@@ -70,6 +71,7 @@ function(orlindex_make_certificates)
     file(SHA256 "${recipe}/openssl.cnf" configuration)
     file(SHA256 "${recipe}/Certificates.cmake" program)
     set(stamp "${ORLINDEX_SIGNING_FOLDER}/made-by-${configuration}-${program}")
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${ORLINDEX_SIGNING_FOLDER}/root.der")
     if(EXISTS "${stamp}")
         return()
     endif()

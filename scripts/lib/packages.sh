@@ -18,8 +18,12 @@ packages=(
     g++-mingw-w64-x86-64-posix wine wine64 osslsigncode
     # The same for 32-bit hosts.
     g++-mingw-w64-i686-posix
+    # For windows: a display in memory, its keyboard, pictures of it, and Windows' fonts for symbols and texts.
+    xvfb xdotool imagemagick fonts-wine
     # Static checks, coverage, the API reference, and the compiler for the C# samples.
     shellcheck cmake-format pkgconf gcovr doxygen mono-mcs mono-runtime
+    # The package for hosts in Python, and the check of its type hints.
+    python3-build python3-setuptools python3-wheel python3-pip python3-venv mypy
     # Libraries for the native build of the portable logic. The cross build uses those in .deps/.
     libjsoncpp-dev libgtest-dev libgmock-dev googletest
 )
@@ -27,7 +31,7 @@ packages=(
 # Sanitizers, fuzzers, static checks, and the checks of Microsoft's rules all use one version of LLVM.
 llvm_packages()
 {
-    printf '%s\n' "clang-$1" "clang-format-$1" "clang-tidy-$1" "libclang-rt-$1-dev" "libc++-$1-dev" "llvm-$1"
+    printf '%s\n' "clang-$1" "clang-format-$1" "clang-tidy-$1" "libclang-rt-$1-dev" "libc++-$1-dev" "lld-$1" "llvm-$1"
 }
 oldest_llvm=14
 proven_llvm=19 # this version also formats the sources

@@ -57,12 +57,12 @@ count_tests()
     fi
 }
 
-# gather_counts FILE: collects the lines "count: <name> = <n>" of a run's output.
+# gather_counts FILE [SUFFIX]: collects the lines "count: <name> = <n>" of a run's output, with the suffix after each name.
 gather_counts()
 {
-    local line
+    local line suffix=${2:-}
     while IFS= read -r line; do
-        counts+=("$line")
+        counts+=("${line/ = /$suffix = }")
     done < <(sed -n 's/^\(count: .* = -\{0,1\}[0-9][0-9.]*\)\r\{0,1\}$/\1/p' "$1" 2>/dev/null)
 }
 

@@ -8,7 +8,9 @@ WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe,winemenubuilder.exe="
 # Without a UTF-8 locale, Wine only supports file names in plain ASCII.
 LC_ALL=C.UTF-8
 export WINEDEBUG WINEDLLOVERRIDES LC_ALL
+# Windows programs have no display of the user, only one that scripts/lib/display.sh made for them.
 unset DISPLAY WAYLAND_DISPLAY
+[ -z "${ORLINDEX_DISPLAY:-}" ] || export DISPLAY="$ORLINDEX_DISPLAY"
 
 wine64=/usr/lib/wine/wine64
 

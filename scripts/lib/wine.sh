@@ -18,9 +18,20 @@ wine_session_begin()
     wine_session_folder=$(mktemp -d "${TMPDIR:-/tmp}/orlindex-wine.XXXXXX")
     export WINEPREFIX=$wine_session_folder/prefix
     cp -a "$wine_template" "$WINEPREFIX"
+    [ -z "${ORLINDEX_DISPLAY:-}" ] || add_fonts
     wine_start -p || fail "Wine does not start in $WINEPREFIX"
     # With this, scripts/wine-run does not start a session itself.
     export ORLINDEX_WINE_SESSION=$WINEPREFIX
+}
+
+# For windows: the font of texts, and the one that contains the symbols of title bars. Debian's Wine does not look into the
+# folder that Debian's package with its fonts has.
+add_fonts()
+{
+    local font
+    for font in tahoma tahomabd marlett; do
+        [ ! -f "/usr/share/wine/fonts/$font.ttf" ] || ln -s "/usr/share/wine/fonts/$font.ttf" "$WINEPREFIX/drive_c/windows/Fonts/"
+    done
 }
 
 # The output goes to a file, not to a pipe. The server process that a host starts continues after the host, and under Wine it

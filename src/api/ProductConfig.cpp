@@ -4,19 +4,14 @@
 #include <cstring>
 
 #include "api/TextOut.h"
+#include "load/contract/ProductConfigLayout.h"
 
 namespace Kestrany::IdentityServices {
 namespace {
 
 constexpr std::size_t longestText = 2147483647;
 
-struct TextEntry
-{
-    char* text = nullptr; ///< Null until it is set.
-    std::int32_t length = 0;
-};
-
-void Store(TextEntry& entry, const char* text)
+void Store(ProductText& entry, const char* text)
 {
     if (!text)
         return;
@@ -35,7 +30,7 @@ void Store(TextEntry& entry, const char* text)
 
 /// By contract the size is not compared with the length: the runtime's copy handles a text that does not fit. If the
 /// host's invalid-parameter handler returns, this still returns the stored length.
-int Read(const TextEntry& entry, char* buffer, int size)
+int Read(const ProductText& entry, char* buffer, int size)
 {
     if (!buffer || size == 0 || !entry.text)
         return 0;
@@ -45,13 +40,8 @@ int Read(const TextEntry& entry, char* buffer, int size)
 
 } // namespace
 
-struct ProductConfigPrivate
+struct ProductConfigPrivate : ProductConfigTexts
 {
-    TextEntry clientId;
-    TextEntry tokenScope;
-    TextEntry productLineName;
-    TextEntry productReleaseId;
-    TextEntry productBuildId;
 };
 
 ProductConfig::ProductConfig() : d(new ProductConfigPrivate) {}

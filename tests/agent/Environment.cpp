@@ -18,9 +18,12 @@ using FactoryFunction = IdentityServices::ISSOClientFactory* (*)();
 
 constexpr char FactorySymbol[] = "?GetSSOClientFactory@@YAPEAVISSOClientFactory@IdentityServices@Kestrany@@XZ";
 
-/// The tests lie in the build tree's bin folder.
+/// The tests lie in the build tree's bin folder. Some runs are about the agent of another build.
 std::wstring AgentFolder()
 {
+    wchar_t other[MAX_PATH];
+    if (GetEnvironmentVariableW(L"ORLINDEX_TEST_OTHER_AGENT", other, MAX_PATH) != 0)
+        return std::filesystem::absolute(other).native() + L'\\';
     wchar_t path[MAX_PATH];
     const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
     const std::wstring folder = std::wstring(path, length).substr(0, std::wstring(path, length).rfind(L'\\'));

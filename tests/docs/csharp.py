@@ -1,4 +1,4 @@
-"""The C# samples of docs/getting-started.md declare the flat interface as the C headers do, and work.
+"""The C# declarations of the package for .NET, which docs/getting-started.md shows how to use, say what the C headers say, and work.
 
     csharp.py COMPILER FOLDER      COMPILER: of C, for this machine
 
@@ -15,6 +15,7 @@ from pages import ROOT, page, report
 from samples import run, write_files
 
 PAGE = 'docs/getting-started.md'
+SOURCES = [ROOT / 'bindings/dotnet/src/Talix.cs', ROOT / 'bindings/dotnet/src/Utf8Buffer.cs']
 HERE = Path(__file__).parent / 'csharp'
 
 # What each type of C is in C#. A pointer to a record is the record by reference.
@@ -59,7 +60,7 @@ def functions_of_header():
     return functions
 
 
-def functions_of_page(text, errors):
+def functions_of_declarations(text, errors):
     functions = {}
     pattern = r'((?:\[[^\n]*\]\s+)*)public static extern (\w+) (talix_\w+)\(((?:[^()]|\([^()]*\))*)\);'
     for attributes, result, name, arguments in re.findall(pattern, text):
@@ -95,7 +96,7 @@ def main(compiler, folder):
     shutil.rmtree(folder, ignore_errors=True)
     write_files(PAGE, folder)
     errors = []
-    declared = functions_of_page((folder / 'Talix.cs').read_text(encoding='utf-8'), errors)
+    declared = functions_of_declarations(SOURCES[0].read_text(encoding='utf-8'), errors)
     wanted = functions_of_header()
     for name in sorted(declared.keys() | wanted.keys()):
         if declared.get(name) != wanted.get(name):
@@ -111,7 +112,7 @@ def main(compiler, folder):
         errors.append('tests/boundary/RecordLayout.c is not read as it is written: places or sizes are missing')
     for program, arguments in ((HERE / 'Layout.cs', known), (HERE / 'Calls.cs', []), (folder / 'SignIn.cs', [])):
         if run(errors, PAGE, ['mcs', '-langversion:5', '-platform:x64', '-warnaserror', f'-out:{program.stem}.exe',
-                              'Talix.cs', program], **options):
+                              *SOURCES, program], **options):
             run(errors, PAGE, ['mono', f'{program.stem}.exe', *arguments], **options)
     report(errors, f'{len(declared)} functions, {len(known)} facts')
 

@@ -9,7 +9,8 @@ def stripped(text):
 
 def main():
     errors = []
-    samples = [sample for sample in page('tests/README.md').samples if sample.language == 'cpp']
+    samples = [sample for sample in page('tests/README.md').samples
+               if sample.language == 'cpp' or 'from' in sample.attributes]
     for sample in samples:
         name = sample.attributes.get('from', '')
         lines = stripped(sample.text)

@@ -12,7 +12,7 @@ from pathlib import Path
 
 from pages import ROOT, Page, all_pages, codes, page, report
 
-FOLDERS = r'(?:agent|cmake|docs|examples|include|scripts|src|tests|tools)/[\w./*-]*'
+FOLDERS = r'(?:agent|bindings|cmake|docs|examples|include|scripts|src|tests|tools)/[\w./*-]*'
 
 
 def mentions(page):
@@ -65,7 +65,7 @@ def check_links(pages, root, errors):
 
 def check_tree():
     errors = []
-    pages = [*all_pages(), page('tests/README.md')]
+    pages = [*all_pages(), page('examples/README.md'), page('tests/README.md')]
     count, linked = check_links(pages, ROOT, errors)
     # Readers do not find a page without a link to it.
     for other in all_pages():

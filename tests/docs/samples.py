@@ -31,6 +31,7 @@ KINDS = {
     'cmake': 'configured and built by the test package.hosts-by-find_package',
     'csharp': 'compiled and run',
     'js': 'read by the interpreter',
+    'python': 'run by the test bindings.hosts.python',
     'json': 'validated',
     'sh': 'run',
     'bat': 'run under Wine',
@@ -48,6 +49,7 @@ ELSEWHERE = {
     r'cmake --build build': 'run by the test package.hosts-by-find_package',
     r'.* \$\(pkg-config .*': 'run by the test package.hosts-by-pkg-config',
     r'export PKG_CONFIG_PATH=.*': 'run by the test package.hosts-by-pkg-config',
+    r'scripts/bindings\.sh': 'run by the tests bindings.python.package, bindings.node.package and bindings.dotnet.package',
     r'cmake --preset msvc': 'needs Visual Studio',
     r'cmake --build --preset msvc': 'needs Visual Studio',
     r'cmake --preset mingw-release -DORLINDEX_PINNED_ROOT=.*': 'both settings are tried by the tests configuration.*',
@@ -192,7 +194,7 @@ def prepare(name, build, folder):
     shutil.rmtree(folder, ignore_errors=True)
     (folder / 'build').mkdir(parents=True)
     (folder / 'build/release').symlink_to(build)
-    for entry in ('CMakeLists.txt', 'CMakePresets.json', 'docs', 'examples', 'include', 'scripts', 'src'):
+    for entry in ('CMakeLists.txt', 'CMakePresets.json', 'bindings', 'docs', 'examples', 'include', 'scripts', 'src'):
         (folder / entry).symlink_to(ROOT / entry)
     for file, target in (('signer-chain.pem', 'signing/good.pem'), ('signer.key', 'signing/signer.key'),
                          ('root.pem', 'signing/root.pem'),

@@ -27,11 +27,11 @@ private:
         ++count_;
         return MallocDouble::Original(size);
     }};
-    CallocDouble calloc_{[this](std::size_t number, std::size_t size) {
+    DoubleIfImported<CallocDouble> calloc_{[this](std::size_t number, std::size_t size) {
         ++count_;
         return CallocDouble::Original(number, size);
     }};
-    ReallocDouble realloc_{[this](void* memory, std::size_t size) {
+    DoubleIfImported<ReallocDouble> realloc_{[this](void* memory, std::size_t size) {
         ++count_;
         return ReallocDouble::Original(memory, size);
     }};
@@ -41,8 +41,8 @@ private:
 class NoMemory
 {
     MallocDouble malloc_{[](std::size_t) { return nullptr; }};
-    CallocDouble calloc_{[](std::size_t, std::size_t) { return nullptr; }};
-    ReallocDouble realloc_{[](void*, std::size_t) { return nullptr; }};
+    DoubleIfImported<CallocDouble> calloc_{[](std::size_t, std::size_t) { return nullptr; }};
+    DoubleIfImported<ReallocDouble> realloc_{[](void*, std::size_t) { return nullptr; }};
 };
 
 template <class Call>

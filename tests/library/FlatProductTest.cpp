@@ -2,6 +2,7 @@
 
 #include "FlatTest.h"
 #include "orlindex/ProductConfig.h"
+#include "support/Child.h"
 #include "support/PlatformImports.h"
 
 namespace OrlindexTest {
@@ -24,11 +25,6 @@ std::vector<std::string> Texts(const ProductConfig& config)
         texts.push_back(text);
     }
     return texts;
-}
-
-bool EndedByAnAccessViolation(int code)
-{
-    return static_cast<DWORD>(code) == STATUS_ACCESS_VIOLATION;
 }
 
 } // namespace
@@ -189,21 +185,18 @@ TEST_F(FlatProduct, ADeinitInWhichThePluginThrowsEmptiesTheHandleToo)
     EXPECT_EQ(held, nullptr);
 }
 
-class FlatProductDeathTest : public HostTest
+class FlatProductFault : public HostTest
 {
 };
 
-TEST_F(FlatProductDeathTest, ANullHandleIsTheCallersFaultWithoutClientToo)
+TEST_F(FlatProductFault, ANullHandleIsTheCallersFaultWithoutClientToo)
 {
-    EXPECT_EXIT(
-        {
-            InstallPlugin();
-            Plugin().Return(Factory::GetSSOClient, 0);
-            talix_init();
-            talix_set_product_config(TALIX_SERVER_STAGING, nullptr);
-            std::_Exit(0);
-        },
-        EndedByAnAccessViolation, "");
+    ExpectProcessEnds(static_cast<DWORD>(STATUS_ACCESS_VIOLATION), [this] {
+        InstallPlugin();
+        Plugin().Return(Factory::GetSSOClient, 0);
+        talix_init();
+        talix_set_product_config(TALIX_SERVER_STAGING, nullptr);
+    });
 }
 
 } // namespace OrlindexTest

@@ -3,7 +3,9 @@
 #include "FlatTest.h"
 #include "GuardedBuffer.h"
 #include "InvalidParameter.h"
+#include "support/Child.h"
 #include "support/MachineKey.h"
+#include "support/Platform.h"
 
 namespace OrlindexTest {
 
@@ -22,11 +24,6 @@ std::string ServerVersion()
     char sdk[64];
     EXPECT_EQ(GetVersions(server, sizeof server, sdk, sizeof sdk), IdSuccess);
     return server;
-}
-
-bool EndedByTheRuntime(int code)
-{
-    return static_cast<DWORD>(code) == InvalidParameterExitCode;
 }
 
 } // namespace
@@ -106,17 +103,14 @@ TEST_F(FlatVersions, ABufferThatIsOneTooSmallIsEmptiedAndReachesTheHostsHandler)
     EXPECT_EQ(counter.Faults(), 1);
 }
 
-TEST(FlatVersionsDeathTest, WithoutAHandlerABufferThatIsTooSmallEndsTheProcess)
+TEST_F(FlatVersions, WithoutAHandlerABufferThatIsTooSmallEndsTheProcess)
 {
-    EXPECT_EXIT(
-        {
-            SetInvalidParameterHandler(nullptr);
-            char server[16];
-            char sdk[4];
-            GetVersions(server, sizeof server, sdk, sizeof sdk);
-            std::_Exit(0);
-        },
-        EndedByTheRuntime, "");
+    ExpectProcessEnds(ExitCodeOfInvalidParameter(), [] {
+        SetInvalidParameterHandler(nullptr);
+        char server[16];
+        char sdk[4];
+        GetVersions(server, sizeof server, sdk, sizeof sdk);
+    });
 }
 
 using FlatFault = FlatTest;
@@ -146,22 +140,19 @@ TEST_F(FlatFault, ATextThatDoesNotFitIsNoFault)
     EXPECT_EQ(counter.Faults(), 0);
 }
 
-class FlatFaultDeathTest : public HostTest
+class FlatFaultWithoutHandler : public HostTest
 {
 };
 
-TEST_F(FlatFaultDeathTest, WithoutAHandlerATokenIntoANullBufferEndsTheProcess)
+TEST_F(FlatFaultWithoutHandler, ATokenIntoANullBufferEndsTheProcess)
 {
-    talix_buffer record{nullptr, 64};
-    EXPECT_EXIT(
-        {
-            installation.Install();
-            talix_init();
-            SetInvalidParameterHandler(nullptr);
-            talix_get_token(&record);
-            std::_Exit(0);
-        },
-        EndedByTheRuntime, "");
+    ExpectProcessEnds(ExitCodeOfInvalidParameter(), [this] {
+        installation.Install();
+        talix_init();
+        SetInvalidParameterHandler(nullptr);
+        talix_buffer record{nullptr, 64};
+        talix_get_token(&record);
+    });
 }
 
 class MachineKeyFlatVersions : public HostTest

@@ -12,9 +12,6 @@ namespace OrlindexTest {
 
 using InvalidParameterHandler = void (*)(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t);
 
-/// The exit code with which the runtime ends the process after a bad argument of its copy function.
-inline constexpr DWORD InvalidParameterExitCode = 0xC0000417;
-
 /// Sets the handler of the runtime that the library shares with hosts of current compilers.
 inline void SetInvalidParameterHandler(InvalidParameterHandler handler)
 {

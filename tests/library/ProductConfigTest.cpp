@@ -7,8 +7,11 @@
 #include <vector>
 
 #include "InvalidParameter.h"
+#include "load/contract/ProductConfigLayout.h"
 #include "orlindex/ProductConfig.h"
+#include "support/Child.h"
 #include "support/HostTest.h"
+#include "support/Platform.h"
 #include "support/PlatformImports.h"
 
 namespace OrlindexTest {
@@ -97,6 +100,31 @@ TEST(ProductConfigLayout, TheBlockHoldsFiveTextsWithTheirLengthsInOrder)
     }
 }
 
+TEST(ProductConfigLayout, APluginReadsAndSetsEachTextByTheContractsHeader)
+{
+    ProductConfig config;
+    Fill(config);
+    const ProductConfigTexts& texts = TextsOf(config);
+    const ProductText* const read[] = {&texts.clientId, &texts.tokenScope, &texts.productLineName,
+                                       &texts.productReleaseId, &texts.productBuildId};
+    const ProductTextSetterNames names[] = {SetOAuth2ClientIDNames, SetOAuth2TokenScopeNames, SetProductLineNameNames,
+                                            SetProductReleaseIdNames, SetProductBuildIdNames};
+    for (int i = 0; i < 5; ++i)
+    {
+        SCOPED_TRACE(entries[i].name);
+        EXPECT_EQ(read[i]->text, "text " + std::to_string(i + 1));
+        EXPECT_EQ(read[i]->length, 6);
+        const ProductTextSetter set =
+            FindProductTextSetter(names[i], [](const char* name) { return GetProcAddress(LibraryModule(), name); });
+        ASSERT_TRUE(set);
+        set(config, "of a plugin");
+        EXPECT_STREQ(read[i]->text, "of a plugin");
+        EXPECT_EQ(read[i]->length, 11);
+    }
+    EXPECT_FALSE(FindProductTextSetter({"no name", "nor this"},
+                                       [](const char* name) { return GetProcAddress(LibraryModule(), name); }));
+}
+
 TEST(ProductConfigLayout, TheDestructorReleasesTheBlockAndClearsThePointerButKeepsTheTexts)
 {
     alignas(ProductConfig) unsigned char storage[sizeof(ProductConfig)];
@@ -182,18 +210,15 @@ TEST(ProductConfigReading, AnOverflowReachesTheHostsHandlerAndTheLengthIsStillRe
     }
 }
 
-TEST(ProductConfigReadingDeathTest, AnOverflowWithoutAHandlerEndsTheProcess)
+TEST(ProductConfigReading, AnOverflowWithoutAHandlerEndsTheProcess)
 {
-    ProductConfig config;
-    config.SetProductLineName("too long");
-    EXPECT_EXIT(
-        {
-            SetInvalidParameterHandler(nullptr);
-            char buffer[4];
-            config.GetProductLineName(buffer, sizeof buffer);
-            std::_Exit(0);
-        },
-        [](int code) { return static_cast<DWORD>(code) == InvalidParameterExitCode; }, "");
+    ExpectProcessEnds(ExitCodeOfInvalidParameter(), [] {
+        ProductConfig config;
+        config.SetProductLineName("too long");
+        SetInvalidParameterHandler(nullptr);
+        char buffer[4];
+        config.GetProductLineName(buffer, sizeof buffer);
+    });
 }
 
 TEST(ProductConfigStoring, ANullClientIdIsRefusedAndThePreviousOneStays)

@@ -1,6 +1,7 @@
 // Initialize and Uninitialize: counting, starting, stopping and starting again.
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <future>
 #include <stdexcept>
@@ -23,6 +24,18 @@ using testing::SizeIs;
 using testing::StartsWith;
 
 namespace {
+
+/// Waits at the end of a scope, if there is something to wait for.
+struct WaitAtEnd
+{
+    std::promise<void>* event;
+
+    ~WaitAtEnd()
+    {
+        if (event != nullptr)
+            event->get_future().wait();
+    }
+};
 
 } // namespace
 
@@ -335,22 +348,22 @@ TEST_F(StartStop, AStartThatFailsTakesItsCountBackBeforeAStopThatWaitsForItRuns)
     });
     starting.get_future().wait();
 
-    // The mutex of the library's runtime: a thread that waits for it waits for an event, which the owner sets on
-    // release.
     std::promise<void> waiting;
     std::promise<void> stopped;
-    bool noted = false;
+    std::atomic<void*> mutex = nullptr;
     bool left = false;
-    const WaitForSingleObjectDouble wait([&](HANDLE object, DWORD time) {
-        if (GetCurrentThreadId() != starter && !std::exchange(noted, true))
+    const LockMutexDouble wait([&](auto* object, auto... arguments) {
+        if (GetCurrentThreadId() != starter && mutex == nullptr)
+        {
+            mutex = object;
             waiting.set_value();
-        return WaitForSingleObjectDouble::Original(object, time);
+        }
+        return LockMutexDouble::Original(object, arguments...);
     });
-    const SetEventDouble leave([&](HANDLE object) {
-        const BOOL set = SetEventDouble::Original(object);
-        if (GetCurrentThreadId() == starter && !std::exchange(left, true))
-            stopped.get_future().wait(); // The start-up continues only after the stop.
-        return set;
+    const UnlockMutexDouble leave([&](auto* object) {
+        const bool leaves = GetCurrentThreadId() == starter && object == mutex && !std::exchange(left, true);
+        const WaitAtEnd afterwards{leaves ? &stopped : nullptr}; // The start-up continues only after the stop.
+        return UnlockMutexDouble::Original(object);
     });
     auto stop = std::async(std::launch::async, [&stopped]() {
         const IdErrorCode result = IdServicesMgr::Uninitialize();

@@ -41,7 +41,7 @@ endforeach()
 
 # Files with the path of the build tree would only work on this machine.
 get_filename_component(source "${SCRIPT}/../.." ABSOLUTE)
-list(FILTER files EXCLUDE REGEX "[.](dll|exe|a|lib|png)$")
+list(FILTER files EXCLUDE REGEX "[.](dll|exe|a|ico|lib|png)$")
 foreach(file IN LISTS files)
     file(READ "${FOLDER}/${file}" content)
     foreach(folder IN ITEMS "${BUILD}" "${source}/")

@@ -236,16 +236,13 @@ extern "C" __declspec(dllexport) const OrlindexTest::TestPluginControl* GetTestP
         [](const PluginOperation& operation, OrlindexTest::OperationHook hook, void* context) {
             Recorder::Instance().SetHook(operation, hook, context);
         },
+        OrlindexTest::CompilerRules,
     };
     return &control;
 }
 
 #if !defined(TEST_PLUGIN_NO_FACTORY)
-#if defined(_MSC_VER)
-__declspec(dllexport)
-#endif
-Kestrany::IdentityServices::ISSOClientFactory*
-GetSSOClientFactory()
+Kestrany::IdentityServices::ISSOClientFactory* GetSSOClientFactory()
 {
     return OrlindexTest::Record<Kestrany::IdentityServices::ISSOClientFactory*>(OrlindexTest::FactoryFunction);
 }

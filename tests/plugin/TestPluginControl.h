@@ -25,7 +25,16 @@ struct TestPluginControl
     std::int64_t (*Result)(const PluginOperation& operation);
     /// A null `hook` removes the one that was set.
     void (*SetHook)(const PluginOperation& operation, OperationHook hook, void* context);
+    /// Whose rules for classes and exceptions the plugin follows: CompilerRules of its build.
+    const char* compilerRules;
 };
+
+/// Two modules with the same rules can exchange exceptions and objects of the standard library.
+#if defined(_MSC_VER)
+inline constexpr char CompilerRules[] = "Microsoft";
+#else
+inline constexpr char CompilerRules[] = "mingw-w64";
+#endif
 
 /// Name of the function that the plugin exports: `const TestPluginControl* GetTestPluginControl()`.
 inline constexpr char TestPluginControlSymbol[] = "GetTestPluginControl";

@@ -6,10 +6,10 @@
 #include <vector>
 #include <windows.h>
 
-#include "Child.h"
 #include "StartTest.h"
 #include "TestScale.h"
 #include "orlindex/talix.h"
+#include "support/Child.h"
 
 namespace OrlindexTest {
 

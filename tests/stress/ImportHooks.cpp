@@ -14,6 +14,7 @@ constexpr std::size_t MostImports = 320;
 std::atomic<ImportHooks*> active = nullptr;
 
 /// Functions that return to the frame of their caller in another way, or never: a frame in between would break them.
+/// And functions of floating-point numbers, whose arguments are not in words.
 constexpr const char* NeverHooked[] = {"_setjmp",
                                        "longjmp",
                                        "RtlCaptureContext",
@@ -23,7 +24,21 @@ constexpr const char* NeverHooked[] = {"_setjmp",
                                        "_amsg_exit",
                                        "_exit",
                                        "abort",
-                                       "exit"};
+                                       "exit",
+                                       "_CxxThrowException",
+                                       "__CxxFrameHandler3",
+                                       "__RTDynamicCast",
+                                       "__std_terminate",
+                                       "?__ExceptionPtrRethrow@@YAXPEBX@Z",
+                                       "_initterm",
+                                       "_initterm_e",
+                                       "ceilf",
+                                       "strtod",
+                                       "strtof",
+                                       "strtold",
+                                       "_strtod_l",
+                                       "_strtof_l",
+                                       "_strtold_l"};
 
 template <std::size_t Index>
 Word WINAPI Thunk(Word a, Word b, Word c, Word d, Word e, Word f, Word g, Word h, Word i, Word j, Word k, Word l)

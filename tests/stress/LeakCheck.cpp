@@ -1,16 +1,13 @@
 #include "LeakCheck.h"
 
-#include <array>
 #include <future>
 #include <memory>
 #include <thread>
 
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include "orlindex/IdServicesMgr.h"
 #include "orlindex/SSOClientPrivate.h"
-#include "support/Handle.h"
 
 namespace OrlindexTest {
 
@@ -42,14 +39,6 @@ void ExpectLocksAreFree()
             IdServicesMgr::Uninitialize();
     };
     ASSERT_TRUE(EndsInTime(useEveryLock)) << "a lock of the library is still held";
-}
-
-std::intptr_t NextHandle()
-{
-    std::array<Handle, 1024> handles;
-    for (Handle& handle : handles)
-        handle = Handle(CreateEventW(nullptr, FALSE, FALSE, nullptr));
-    return reinterpret_cast<std::intptr_t>(handles.back().get());
 }
 
 } // namespace OrlindexTest

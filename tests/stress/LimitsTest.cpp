@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
-#include "Child.h"
 #include "StartTest.h"
 #include "TestScale.h"
+#include "support/Child.h"
 #include "support/MachineKey.h"
 
 namespace OrlindexTest {

@@ -8,13 +8,13 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "Child.h"
 #include "ImportHooks.h"
 #include "LeakCheck.h"
 #include "TestScale.h"
 #include "orlindex/IObserver.h"
 #include "orlindex/SSOClientPrivate.h"
 #include "orlindex/talix.h"
+#include "support/Child.h"
 #include "support/HostTest.h"
 
 namespace OrlindexTest {

@@ -4,13 +4,14 @@
 #include <iterator>
 #include <sstream>
 
-#include "Child.h"
 #include "LeakCheck.h"
 #include "PlatformFunctions.h"
 #include "TestScale.h"
 #include "orlindex/talix.h"
+#include "support/Child.h"
 #include "support/HostTest.h"
 #include "support/MachineKey.h"
+#include "support/Platform.h"
 
 namespace OrlindexTest {
 
@@ -194,12 +195,12 @@ private:
     {
         EXPECT_EQ(talix_init(), refused ? IdClientUnavailable : IdSuccess);
         Stop();
-        const std::intptr_t handle = NextHandle();
+        const std::intptr_t handle = MeasureOpenHandles();
         const bool reached = FaultyStart(point);
         Stop();
         if (!GivesHandlesBack(point))
         {
-            EXPECT_LE(NextHandle(), handle) << "handles were left open";
+            EXPECT_LE(MeasureOpenHandles(), handle) << "handles were left open";
         }
         ReportToParent(reached ? Reached : "");
     }

@@ -82,6 +82,8 @@ constexpr Row Failing[] = {
     {"_fileno", {EndOfFile, ERROR_SUCCESS}},
     {"_write", {EndOfFile, ERROR_SUCCESS}},
     {"fflush", {EndOfFile, ERROR_DISK_FULL}},
+    {"fwrite", {NoLength, ERROR_DISK_FULL}},
+    {"fputwc", {EndOfWideFile, ERROR_NO_UNICODE_TRANSLATION}},
     {"putwc", {EndOfWideFile, ERROR_NO_UNICODE_TRANSLATION}},
 };
 
@@ -93,6 +95,21 @@ constexpr const char* Infallible[] = {
     "___lc_codepage_func", "___mb_cur_max_func", "__iob_func", "_errno", "_lock", "_strtoi64", "_unlock", "clearerr",
     "ferror", "free", "islower", "isspace", "isupper", "iswctype", "localeconv", "memchr", "memcmp", "memcpy",
     "memmove", "memset", "strchr", "strcmp", "strlen", "strncmp", "towlower", "towupper", "wcslen",
+    // The same of the other compiler's runtime and standard library. Numbers are formatted into buffers that they fit.
+    "AcquireSRWLockExclusive", "AreFileApisANSI", "DeleteCriticalSection", "FlsAlloc", "FlsGetValue", "FlsSetValue",
+    "GetSystemInfo", "GetSystemTimePreciseAsFileTime", "GetThreadId", "InitOnceExecuteOnce",
+    "InitializeCriticalSection", "QueryPerformanceCounter", "QueryPerformanceFrequency", "ReleaseSRWLockExclusive",
+    "SleepConditionVariableSRW", "SwitchToThread", "TryAcquireSRWLockExclusive", "TryEnterCriticalSection",
+    "WakeAllConditionVariable", "WakeConditionVariable", "___mb_cur_max_l_func", "__acrt_iob_func", "__pctype_func",
+    "__std_exception_copy", "__std_exception_destroy", "__std_type_info_compare", "__std_type_info_hash",
+    "__std_type_info_name", "__stdio_common_vsprintf", "__stdio_common_vsscanf", "__stdio_common_vswprintf",
+    "__uncaught_exceptions", "_aligned_free", "_aligned_malloc", "_callnewh", "_configthreadlocale", "_create_locale",
+    "_crt_atexit", "_free_locale", "_isctype_l", "_iswalpha_l", "_iswcntrl_l", "_iswdigit_l", "_iswlower_l",
+    "_iswprint_l", "_iswpunct_l", "_iswspace_l", "_iswupper_l", "_iswxdigit_l", "_mbtowc_l",
+    "_register_onexit_function", "_strcoll_l", "_strdup", "_strtoi64_l", "_strtoui64_l", "_strxfrm_l", "_tolower_l",
+    "_toupper_l", "_towlower_l", "_towupper_l", "_wcscoll_l", "_wcsxfrm_l", "btowc", "mbrlen", "mbrtowc", "mbsrtowcs",
+    "setlocale", "strcpy_s", "strncpy", "strnlen", "strtol", "strtoll", "strtoul", "strtoull", "tolower", "toupper",
+    "wcrtomb", "wcrtomb_s", "wctob",
     // These have a sweep of their own.
     "calloc", "malloc", "realloc"};
 

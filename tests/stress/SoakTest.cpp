@@ -8,6 +8,7 @@
 #include "TestScale.h"
 #include "orlindex/talix.h"
 #include "support/HostTest.h"
+#include "support/Platform.h"
 
 namespace OrlindexTest {
 
@@ -51,11 +52,11 @@ TEST_F(Soak, StartsAndStopsLeaveOnlyWhatIsLeftOnPurpose)
     const int rounds = ShortOrLong(400, 10000);
     Rounds(WarmUp);
     const long long before = PrivateBytes();
-    const std::intptr_t handle = NextHandle();
+    const std::intptr_t handle = MeasureOpenHandles();
     Rounds(rounds);
     const long long growth = (PrivateBytes() - before) / rounds;
     EXPECT_LE(growth, largestGrowth);
-    EXPECT_LE(NextHandle(), handle + MostPlatformHandles) << "handles were left open";
+    EXPECT_LE(MeasureOpenHandles(), handle + MostPlatformHandles) << "handles were left open";
     PrintCount("rounds of start and stop", rounds);
     PrintCount("private bytes left by a round", growth);
 }
@@ -77,11 +78,11 @@ TEST_F(Soak, CallsLeaveNothing)
     };
     call(2000);
     const long long before = PrivateBytes();
-    const std::intptr_t handle = NextHandle();
+    const std::intptr_t handle = MeasureOpenHandles();
     call(calls);
     const long long growth = PrivateBytes() - before;
     EXPECT_LE(growth, 256 * 1024);
-    EXPECT_LE(NextHandle(), handle + MostPlatformHandles);
+    EXPECT_LE(MeasureOpenHandles(), handle + MostPlatformHandles);
     PrintCount("text calls", calls);
     PrintCount("private bytes left by all text calls", growth);
     EXPECT_EQ(talix_deinit(), IdSuccess);

@@ -7,8 +7,8 @@
 
 #include <psapi.h>
 
-#include "Child.h"
 #include "orlindex/talix.h"
+#include "support/Child.h"
 
 namespace OrlindexTest {
 

@@ -6,12 +6,12 @@
 #include <stdexcept>
 #include <thread>
 
-#include "Child.h"
 #include "TestScale.h"
 #include "Watchdog.h"
 #include "orlindex/IObserver.h"
 #include "orlindex/SSOClientPrivate.h"
 #include "orlindex/talix.h"
+#include "support/Child.h"
 #include "support/Handle.h"
 #include "support/HostTest.h"
 #include "support/PlatformImports.h"

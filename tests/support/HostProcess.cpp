@@ -10,6 +10,7 @@
 #include "Handle.h"
 #include "MachineLock.h"
 #include "Patience.h"
+#include "Platform.h"
 #include "Text.h"
 
 namespace OrlindexTest {
@@ -21,6 +22,7 @@ namespace {
 constexpr wchar_t RootVariable[] = L"ORLINDEX_TEST_ROOT";
 constexpr wchar_t PluginsVariable[] = L"ORLINDEX_TEST_PLUGINS";
 constexpr wchar_t SigningVariable[] = L"ORLINDEX_TEST_SIGNING";
+constexpr wchar_t OtherPluginsVariable[] = L"ORLINDEX_TEST_OTHER_PLUGINS";
 constexpr wchar_t LongFormVariable[] = L"ORLINDEX_LONG";
 constexpr char EndReport[] = "ended";                 // A file in the test's folder.
 constexpr DWORD TimeLimit = 4 * PatienceMilliseconds; // A test takes well under one second, but for some stress tests.
@@ -94,23 +96,6 @@ Handle MakeJob()
     return job;
 }
 
-/// On a busy machine Wine sometimes fails with an internal error before the process runs.
-bool StartSuspended(const fs::path& executable, std::wstring command, const fs::path& directory,
-                    PROCESS_INFORMATION& started)
-{
-    constexpr int attempts = 3;
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    for (int attempt = 1;; ++attempt)
-    {
-        if (CreateProcessW(executable.c_str(), command.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
-                           directory.c_str(), &startup, &started))
-            return true;
-        if (GetLastError() != ERROR_INTERNAL_ERROR || attempt == attempts)
-            return false;
-    }
-}
-
 DWORD TimeLimitOfForm()
 {
     return EnvironmentVariable(LongFormVariable) == L"1" ? LongTimeLimit : TimeLimit;
@@ -122,7 +107,9 @@ DWORD RunToItsEnd(const fs::path& executable, const std::string& test, const fs:
         L'"' + executable.native() + L"\" --gtest_also_run_disabled_tests --gtest_filter=" + ToWide(test);
     PROCESS_INFORMATION started{};
     const Handle job = MakeJob();
-    if (!StartSuspended(executable, command, directory, started))
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    if (!StartProcess(executable.native(), command, CREATE_SUSPENDED, directory.c_str(), startup, started))
         throw std::runtime_error("cannot start the host process: error " + std::to_string(GetLastError()));
     const Handle process(started.hProcess);
     const Handle thread(started.hThread);
@@ -180,8 +167,12 @@ bool RunTestAsHost(const std::string& suite, const std::string& name)
         fs::copy_file(file, host / file.filename());
 
     SetEnvironmentVariableW(RootVariable, folder.Path().c_str());
-    SetEnvironmentVariableW(PluginsVariable, (build / "tests" / "plugins").c_str());
-    SetEnvironmentVariableW(SigningVariable, (build / "signing").c_str());
+    // The plugins of another build, if the run is about two compilers.
+    const auto otherPlugins = EnvironmentVariable(OtherPluginsVariable);
+    SetEnvironmentVariableW(PluginsVariable,
+                            (otherPlugins ? fs::absolute(*otherPlugins) : build / "tests" / "plugins").c_str());
+    // Absolute for the host process, whose current directory may be on another drive.
+    SetEnvironmentVariableW(SigningVariable, fs::absolute(ORLINDEX_SIGNING_FOLDER).c_str());
     const DWORD code = RunToItsEnd(host / executable.filename(), test, elsewhere);
     if (code != 0)
         std::printf("[  HOST   ] %s: the process ended with code %lu (0x%08lX)\n", test.c_str(), code, code);

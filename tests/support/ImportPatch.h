@@ -2,6 +2,7 @@
 #define ORLINDEX_SUPPORT_IMPORTPATCH_H
 
 #include <functional>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -60,6 +61,11 @@ public:
     ImportDouble(const ImportDouble&) = delete;
     ImportDouble& operator=(const ImportDouble&) = delete;
 
+    static bool IsImported(HMODULE module = LibraryModule())
+    {
+        return ImportedFunctions(module).count(Import::Name) != 0;
+    }
+
     /// The replaced function.
     static Result Original(Arguments... arguments)
     {
@@ -72,6 +78,22 @@ private:
     static inline ImportDouble* active_ = nullptr;
     Behaviour behaviour_;
     ImportPatch patch_;
+};
+
+/// An ImportDouble, if the library imports the function. The compiler's runtime decides which functions of the C
+/// runtime it imports.
+template <typename Double>
+class DoubleIfImported
+{
+public:
+    explicit DoubleIfImported(typename Double::Behaviour behaviour)
+    {
+        if (Double::IsImported())
+            double_.emplace(std::move(behaviour));
+    }
+
+private:
+    std::optional<Double> double_;
 };
 
 } // namespace OrlindexTest

@@ -68,8 +68,18 @@ ORLINDEX_IMPORT(CheckTokenMembership, CheckTokenMembership, decltype(::CheckToke
 ORLINDEX_IMPORT(EnterCriticalSection, EnterCriticalSection, decltype(::EnterCriticalSection));
 ORLINDEX_IMPORT(FreeSid, FreeSid, decltype(::FreeSid));
 ORLINDEX_IMPORT(IsWow64Process, IsWow64Process, decltype(::IsWow64Process));
-ORLINDEX_IMPORT(SetEvent, SetEvent, decltype(::SetEvent));
-ORLINDEX_IMPORT(WaitForSingleObject, WaitForSingleObject, decltype(::WaitForSingleObject));
+
+// What std::mutex calls while it is contended, by the standard library. The first argument tells which mutex it is.
+#if defined(_LIBCPP_VERSION)
+ORLINDEX_IMPORT(LockMutex, AcquireSRWLockExclusive, decltype(::AcquireSRWLockExclusive));
+ORLINDEX_IMPORT(UnlockMutex, ReleaseSRWLockExclusive, decltype(::ReleaseSRWLockExclusive));
+#elif defined(_MSC_VER)
+ORLINDEX_IMPORT(LockMutex, _Mtx_lock, int(void*));
+ORLINDEX_IMPORT(UnlockMutex, _Mtx_unlock, int(void*));
+#else
+ORLINDEX_IMPORT(LockMutex, WaitForSingleObject, decltype(::WaitForSingleObject));
+ORLINDEX_IMPORT(UnlockMutex, SetEvent, decltype(::SetEvent));
+#endif
 
 // Texts. The last argument of FormatMessageW is a va_list*.
 ORLINDEX_IMPORT(FormatMessage, FormatMessageW, DWORD(DWORD, LPCVOID, DWORD, DWORD, LPWSTR, DWORD, void*));

@@ -1,6 +1,7 @@
 #include "PluginControl.h"
 
 #include <algorithm>
+#include <cstring>
 #include <ostream>
 #include <stdexcept>
 
@@ -56,6 +57,11 @@ PluginControl::~PluginControl()
 {
     for (const Hook& hook : hooks_)
         control_->SetHook(hook.operation, nullptr, nullptr);
+}
+
+bool PluginControl::IsOfThisCompiler() const
+{
+    return std::strcmp(control_->compilerRules, CompilerRules) == 0;
 }
 
 void PluginControl::Return(const PluginOperation& operation, std::int64_t result)

@@ -59,6 +59,9 @@ public:
     /// What the operation does from now on, on its caller's thread, before it returns.
     void OnCall(const PluginOperation& operation, Action action);
 
+    /// Whether the compiler of this program built the plugin, too.
+    bool IsOfThisCompiler() const;
+
     /// All calls except those of the logger, in order.
     std::vector<std::string> Calls() const;
     /// The calls of one interface, in order.

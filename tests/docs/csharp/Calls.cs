@@ -1,4 +1,4 @@
-// Calls every function of the flat interface once through the C# declarations of docs/getting-started.md, against
+// Calls every function of the flat interface once through the C# declarations of the package for .NET, against
 // StandIn.c: each argument and each result must arrive unchanged.
 
 using System;

@@ -1,4 +1,4 @@
-// Compares the C# declarations of docs/getting-started.md, compiled with this file, with what the C headers say:
+// Compares the C# declarations of the package for .NET, compiled with this file, with what the C headers say:
 //
 //     Layout.exe FACT...      FACT: "size RECORD N", "place RECORD FIELD N", "value NAME N"
 //

@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# scripts/pictures.sh makes every picture that is in docs/images, in the same size: pictures.sh BUILD FOLDER
+
+set -euo pipefail
+# shellcheck source=scripts/lib/common.sh
+. "$(dirname "$0")/../../scripts/lib/common.sh"
+
+build=$1 folder=$2
+for program in Xvfb xdotool import; do
+    command -v $program >/dev/null || { say "skipped: $program is not installed"; exit 77; }
+done
+rm -rf "$folder"
+bash "$root/scripts/pictures.sh" --build-dir "$build" --output "$folder"
+
+sizes()
+{
+    (cd "$1" && identify -format '%f %m %wx%h\n' ./*.png)
+}
+expected=$(sizes "$root/docs/images")
+made=$(sizes "$folder")
+[ "$made" = "$expected" ] || fail "docs/images has:" "$expected" "scripts/pictures.sh made:" "$made"
+say "$made"
