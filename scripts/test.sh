@@ -58,7 +58,7 @@ finish()
 }
 run_began=$(now)
 time_apart=0     # microseconds for set-up and builds
-most_seconds=900 # the short form should not take longer, without set-up and builds
+most_seconds=1200 # the short form should not take longer, without set-up and builds
 trap finish EXIT
 # After a signal, the EXIT trap also runs.
 trap 'exit 130' INT

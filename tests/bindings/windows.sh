@@ -2,6 +2,8 @@
 # file after common.sh; do not run it.
 #
 #     install_library BUILD FOLDER          copies library and agent beside a program
+#     copy_project BUILD PROJECT            makes the folder $work, with a copy of the project in which install.sh installed the
+#                                           package, and with the library beside the program; it is removed when the test ends
 #     build_dotnet_host FOLDER SOURCES...   compiles a host in C# against the package
 #     run_host FOLDER SCENARIO PROGRAM...   runs a program in the folder, with data of its own and a scenario file; prints
 #                                           its output
@@ -11,6 +13,15 @@
 install_library()
 {
     cp "$1/bin/Orlindex.dll" "$1/agent/Pellwick.exe" "$1/agent/PellwickClient.dll" "$1/agent/TALIXVersionCompatibility.config" "$2"
+}
+
+copy_project()
+{
+    work=$(mktemp -d "${TMPDIR:-/tmp}/orlindex-bindings.XXXXXX")
+    trap 'rm -rf "$work"' EXIT
+    cp -r "$2/." "$work"
+    install_library "$1" "$work"
+    export ORLINDEX_STANDIN="Z:${ORLINDEX_STANDIN//\//\\}"
 }
 
 # The output goes to a file: the server process continues after the host, and would keep a pipe open.

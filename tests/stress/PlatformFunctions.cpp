@@ -18,6 +18,7 @@ constexpr Word NoLength = 0;
 constexpr Word InvalidHandle = ~Word{0};
 constexpr Word EndOfFile = 0xFFFFFFFF;
 constexpr Word EndOfWideFile = 0xFFFF;
+constexpr Word NoIndex = 0xFFFFFFFF;
 constexpr Word NoAttributes = 0xFFFFFFFF;
 constexpr Word EmptyName = 1; ///< The length of a certificate's name, with its zero.
 
@@ -42,6 +43,7 @@ constexpr Row Failing[] = {
     {"CreateFileW", {InvalidHandle, ERROR_ACCESS_DENIED}},
     {"CreateFileW", {InvalidHandle, ERROR_TOO_MANY_OPEN_FILES}},
     {"CryptHashCertificate2", {False, static_cast<DWORD>(NTE_BAD_ALGID)}},
+    {"FlsAlloc", {NoIndex, ERROR_NOT_ENOUGH_MEMORY}},
     {"FormatMessageW", {NoLength, ERROR_MR_MID_NOT_FOUND}},
     {"FreeLibrary", {False, ERROR_INVALID_HANDLE}},
     {"GetDllDirectoryW", {NoLength, ERROR_NOT_ENOUGH_MEMORY}},
@@ -79,6 +81,9 @@ constexpr Row Failing[] = {
     {"WideCharToMultiByte", {NoLength, ERROR_NO_UNICODE_TRANSLATION}},
     {"WinVerifyTrust", Status(static_cast<DWORD>(TRUST_E_FAIL))},
     {"WinVerifyTrust", Status(static_cast<DWORD>(E_OUTOFMEMORY))},
+    {"_create_locale", {Null, ERROR_SUCCESS}},
+    {"_strdup", {Null, ERROR_SUCCESS}},
+    {"_aligned_malloc", {Null, ERROR_SUCCESS}},
     {"_fileno", {EndOfFile, ERROR_SUCCESS}},
     {"_write", {EndOfFile, ERROR_SUCCESS}},
     {"fflush", {EndOfFile, ERROR_DISK_FULL}},
@@ -96,20 +101,19 @@ constexpr const char* Infallible[] = {
     "ferror", "free", "islower", "isspace", "isupper", "iswctype", "localeconv", "memchr", "memcmp", "memcpy",
     "memmove", "memset", "strchr", "strcmp", "strlen", "strncmp", "towlower", "towupper", "wcslen",
     // The same of the other compiler's runtime and standard library. Numbers are formatted into buffers that they fit.
-    "AcquireSRWLockExclusive", "AreFileApisANSI", "DeleteCriticalSection", "FlsAlloc", "FlsGetValue", "FlsSetValue",
+    "AcquireSRWLockExclusive", "AreFileApisANSI", "DeleteCriticalSection", "FlsGetValue", "FlsSetValue",
     "GetSystemInfo", "GetSystemTimePreciseAsFileTime", "GetThreadId", "InitOnceExecuteOnce",
     "InitializeCriticalSection", "QueryPerformanceCounter", "QueryPerformanceFrequency", "ReleaseSRWLockExclusive",
     "SleepConditionVariableSRW", "SwitchToThread", "TryAcquireSRWLockExclusive", "TryEnterCriticalSection",
     "WakeAllConditionVariable", "WakeConditionVariable", "___mb_cur_max_l_func", "__acrt_iob_func", "__pctype_func",
     "__std_exception_copy", "__std_exception_destroy", "__std_type_info_compare", "__std_type_info_hash",
     "__std_type_info_name", "__stdio_common_vsprintf", "__stdio_common_vsscanf", "__stdio_common_vswprintf",
-    "__uncaught_exceptions", "_aligned_free", "_aligned_malloc", "_callnewh", "_configthreadlocale", "_create_locale",
-    "_crt_atexit", "_free_locale", "_isctype_l", "_iswalpha_l", "_iswcntrl_l", "_iswdigit_l", "_iswlower_l",
-    "_iswprint_l", "_iswpunct_l", "_iswspace_l", "_iswupper_l", "_iswxdigit_l", "_mbtowc_l",
-    "_register_onexit_function", "_strcoll_l", "_strdup", "_strtoi64_l", "_strtoui64_l", "_strxfrm_l", "_tolower_l",
-    "_toupper_l", "_towlower_l", "_towupper_l", "_wcscoll_l", "_wcsxfrm_l", "btowc", "mbrlen", "mbrtowc", "mbsrtowcs",
-    "setlocale", "strcpy_s", "strncpy", "strnlen", "strtol", "strtoll", "strtoul", "strtoull", "tolower", "toupper",
-    "wcrtomb", "wcrtomb_s", "wctob",
+    "__uncaught_exceptions", "_aligned_free", "_callnewh", "_configthreadlocale", "_crt_atexit", "_free_locale",
+    "_isctype_l", "_iswalpha_l", "_iswcntrl_l", "_iswdigit_l", "_iswlower_l", "_iswprint_l", "_iswpunct_l",
+    "_iswspace_l", "_iswupper_l", "_iswxdigit_l", "_mbtowc_l", "_register_onexit_function", "_strcoll_l", "_strtoi64_l",
+    "_strtoui64_l", "_strxfrm_l", "_tolower_l", "_toupper_l", "_towlower_l", "_towupper_l", "_wcscoll_l", "_wcsxfrm_l",
+    "btowc", "mbrlen", "mbrtowc", "mbsrtowcs", "setlocale", "strcpy_s", "strncpy", "strnlen", "strtol", "strtoll",
+    "strtoul", "strtoull", "tolower", "toupper", "wcrtomb", "wcrtomb_s", "wctob",
     // These have a sweep of their own.
     "calloc", "malloc", "realloc"};
 

@@ -65,6 +65,11 @@ DWORD ExitCodeOfInvalidParameter()
     return RunsUnderWine() ? InvalidRuntimeParameter : FastFailure;
 }
 
+std::uint64_t NumberOnDisplay(HWND window)
+{
+    return reinterpret_cast<std::uintptr_t>(GetPropW(window, L"__wine_x11_whole_window"));
+}
+
 void EndAtUnhandledExceptions()
 {
     // Wine unwinds the thread first, and a frame of the other compiler then returns to address 0 for ever.

@@ -26,6 +26,9 @@ int MostCrashesOfVerification();
 /// The exit code with which the C runtime ends a process after a bad argument of its bounded copy.
 DWORD ExitCodeOfInvalidParameter();
 
+/// The number of a top-level window on the display in memory of the tests, for pictures. 0 if it is not shown there.
+std::uint64_t NumberOnDisplay(HWND window);
+
 /// Ends this process at once with the exception's code when no frame handles an exception, as Windows does.
 void EndAtUnhandledExceptions();
 

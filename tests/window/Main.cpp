@@ -5,6 +5,7 @@
 // controls.
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <deque>
 #include <exception>
@@ -18,6 +19,7 @@
 
 #include "base/Text.h"
 #include "support/Patience.h"
+#include "support/Platform.h"
 #include "window/Checks.h"
 #include "window/Window.h"
 
@@ -208,10 +210,9 @@ const std::map<std::wstring, Command>& Commands()
              std::printf("%ld %ld\n", area.right - area.left, area.bottom - area.top);
          }},
         {L"controls", [](const Window& window, Arguments&) { PrintControls(window); }},
-        // The number of the window on the X display, for pictures.
         {L"number",
          [](const Window& window, Arguments&) {
-             const auto number = reinterpret_cast<ULONG_PTR>(GetPropW(window.Handle(), L"__wine_x11_whole_window"));
+             const std::uint64_t number = OrlindexTest::NumberOnDisplay(window.Handle());
              std::printf("%llu\n", static_cast<unsigned long long>(number));
          }},
     };

@@ -9,7 +9,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// Changes that nobody announces, such as that of a window without events of its own, are seen after this time.
+/// Some windows raise no event when they change. The driver reads the window again after this time, in milliseconds.
 constexpr DWORD LongestSilence = 100;
 
 struct Search

