@@ -55,8 +55,9 @@ CASES = (
     ('names', 'CMakePresets.json', '"ORLINDEX_COVERAGE"', '"ORLINDEX_COVERAGES"', 'there is no CMake variable ORLINDEX_COVERAGES'),
     ('names', LEFT_OUT, 'MachineRoots.AListedNameBelowARootThatThe', 'MachineRoots.AListedNameThatThe',
      'there is no test MachineRoots'),
-    ('names', LEFT_OUT, 'Agent.Script.Lays', 'Agent.Scripts.Lays', 'there is no test Agent.Scripts'),
-    ('names', LEFT_OUT, ': starts its program by scripts/wine-run', '', 'not of the form'),
+    ('names', LEFT_OUT, 'doctor.MachineDoctorRoots.AnExpired', 'doctor.MachineDoctorRoot.AnExpired',
+     'there is no test doctor.MachineDoctorRoot'),
+    ('names', LEFT_OUT, ': adds a root certificate', '', 'not of the form'),
     ('products', DEMO, '$agent/Pellwick.exe', '$agent/bin/Pellwick.exe', 'agent/bin/Pellwick.exe'),
     ('products', DEMO, '$Build/tools/orlindex-doctor.exe', '$Build/bin/orlindex-doctor.exe', 'bin/orlindex-doctor.exe'),
 
