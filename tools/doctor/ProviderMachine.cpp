@@ -120,7 +120,7 @@ int TryPort(const std::string& redirectHost, std::uint16_t port)
     {
         sockaddr_in6 address{};
         address.sin6_family = AF_INET6;
-        address.sin6_addr = in6addr_loopback;
+        address.sin6_addr = IN6ADDR_LOOPBACK_INIT;
         address.sin6_port = htons(port);
         return Bind(reinterpret_cast<const sockaddr*>(&address), sizeof address);
     }

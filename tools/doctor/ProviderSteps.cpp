@@ -1,7 +1,7 @@
 #include "ProviderSteps.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <chrono>
 #include <map>
 #include <utility>
 
@@ -383,11 +383,11 @@ void ProviderSteps::CheckClock(const HttpReply& reply)
         report_.Add(std::move(finding));
         return;
     }
-    const auto difference = std::chrono::duration_cast<seconds>(now - *providerTime).count();
-    const std::string text = std::to_string(std::abs(difference)) + " seconds " +
-                             (difference < 0 ? "behind" : "ahead of") + " the provider's";
+    const auto difference = std::chrono::duration_cast<seconds>(std::chrono::abs(now - *providerTime));
+    const std::string text = std::to_string(difference.count()) + " seconds " +
+                             (now < *providerTime ? "behind" : "ahead of") + " the provider's";
     finding.note = text;
-    if (std::abs(difference) <= config_.clockTolerance.count())
+    if (difference <= config_.clockTolerance)
     {
         report_.Add(std::move(finding));
         return;
