@@ -13,6 +13,7 @@ import { runWindows, trustRoot, windowsPath } from './wine.mjs';
 const [build] = process.argv.slice(2);
 const folder = temporaryFolder();
 const provider = await Peer.start('provider.mjs');
+const strictProvider = await Peer.start('provider.mjs', { pushedRequests: true });
 const forgetRoot = await trustRoot(provider.values.rootForWindows);
 
 const scope = 'openid profile email';
@@ -24,7 +25,7 @@ const installation = await Installation.make(build, folder, { ca: provider.value
 installation.configure({
     production: { issuer: provider.values.issuer },
     staging: { issuer: provider.values.issuer, signIn: 'device' },
-    development: { issuer: provider.values.insecureIssuer, allowInsecureLoopback: true, redirectHost: 'localhost' },
+    development: { issuer: strictProvider.values.insecureIssuer, allowInsecureLoopback: true, redirectHost: 'localhost' },
 });
 
 const hosts = [];
@@ -198,9 +199,11 @@ const checks = {
         await host.exit();
     },
 
-    async 'a loopback provider over http, with the redirect to localhost'() {
+    async 'a loopback provider over http that requires pushed requests, with the redirect to localhost'() {
         const host = await startHost('example-host', 2);
         assert.equal(await codeOf(host, 'login'), success);
+        const { pushed, token } = (await strictProvider.control('state')).counts;
+        assert.deepEqual({ pushed, token }, { pushed: 1, token: 1 });
         await host.exit();
     },
 
@@ -258,7 +261,8 @@ const checks = {
     },
 
     async 'no file, log or registry value holds a secret in clear'() {
-        const { values } = await provider.control('secrets');
+        const values = (await Promise.all([provider, strictProvider].map(peer => peer.control('secrets'))))
+            .flatMap(secrets => secrets.values);
         assert.ok(values.length > 50, `${values.length} values`);
         const registry = join(folder, 'registry');
         mkdirSync(registry);
@@ -286,5 +290,6 @@ try {
     await installation.quit();
     await forgetRoot();
     await provider.stop();
+    await strictProvider.stop();
 }
 process.exit(status);
