@@ -179,7 +179,7 @@ if [ $# -eq 0 ]; then
     check "shell scripts" check_scripts
     check "CMake files" check_cmake
     check "workflow files" check_workflows
-    apart check "clang-tidy" lint_all # It compiles.
+    apart check "clang-tidy" lint_all # It takes as long as a build.
 fi
 say "== builds and their tests"
 build_and_test "native" native "$root/build/native" "$@"

@@ -472,7 +472,6 @@ TEST_F(SignInTest, AUserSignsInWithAnotherDevice)
     changes["signIn"] = "device";
     Configure(changes);
     std::future<IdErrorCode> waiting = std::async(std::launch::async, [&] { return LogIn(); });
-    std::string address;
     const auto limit = std::chrono::steady_clock::now() + OrlindexTest::Patience;
     std::string userCode;
     while (userCode.empty() && std::chrono::steady_clock::now() < limit)
