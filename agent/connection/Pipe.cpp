@@ -71,14 +71,18 @@ PendingOperation::PendingOperation() : event_(MakeEvent())
 
 void PendingOperation::Read(HANDLE file, void* bytes, DWORD size)
 {
-    if (!ReadFile(file, bytes, size, nullptr, &overlapped_) && GetLastError() != ERROR_IO_PENDING)
-        beginError_ = GetLastError();
+    Begin(ReadFile(file, bytes, size, nullptr, &overlapped_));
 }
 
 void PendingOperation::Write(HANDLE file, const void* bytes, DWORD size)
 {
-    if (!WriteFile(file, bytes, size, nullptr, &overlapped_) && GetLastError() != ERROR_IO_PENDING)
-        beginError_ = GetLastError();
+    Begin(WriteFile(file, bytes, size, nullptr, &overlapped_));
+}
+
+void PendingOperation::Begin(BOOL hasEnded)
+{
+    const DWORD error = hasEnded ? ERROR_SUCCESS : GetLastError();
+    beginError_ = error == ERROR_IO_PENDING ? ERROR_SUCCESS : error;
 }
 
 std::optional<DWORD> PendingOperation::Finish(HANDLE file, DWORD milliseconds, HANDLE cancelled)
@@ -88,10 +92,15 @@ std::optional<DWORD> PendingOperation::Finish(HANDLE file, DWORD milliseconds, H
         SetLastError(beginError_);
         return std::nullopt;
     }
+    DWORD size = 0;
+    // An operation that has ended already needs no wait, which would be a further request to the system.
+    if (GetOverlappedResult(file, &overlapped_, &size, FALSE))
+        return size;
+    if (GetLastError() != ERROR_IO_INCOMPLETE)
+        return std::nullopt;
     const HANDLE objects[] = {event_.get(), cancelled};
     if (WaitForMultipleObjects(cancelled ? 2 : 1, objects, FALSE, milliseconds) != WAIT_OBJECT_0)
         CancelIoEx(file, &overlapped_);
-    DWORD size = 0;
     if (!GetOverlappedResult(file, &overlapped_, &size, TRUE))
         return std::nullopt;
     return size;
@@ -149,10 +158,9 @@ bool PipeClient::Write(const std::string& message, const Deadline& deadline)
 {
     const std::string frame = WriteFrame(message);
     const std::lock_guard lock(writing_);
-    PendingOperation operation;
     const auto size = static_cast<DWORD>(frame.size());
-    operation.Write(file_.get(), frame.data(), size);
-    if (operation.Finish(file_.get(), deadline.Left(), broken_.get()) == size)
+    write_.Write(file_.get(), frame.data(), size);
+    if (write_.Finish(file_.get(), deadline.Left(), broken_.get()) == size)
         return true;
     // Part of the frame may have been sent: the server could not find the start of a further one.
     Break();
@@ -166,16 +174,20 @@ std::optional<std::string> PipeClient::Read(const Deadline* deadline)
         if (std::optional<std::string> message = frames_.Next())
             return message;
         if (frames_.IsBroken())
-            return std::nullopt;
+            break;
         char bytes[ReadSize];
-        PendingOperation operation;
-        operation.Read(file_.get(), bytes, ReadSize);
+        read_.Read(file_.get(), bytes, ReadSize);
         const std::optional<DWORD> size =
-            operation.Finish(file_.get(), deadline == nullptr ? INFINITE : deadline->Left(), broken_.get());
-        if (!size || *size == 0)
+            read_.Finish(file_.get(), deadline == nullptr ? INFINITE : deadline->Left(), broken_.get());
+        const bool isCancelled = !size && GetLastError() == ERROR_OPERATION_ABORTED;
+        if (isCancelled && deadline != nullptr && deadline->Left() == 0)
             return std::nullopt;
+        if (!size || *size == 0)
+            break;
         frames_.Add(bytes, *size);
     }
+    isOver_ = true;
+    return std::nullopt;
 }
 
 } // namespace Kestrany::Agent

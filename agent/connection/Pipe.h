@@ -21,7 +21,8 @@ public:
     PendingOperation(const PendingOperation&) = delete;
     PendingOperation& operator=(const PendingOperation&) = delete;
 
-    /// Begin an operation, once. An operation that fails at once never sets the event: Finish then does not wait.
+    /// Begin an operation, after the end of the one before. An operation that fails at once never sets the event:
+    /// Finish then does not wait.
     void Read(HANDLE file, void* bytes, DWORD size);
     void Write(HANDLE file, const void* bytes, DWORD size);
 
@@ -33,6 +34,8 @@ public:
     std::optional<DWORD> Finish(HANDLE file, DWORD milliseconds, HANDLE cancelled = nullptr);
 
 private:
+    void Begin(BOOL hasEnded);
+
     Handle event_;
     OVERLAPPED overlapped_{};
     DWORD beginError_ = ERROR_SUCCESS;
@@ -50,7 +53,8 @@ Handle OpenPipe(const std::wstring& name, const Deadline& deadline);
 /// `executable`, by whatever path.
 std::string WhyNotTrusted(HANDLE pipe, const std::wstring& executable);
 
-/// The client's end of a pipe to a server process. Any thread may write and break the connection; one thread reads.
+/// The client's end of a pipe to a server process. Any thread may write and break the connection; one thread at a time
+/// reads.
 class PipeClient
 {
 public:
@@ -62,6 +66,8 @@ public:
     /// Waits for the next message, without a limit if `deadline` is null. nullopt after the deadline, and if the
     /// connection has ended.
     std::optional<std::string> Read(const Deadline* deadline);
+    /// Whether Read found that the connection has ended. For the thread that reads.
+    bool IsOver() const { return isOver_; }
     /// Ends the connection: pending reads and writes return without success.
     void Break() { SetEvent(broken_.get()); }
 
@@ -69,7 +75,11 @@ private:
     Handle file_;
     Handle broken_;
     std::mutex writing_;
+    // Kept: making an event for each operation would take longer than most operations.
+    PendingOperation write_; ///< Used under `writing_`.
+    PendingOperation read_;
     FrameReader frames_;
+    bool isOver_ = false;
 };
 
 } // namespace Kestrany::Agent

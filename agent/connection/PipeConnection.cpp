@@ -13,70 +13,107 @@ constexpr std::size_t MaxWaiting = 4 * 1024 * 1024;
 
 } // namespace
 
-PipeConnection::PipeConnection(Handle pipe, const MakeHandler& makeHandler)
-    : pipe_(std::move(pipe)), handler_(makeHandler([this](const std::string& message) { Send(message); }))
+PipeConnection::PipeConnection(Handle pipe, HANDLE transferred, const MakeHandler& makeHandler)
+    : pipe_(std::move(pipe)), transferred_(transferred),
+      handler_(makeHandler([this](const std::string& message) { Send(message); }))
 {
-    // Operations that end in a callback use no event: the member is free for their owner.
-    read_.hEvent = this;
-    write_.hEvent = this;
+    read_.hEvent = transferred_;
+    write_.hEvent = transferred_;
     StartReading();
 }
 
 PipeConnection::~PipeConnection()
 {
-    over_ = true;
     CancelIoEx(pipe_.get(), nullptr);
-    while (reading_ || writing_)
-        SleepEx(INFINITE, TRUE);
+    if (reading_)
+        AwaitEnd(read_);
+    if (writing_)
+        AwaitEnd(write_);
 }
 
-void PipeConnection::OnRead(DWORD error, DWORD size, OVERLAPPED* operation)
+bool PipeConnection::HasTransfers() const
 {
-    PipeConnection& self = Of(operation);
-    self.reading_ = false;
-    if (error != ERROR_SUCCESS || size == 0)
-        self.over_ = true;
-    if (self.over_)
+    return (reading_ && HasEnded(read_)) || (writing_ && HasEnded(write_));
+}
+
+void PipeConnection::HandleTransfers()
+{
+    if (writing_ && HasEnded(write_))
+    {
+        HandleWritten();
+        StartWriting();
+    }
+    if (!reading_ || !HasEnded(read_))
+        return;
+    reading_ = false;
+    const std::optional<std::size_t> size = ResultOf(read_);
+    if (!size || *size == 0)
+        over_ = true;
+    if (over_)
         return;
     try
     {
-        self.HandleBytes(size);
+        HandleBytes(*size);
     }
     catch (const std::exception&)
     {
-        // The caller is the system, which no exception may reach. Without memory for a response the connection ends.
-        self.over_ = true;
+        // Without memory for a response the connection ends, and the others go on.
+        over_ = true;
     }
-    self.StartReading();
+    StartReading();
 }
 
-void PipeConnection::OnWritten(DWORD error, DWORD size, OVERLAPPED* operation)
+std::optional<std::size_t> PipeConnection::ResultOf(const OVERLAPPED& operation) const
 {
-    PipeConnection& self = Of(operation);
-    self.writing_ = false;
-    const std::size_t frameSize = self.waiting_.front().size();
-    self.waitingSize_ -= frameSize;
-    self.waiting_.pop_front();
-    if (error != ERROR_SUCCESS || size != frameSize)
-        self.over_ = true;
-    self.StartWriting();
+    DWORD size = 0;
+    // The function does not change the operation: it takes a pointer for older callers.
+    if (!GetOverlappedResult(pipe_.get(), const_cast<OVERLAPPED*>(&operation), &size, FALSE))
+        return std::nullopt;
+    return size;
+}
+
+bool PipeConnection::HasEnded(const OVERLAPPED& operation) const
+{
+    return ResultOf(operation) || GetLastError() != ERROR_IO_INCOMPLETE;
+}
+
+void PipeConnection::AwaitEnd(const OVERLAPPED& operation) const
+{
+    // May take the signal of another connection, whose transfer HasTransfers finds.
+    while (!HasEnded(operation))
+        WaitForSingleObject(transferred_, INFINITE);
 }
 
 void PipeConnection::StartReading()
 {
     if (over_ || closing_)
         return;
-    reading_ = ReadFileEx(pipe_.get(), buffer_.data(), ReadSize, &read_, OnRead) != 0;
+    reading_ = ReadFile(pipe_.get(), buffer_.data(), ReadSize, nullptr, &read_) || GetLastError() == ERROR_IO_PENDING;
     over_ = !reading_;
 }
 
 void PipeConnection::StartWriting()
 {
-    if (over_ || writing_ || waiting_.empty())
-        return;
-    const std::string& frame = waiting_.front();
-    writing_ = WriteFileEx(pipe_.get(), frame.data(), static_cast<DWORD>(frame.size()), &write_, OnWritten) != 0;
-    over_ = !writing_;
+    // Most writes end at once: nobody has to wait for them.
+    while (!over_ && !writing_ && !waiting_.empty())
+    {
+        const std::string& frame = waiting_.front();
+        writing_ = WriteFile(pipe_.get(), frame.data(), static_cast<DWORD>(frame.size()), nullptr, &write_) ||
+                   GetLastError() == ERROR_IO_PENDING;
+        over_ = !writing_;
+        if (writing_ && HasEnded(write_))
+            HandleWritten();
+    }
+}
+
+void PipeConnection::HandleWritten()
+{
+    writing_ = false;
+    const std::size_t frameSize = waiting_.front().size();
+    if (ResultOf(write_) != frameSize)
+        over_ = true;
+    waitingSize_ -= frameSize;
+    waiting_.pop_front();
 }
 
 void PipeConnection::HandleBytes(std::size_t size)

@@ -2,9 +2,11 @@
 #define AGENT_CONNECTION_PIPECONNECTION_H
 
 #include <array>
+#include <cstddef>
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "connection/Message.h"
@@ -12,18 +14,25 @@
 
 namespace Kestrany::Agent {
 
-/// The server's end of a pipe to one client. Reading and writing never wait: the system calls back on this thread while
-/// the thread waits alertably.
+/// The server's end of a pipe to one client. Reading and writing never wait: whoever owns the connection waits for the
+/// event and then calls HandleTransfers. One thread.
 class PipeConnection
 {
 public:
     using MakeHandler = std::function<std::unique_ptr<MessageHandler>(MessageHandler::Send send)>;
 
-    PipeConnection(Handle pipe, const MakeHandler& makeHandler);
+    /// `transferred`, which resets itself, is set when a read or write has ended. Several connections may share it.
+    PipeConnection(Handle pipe, HANDLE transferred, const MakeHandler& makeHandler);
     /// Waits until the system has released the buffers.
     ~PipeConnection();
     PipeConnection(const PipeConnection&) = delete;
     PipeConnection& operator=(const PipeConnection&) = delete;
+
+    /// Whether a read or write has ended that HandleTransfers has not handled. To be asked before each wait: when
+    /// another connection that shares the event begins a transfer, the system resets the event.
+    bool HasTransfers() const;
+    /// Handles the message that has arrived, and begins what comes next.
+    void HandleTransfers();
 
     /// Whether the client has left, or is to be disconnected and no message is left to be written.
     bool IsOver() const { return over_ || handler_->IsGivenUp() || (closing_ && !writing_); }
@@ -31,17 +40,19 @@ public:
 private:
     static constexpr std::size_t ReadSize = 16 * 1024;
 
-    static void CALLBACK OnRead(DWORD error, DWORD size, OVERLAPPED* operation);
-    static void CALLBACK OnWritten(DWORD error, DWORD size, OVERLAPPED* operation);
-    static PipeConnection& Of(OVERLAPPED* operation) { return *static_cast<PipeConnection*>(operation->hEvent); }
-
+    /// The bytes of an operation that has begun; nullopt, with GetLastError, if it has not ended or has failed.
+    std::optional<std::size_t> ResultOf(const OVERLAPPED& operation) const;
+    bool HasEnded(const OVERLAPPED& operation) const;
+    void AwaitEnd(const OVERLAPPED& operation) const;
     void StartReading();
     void StartWriting();
+    void HandleWritten();
     void HandleBytes(std::size_t size);
     void Send(const std::string& message);
     bool HasTooMuchWaiting() const;
 
     const Handle pipe_;
+    const HANDLE transferred_;
     OVERLAPPED read_{};
     OVERLAPPED write_{};
     bool reading_ = false;

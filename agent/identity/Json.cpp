@@ -1,6 +1,7 @@
 #include "identity/Json.h"
 
 #include <algorithm>
+#include <memory>
 
 #include <json/writer.h>
 
@@ -9,11 +10,22 @@
 
 namespace Kestrany::Agent {
 
+namespace {
+
+Json::StreamWriterBuilder* MakeWriter()
+{
+    auto writer = std::make_unique<Json::StreamWriterBuilder>();
+    (*writer)["indentation"] = "";
+    (*writer)["emitUTF8"] = true;
+    return writer.release();
+}
+
+} // namespace
+
 std::string WriteJson(const Json::Value& value)
 {
-    Json::StreamWriterBuilder writer;
-    writer["indentation"] = "";
-    writer["emitUTF8"] = true;
+    // Made once, and never destroyed: other threads may write while the process ends.
+    static const Json::StreamWriterBuilder& writer = *MakeWriter();
     return Json::writeString(writer, value);
 }
 

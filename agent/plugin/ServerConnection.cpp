@@ -34,6 +34,23 @@ Response Refusal(IdErrorCode code)
 
 } // namespace
 
+ServerConnection::Channel::Channel(Handle file, ServerConnection& owner)
+    : pipe(std::move(file)),
+      conversation({[this](const std::string& message, std::chrono::milliseconds limit) {
+                        pipe.Write(message, Deadline(Count(limit)));
+                    },
+                    [this](std::optional<std::chrono::milliseconds> limit) {
+                        const Deadline deadline(limit ? Count(*limit) : 0);
+                        Conversation::Received received;
+                        received.message = pipe.Read(limit ? &deadline : nullptr);
+                        received.isOver = !received.message && pipe.IsOver();
+                        return received;
+                    },
+                    [this] { pipe.Break(); }, [&owner](const LoginEvent& event) { owner.HandleEvent(event); },
+                    [&owner](const std::string& problem) { owner.Report(problem); }})
+{
+}
+
 ServerConnection::ServerConnection(Parts parts) : parts_(std::move(parts)), processes_(parts_.log) {}
 
 ServerConnection::~ServerConnection()
@@ -71,8 +88,8 @@ void ServerConnection::Close()
         const Lock lock(mutex_);
         stopping_ = true;
         ++generation_;
-        if (pipe_)
-            pipe_->Break();
+        if (channel_)
+            channel_->conversation.Break();
         thread = std::move(thread_);
         changed_.notify_all();
     }
@@ -111,41 +128,10 @@ Response ServerConnection::AskOnce(Lock& lock, Request& request, unsigned int ge
 {
     if (const IdErrorCode code = AwaitOpen(lock, generation); code != IdSuccess)
         return Refusal(code);
-    const std::uint32_t id = request.id = nextId_++;
-    const std::string message = WriteRequest(request);
-    if (message.size() > MaxMessage)
-        return Refusal(IdTextTooLong);
-    pending_[id].limit = SteadyClock::now() + ResponseLimit;
-    const std::shared_ptr<PipeClient> pipe = pipe_;
+    const std::shared_ptr<Channel> channel = channel_;
     lock.unlock();
-    try
-    {
-        // A failure breaks the pipe, which the connection's thread notices.
-        pipe->Write(message, Deadline(Count(ResponseLimit)));
-    }
-    catch (...)
-    {
-        lock.lock();
-        pending_.erase(id);
-        throw;
-    }
+    Response response = channel->conversation.Ask(request, ResponseLimit);
     lock.lock();
-    return AwaitResponse(lock, id);
-}
-
-Response ServerConnection::AwaitResponse(Lock& lock, std::uint32_t id)
-{
-    Pending& pending = pending_[id];
-    while (pending.outcome == Outcome::Waiting)
-    {
-        // The deadline may be extended meanwhile.
-        if (changed_.wait_until(lock, pending.limit) == std::cv_status::timeout && SteadyClock::now() >= pending.limit)
-            break;
-    }
-    Response response = Refusal(pending.outcome == Outcome::Waiting ? IdServerTimedOut : IdServerLost);
-    if (pending.outcome == Outcome::Responded)
-        response = std::move(pending.response);
-    pending_.erase(id);
     return response;
 }
 
@@ -155,7 +141,7 @@ void ServerConnection::DropOtherServer()
         return;
     state_ = State::Connecting;
     wanted_ = true;
-    pipe_->Break();
+    channel_->conversation.Break();
 }
 
 void ServerConnection::Run()
@@ -187,13 +173,11 @@ void ServerConnection::Run()
 
 void ServerConnection::Disconnect()
 {
-    pipe_.reset();
     state_ = State::Idle;
-    for (auto& [id, pending] : pending_)
-    {
-        if (pending.outcome == Outcome::Waiting)
-            pending.outcome = Outcome::Lost;
-    }
+    // From here on calls find that there is no connection, so that those that end may connect again.
+    if (channel_)
+        channel_->conversation.Close();
+    channel_.reset();
     changed_.notify_all();
 }
 
@@ -208,7 +192,7 @@ bool ServerConnection::TryConnect() noexcept
     }
     catch (const std::exception& error)
     {
-        Report("No connection to the server", error);
+        Report(std::string("No connection to the server: ") + error.what());
     }
     const Lock lock(mutex_);
     ++attempts_;
@@ -223,20 +207,21 @@ bool ServerConnection::ReadUntilLost() noexcept
 {
     try
     {
-        return !ReadMessages(*pipe_); // Only this thread replaces it.
+        // Only this thread replaces the channel.
+        return channel_->conversation.ReadUntilEnd() == Conversation::End::Lost;
     }
     catch (const std::exception& error)
     {
-        Report("The connection to the server is closed", error);
+        Report(std::string("The connection to the server is closed: ") + error.what());
         return true;
     }
 }
 
-void ServerConnection::Report(const char* what, const std::exception& error) const noexcept
+void ServerConnection::Report(const std::string& problem) const noexcept
 {
     try
     {
-        parts_.log(TALIXLog::Error, std::string(what) + ": " + error.what());
+        parts_.log(TALIXLog::Error, problem);
     }
     catch (const std::exception&)
     {
@@ -279,10 +264,10 @@ std::optional<IdErrorCode> ServerConnection::ConnectOnce(const ServerTarget& tar
         parts_.log(TALIXLog::Error, "The server of " + target.processIdentity + " is not used: " + reason);
         return IdServerUnavailable;
     }
-    const auto pipe = std::make_shared<PipeClient>(std::move(file));
-    if (!Adopt(pipe))
+    const auto channel = std::make_shared<Channel>(std::move(file), *this);
+    if (!Adopt(channel))
         return IdServerLost;
-    return Attach(*pipe, target, deadline);
+    return Attach(channel->pipe, target, deadline);
 }
 
 bool ServerConnection::IsStopping()
@@ -291,12 +276,12 @@ bool ServerConnection::IsStopping()
     return stopping_;
 }
 
-/// Makes the pipe known to Close, which breaks it.
-bool ServerConnection::Adopt(const std::shared_ptr<PipeClient>& pipe)
+/// Makes the channel known to Close, which breaks it.
+bool ServerConnection::Adopt(const std::shared_ptr<Channel>& channel)
 {
     const Lock lock(mutex_);
     if (!stopping_)
-        pipe_ = pipe;
+        channel_ = channel;
     return !stopping_;
 }
 
@@ -353,47 +338,6 @@ void ServerConnection::HandleEvent(const LoginEvent& event)
     if (event.kind == Events::LoggedOut)
         known_.signedIn.erase(event.server);
     parts_.onEvent(event);
-}
-
-bool ServerConnection::ReadMessages(PipeClient& pipe)
-{
-    while (const std::optional<std::string> text = pipe.Read(nullptr))
-    {
-        const std::optional<ServerMessage> message = ReadServerMessage(*text);
-        if (!message)
-        {
-            parts_.log(TALIXLog::Error, "The server sent an invalid message; the connection is closed");
-            break;
-        }
-        if (message->shutdown)
-            return true;
-        HandleMessage(*message);
-    }
-    return false;
-}
-
-void ServerConnection::HandleMessage(const ServerMessage& message)
-{
-    if (message.event)
-        HandleEvent(*message.event);
-    const Lock lock(mutex_);
-    const std::uint32_t id = message.response            ? message.response->id
-                             : message.deadlineExtension ? message.deadlineExtension->id
-                                                         : 0;
-    const auto found = pending_.find(id);
-    if (found == pending_.end())
-        return; // The caller no longer waits.
-    if (message.deadlineExtension)
-        found->second.limit =
-            SteadyClock::now() +
-            std::min<std::chrono::milliseconds>(std::chrono::milliseconds(message.deadlineExtension->milliseconds),
-                                                MaxDeadlineExtension);
-    if (message.response)
-    {
-        found->second.response = *message.response;
-        found->second.outcome = Outcome::Responded;
-    }
-    changed_.notify_all();
 }
 
 } // namespace Kestrany::Agent

@@ -4,9 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <exception>
 #include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -15,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "connection/Conversation.h"
 #include "connection/Message.h"
 #include "connection/Pipe.h"
 #include "server/ServerProcesses.h"
@@ -46,15 +45,13 @@ public:
     static constexpr std::chrono::milliseconds ConnectLimit{20'000};
     /// For the response to a request, unless the server extends the deadline.
     static constexpr std::chrono::milliseconds ResponseLimit{10'000};
-    /// The longest deadline extension that a host accepts.
-    static constexpr std::chrono::milliseconds MaxDeadlineExtension{15 * 60'000};
 
     struct Parts
     {
         std::function<ServerTarget()> target;
         /// The identity server that the host uses. Each new connection asks whether somebody is signed in there.
         std::function<Server()> server;
-        /// Called on the connection's own thread, before responses that the server sent later.
+        /// Called on the connection's own thread or on that of a call, before responses that the server sent later.
         std::function<void(const LoginEvent&)> onEvent;
         LogSink log;
     };
@@ -79,18 +76,13 @@ private:
         Connecting,
         Open
     };
-    enum class Outcome
+    /// A connected pipe and the messages on it.
+    struct Channel
     {
-        Waiting,
-        Responded,
-        Lost
-    };
-    using TimeLimit = std::chrono::steady_clock::time_point;
-    struct Pending
-    {
-        Outcome outcome = Outcome::Waiting;
-        TimeLimit limit;
-        Response response;
+        Channel(Handle file, ServerConnection& owner);
+
+        PipeClient pipe;
+        Conversation conversation;
     };
     /// The logins that were reported to the host. They may change while it has no connection.
     struct KnownLogins
@@ -102,28 +94,24 @@ private:
 
     IdErrorCode AwaitOpen(Lock& lock, unsigned int generation);
     Response AskOnce(Lock& lock, Request& request, unsigned int generation);
-    Response AwaitResponse(Lock& lock, std::uint32_t id);
     void DropOtherServer();
 
-    // On the connection's own thread. An exception that left it would end the host.
+    // On the connection's own thread, except HandleEvent. An exception that left it would end the host.
     void Run();
     bool TryConnect() noexcept;
     /// True if the connection was lost; false if the server announced its shutdown.
     bool ReadUntilLost() noexcept;
-    void Report(const char* what, const std::exception& error) const noexcept;
-    /// On success `pipe_` is connected.
+    void Report(const std::string& problem) const noexcept;
+    /// On success `channel_` is connected.
     IdErrorCode Connect(const ServerTarget& target);
     /// nullopt if another attempt may succeed.
     std::optional<IdErrorCode> ConnectOnce(const ServerTarget& target, const Deadline& deadline);
     std::optional<IdErrorCode> Attach(PipeClient& pipe, const ServerTarget& target, const Deadline& connecting);
     bool IsStopping();
-    bool Adopt(const std::shared_ptr<PipeClient>& pipe);
+    bool Adopt(const std::shared_ptr<Channel>& channel);
     /// Handles whether somebody is signed in at a new connection: a difference from before is an event.
     void HandleAttached(const std::string& identity, Server server, bool signedIn);
     void HandleEvent(const LoginEvent& event);
-    /// Reads until the connection ends. True if the server announced its shutdown.
-    bool ReadMessages(PipeClient& pipe);
-    void HandleMessage(const ServerMessage& message);
     void Disconnect();
 
     const Parts parts_;
@@ -139,10 +127,8 @@ private:
     unsigned int attempts_ = 0;                ///< Attempts to connect that have ended.
     IdErrorCode result_ = IdServerUnavailable; ///< Of the last attempt.
     ServerTarget connected_;
-    std::shared_ptr<PipeClient> pipe_;
-    std::uint32_t nextId_ = 1;
-    std::map<std::uint32_t, Pending> pending_;
-    KnownLogins known_; ///< Used on the connection's thread alone.
+    std::shared_ptr<Channel> channel_;
+    KnownLogins known_; ///< Used by the thread that reads messages.
     std::thread thread_;
 };
 

@@ -23,9 +23,15 @@ constexpr std::int64_t ToolLimit = 1000;
 /// Tools that may be connected at once. The oldest one makes room for another.
 constexpr std::size_t MaxTools = 64;
 
-Handle MakeEvent(const std::wstring& name)
+enum class Reset
 {
-    Handle event(CreateEventW(nullptr, TRUE, FALSE, name.c_str()));
+    ByHand,
+    ByItself
+};
+
+Handle MakeEvent(Reset reset, const wchar_t* name)
+{
+    Handle event(CreateEventW(nullptr, reset == Reset::ByHand, FALSE, name));
     if (!event)
         throw std::runtime_error("no event: " + SystemMessage(GetLastError()));
     return event;
@@ -45,8 +51,8 @@ std::optional<std::int64_t> EndOf(std::int64_t start, std::optional<unsigned int
 
 } // namespace
 
-ServerApplication::HostConnection::HostConnection(HostRegistry& registry, Handle pipe)
-    : connection(std::move(pipe), [&](MessageHandler::Send send) {
+ServerApplication::HostConnection::HostConnection(HostRegistry& registry, Handle pipe, HANDLE transferred)
+    : connection(std::move(pipe), transferred, [&](MessageHandler::Send send) {
           auto made = std::make_unique<HostSession>(registry, std::move(send));
           session = made.get();
           return made;
@@ -56,8 +62,10 @@ ServerApplication::HostConnection::HostConnection(HostRegistry& registry, Handle
 
 ServerApplication::ServerApplication(std::string identity, ServerLimits limits, HostRegistry& registry)
     : identity_(std::move(identity)), start_(Ticks()), limits_(limits), end_(EndOf(start_, limits.quitAfter)),
-      lastUse_(start_), registry_(registry), frozen_(MakeEvent(FrozenEventName(GetCurrentProcessId()))),
-      thaw_(MakeEvent(ThawEventName(GetCurrentProcessId()))), toolListener_(ProcessPipeName(GetCurrentProcessId())),
+      lastUse_(start_), registry_(registry),
+      frozen_(MakeEvent(Reset::ByHand, FrozenEventName(GetCurrentProcessId()).c_str())),
+      thaw_(MakeEvent(Reset::ByHand, ThawEventName(GetCurrentProcessId()).c_str())),
+      transferred_(MakeEvent(Reset::ByItself, nullptr)), toolListener_(ProcessPipeName(GetCurrentProcessId())),
       hostListener_(HostPipeName(identity_))
 {
 }
@@ -75,13 +83,13 @@ void ServerApplication::Run(HANDLE quit, HANDLE wake)
 
 bool ServerApplication::WaitOnce(HANDLE quit, HANDLE wake)
 {
-    const HANDLE objects[] = {quit, toolListener_.Connected(), hostListener_.Connected(), wake};
+    const HANDLE objects[] = {quit, toolListener_.Connected(), hostListener_.Connected(), wake, transferred_.get()};
     // Of several objects that are set the wait returns the first one: quitting comes before everything else.
-    const DWORD result = WaitForMultipleObjectsEx(4, objects, FALSE, TimeToWait(), TRUE);
+    const DWORD result = WaitForMultipleObjects(5, objects, FALSE, HasTransfers() ? 0 : TimeToWait());
     if (result == WAIT_OBJECT_0)
         return false;
     // Messages that have arrived count before limits do.
-    SleepEx(0, TRUE);
+    HandleTransfers();
     switch (result)
     {
     case WAIT_OBJECT_0 + 1:
@@ -92,9 +100,24 @@ bool ServerApplication::WaitOnce(HANDLE quit, HANDLE wake)
         return true;
     case WAIT_FAILED:
         throw std::runtime_error("the wait for clients failed: " + SystemMessage(GetLastError()));
-    default: // A message has been handled, the source has something to do, or a limit has passed.
+    default: // Messages have been handled, the source has something to do, or a limit has passed.
         return true;
     }
+}
+
+bool ServerApplication::HasTransfers() const
+{
+    return std::any_of(tools_.begin(), tools_.end(), [](const PipeConnection& tool) { return tool.HasTransfers(); }) ||
+           std::any_of(hosts_.begin(), hosts_.end(),
+                       [](const HostConnection& host) { return host.connection.HasTransfers(); });
+}
+
+void ServerApplication::HandleTransfers()
+{
+    for (PipeConnection& tool : tools_)
+        tool.HandleTransfers();
+    for (HostConnection& host : hosts_)
+        host.connection.HandleTransfers();
 }
 
 void ServerApplication::RemoveConnections()
@@ -110,7 +133,7 @@ void ServerApplication::AcceptHost()
 {
     Handle pipe = hostListener_.Accept();
     if (pipe && registry_.MakeRoom())
-        hosts_.emplace_back(registry_, std::move(pipe));
+        hosts_.emplace_back(registry_, std::move(pipe), transferred_.get());
     lastUse_ = Ticks();
 }
 
@@ -123,7 +146,7 @@ void ServerApplication::AcceptTool()
     if (tools_.size() == MaxTools)
         tools_.pop_front();
     const auto limit = lastUse_ + ToolLimit;
-    tools_.emplace_back(std::move(pipe), [&](MessageHandler::Send send) {
+    tools_.emplace_back(std::move(pipe), transferred_.get(), [&](MessageHandler::Send send) {
         return std::make_unique<ToolSession>(
             [this](const std::string& operation) { return PerformToolOperation(operation); },
             [this] {
@@ -142,7 +165,8 @@ void ServerApplication::DisconnectHosts()
     const Deadline deadline(LeaveLimit);
     while (!hosts_.empty() && deadline.Left() > 0)
     {
-        SleepEx(deadline.Left(), TRUE);
+        WaitForSingleObject(transferred_.get(), HasTransfers() ? 0 : deadline.Left());
+        HandleTransfers();
         RemoveConnections();
     }
     hosts_.clear();
@@ -175,7 +199,6 @@ Json::Value ServerApplication::Describe() const
 
 void ServerApplication::StayFrozen()
 {
-    // Not alertable: within the wait no callback handles a message.
     WaitForSingleObject(thaw_.get(), end_ ? Deadline(*end_ - Ticks()).Left() : INFINITE);
     freezes_ = false;
     ResetEvent(frozen_.get());

@@ -37,7 +37,7 @@ public:
 private:
     struct HostConnection
     {
-        HostConnection(HostRegistry& registry, Handle pipe);
+        HostConnection(HostRegistry& registry, Handle pipe, HANDLE transferred);
 
         HostSession* session = nullptr; ///< Owned by the connection.
         PipeConnection connection;
@@ -45,6 +45,9 @@ private:
 
     /// False if the process is asked to quit.
     bool WaitOnce(HANDLE quit, HANDLE wake);
+    /// Whether HandleTransfers has something to do, about which no event may be set.
+    bool HasTransfers() const;
+    void HandleTransfers();
     void RemoveConnections();
     void AcceptHost();
     void AcceptTool();
@@ -64,6 +67,7 @@ private:
     HostRegistry& registry_;
     Handle frozen_; ///< Set while the process is frozen.
     Handle thaw_;
+    Handle transferred_;   ///< Set when a read or write of a connection has ended. Resets itself.
     bool freezes_ = false; ///< The process freezes once the response is sent.
     PipeListener toolListener_;
     PipeListener hostListener_;
