@@ -1,4 +1,4 @@
-// The sign-in window, on a screen: window-tests.sh starts this program with one.
+// The sign-in window, on a screen: on-display.sh starts this program with one.
 //
 //   openid_window_tests.exe --show browser|device   shows the window until it is cancelled, for a picture
 

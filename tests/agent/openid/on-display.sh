@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs the tests of the sign-in window on a display of their own: window-tests.sh PROGRAM [GOOGLETEST-ARGUMENTS...]
+# Runs a command on a display of its own, with a Wine session that uses it: on-display.sh COMMAND...
 
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
@@ -11,4 +11,4 @@ set -euo pipefail
 
 trap display_end EXIT
 display_begin
-run_windows "$@"
+"$@" </dev/null
