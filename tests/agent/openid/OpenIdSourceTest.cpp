@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "TestProvider.h"
+#include "TestStore.h"
 #include "identity/openid/OpenIdSource.h"
 #include "identity/openid/Url.h"
 #include "support/Patience.h"
@@ -140,39 +141,6 @@ private:
     };
     unsigned int last_ = 50'000;
     std::map<unsigned int, Handler> handlers_;
-};
-
-/// What is on disk. Any thread may call.
-class TestStore final : public LoginStore
-{
-public:
-    bool Save(Server server, const Secret* text) override
-    {
-        const std::lock_guard lock(mutex_);
-        if (!works)
-            return false;
-        if (text == nullptr)
-            texts_.erase(server);
-        else
-            texts_[server] = std::string(text->View());
-        return true;
-    }
-    std::optional<Secret> Load(Server server) override
-    {
-        const std::lock_guard lock(mutex_);
-        const auto found = texts_.find(server);
-        return found == texts_.end() ? std::nullopt : std::optional(Secret(found->second));
-    }
-    std::string Text()
-    {
-        const std::lock_guard lock(mutex_);
-        return texts_.empty() ? std::string() : texts_.begin()->second;
-    }
-    std::atomic<bool> works{true};
-
-private:
-    std::mutex mutex_;
-    std::map<Server, std::string> texts_;
 };
 
 class TestPrompts final : public Prompts
