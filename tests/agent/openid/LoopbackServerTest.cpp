@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <winsock2.h>
+#include <ws2tcpip.h>
 
 #include "identity/openid/windows/LoopbackServer.h"
 #include "identity/openid/windows/WinHttpClient.h"
@@ -28,7 +29,7 @@ public:
         sockaddr_in target{};
         target.sin_family = AF_INET;
         target.sin_port = htons(port);
-        target.sin_addr.s_addr = inet_addr(address);
+        inet_pton(AF_INET, address, &target.sin_addr);
         const DWORD limit = OrlindexTest::PatienceMilliseconds;
         setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&limit), sizeof limit);
         isConnected_ = connect(socket_, reinterpret_cast<const sockaddr*>(&target), sizeof target) == 0;
