@@ -5,8 +5,9 @@
 #     lib/          import libraries, cmake/Orlindex and pkgconfig
 #     include/      headers
 #     plugin/       the headers of the plugin contract, with the same relative paths as in src/
-#     agent/        the sign-in agent's files in one folder, as a server installation, and a host's configuration; left out
-#                   where the library would refuse its module, which is signed below the build tree's own root
+#     agent/        the sign-in agent's files in one folder, as a server installation, and a host's configuration. If the library
+#                   trusts another root or other signers than the build tree's own, the module is in agent/unsigned instead, for
+#                   the maker to sign
 #     examples/     sources, which find the library by find_package(Orlindex)
 #     docs/         guides, schemas and the reference
 #     licenses/     licence texts of what is linked in
@@ -53,25 +54,26 @@ install(FILES "${PROJECT_BINARY_DIR}/package/Orlindex.pc" DESTINATION lib/pkgcon
 if(TARGET orlindex_doctor)
     install(TARGETS orlindex_doctor RUNTIME DESTINATION bin)
 endif()
-if(ORLINDEX_BUILD_AGENT AND NOT ORLINDEX_OWN_TRUST)
-    message(STATUS "The sign-in agent is left out of the kit: its module is signed within this build tree, and this build "
-                   "trusts another root or other signers")
-elseif(ORLINDEX_BUILD_AGENT)
-    # The signed module, not the unsigned file of the target.
+if(ORLINDEX_BUILD_AGENT)
     install(TARGETS agent_server RUNTIME DESTINATION agent)
-    install(FILES "${PROJECT_BINARY_DIR}/agent/PellwickClient.dll"
-                  "${PROJECT_BINARY_DIR}/agent/TALIXVersionCompatibility.config" DESTINATION agent)
+    install(FILES "${PROJECT_BINARY_DIR}/agent/TALIXVersionCompatibility.config" DESTINATION agent)
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/agent/installation/host/" DESTINATION agent/host)
     install(FILES "${PROJECT_SOURCE_DIR}/agent/installation/README.md" DESTINATION agent)
-    install(DIRECTORY "${PROJECT_SOURCE_DIR}/agent/scenarios" DESTINATION agent)
+    if(ORLINDEX_OWN_TRUST)
+        # The signed module, not the unsigned file of the target.
+        install(FILES "${PROJECT_BINARY_DIR}/agent/PellwickClient.dll" DESTINATION agent)
+        install(DIRECTORY "${PROJECT_SOURCE_DIR}/agent/scenarios" DESTINATION agent)
+    else()
+        message(STATUS "The kit contains the sign-in agent's module unsigned, because this build trusts another root or other "
+                       "signers than the build tree's own")
+        install(FILES "$<TARGET_FILE:agent_plugin>" DESTINATION agent/unsigned)
+    endif()
 endif()
 
 # --- Texts ----------------------------------------------------------------------------------------------------------
 
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION . PATTERN ".*" EXCLUDE)
-# No program reads the file yet that provider-config.schema.json describes.
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION . PATTERN ".*" EXCLUDE PATTERN Doxyfile EXCLUDE
-        PATTERN provider-config.schema.json EXCLUDE)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION . PATTERN ".*" EXCLUDE PATTERN Doxyfile EXCLUDE)
 install(FILES "${PROJECT_SOURCE_DIR}/cmake/package/README.md" "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION .)
 orlindex_collect_licenses("${PROJECT_BINARY_DIR}/package/licenses")
 if(ORLINDEX_MISSING_LICENSES)

@@ -3,8 +3,7 @@
 #
 # Builds the release (scripts/build.sh) and writes build/Orlindex-<version>-win64.zip: Orlindex.dll with import
 # libraries, headers, CMake and pkg-config files, the doctor, the sign-in agent, examples, documentation and licence texts.
-# The agent's plugin module is signed below the build tree's own root, so a build that trusts another one packs no
-# agent.
+# The agent's plugin module is signed below the build tree's own root. A build that trusts another one packs it unsigned.
 #
 # CMake options such as -DORLINDEX_PINNED_ROOT=<certificate file> are passed to scripts/build.sh and also apply to later builds.
 #
@@ -82,9 +81,9 @@ pack
 contents=$(list_contents)
 say "Packed: ${archive#"$root/"} ($(stat -c %s "$archive") bytes, SHA-256 $(sha256sum "$archive" | cut -d ' ' -f 1))"
 say "$contents"
-if ! grep -q ' agent/' <<<"$contents"; then
-    say "note: without the sign-in agent, which only a build that trusts its own development root and signers accepts." \
-        "Host developers take it from a kit of such a build, together with that kit's Orlindex.dll."
+if grep -q ' agent/unsigned/' <<<"$contents"; then
+    say "note: agent/unsigned/PellwickClient.dll is not signed. Sign it with a certificate that this build's library accepts, and" \
+        "put it beside Pellwick.exe: docs/openid.md, \"Ship it\"."
 fi
 if ! grep -q ' docs/reference/' <<<"$contents"; then
     say "note: without the reference in docs/reference, because doxygen was not found."

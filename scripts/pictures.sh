@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Makes the pictures that the pages show: scripts/pictures.sh [options]
 #
-# Builds the release (scripts/build.sh), runs the example host with a window on a display in memory, with simulated users, and
-# writes docs/images/*.png. Look at the pictures before you commit them.
+# Builds the release (scripts/build.sh), runs the example host with a window on a display in memory, with simulated users, then the
+# window in which users sign in with a provider, and writes docs/images/*.png. Look at the pictures before you commit them.
 #
 #   --build-dir FOLDER   uses this build and builds nothing
 #   --output FOLDER      writes the pictures to this folder
@@ -11,6 +11,8 @@
 set -euo pipefail
 # shellcheck source=scripts/lib/common.sh
 . "$(dirname "$0")/lib/common.sh"
+# shellcheck source=scripts/lib/build.sh
+. "$root/scripts/lib/build.sh"
 # shellcheck source=scripts/lib/wine.sh
 . "$root/scripts/lib/wine.sh"
 # shellcheck source=scripts/lib/display.sh
@@ -32,27 +34,33 @@ while [ $# -gt 0 ]; do
     esac
     shift
 done
-display_is_there || fail "Xvfb, xdotool or ImageMagick is not installed" "scripts/setup.sh installs them"
 if [ -z "$build" ]; then
     build=$root/build/release
     bash "$root/scripts/build.sh" release
+    # What operates the host's window, and what shows the sign-in window.
+    build_preset mingw-release window_driver openid_window_tests
 fi
 
-# show NAME COMMAND...: operates the host, and makes a picture of what it shows then. Several equal pictures in a row show that
-# the window has drawn itself.
+# show NAME COMMAND...: operates the host, and makes a picture of what it shows then.
 show()
 {
-    local name=$1 before=none now=
+    local name=$1
     shift
     drive activate "$@" >/dev/null || fail "the host does not show what $name.png shall show"
     press alt+e # away from the texts: no caret blinks in them
     drive focus "$events"
-    while [ "$before" != "$now" ]; do
-        before=$now
-        picture "$output/$name.png"
-        now=$(convert "$output/$name.png" -crop 100%x25%+0+0 rgba:- | sha256sum)
-    done
+    picture "$output/$name.png" 100%x25%+0+0
     say "  $name.png"
+}
+
+# show_sign_in MODE: the window in which a user signs in with a provider, in the browser or on another device.
+show_sign_in()
+{
+    start_window 'Sign in' "$build/bin/openid_window_tests.exe" --show "$1"
+    picture "$output/sign-in-$1.png"
+    drive close
+    end_of_window
+    say "  sign-in-$1.png"
 }
 
 trap display_end EXIT
@@ -84,3 +92,6 @@ start_window "$host_title" 'C:\Program Files\Example Host\desktop_host.exe'
 show desktop-host-failed-start text "$status" 'Sign-in is not available'
 drive close
 end_of_window
+
+show_sign_in browser
+show_sign_in device

@@ -1,14 +1,15 @@
 # A display in memory for programs with windows. Source this file after common.sh and wine.sh; do not run it.
 #
-#     display_is_there        whether this machine has what the functions need
-#     display_begin           starts a display of its own, and a Wine session that uses it
+#     display_begin           starts a display of its own, and a Wine session that uses it; fails if a program is missing, which
+#                             scripts/setup.sh installs
 #     display_end             ends both; suitable for `trap ... EXIT`
 #     start_window TITLE PROGRAM...   starts a Windows program in the background and waits for its window
 #     drive COMMAND...        operates the window that was started last, with the program in `window_driver` (tests/window)
 #     end_of_window           waits for the end of its program, three minutes at most, and returns the program's exit code
 #     kill_window             ends its program
 #     press KEY...            presses keys, with the names of xdotool; the active window receives them
-#     picture FILE            writes a picture of the window to a PNG file
+#     picture FILE [PART]     writes a picture of the window to a PNG file, when it has drawn itself; PART, a geometry of
+#                             ImageMagick, is where it shows that: the rest may change
 #
 # A Wine session has windows only if it began with a display. The sessions of other tests have none.
 # shellcheck shell=bash
@@ -16,13 +17,12 @@
 
 window_title='' window_process=''
 
-display_is_there()
-{
-    command -v Xvfb >/dev/null && command -v xdotool >/dev/null && command -v import >/dev/null
-}
-
 display_begin()
 {
+    local program
+    for program in Xvfb xdotool import convert; do
+        command -v "$program" >/dev/null || fail "$program is not installed" "scripts/setup.sh installs it"
+    done
     display_folder=$(mktemp -d "${TMPDIR:-/tmp}/orlindex-display.XXXXXX")
     # The server chooses a free number and writes it when it is ready. Without -noreset, it would start anew, with another
     # keyboard, each time its last program ends.
@@ -122,8 +122,13 @@ press()
 
 picture()
 {
-    local number
-    number=$(drive number)
-    # Without the time of the picture, which would make another file each time.
-    import -window "$number" -strip -define png:exclude-chunks=date,time "$1"
+    local file=$1 part=${2:-100%x100%+0+0} before=none now='' number
+    # Two equal pictures in a row show that the window has drawn itself.
+    while [ "$before" != "$now" ]; do
+        before=$now
+        number=$(drive number)
+        # Without the time of the picture, which would make another file each time.
+        import -window "$number" -strip -define png:exclude-chunks=date,time "$file"
+        now=$(convert "$file" -crop "$part" rgba:- | sha256sum)
+    done
 }

@@ -6,9 +6,6 @@ set -euo pipefail
 . "$(dirname "$0")/../../scripts/lib/common.sh"
 
 build=$1 folder=$2
-for program in Xvfb xdotool import; do
-    command -v $program >/dev/null || { say "skipped: $program is not installed"; exit 77; }
-done
 rm -rf "$folder"
 bash "$root/scripts/pictures.sh" --build-dir "$build" --output "$folder"
 

@@ -14,9 +14,9 @@ toolchain=$(sed -n 's/^CMAKE_TOOLCHAIN_FILE:[A-Z]*=//p' "$build/CMakeCache.txt")
 cmake -G Ninja -S "$root" -B "$work/build" -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_BUILD_TYPE=Release \
     -DORLINDEX_BUILD_TESTS=OFF -DORLINDEX_PINNED_ROOT="$build/signing/unknown-root.pem" >"$work/log" 2>&1 ||
     { cat "$work/log"; fail "the build could not be configured"; }
-grep -q 'agent is left out of the kit' "$work/log" || fail "the configuration does not say what is left out"
+grep -q "contains the sign-in agent's module unsigned" "$work/log" || fail "the configuration does not say what is unsigned"
 for file in bin/Orlindex.dll lib/libOrlindex.dll.a lib/Orlindex.lib tools/orlindex-doctor.exe agent/Pellwick.exe \
-    agent/PellwickClient.dll; do
+    agent/PellwickClient.dll agent/unsigned/PellwickClient.dll; do
     mkdir -p "$work/build/${file%/*}"
     cp "$build/$file" "$work/build/$file"
 done
@@ -24,8 +24,12 @@ done
 # The script's own output: what it says, and what it packed.
 output=$(bash "$root/scripts/package.sh" --build-dir "$work/build" --output "$work")
 grep -q ' bin/Orlindex.dll$' <<<"$output" || fail "the library is missing:" "$output"
-if grep ' agent/' <<<"$output"; then fail "the agent is in the kit"; fi
-grep -q '^note: without the sign-in agent' <<<"$output" || fail "the script does not say what is missing:" "$output"
+# The module that is signed within the build tree would be refused by this library, and the scenarios are for development.
+if grep -E ' agent/(PellwickClient\.dll|scenarios/)' <<<"$output"; then fail "what is for development is in the kit"; fi
+for file in Pellwick.exe TALIXVersionCompatibility.config host/Orlindex.config unsigned/PellwickClient.dll; do
+    grep -q " agent/$file$" <<<"$output" || fail "agent/$file is missing:" "$output"
+done
+grep -q '^note: agent/unsigned/PellwickClient.dll is not signed' <<<"$output" || fail "the script does not say what to sign:" "$output"
 if grep -q 'trusts a development root' <<<"$output"; then fail "this is no development build:" "$output"; fi
 mkdir "$work/unpacked"
 (cd "$work/unpacked" && cmake -E tar xf "$work"/*.zip)

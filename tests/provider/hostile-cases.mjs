@@ -9,6 +9,7 @@
 //   slow      the case lasts until a limit
 //   standard  what asks for it
 //   ofTest    the relying-party test of the OpenID Foundation that it corresponds to
+//   topic     set below: what the case is about, for docs/openid.md
 //   change    makes the issuer of hostile.mjs misbehave
 
 import { base64url, headerOf, keyOf, signToken, withAlteredSignature } from './tokens.mjs';
@@ -851,7 +852,17 @@ const transportCases = Object.entries(requests).flatMap(([endpoint, request]) =>
         },
     })));
 
-export const cases = [
-    ...signatureCases, ...keyCases, ...claimCases, ...discoveryCases, ...redirectCases, ...tokenCases, ...laterCases,
-    ...deviceCases, ...pushedCases, ...transportCases,
-];
+const topics = {
+    'signature of the ID token': signatureCases,
+    'key set': keyCases,
+    'claims of the ID token': claimCases,
+    'discovery document': discoveryCases,
+    'redirect from the browser': redirectCases,
+    'reply with tokens': tokenCases,
+    'refresh, user info, logout': laterCases,
+    'sign-in on another device': deviceCases,
+    'pushed request': pushedCases,
+    'reply that is not what was asked for': transportCases,
+};
+
+export const cases = Object.entries(topics).flatMap(([topic, entries]) => entries.map(entry => ({ ...entry, topic })));

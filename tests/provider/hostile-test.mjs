@@ -1,12 +1,16 @@
-// The signed agent and a host against every case of the hostile provider: node hostile-test.mjs BUILD [--all | NAME...]
+// The signed agent and a host against every case of the hostile provider:
 //
+//     node hostile-test.mjs BUILD [--results FILE] [--all | NAME...]
+//
+// --results writes the code that the host got in each case, as JSON: table.mjs compares docs/openid.md with it.
 // Of each case: the code and the log line are those of the table, nothing is kept, no host waits longer than the limit, and the
 // next sign-in works. Without --all, and unless ORLINDEX_LONG is set, only a part of the cases runs: the rest are proven in
 // seconds by the native tests of the portable core.
 
 import assert from 'node:assert/strict';
-import { mkdirSync } from 'node:fs';
+import { mkdirSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
+import { parseArgs } from 'node:util';
 import { Installation, servers } from './agent.mjs';
 import { ScriptedBrowser } from './browser.mjs';
 import { Certificates } from './certificates.mjs';
@@ -15,9 +19,10 @@ import { temporaryFolder } from './peer.mjs';
 import { Peer } from './self-test.mjs';
 import { trustRoot } from './wine.mjs';
 
-const [build, ...rest] = process.argv.slice(2);
-const names = rest.filter(argument => argument !== '--all');
-const isLong = rest.includes('--all') || Boolean(process.env.ORLINDEX_LONG);
+const { values: options, positionals: [build, ...names] } = parseArgs({
+    options: { all: { type: 'boolean' }, results: { type: 'string' } }, allowPositionals: true,
+});
+const isLong = options.all || Boolean(process.env.ORLINDEX_LONG);
 
 /// The short form: what the adapters for Windows have a part in, and of the rest the relying-party tests.
 const isShort = entry => entry.ofTest !== undefined || entry.browser !== undefined || entry.signIn === 'device' ||
@@ -144,6 +149,7 @@ class Lane {
         const isSignedIn = code === 1000;
         if (isSignedIn)
             code = await this.afterLogin(phase);
+        codes[name] = code;
         assert.equal(code, expected, 'the code');
         if (log.length > 0) {
             const line = await until(() => this.log().find(each => log.every(words => each.includes(words))), 20_000);
@@ -167,6 +173,7 @@ class Lane {
 }
 
 const results = new Map();
+const codes = {};
 const left = [...chosen];
 const began = Date.now();
 await Promise.all(Array.from({ length: lanes }, async (unused, number) => {
@@ -194,6 +201,8 @@ for (const { name } of chosen) {
 }
 console.log(`${chosen.length} of ${cases.length} cases in ${Math.round((Date.now() - began) / 1000)} s, ${failed} failed`);
 console.log(`count: cases against the signed agent = ${chosen.length}`);
+if (options.results)
+    writeFileSync(options.results, JSON.stringify(codes));
 await forgetRoot();
 await hostile.stop();
 process.exit(failed === 0 ? 0 : 1);

@@ -167,8 +167,12 @@ void Logins::FinishSignIn(const LoginKey& key, Outcome<ClientLogin> result)
             Notify(Events::LoginDialogTimeoutInIdIPCServer, key.server, key.clientId, failure->code);
         return;
     }
-    if (!book_->Put(key.server, TakeResult(std::move(result))))
+    ClientLogin login = TakeResult(std::move(result));
+    const Secret refreshToken = login.refreshToken.Clone();
+    const Secret accessToken = login.accessToken.Clone();
+    if (!book_->Put(key.server, std::move(login)))
     {
+        waiting->signIn->Revoke(refreshToken, accessToken);
         waiting->result = LoginResult{Report({IdNotStored, {}, {}}), LoginDetail::NotLoggedIn};
         return;
     }

@@ -22,8 +22,11 @@ public:
     RedirectParameters& operator=(const RedirectParameters&) = delete;
     ~RedirectParameters()
     {
-        for (Parameter& parameter : parameters_)
-            ClearText(parameter.second);
+        for (auto& [name, value] : parameters_)
+        {
+            ClearText(name);
+            ClearText(value);
+        }
     }
 
     /// The value; empty if the parameter is missing.

@@ -12,6 +12,9 @@ namespace {
 /// Redirects that are not of this sign-in and have a line of their own in the log: any page can send them.
 constexpr unsigned int MaxReportedRedirects = 5;
 
+/// How long the revocation of unused tokens is tried. Milliseconds; nobody waits for it.
+constexpr std::int64_t RevocationLimit = 30'000;
+
 /// In the browser of this machine.
 class BrowserFlow final : public SignIn
 {
@@ -261,6 +264,30 @@ void SignIn::Accept(Outcome<Grant> grant, const std::string& nonce)
     login.nonce = nonce;
     TakeGrant(TakeResult(std::move(grant)), login);
     Finish(std::move(login));
+}
+
+void SignIn::Discard(const Outcome<Grant>& grant) const
+{
+    if (FailureOf(grant) == nullptr)
+        Revoke(ResultOf(grant).refreshToken, ResultOf(grant).accessToken);
+}
+
+void SignIn::Discard(const TokenOutcome& outcome) const
+{
+    if (const auto* const tokens = std::get_if<TokenReply>(&outcome))
+        Revoke(tokens->refreshToken, tokens->accessToken);
+}
+
+void SignIn::Revoke(const Secret& refreshToken, const Secret& accessToken) const
+{
+    const bool hasRefresh = !refreshToken.IsEmpty();
+    auto token = std::make_shared<const Secret>((hasRefresh ? refreshToken : accessToken).Clone());
+    parts_.workers->Run([provider = provider_, clientId = key_.clientId, token, report = parts_.report,
+                         kind = hasRefresh ? "refresh_token" : "access_token",
+                         until = parts_.ticks() + RevocationLimit] {
+        if (const std::optional<Failure> failure = provider->Revoke(clientId, *token, kind, until))
+            report(TALIXLog::Warning, "A token of a sign-in that failed was not revoked. " + LogLine(*failure));
+    });
 }
 
 void SignIn::Fail(Failure failure)

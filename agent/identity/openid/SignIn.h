@@ -43,6 +43,9 @@ public:
 
     /// When it ends at the latest, in ticks.
     std::int64_t Limit() const { return limit_; }
+    /// Has tokens revoked that nobody is going to use, in the background and as far as the provider can be reached. A
+    /// refresh token takes its access tokens with it; without one, the access token is revoked.
+    void Revoke(const Secret& refreshToken, const Secret& accessToken) const;
     /// Ends it with this code, unless it has ended.
     void End(IdErrorCode code);
 
@@ -59,7 +62,8 @@ protected:
     virtual IdErrorCode TimeOutCode() const { return IdLoginTimedOut; }
     virtual void Poll() {}
 
-    /// Performs `work` on a worker, and hands its result to `then` on this thread, unless the sign-in has ended.
+    /// Performs `work` on a worker, and hands its result to `then` on this thread. If the sign-in has ended meanwhile,
+    /// the result is discarded.
     template <class Work, class Then>
     void RunThen(Work work, Then then)
     {
@@ -67,7 +71,9 @@ protected:
         task_ = parts_.workers->Run([self, work = std::move(work), then = std::move(then)] {
             auto result = std::make_shared<decltype(work())>(work());
             self->parts_.workers->Post([self, result, then] {
-                if (!self->hasEnded_)
+                if (self->hasEnded_)
+                    self->Discard(*result);
+                else
                     then(std::move(*result));
             });
         });
@@ -85,6 +91,13 @@ protected:
     std::unique_ptr<Prompt> prompt_;
 
 private:
+    /// What came after the end: tokens are revoked, because nobody uses them.
+    template <class Result>
+    void Discard(const Result&) const
+    {
+    }
+    void Discard(const Outcome<Grant>& grant) const;
+    void Discard(const TokenOutcome& outcome) const;
     void Finish(Outcome<ClientLogin> result);
     /// Releases what the sign-in holds while it waits.
     virtual void Release() {}

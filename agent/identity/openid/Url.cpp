@@ -78,9 +78,9 @@ bool TakeAuthority(std::string_view authority, Url& url)
     return IsHost(url.host);
 }
 
-std::optional<std::string> DecodeForm(std::string_view text)
+/// False for a malformed text. The buffer does not grow, so no copy of a secret is left behind.
+bool DecodeForm(std::string_view text, std::string& decoded)
 {
-    std::string decoded;
     decoded.reserve(text.size());
     for (std::size_t index = 0; index < text.size(); ++index)
     {
@@ -92,13 +92,21 @@ std::optional<std::string> DecodeForm(std::string_view text)
         const std::optional<unsigned int> high = index + 2 < text.size() ? HexValue(text[index + 1]) : std::nullopt;
         const std::optional<unsigned int> low = high ? HexValue(text[index + 2]) : std::nullopt;
         if (!low)
-            return std::nullopt;
+            return false;
         decoded += static_cast<char>(*high << 4 | *low);
         index += 2;
     }
-    if (WellFormedSize(decoded) != decoded.size())
-        return std::nullopt;
-    return decoded;
+    return WellFormedSize(decoded) == decoded.size();
+}
+
+void Clear(std::vector<Parameter>& parameters)
+{
+    for (auto& [name, value] : parameters)
+    {
+        ClearText(name);
+        ClearText(value);
+    }
+    parameters.clear();
 }
 
 void AppendEncoded(Secret& form, std::string_view text)
@@ -190,11 +198,13 @@ std::optional<std::vector<Parameter>> ParseForm(std::string_view text)
         if (one.empty())
             continue;
         const std::size_t equals = std::min(one.find('='), one.size());
-        std::optional<std::string> name = DecodeForm(one.substr(0, equals));
-        std::optional<std::string> value = DecodeForm(one.substr(std::min(equals + 1, one.size())));
-        if (!name || !value || parameters.size() == Limits::Parameters)
+        auto& [name, value] = parameters.emplace_back();
+        if (!DecodeForm(one.substr(0, equals), name) ||
+            !DecodeForm(one.substr(std::min(equals + 1, one.size())), value) || parameters.size() > Limits::Parameters)
+        {
+            Clear(parameters); // A code can be among them.
             return std::nullopt;
-        parameters.emplace_back(*std::move(name), *std::move(value));
+        }
     }
     return parameters;
 }

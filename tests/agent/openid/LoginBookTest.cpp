@@ -1,38 +1,15 @@
 #include <gtest/gtest.h>
 
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "TestStore.h"
 #include "identity/openid/LoginBook.h"
 
 namespace Kestrany::Agent::OpenId {
 
 namespace {
-
-class BookStore final : public LoginStore
-{
-public:
-    bool Save(Server server, const Secret* text) override
-    {
-        if (!works)
-            return false;
-        if (text == nullptr)
-            texts.erase(server);
-        else
-            texts[server] = std::string(text->View());
-        return true;
-    }
-    std::optional<Secret> Load(Server server) override
-    {
-        const auto found = texts.find(server);
-        return found == texts.end() ? std::nullopt : std::optional(Secret(found->second));
-    }
-
-    bool works = true;
-    std::map<Server, std::string> texts;
-};
 
 class LoginBookTest : public testing::Test
 {
@@ -55,7 +32,7 @@ protected:
         return token;
     }
 
-    const std::shared_ptr<BookStore> store = std::make_shared<BookStore>();
+    const std::shared_ptr<TestStore> store = std::make_shared<TestStore>();
     std::string log;
     LoginBook book{"server",
                    {{TALIX_SERVER_PRODUCTION, "https://login.example.com"}},
@@ -87,7 +64,7 @@ TEST_F(LoginBookTest, ANewRefreshTokenIsNotLostIfItIsNotStored)
     EXPECT_FALSE(book.StoreAgain(TALIX_SERVER_PRODUCTION));
     store->works = true;
     EXPECT_TRUE(book.StoreAgain(TALIX_SERVER_PRODUCTION));
-    EXPECT_NE(store->texts[TALIX_SERVER_PRODUCTION].find("refresh-2"), std::string::npos);
+    EXPECT_NE(store->Text().find("refresh-2"), std::string::npos);
 }
 
 TEST_F(LoginBookTest, ALaterLoginOfTheProductHasAnotherNumber)
@@ -110,7 +87,7 @@ TEST_F(LoginBookTest, TheOldestLoginsMakeRoomSoThatTheStoreCanBeReadAgain)
     ASSERT_TRUE(book.Put(TALIX_SERVER_PRODUCTION, Login("large", LoginBook::MaxStored - 100'000)));
     EXPECT_TRUE(book.Has(Key("large")));
     EXPECT_FALSE(book.Has(Key("client-1")));
-    EXPECT_LE(store->texts[TALIX_SERVER_PRODUCTION].size(), LoginBook::MaxStored);
+    EXPECT_LE(store->Text().size(), LoginBook::MaxStored);
 }
 
 TEST_F(LoginBookTest, LoginsAreReadAgainUnlessTheyAreNotUsable)
@@ -120,7 +97,7 @@ TEST_F(LoginBookTest, LoginsAreReadAgainUnlessTheyAreNotUsable)
     book.Load(TALIX_SERVER_PRODUCTION, [](const ClientLogin& login) { return login.clientId == "two"; });
     EXPECT_FALSE(book.Has(Key("one")));
     EXPECT_TRUE(book.Has(Key("two")));
-    store->texts[TALIX_SERVER_PRODUCTION] = "damaged";
+    store->SetText(TALIX_SERVER_PRODUCTION, "damaged");
     book.Load(TALIX_SERVER_PRODUCTION, [](const ClientLogin&) { return true; });
     EXPECT_FALSE(book.HasAny(TALIX_SERVER_PRODUCTION));
     EXPECT_NE(log.find("The stored login at production is refused: it holds no login"), std::string::npos) << log;

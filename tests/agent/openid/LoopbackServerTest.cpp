@@ -2,12 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
 #include <winsock2.h>
+#include <ws2tcpip.h>
 
 #include "identity/openid/windows/LoopbackServer.h"
 #include "identity/openid/windows/WinHttpClient.h"
@@ -16,6 +19,41 @@
 namespace Kestrany::Agent::OpenId {
 
 namespace {
+
+/// A connection without a client that would write the request. The listener has started Winsock.
+class RawConnection
+{
+public:
+    RawConnection(const char* address, std::uint16_t port) : socket_(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP))
+    {
+        sockaddr_in target{};
+        target.sin_family = AF_INET;
+        target.sin_port = htons(port);
+        inet_pton(AF_INET, address, &target.sin_addr);
+        const DWORD limit = OrlindexTest::PatienceMilliseconds;
+        setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&limit), sizeof limit);
+        isConnected_ = connect(socket_, reinterpret_cast<const sockaddr*>(&target), sizeof target) == 0;
+    }
+    ~RawConnection() { closesocket(socket_); }
+    RawConnection(const RawConnection&) = delete;
+    RawConnection& operator=(const RawConnection&) = delete;
+
+    bool IsConnected() const { return isConnected_; }
+    void Send(const std::string& text) const { send(socket_, text.data(), static_cast<int>(text.size()), 0); }
+    /// What comes until the server closes the connection.
+    std::string ReadToEnd() const
+    {
+        std::string text;
+        char block[4096];
+        for (int size = 0; (size = recv(socket_, block, sizeof block, 0)) > 0;)
+            text.append(block, static_cast<std::size_t>(size));
+        return WSAGetLastError() == WSAETIMEDOUT ? "no end: " + text : text;
+    }
+
+private:
+    const SOCKET socket_;
+    bool isConnected_ = false;
+};
 
 class LoopbackServerTest : public testing::Test
 {
@@ -115,6 +153,75 @@ TEST_F(LoopbackServerTest, NoOtherProgramSharesThePort)
     const std::unique_ptr<LoopbackListener> listener = Listen("127.0.0.1");
     ASSERT_TRUE(listener) << problem;
     EXPECT_FALSE(CanBeShared(PortOf(listener)));
+}
+
+TEST_F(LoopbackServerTest, NoOtherAddressOfTheMachineIsListenedAt)
+{
+    for (const char* const host : {"127.0.0.1", "localhost"})
+    {
+        const std::unique_ptr<LoopbackListener> listener = Listen(host);
+        ASSERT_TRUE(listener) << problem;
+        EXPECT_TRUE(RawConnection("127.0.0.1", PortOf(listener)).IsConnected());
+        // Also this machine, but another address: a listener at all addresses would accept it.
+        EXPECT_FALSE(RawConnection("127.0.0.2", PortOf(listener)).IsConnected()) << host;
+    }
+}
+
+TEST_F(LoopbackServerTest, NothingKeepsOrPassesOnWhatTheAddressHolds)
+{
+    const std::unique_ptr<LoopbackListener> listener = Listen("127.0.0.1");
+    ASSERT_TRUE(listener) << problem;
+    const RawConnection browser("127.0.0.1", PortOf(listener));
+    browser.Send("GET /callback?code=a HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
+    const std::string reply = browser.ReadToEnd();
+    EXPECT_EQ(reply.rfind("HTTP/1.1 200 OK\r\n", 0), 0U) << reply;
+    for (const char* const line : {"Cache-Control: no-store", "Referrer-Policy: no-referrer", "Connection: close",
+                                   "X-Content-Type-Options: nosniff", "Content-Security-Policy: default-src 'none'"})
+        EXPECT_NE(reply.find("\r\n" + std::string(line)), std::string::npos) << line << " in: " << reply;
+}
+
+TEST_F(LoopbackServerTest, TheOldestIdleConnectionMakesRoomForTheBrowser)
+{
+    const std::unique_ptr<LoopbackListener> listener = Listen("127.0.0.1");
+    ASSERT_TRUE(listener) << problem;
+    // An idle connection also ends by itself, after 15 seconds: a machine that is busy for so long gets another try.
+    bool isClosedAtOnce = false;
+    for (int tries = 0; tries < 3 && !isClosedAtOnce; ++tries)
+    {
+        const auto start = std::chrono::steady_clock::now();
+        std::vector<std::unique_ptr<RawConnection>> idle;
+        for (int count = 0; count < 17; ++count)
+            idle.push_back(std::make_unique<RawConnection>("127.0.0.1", PortOf(listener)));
+        EXPECT_EQ(idle.front()->ReadToEnd(), "");
+        isClosedAtOnce = std::chrono::steady_clock::now() - start < std::chrono::seconds(14);
+    }
+    EXPECT_TRUE(isClosedAtOnce);
+    EXPECT_EQ(Get("http://127.0.0.1:" + std::to_string(listener->Port()) + "/").status, 200);
+}
+
+TEST_F(LoopbackServerTest, WhatIsNoRequestDoesNotReachTheHandler)
+{
+    const std::unique_ptr<LoopbackListener> listener = Listen("127.0.0.1");
+    ASSERT_TRUE(listener) << problem;
+    for (const std::string& text :
+         {std::string("this is not HTTP\r\n\r\n"), "GET /callback?" + std::string(100'000, 'a') + " HTTP/1.1\r\n\r\n",
+          std::string("POST /callback HTTP/1.1\r\nContent-Length: 5\r\n\r\nabcde")})
+    {
+        const RawConnection browser("127.0.0.1", PortOf(listener));
+        browser.Send(text);
+        EXPECT_EQ(browser.ReadToEnd().rfind("HTTP/1.1 400 Bad Request\r\n", 0), 0U) << text.substr(0, 40);
+    }
+    EXPECT_TRUE(Requests().empty());
+}
+
+TEST_F(LoopbackServerTest, TheAddressOfIpv6IsReached)
+{
+    const std::unique_ptr<LoopbackListener> listener = Listen("[::1]");
+    if (!listener && problem.find("error 10049") != std::string::npos)
+        GTEST_SKIP() << "this machine has no IPv6: " << problem;
+    ASSERT_TRUE(listener) << problem;
+    EXPECT_EQ(Get("http://[::1]:" + std::to_string(listener->Port()) + "/").status, 200);
+    EXPECT_FALSE(RawConnection("127.0.0.1", PortOf(listener)).IsConnected()) << "only that one";
 }
 
 TEST_F(LoopbackServerTest, LocalhostIsReachedAtBothAddresses)

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "TestProvider.h"
+#include "TestStore.h"
 #include "identity/openid/OpenIdSource.h"
 #include "identity/openid/Url.h"
 #include "support/Patience.h"
@@ -140,39 +141,6 @@ private:
     };
     unsigned int last_ = 50'000;
     std::map<unsigned int, Handler> handlers_;
-};
-
-/// What is on disk. Any thread may call.
-class TestStore final : public LoginStore
-{
-public:
-    bool Save(Server server, const Secret* text) override
-    {
-        const std::lock_guard lock(mutex_);
-        if (!works)
-            return false;
-        if (text == nullptr)
-            texts_.erase(server);
-        else
-            texts_[server] = std::string(text->View());
-        return true;
-    }
-    std::optional<Secret> Load(Server server) override
-    {
-        const std::lock_guard lock(mutex_);
-        const auto found = texts_.find(server);
-        return found == texts_.end() ? std::nullopt : std::optional(Secret(found->second));
-    }
-    std::string Text()
-    {
-        const std::lock_guard lock(mutex_);
-        return texts_.empty() ? std::string() : texts_.begin()->second;
-    }
-    std::atomic<bool> works{true};
-
-private:
-    std::mutex mutex_;
-    std::map<Server, std::string> texts_;
 };
 
 class TestPrompts final : public Prompts
@@ -366,6 +334,17 @@ protected:
     {
         http->With([&](TestProvider& provider) { provider.hooks.erase(path); });
     }
+    /// Whether the provider is asked to revoke a token, soon.
+    bool IsRevoked(const std::string& token)
+    {
+        return RunUntil([&] {
+            return http->With([&](TestProvider& provider) {
+                return std::any_of(provider.forms.begin(), provider.forms.end(), [&](const TestProvider::Form& form) {
+                    return form.count("token") && form.at("token") == token;
+                });
+            });
+        });
+    }
     static Json::Value Error(const char* error)
     {
         Json::Value body;
@@ -430,7 +409,9 @@ TEST_F(OpenIdSourceTest, ALoginThatCannotBeStoredIsNoLogin)
 {
     Start();
     store->works = false;
+    SetToken("access-9", "refresh-9");
     EXPECT_EQ(SignIn().code, IdNotStored);
+    EXPECT_TRUE(IsRevoked("refresh-9"));
     LoginStatus status;
     logins->GetStatus(caller, status);
     EXPECT_FALSE(status.loggedIn);
@@ -487,6 +468,31 @@ TEST_F(OpenIdSourceTest, ASignInIsCancelledWhileTheProviderDoesNotReply)
     http->Close({});
     EXPECT_EQ(SignIn().code, IdSuccess) << Log();
     EXPECT_EQ(browser->Opened().size(), 1u) << "the first one never got so far";
+}
+
+TEST_F(OpenIdSourceTest, TokensThatComeAfterTheCancelAreRevoked)
+{
+    Start();
+    for (const bool hasRefresh : {true, false})
+    {
+        const std::string number = hasRefresh ? "7" : "8";
+        SetToken("access-" + number, "refresh-7");
+        if (!hasRefresh)
+            http->With([](TestProvider& provider) { provider.tokens.removeMember("refresh_token"); });
+        http->Close("/token");
+        const std::size_t before = browser->Opened().size();
+        const std::unique_ptr<PendingLogin> pending = logins->BeginLogin(caller);
+        Redirect(FollowBrowser(before));
+        EXPECT_TRUE(RunUntil([&] { return http->IsHeld(); }));
+        logins->CancelLogin(caller);
+        EXPECT_EQ(pending->Poll().value_or(LoginResult()).code, IdLoginCancelled) << "the host does not wait for it";
+        http->Close({});
+        EXPECT_TRUE(IsRevoked(hasRefresh ? "refresh-7" : "access-8")) << Log();
+        EXPECT_FALSE(logins->IsValid(TALIX_SERVER_PRODUCTION));
+        EXPECT_EQ(store->Text(), "");
+    }
+    SetToken("access-1", "refresh-1");
+    EXPECT_EQ(SignIn().code, IdSuccess) << Log();
 }
 
 TEST_F(OpenIdSourceTest, ASignInTimesOut)
@@ -759,13 +765,7 @@ TEST_F(OpenIdSourceTest, ATokenThatComesAfterTheLogoutIsRevoked)
     EXPECT_TRUE(RunUntil([&] { return refresh->Poll().has_value(); }));
     EXPECT_FALSE(logins->IsValid(TALIX_SERVER_PRODUCTION));
     EXPECT_EQ(store->Text(), "");
-    http->With([](TestProvider& provider) {
-        const bool isRevoked =
-            std::any_of(provider.forms.begin(), provider.forms.end(), [](const TestProvider::Form& form) {
-                return form.count("token") && form.at("token") == "refresh-2";
-            });
-        EXPECT_TRUE(isRevoked);
-    });
+    EXPECT_TRUE(IsRevoked("refresh-2"));
 }
 
 TEST_F(OpenIdSourceTest, AUserSignsInWithAnotherDevice)
@@ -791,6 +791,28 @@ TEST_F(OpenIdSourceTest, AUserSignsInWithAnotherDevice)
     ReplyNormally("/token");
     seconds = 10;
     EXPECT_EQ(ResultOfLogin(*pending).code, IdSuccess) << Log();
+}
+
+TEST_F(OpenIdSourceTest, TokensOfAnotherDeviceThatComeAfterTheCancelAreRevoked)
+{
+    configs.servers[TALIX_SERVER_PRODUCTION].signIn = SignInMethod::Device;
+    Json::Value device;
+    device["device_code"] = "device-1";
+    device["user_code"] = "WDJB-MJHT";
+    device["verification_uri"] = "https://login.example.com/device";
+    device["expires_in"] = 600;
+    device["interval"] = 5;
+    ReplyAt("/device", device, 200);
+    Start();
+    const std::unique_ptr<PendingLogin> pending = logins->BeginLogin(caller);
+    EXPECT_TRUE(RunUntil([&] { return !prompts->shown.empty(); }));
+    http->Close("/token");
+    seconds = 5;
+    EXPECT_TRUE(RunUntil([&] { return http->IsHeld(); }));
+    logins->CancelLogin(caller);
+    http->Close({});
+    EXPECT_TRUE(IsRevoked("refresh-1")) << Log();
+    EXPECT_FALSE(logins->IsValid(TALIX_SERVER_PRODUCTION));
 }
 
 TEST_F(OpenIdSourceTest, WhatTheHostSetIsUsedForItsRequests)

@@ -129,6 +129,13 @@ protected:
             provider[name] = changes[name];
         WriteConfig(WriteJson(config));
     }
+    /// With the window. Configure chooses none.
+    static void ConfigureWithWindow()
+    {
+        Json::Value config;
+        config["servers"]["production"]["issuer"] = Variable("OPENID_ISSUER");
+        WriteConfig(WriteJson(config));
+    }
     static void WriteConfig(const std::string& text) { Write(Folder() + L"\\Pellwick\\Pellwick.config.json", text); }
 
     static std::wstring Profile() { return Folder() + L"\\profile.json"; }
@@ -440,6 +447,50 @@ TEST_F(SignInTest, AWaitingLoginDisturbsNobodyAndCanBeCancelled)
     EXPECT_EQ(waiting.get(), IdLoginCancelled);
     Browse("signIn");
     EXPECT_EQ(LogIn(), ::IdSuccess);
+}
+
+// Another CTest test runs it, on a virtual screen.
+TEST_F(SignInTest, DISABLED_TheWindowIsShownUnlessItIsSwitchedOffOnAScreen)
+{
+    const auto findWindow = [] { return FindWindowW(L"Kestrany.Pellwick.SignIn", nullptr); };
+    Browse("neverAnswers");
+    ConfigureWithWindow();
+    std::future<IdErrorCode> waiting = std::async(std::launch::async, [&] { return LogIn(); });
+    const auto limit = std::chrono::steady_clock::now() + OrlindexTest::Patience;
+    while (findWindow() == nullptr && std::chrono::steady_clock::now() < limit)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    ASSERT_NE(findWindow(), nullptr) << Log();
+    EXPECT_EQ(Log().find("Sign in at"), std::string::npos) << "the window has the address";
+    PostMessageW(findWindow(), WM_CLOSE, 0, 0);
+    EXPECT_EQ(waiting.get(), IdLoginCancelled);
+
+    module.Uninitialize();
+    servers.QuitSSOServerProcess(Limit);
+    Configure({});
+    const int before = Requests("authorization");
+    waiting = std::async(std::launch::async, [&] { return LogIn(); });
+    while (Requests("authorization") == before && std::chrono::steady_clock::now() < limit)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(findWindow(), nullptr);
+    EXPECT_NE(Log().find("Sign in at"), std::string::npos) << Log();
+    int result = -1;
+    EXPECT_EQ(client.Logout(result, TALIX_LOGOUT_DEFAULT), IdNotLoggedIn);
+    EXPECT_EQ(waiting.get(), IdLoginCancelled);
+}
+
+TEST_F(SignInTest, TheProxyThatTheHostSetsIsUsed)
+{
+    EXPECT_EQ(client.OverrideBackoffConfig(1, 1, 1, 0, 0), ::IdSuccess);
+    char host[] = "127.0.0.1";
+    talix_proxy_info proxy{};
+    proxy.host = host;
+    proxy.host_size = sizeof host - 1;
+    proxy.port = 9; // Where nobody listens.
+    EXPECT_EQ(client.SetProxyInfo(&proxy), ::IdSuccess);
+    EXPECT_EQ(LogIn(), IdProviderUnreachable);
+    EXPECT_EQ(client.ClearProxyInfo(), ::IdSuccess);
+    EXPECT_EQ(LogIn(), ::IdSuccess) << Log();
+    client.OverrideBackoffConfig(1, 60, 2, 5, 1);
 }
 
 TEST_F(SignInTest, ALoginThatNobodyFinishesTimesOut)

@@ -23,11 +23,11 @@ std::vector<SignatureVector> SignatureVectors();
 /// For the names of tests.
 void PrintTo(const SignatureVector& vector, std::ostream* stream);
 
-/// A PS256 token of RsaTestKey whose salt is shorter than the hash, which JSON Web Signatures do not allow.
-std::string TokenWithShortSalt();
-
 /// Expects that the implementation accepts the token's signature, and refuses everything that is not quite it.
 void ExpectOnlyTheRightSignature(Signatures& signatures, const SignatureVector& vector);
+
+/// Expects that a PS256 signature whose salt is shorter than the hash is refused: JSON Web Signatures do not allow it.
+void ExpectShortSaltIsRefused(Signatures& signatures);
 
 /// Expects the hashes of FIPS 180-4.
 void ExpectHashes(Signatures& signatures);

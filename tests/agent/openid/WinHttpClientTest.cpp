@@ -113,7 +113,27 @@ protected:
         EXPECT_TRUE(reply.body.IsEmpty());
     }
 
+    static ProxySettings Proxy(const char* variable, std::string userName = {}, std::string password = {})
+    {
+        return {"127.0.0.1", std::move(userName), std::move(password),
+                static_cast<std::int32_t>(std::stoi(Variable(variable)))};
+    }
+    /// What the proxy was asked for since the last call: pairs of "target" and "user".
+    Json::Value Proxied(const char* variable)
+    {
+        const Json::Value all =
+            Received(RequestTo(Address("HTTPS_GOOD", "/proxied?" + Variable(variable))))["requests"];
+        Json::Value added(Json::arrayValue);
+        for (Json::ArrayIndex index = seen_; index < all.size(); ++index)
+            added.append(all[index]);
+        seen_ = all.size();
+        return added;
+    }
+
     WinHttpClient client;
+
+private:
+    Json::ArrayIndex seen_ = 0; ///< Of the one proxy that a test uses.
 };
 
 TEST_F(WinHttpClientTest, AReplyHasItsStatusItsHeadersAndItsBody)
@@ -166,6 +186,62 @@ TEST_F(WinHttpClientTest, NoCookieIsKept)
 {
     EXPECT_EQ(Get("/cookie").status, 200);
     EXPECT_FALSE(Received(RequestTo(Address("HTTPS_GOOD", "/request")))["headers"].isMember("cookie"));
+}
+
+TEST_F(WinHttpClientTest, AProxyTunnelsRequests)
+{
+    WinHttpClient proxied(Proxy("HTTP_PROXY_OPEN"));
+    const HttpReply reply = proxied.Send(RequestTo(Address("HTTPS_GOOD", "/json")));
+    EXPECT_EQ(reply.status, 200) << reply.detail;
+    const Json::Value requests = Proxied("HTTP_PROXY_OPEN");
+    ASSERT_EQ(requests.size(), 1U);
+    EXPECT_EQ(requests[0]["target"].asString(), "localhost:" + Variable("HTTPS_GOOD"));
+    EXPECT_EQ(requests[0]["user"].asString(), "");
+}
+
+TEST_F(WinHttpClientTest, TheHostsCredentialsArePresentedToTheProxyThatAsks)
+{
+    WinHttpClient proxied(Proxy("HTTP_PROXY_WITH_USERS", "name", "pass:word"));
+    HttpRequest request = RequestTo("http://localhost:" + Variable("HTTP_PLAIN") + "/request");
+    request.form = Secret("a=b");
+    const HttpReply reply = proxied.Send(request);
+    ASSERT_EQ(reply.status, 200) << reply.detail;
+    EXPECT_EQ(ReadJsonObject(std::string(reply.body.View())).value_or(Json::Value())["body"].asString(), "a=b");
+    const Json::Value requests = Proxied("HTTP_PROXY_WITH_USERS");
+    ASSERT_FALSE(requests.empty());
+    EXPECT_EQ(requests[0]["user"].asString(), "") << "they are for a proxy that asks";
+    EXPECT_EQ(requests[requests.size() - 1]["user"].asString(), "name:pass:word");
+}
+
+TEST_F(WinHttpClientTest, AProxyThatRefusesIsNotAskedAgainAndAgain)
+{
+    (void)Proxied("HTTP_PROXY_WITH_USERS");
+    WinHttpClient wrong(Proxy("HTTP_PROXY_WITH_USERS", "name", "other"));
+    EXPECT_EQ(wrong.Send(RequestTo("http://localhost:" + Variable("HTTP_PLAIN") + "/json")).status, 407);
+    // Wine sends the request once more before it presents them.
+    EXPECT_LE(Proxied("HTTP_PROXY_WITH_USERS").size(), 3U);
+    // Without the host's credentials, none are presented: not those of the Windows user either.
+    WinHttpClient nameless(Proxy("HTTP_PROXY_WITH_USERS"));
+    EXPECT_EQ(nameless.Send(RequestTo("http://localhost:" + Variable("HTTP_PLAIN") + "/json")).status, 407);
+    const Json::Value requests = Proxied("HTTP_PROXY_WITH_USERS");
+    ASSERT_EQ(requests.size(), 1U);
+    EXPECT_EQ(requests[0]["user"].asString(), "");
+}
+
+TEST_F(WinHttpClientTest, NothingIsSentThroughAProxyThatRefusesTheTunnel)
+{
+    for (const char* const name : {"", "name"})
+    {
+        WinHttpClient proxied(Proxy("HTTP_PROXY_WITH_USERS", name, "other"));
+        const HttpReply reply = proxied.Send(RequestTo(Address("HTTPS_GOOD", "/json")));
+        EXPECT_TRUE(reply.problem != HttpProblem::None || reply.status == 407) << reply.status;
+    }
+}
+
+TEST_F(WinHttpClientTest, AProxyThatCannotBeReachedIsReported)
+{
+    WinHttpClient proxied(Proxy("TCP_CLOSED"));
+    EXPECT_EQ(proxied.Send(RequestTo(Address("HTTPS_GOOD", "/json"))).problem, HttpProblem::NotConnected);
 }
 
 TEST_F(WinHttpClientTest, NoRedirectIsFollowed)

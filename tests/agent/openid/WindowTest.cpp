@@ -1,4 +1,4 @@
-// The sign-in window, on a screen: window-tests.sh starts this program with one.
+// The sign-in window, on a screen: on-display.sh starts this program with one.
 //
 //   openid_window_tests.exe --show browser|device   shows the window until it is cancelled, for a picture
 
@@ -103,6 +103,22 @@ protected:
         return nullptr;
     }
 
+    void ExpectControlsInside() const
+    {
+        RECT client{};
+        GetClientRect(window, &client);
+        for (HWND control : Controls())
+        {
+            RECT place{};
+            GetWindowRect(control, &place);
+            MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
+            EXPECT_GE(place.left, 0) << TextOf(control);
+            EXPECT_LE(place.right, client.right) << TextOf(control);
+            EXPECT_LE(place.bottom, client.bottom) << TextOf(control);
+            EXPECT_GT(place.right, place.left) << TextOf(control);
+        }
+    }
+
     std::atomic<int> opened{0};
     std::atomic<int> cancelled{0};
     std::atomic<int> notShown{0};
@@ -195,21 +211,59 @@ TEST_F(SignInWindowTest, EveryControlIsInsideTheWindow)
     for (const bool isDevice : {false, true})
     {
         Show(isDevice ? DeviceText() : BrowserText());
-        RECT client{};
-        GetClientRect(window, &client);
-        for (HWND control : Controls())
-        {
-            RECT place{};
-            GetWindowRect(control, &place);
-            MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
-            EXPECT_GE(place.left, 0) << TextOf(control);
-            EXPECT_LE(place.right, client.right) << TextOf(control);
-            EXPECT_LE(place.bottom, client.bottom) << TextOf(control);
-            EXPECT_GT(place.right, place.left) << TextOf(control);
-        }
+        ExpectControlsInside();
         prompt.reset();
         EXPECT_TRUE(Becomes([&] { return IsWindow(window) == FALSE; }));
     }
+}
+
+TEST_F(SignInWindowTest, ABrowserProblemBeforeTheWindowIsThereIsShown)
+{
+    prompt = windows.Show(BrowserText(), {[] {}, [] { return std::string(); }, [] {}, [] {}});
+    prompt->ShowBrowserProblem();
+    EXPECT_TRUE(Becomes([&] {
+        window = FindWindowW(L"Kestrany.Pellwick.SignIn", nullptr);
+        return window != nullptr && Find("The browser could not be opened. Copy the address, and open it in a browser "
+                                         "on this computer.") != nullptr;
+    }));
+}
+
+TEST_F(SignInWindowTest, TheWindowFollowsTheScalingOfTheScreen)
+{
+    for (const bool isDevice : {false, true})
+    {
+        Show(isDevice ? DeviceText() : BrowserText());
+        const auto place = [](HWND each) {
+            RECT area{};
+            GetClientRect(each, &area);
+            return area;
+        };
+        const RECT before = place(window);
+        const RECT button = place(Find("Cancel"));
+        RECT wanted{40, 50, 1000, 900};
+        SendMessageW(window, WM_DPICHANGED, MAKEWPARAM(192, 192), reinterpret_cast<LPARAM>(&wanted));
+        EXPECT_NEAR(place(window).right, 2 * before.right, 20);
+        EXPECT_EQ(place(Find("Cancel")).bottom, 2 * button.bottom);
+        EXPECT_GT(place(Find("Cancel")).right, button.right * 3 / 2) << "the letters are larger, too";
+        RECT frame{};
+        GetWindowRect(window, &frame);
+        EXPECT_EQ(frame.left, wanted.left) << "where the system wants it";
+        EXPECT_EQ(frame.top, wanted.top);
+        ExpectControlsInside();
+        prompt.reset();
+        EXPECT_TRUE(Becomes([&] { return IsWindow(window) == FALSE; }));
+    }
+}
+
+TEST_F(SignInWindowTest, TheKeyboardComesBackToTheControlThatHadIt)
+{
+    Show(BrowserText());
+    Press(VK_TAB);
+    ASSERT_TRUE(Becomes([&] { return TextOf(Focus()) == "Co&py the address"; }));
+    // As when the user changes to another program and back.
+    SendMessageW(window, WM_ACTIVATE, WA_INACTIVE, 0);
+    SendMessageW(window, WM_SETFOCUS, 0, 0);
+    EXPECT_EQ(TextOf(Focus()), "Co&py the address");
 }
 
 TEST_F(SignInWindowTest, AWindowWhoseSignInEndsAtOnceCloses)

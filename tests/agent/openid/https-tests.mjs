@@ -2,54 +2,16 @@
 //
 // The certificates are made for this run. The program trusts their root while it runs, in its user's root store.
 
-import { execFileSync, spawn } from 'node:child_process';
-import { mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
-import { createServer as createHttpServer } from 'node:http';
+import { spawn } from 'node:child_process';
+import { createServer as createHttpServer, request as forward } from 'node:http';
 import { createServer as createHttpsServer } from 'node:https';
-import { createServer as createTcpServer } from 'node:net';
-import { tmpdir } from 'node:os';
-import { join } from 'node:path';
+import { connect, createServer as createTcpServer } from 'node:net';
+import { Certificates } from '../../provider/certificates.mjs';
+import { temporaryFolder } from '../../provider/peer.mjs';
+import { windowsPath } from '../../provider/wine.mjs';
 
 const [wineRun, program, ...arguments_] = process.argv.slice(2);
-const folder = mkdtempSync(join(tmpdir(), 'orlindex-https.'));
-const path = name => join(folder, name);
-const openssl = (...texts) => execFileSync('openssl', texts, { cwd: folder, stdio: ['ignore', 'pipe', 'pipe'] });
-const windowsPath = name => 'Z:' + name.replaceAll('/', '\\');
-
-// --- Certificates ---------------------------------------------------------------------------------------------------
-
-function makeRoot(name) {
-    openssl('req', '-x509', '-newkey', 'rsa:2048', '-nodes', '-keyout', `${name}.key`, '-out', `${name}.pem`, '-days', '2',
-        '-subj', `/CN=Orlindex test ${name}`, '-addext', 'basicConstraints=critical,CA:TRUE',
-        '-addext', 'keyUsage=critical,keyCertSign,cRLSign');
-}
-
-function makeCertificate(name, root, host, ...dates) {
-    openssl('req', '-newkey', 'rsa:2048', '-nodes', '-keyout', `${name}.key`, '-out', `${name}.csr`, '-subj', `/CN=${host}`);
-    writeFileSync(path(`${name}.txt`), '');
-    writeFileSync(path(`${name}.cnf`), `
-[ca]
-default_ca = own
-[own]
-database = ${name}.txt
-rand_serial = yes
-new_certs_dir = .
-default_md = sha256
-default_days = 2
-policy = any
-unique_subject = no
-[any]
-commonName = supplied
-[leaf]
-basicConstraints = critical,CA:FALSE
-keyUsage = critical,digitalSignature,keyEncipherment
-extendedKeyUsage = serverAuth
-subjectAltName = DNS:${host}
-`);
-    openssl('ca', '-batch', '-notext', '-config', `${name}.cnf`, '-extensions', 'leaf', '-cert', `${root}.pem`, '-keyfile',
-        `${root}.key`, '-in', `${name}.csr`, '-out', `${name}.pem`, ...dates);
-    return { key: readFileSync(path(`${name}.key`)), cert: readFileSync(path(`${name}.pem`)), minVersion: 'TLSv1.2' };
-}
+const certificates = new Certificates(temporaryFolder());
 
 // --- Servers --------------------------------------------------------------------------------------------------------
 
@@ -99,8 +61,51 @@ const behaviors = {
     },
 };
 
+// --- Proxies --------------------------------------------------------------------------------------------------------
+
+/// What each proxy was asked for, by its port: `target` and `user`, which is empty without credentials. Wine presents no credentials
+/// for a tunnel, so proxies forward plain requests, too.
+const proxied = new Map();
+behaviors['/proxied'] = (request, response) => response.writeHead(200, { 'Content-Type': 'application/json' })
+    .end(JSON.stringify({ requests: proxied.get(request.url.split('?')[1]) ?? [] }));
+
+/// A proxy for servers on this machine. If there are credentials, "name:password", it asks for them.
+function makeProxy(credentials) {
+    const challenge = { 'Proxy-Authenticate': 'Basic realm="tests"' };
+    const isAdmitted = request => {
+        const [scheme, encoded = ''] = (request.headers['proxy-authorization'] ?? '').split(' ');
+        const user = scheme === 'Basic' ? Buffer.from(encoded, 'base64').toString() : scheme;
+        const requests = proxied.get(String(proxy.address().port)) ?? [];
+        proxied.set(String(proxy.address().port), [...requests, { target: request.url, user }]);
+        return credentials === undefined || user === credentials;
+    };
+    const proxy = createHttpServer((request, response) => {
+        if (!isAdmitted(request))
+            return empty(response, 407, challenge);
+        const headers = { ...request.headers };
+        delete headers['proxy-authorization'];
+        const target = new URL(request.url);
+        return request.pipe(forward(target, { method: request.method, headers }, reply => {
+            response.writeHead(reply.statusCode, reply.headers);
+            reply.pipe(response);
+        }));
+    });
+    proxy.on('connect', (request, client) => {
+        client.on('error', () => {});
+        if (!isAdmitted(request))
+            return client.end('HTTP/1.1 407 Proxy Authentication Required\r\nProxy-Authenticate: Basic realm="tests"\r\n\r\n');
+        const server = connect(Number(request.url.split(':')[1]), '127.0.0.1', () => {
+            client.write('HTTP/1.1 200 Connection established\r\n\r\n');
+            server.pipe(client).pipe(server);
+        });
+        server.on('error', () => client.destroy());
+    });
+    return proxy;
+}
+
 function handle(request, response) {
-    const behavior = behaviors[request.url.split('?')[0]];
+    // Through a proxy, Wine writes the whole address.
+    const behavior = behaviors[new URL(request.url, 'https://localhost').pathname];
     response.on('error', () => {});
     if (behavior)
         behavior(request, response);
@@ -108,41 +113,34 @@ function handle(request, response) {
         response.writeHead(404, { 'Content-Type': 'text/html' }).end('<html>');
 }
 
-const servers = [];
 async function listen(server) {
     server.on('error', error => { throw error; });
     server.on('tlsClientError', () => {}); // The client's refusal of a certificate.
     await new Promise(resolve => { server.listen(0, '127.0.0.1', resolve); });
-    servers.push(server);
     return String(server.address().port);
 }
 
 // --- The run --------------------------------------------------------------------------------------------------------
 
-let status = 1;
-try {
-    makeRoot('root');
-    makeRoot('unknown');
-    const environment = {
-        ...process.env,
-        HTTPS_ROOT: windowsPath(path('root.der')),
-        HTTPS_GOOD: await listen(createHttpsServer(makeCertificate('good', 'root', 'localhost'), handle)),
-        HTTPS_OTHER_HOST: await listen(createHttpsServer(makeCertificate('other', 'root', 'other.example.com'), handle)),
-        HTTPS_EXPIRED: await listen(createHttpsServer(makeCertificate('expired', 'root', 'localhost', '-startdate',
-            '20200101000000Z', '-enddate', '20210101000000Z'), handle)),
-        HTTPS_UNKNOWN_ROOT: await listen(createHttpsServer(makeCertificate('foreign', 'unknown', 'localhost'), handle)),
-        HTTP_PLAIN: await listen(createHttpServer(handle)),
-        TCP_SILENT: await listen(createTcpServer(socket => { stalled.add(socket); socket.on('error', () => {}); })),
-        TCP_CLOSING: await listen(createTcpServer(socket => socket.destroy())),
-    };
-    const free = createTcpServer();
-    environment.TCP_CLOSED = await listen(free);
-    await new Promise(resolve => { free.close(resolve); });
-    openssl('x509', '-in', 'root.pem', '-outform', 'DER', '-out', 'root.der');
-    const run = spawn(wineRun, [program, ...arguments_], { env: environment, stdio: 'inherit' });
-    status = await new Promise(resolve => { run.on('close', code => resolve(code ?? 1)); });
-} finally {
-    rmSync(folder, { recursive: true, force: true });
-}
+certificates.makeRoot('root');
+certificates.makeRoot('unknown');
+const environment = {
+    ...process.env,
+    HTTPS_ROOT: windowsPath(certificates.path('root.der')),
+    HTTPS_GOOD: await listen(createHttpsServer(certificates.make('good', 'root', 'localhost'), handle)),
+    HTTPS_OTHER_HOST: await listen(createHttpsServer(certificates.make('other', 'root', 'other.example.com'), handle)),
+    HTTPS_EXPIRED: await listen(createHttpsServer(certificates.make('expired', 'root', 'localhost', '-startdate',
+        '20200101000000Z', '-enddate', '20210101000000Z'), handle)),
+    HTTPS_UNKNOWN_ROOT: await listen(createHttpsServer(certificates.make('foreign', 'unknown', 'localhost'), handle)),
+    HTTP_PLAIN: await listen(createHttpServer(handle)),
+    HTTP_PROXY_OPEN: await listen(makeProxy()),
+    HTTP_PROXY_WITH_USERS: await listen(makeProxy('name:pass:word')),
+    TCP_SILENT: await listen(createTcpServer(socket => { stalled.add(socket); socket.on('error', () => {}); })),
+    TCP_CLOSING: await listen(createTcpServer(socket => socket.destroy())),
+};
+const free = createTcpServer();
+environment.TCP_CLOSED = await listen(free);
+await new Promise(resolve => { free.close(resolve); });
+const run = spawn(wineRun, [program, ...arguments_], { env: environment, stdio: 'inherit' });
 // The servers hold connections that never end.
-process.exit(status);
+run.on('close', code => process.exit(code ?? 1));

@@ -117,6 +117,9 @@ public:
         parser_.header_limit(MaxHeaders);
         parser_.body_limit(0);
     }
+    ~Connection() { ClearMemory(rest_.data(), rest_.size()); } // The end of a long redirect, for example.
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
 
     void Start()
     {

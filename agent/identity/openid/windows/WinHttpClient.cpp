@@ -16,6 +16,8 @@ namespace Kestrany::Agent::OpenId {
 namespace {
 
 constexpr DWORD Block = 16 * 1024;
+/// Of a scheme by which a proxy's user signs in; NTLM takes two.
+constexpr int MaxSteps = 4;
 
 /// A text of the request that holds a secret: cleared, unlike the copies that the system makes.
 struct ClearedText
@@ -144,27 +146,36 @@ private:
     {
         // Without a time-out for the response, a stalled TLS handshake would wait for ever.
         const int limit = static_cast<int>(std::min<DWORD>(TimeOut(), 24 * 3600 * 1000));
-        const bool signsInAtProxy = proxy_ && !proxy_->userName.empty();
         return Check(WinHttpSetTimeouts(handle_.get(), limit, limit, limit, limit) != FALSE) &&
                SetNumber(WINHTTP_OPTION_RECEIVE_RESPONSE_TIMEOUT, static_cast<DWORD>(limit)) &&
                SetNumber(WINHTTP_OPTION_DISABLE_FEATURE, WINHTTP_DISABLE_REDIRECTS | WINHTTP_DISABLE_COOKIES |
-                                                             (signsInAtProxy ? 0 : WINHTTP_DISABLE_AUTHENTICATION)) &&
-               (!signsInAtProxy || SetProxyUser());
+                                                             (SignsInAtProxy() ? 0 : WINHTTP_DISABLE_AUTHENTICATION)) &&
+               // The Windows user's own credentials never go to the proxy or to a server.
+               (!SignsInAtProxy() || SetNumber(WINHTTP_OPTION_AUTOLOGON_POLICY, WINHTTP_AUTOLOGON_SECURITY_LEVEL_HIGH));
     }
 
-    bool SetText(DWORD option, const std::string& text)
-    {
-        ClearedText wide{Widen(text)};
-        return Check(WinHttpSetOption(handle_.get(), option, wide.text.data(),
-                                      static_cast<DWORD>(wide.text.size() * sizeof(wchar_t))) != FALSE);
-    }
+    bool SignsInAtProxy() const { return proxy_ && !proxy_->userName.empty(); }
 
-    /// The Windows user's own credentials never go to the proxy or to a server.
-    bool SetProxyUser()
+    /// Presents the host's credentials to a proxy that has asked for them, by the best scheme that it offers. False
+    /// without an error if it offers none.
+    bool SetProxyCredentials()
     {
-        return SetNumber(WINHTTP_OPTION_AUTOLOGON_POLICY, WINHTTP_AUTOLOGON_SECURITY_LEVEL_HIGH) &&
-               SetText(WINHTTP_OPTION_PROXY_USERNAME, proxy_->userName) &&
-               SetText(WINHTTP_OPTION_PROXY_PASSWORD, proxy_->password);
+        DWORD offered = 0;
+        DWORD first = 0;
+        DWORD target = 0;
+        if (!WinHttpQueryAuthSchemes(handle_.get(), &offered, &first, &target) || target != WINHTTP_AUTH_TARGET_PROXY)
+            return false;
+        for (const DWORD scheme : {WINHTTP_AUTH_SCHEME_NEGOTIATE, WINHTTP_AUTH_SCHEME_NTLM, WINHTTP_AUTH_SCHEME_DIGEST,
+                                   WINHTTP_AUTH_SCHEME_BASIC})
+        {
+            if ((offered & scheme) == 0)
+                continue;
+            const ClearedText name{Widen(proxy_->userName)};
+            const ClearedText password{Widen(proxy_->password)};
+            return WinHttpSetCredentials(handle_.get(), WINHTTP_AUTH_TARGET_PROXY, scheme, name.text.c_str(),
+                                         password.text.c_str(), nullptr) != FALSE;
+        }
+        return false;
     }
 
     bool AddHeader(const ClearedText& line)
@@ -187,12 +198,38 @@ private:
             if (!AddHeader(line))
                 return false;
         }
+        if (!Send())
+            return false;
+        // Once: a proxy that asks again has refused the credentials, and its reply says so.
+        return !SignsInAtProxy() || Status() != HTTP_STATUS_PROXY_AUTH_REQ || !SetProxyCredentials() || Send();
+    }
+
+    bool Send()
+    {
         const std::string_view form = request_.form ? request_.form->View() : std::string_view();
         const auto size = static_cast<DWORD>(form.size());
         void* const data = size == 0 ? WINHTTP_NO_REQUEST_DATA : const_cast<char*>(form.data());
-        return Check(WinHttpSendRequest(handle_.get(), WINHTTP_NO_ADDITIONAL_HEADERS, 0, data, size, size, 0) !=
-                     FALSE) &&
-               Check(WinHttpReceiveResponse(handle_.get(), nullptr) != FALSE);
+        for (int attempts = 0;; ++attempts)
+        {
+            if (Check(WinHttpSendRequest(handle_.get(), WINHTTP_NO_ADDITIONAL_HEADERS, 0, data, size, size, 0) !=
+                      FALSE) &&
+                Check(WinHttpReceiveResponse(handle_.get(), nullptr) != FALSE))
+                return true;
+            // A scheme of several steps asks for the request again.
+            if (!SignsInAtProxy() || error_ != ERROR_WINHTTP_RESEND_REQUEST || attempts == MaxSteps)
+                return false;
+        }
+    }
+
+    /// Of the reply; 0 if it cannot be read.
+    DWORD Status()
+    {
+        DWORD status = 0;
+        DWORD size = sizeof status;
+        const bool isRead =
+            Check(WinHttpQueryHeaders(handle_.get(), WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER,
+                                      WINHTTP_HEADER_NAME_BY_INDEX, &status, &size, WINHTTP_NO_HEADER_INDEX) != FALSE);
+        return isRead ? status : 0;
     }
 
     /// Empty if there is no such header, or if it is very long.
@@ -208,10 +245,8 @@ private:
 
     bool ReadHeaders(HttpReply& reply)
     {
-        DWORD status = 0;
-        DWORD size = sizeof status;
-        if (!Check(WinHttpQueryHeaders(handle_.get(), WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER,
-                                       WINHTTP_HEADER_NAME_BY_INDEX, &status, &size, WINHTTP_NO_HEADER_INDEX) != FALSE))
+        const DWORD status = Status();
+        if (status == 0)
             return false;
         reply.status = static_cast<int>(status);
         reply.contentType = Header(WINHTTP_QUERY_CONTENT_TYPE);
