@@ -58,7 +58,7 @@ bool ReplaceFileAtomically(const std::wstring& path, const std::string& bytes)
 {
     const std::wstring next = path + L"." + std::to_wstring(GetCurrentProcessId()) + TemporaryEnd;
     bool isWritten = WriteNewFile(next, bytes);
-    // Only now: asking for each folder takes as long as writing the file.
+    // Not before: the folders are nearly always there, and each one takes a call.
     if (!isWritten && GetLastError() == ERROR_PATH_NOT_FOUND)
     {
         CreateFoldersAbove(path);

@@ -21,8 +21,8 @@ import { root, windowsPath } from './wine.mjs';
 
 const [build, option] = process.argv.slice(2);
 const isQuick = option === '--quick';
-const [firstTurns, laterTurns] = isQuick ? [1, 12] : [7, 60];
-const bound = isQuick ? 1.4 : 1.2;
+const [firstTurns, laterTurns] = isQuick ? [1, 20] : [8, 120];
+const bound = isQuick ? 1.5 : 1.2;
 const runs = 3;
 const client = 'example-host';
 const loggedIn = 'logged in 1000; token available 1000';
