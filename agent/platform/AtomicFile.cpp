@@ -56,10 +56,15 @@ bool IsMissingFile(unsigned long error)
 
 bool ReplaceFileAtomically(const std::wstring& path, const std::string& bytes)
 {
-    CreateFoldersAbove(path);
     const std::wstring next = path + L"." + std::to_wstring(GetCurrentProcessId()) + TemporaryEnd;
-    if (WriteNewFile(next, bytes) &&
-        MoveFileExW(next.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+    bool isWritten = WriteNewFile(next, bytes);
+    // Not before: the folders are nearly always there, and each one takes a call.
+    if (!isWritten && GetLastError() == ERROR_PATH_NOT_FOUND)
+    {
+        CreateFoldersAbove(path);
+        isWritten = WriteNewFile(next, bytes);
+    }
+    if (isWritten && MoveFileExW(next.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
         return true;
     const DWORD error = GetLastError();
     DeleteFileW(next.c_str());

@@ -330,6 +330,13 @@ Result QuitServer(const Arguments&)
                                                                             : static_cast<int>(IdFailed)};
 }
 
+/// Signs in, and replies once the observer knows: the text is its events.
+Result SignIn(const Arguments&)
+{
+    const Result login = LogIn({});
+    return {login.code, Events({}).text};
+}
+
 const std::map<std::string, std::function<Result(const Arguments&)>>& Commands()
 {
     static const std::map<std::string, std::function<Result(const Arguments&)>> commands = {
@@ -342,6 +349,7 @@ const std::map<std::string, std::function<Result(const Arguments&)>>& Commands()
              return Result{Manager().SetServer(static_cast<Server>(ToNumber(values.at(0))))};
          }},
         {"login", &LogIn},
+        {"signIn", &SignIn},
         {"logout", &LogOut},
         {"token", &AccessToken},
         {"idToken", &IdToken},

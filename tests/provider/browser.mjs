@@ -20,6 +20,7 @@ const defaults = {
     userCode: '', // For the page of a device grant that asks for it.
     behavior: 'signIn',
     delay: 0, // Milliseconds before the user does anything.
+    onRedirect: () => {}, // Called right before the redirect is sent.
     log: '',
     chromium: '', // The program; empty for the scripted client.
     certificate: '', // For Chromium: the one server certificate that it accepts.
@@ -231,6 +232,7 @@ export class ScriptedBrowser {
     /// Sends what the behavior makes of the redirect.
     async deliver(url, result) {
         result.redirected = true;
+        this.settings.onRedirect();
         let last;
         for (const change of this.behavior.redirects ?? [{}]) {
             try {

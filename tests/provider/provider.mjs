@@ -51,6 +51,7 @@ const events = {}; // The provider's own, such as grant.revoked.
 const secrets = new Set(); // Every value that no file of a client may hold.
 const faults = []; // What happens to later requests, see the operation `fault`.
 
+const spent = {}; // Milliseconds from the headers of a request to the end of its reply, the sum of each endpoint.
 const repliedAt = {}; // When the last reply of an endpoint was handed to the system, in milliseconds since 1970.
 
 const count = (counters, name) => { counters[name] = (counters[name] ?? 0) + 1; };
@@ -87,6 +88,16 @@ function takeFault(endpoint, when, grant) {
     if (--fault.count === 0)
         faults.splice(index, 1);
     return fault;
+}
+
+/// Measures before anything of the provider runs.
+function measure(request, response) {
+    const endpoint = endpoints[request.url.split('?')[0]];
+    const began = performance.now();
+    response.once('finish', () => {
+        if (endpoint)
+            spent[endpoint] = (spent[endpoint] ?? 0) + performance.now() - began;
+    });
 }
 
 async function watch(context, next) {
@@ -188,7 +199,10 @@ class Issuer {
     }
 
     async start(certificate) {
-        const { port } = await listen((request, response) => this.callback(request, response), certificate);
+        const { port } = await listen((request, response) => {
+            measure(request, response);
+            this.callback(request, response);
+        }, certificate);
         this.issuer = certificate ? `https://localhost:${port}` : `http://127.0.0.1:${port}`;
     }
 
@@ -223,7 +237,7 @@ const removeEverywhere = matches => issuers.reduce((sum, { storage }) => sum + s
 const clear = counters => { for (const name of Object.keys(counters)) delete counters[name]; };
 
 const address = await serveControl({
-    /// Counts of requests and events, when replies were sent, and the refresh tokens that still work, by client.
+    /// Counts of requests and events, the time that requests took, when replies were sent, and the refresh tokens that still work, by client.
     state: () => {
         const refreshTokens = {};
         for (const { storage } of issuers) {
@@ -232,9 +246,9 @@ const address = await serveControl({
                     count(refreshTokens, clientId);
             }
         }
-        return { counts, events, refreshTokens, lifetimes, repliedAt };
+        return { counts, events, refreshTokens, lifetimes, spent, repliedAt };
     },
-    reset: () => { clear(counts); clear(events); clear(repliedAt); faults.length = 0; },
+    reset: () => { clear(counts); clear(events); clear(spent); clear(repliedAt); faults.length = 0; },
     /// { keep: true } leaves the old keys in the set, behind the new ones.
     rotateKeys: async ({ keep = false }) => {
         keys = [...await makeKeys(), ...keep ? keys : []];

@@ -176,10 +176,14 @@ void Logins::FinishSignIn(const LoginKey& key, Outcome<ClientLogin> result)
         waiting->result = LoginResult{Report({IdNotStored, {}, {}}), LoginDetail::NotLoggedIn};
         return;
     }
-    parts_.signIns.report(TALIXLog::Info, "Signed in at " + ServerName(key.server) + " for " + Shown(key.clientId));
     waiting->result = LoginResult{IdSuccess, LoginDetail::LoggedIn};
     Notify(Events::LoggedIn, key.server, key.clientId);
     Notify(Events::TokenAvailable, key.server, key.clientId);
+    // The hosts do not wait for the log file.
+    parts_.signIns.workers->Post([report = parts_.signIns.report,
+                                  line = "Signed in at " + ServerName(key.server) + " for " + Shown(key.clientId)] {
+        report(TALIXLog::Info, line);
+    });
 }
 
 /// The last host that waited has left.

@@ -405,6 +405,15 @@ TEST_F(OpenIdSourceTest, AUserSignsInByTheBrowser)
     EXPECT_EQ(detail, LoginDetail::AlreadyLoggedIn);
 }
 
+TEST_F(OpenIdSourceTest, HostsDoNotWaitForTheLineOfASignInInTheLog)
+{
+    Start();
+    EXPECT_EQ(SignIn().code, IdSuccess) << Log();
+    EXPECT_EQ(Log().find("Signed in at"), std::string::npos);
+    source->RunTimers();
+    EXPECT_NE(Log().find("Signed in at production for "), std::string::npos) << Log();
+}
+
 TEST_F(OpenIdSourceTest, ALoginThatCannotBeStoredIsNoLogin)
 {
     Start();

@@ -182,6 +182,14 @@ TEST_F(WinHttpClientTest, AConnectionIsKept)
     EXPECT_EQ(Received(request)["port"], first["port"]);
 }
 
+TEST_F(WinHttpClientTest, AConnectionIsKeptAfterAReplyWithoutBody)
+{
+    const HttpRequest request = RequestTo(Address("HTTPS_GOOD", "/request"));
+    const Json::Value first = Received(request);
+    EXPECT_EQ(Get("/many").status, 429);
+    EXPECT_EQ(Received(request)["port"], first["port"]);
+}
+
 TEST_F(WinHttpClientTest, NoCookieIsKept)
 {
     EXPECT_EQ(Get("/cookie").status, 200);

@@ -272,9 +272,13 @@ private:
             if (!SetNumber(WINHTTP_OPTION_RECEIVE_TIMEOUT, TimeOut()) ||
                 !Check(WinHttpQueryDataAvailable(handle_.get(), &available) != FALSE))
                 return false;
-            if (available == 0)
-                return IsComplete(reply);
             DWORD read = 0;
+            if (available == 0)
+            {
+                // A connection is only kept for the next request once a read has found the end.
+                WinHttpReadData(handle_.get(), block.data(), 1, &read);
+                return IsComplete(reply);
+            }
             if (!Check(WinHttpReadData(handle_.get(), block.data(), std::min(available, Block), &read) != FALSE))
                 return false;
             if (reply.body.Size() + read > request_.maxReply)
