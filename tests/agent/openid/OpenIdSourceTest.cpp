@@ -345,6 +345,18 @@ protected:
             });
         });
     }
+    /// The user signs in with another device from now on.
+    void UseDevice()
+    {
+        configs.servers[TALIX_SERVER_PRODUCTION].signIn = SignInMethod::Device;
+        Json::Value device;
+        device["device_code"] = "device-1";
+        device["user_code"] = "WDJB-MJHT";
+        device["verification_uri"] = "https://login.example.com/device";
+        device["expires_in"] = 600;
+        device["interval"] = 5;
+        ReplyAt("/device", device, 200);
+    }
     static Json::Value Error(const char* error)
     {
         Json::Value body;
@@ -779,14 +791,7 @@ TEST_F(OpenIdSourceTest, ATokenThatComesAfterTheLogoutIsRevoked)
 
 TEST_F(OpenIdSourceTest, AUserSignsInWithAnotherDevice)
 {
-    configs.servers[TALIX_SERVER_PRODUCTION].signIn = SignInMethod::Device;
-    Json::Value device;
-    device["device_code"] = "device-1";
-    device["user_code"] = "WDJB-MJHT";
-    device["verification_uri"] = "https://login.example.com/device";
-    device["expires_in"] = 600;
-    device["interval"] = 5;
-    ReplyAt("/device", device, 200);
+    UseDevice();
     ReplyAt("/token", Error("authorization_pending"), 400);
     Start();
     const std::unique_ptr<PendingLogin> pending = logins->BeginLogin(caller);
@@ -804,14 +809,7 @@ TEST_F(OpenIdSourceTest, AUserSignsInWithAnotherDevice)
 
 TEST_F(OpenIdSourceTest, TokensOfAnotherDeviceThatComeAfterTheCancelAreRevoked)
 {
-    configs.servers[TALIX_SERVER_PRODUCTION].signIn = SignInMethod::Device;
-    Json::Value device;
-    device["device_code"] = "device-1";
-    device["user_code"] = "WDJB-MJHT";
-    device["verification_uri"] = "https://login.example.com/device";
-    device["expires_in"] = 600;
-    device["interval"] = 5;
-    ReplyAt("/device", device, 200);
+    UseDevice();
     Start();
     const std::unique_ptr<PendingLogin> pending = logins->BeginLogin(caller);
     EXPECT_TRUE(RunUntil([&] { return !prompts->shown.empty(); }));
