@@ -49,7 +49,8 @@ def flags_of(entry):
     source = words.index('-c')
     flags = words[first + 1:min(output, source)]
     extra = [f'-isystem{folder}' for folder in header_folders(words[first])]
-    return ['--target=x86_64-w64-mingw32', *flags, *extra]
+    # gcc has options that clang does not know or use.
+    return ['--target=x86_64-w64-mingw32', *flags, *extra, '-Wno-unused-command-line-argument']
 
 
 def main(tools, build, *sources):

@@ -93,7 +93,7 @@ unsigned ParseSeconds(const std::wstring& text)
     return seconds;
 }
 
-const std::wstring& ParseServer(const std::wstring& name)
+std::wstring ParseServer(std::wstring name)
 {
     if (name != L"production" && name != L"staging" && name != L"development")
         throw UsageError("--server needs production, staging or development, not '" + Narrow(name) + "'");

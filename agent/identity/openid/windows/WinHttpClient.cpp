@@ -163,7 +163,8 @@ private:
         DWORD offered = 0;
         DWORD first = 0;
         DWORD target = 0;
-        if (!WinHttpQueryAuthSchemes(handle_.get(), &offered, &first, &target) || target != WINHTTP_AUTH_TARGET_PROXY)
+        if (!proxy_ || !WinHttpQueryAuthSchemes(handle_.get(), &offered, &first, &target) ||
+            target != WINHTTP_AUTH_TARGET_PROXY)
             return false;
         for (const DWORD scheme : {WINHTTP_AUTH_SCHEME_NEGOTIATE, WINHTTP_AUTH_SCHEME_NTLM, WINHTTP_AUTH_SCHEME_DIGEST,
                                    WINHTTP_AUTH_SCHEME_BASIC})
