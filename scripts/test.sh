@@ -5,7 +5,7 @@
 #   - the static checks: format of the sources, shell scripts, CMake files, workflow files, clang-tidy over all sources
 #   - the unit tests of the portable logic on this machine, under address and undefined-behaviour sanitizers, and again
 #     under the thread sanitizer
-#   - each fuzzer of the portable logic for ten seconds; scripts/fuzz.sh runs them for longer
+#   - each fuzzer of the portable logic for five seconds; scripts/fuzz.sh runs them for longer
 #   - all tests of the Windows release build under Wine, in a temporary prefix
 #   - the tests that depend on the compiler again, built under Microsoft's C++ ABI; their names begin with "microsoft."
 # and prints what failed and, as its last line, "N passed, N failed". The exit code is 0 only if tests ran and none failed.

@@ -36,11 +36,12 @@ std::optional<Secret> TakeToken(SecretObject& object, const char* name)
     return token;
 }
 
-TokenOutcome ReadTokens(SecretObject& object, const std::string& url, std::optional<TimePoint> providerTime)
+TokenOutcome ReadTokens(SecretObject& object, const std::string& url, std::optional<TimePoint> providerTime,
+                        const std::vector<std::string_view>& secrets)
 {
     const std::optional<std::string> type = TextMember(object.Root(), "token_type", Limits::ShownText);
     if (!type || !IsBearer(*type))
-        return Malformed(url, type ? "tokens of type " + Shown(*type) : "no \"token_type\"");
+        return Malformed(url, type ? "tokens of type " + ShownWithout(*type, secrets) : "no \"token_type\"");
     TokenReply tokens;
     tokens.providerTime = providerTime;
     std::optional<Secret> access = TakeToken(object, "access_token");
@@ -95,7 +96,7 @@ TokenOutcome ParseTokenReply(HttpReply reply, const std::string& url, const std:
     if (isJson)
         object = SecretObject::Parse(std::move(reply.body), {"access_token", "refresh_token", "id_token"}, problem);
     if (reply.status == 200 && object && Member(object->Root(), "error").isNull())
-        return ReadTokens(*object, url, providerTime);
+        return ReadTokens(*object, url, providerTime, secrets);
     if (reply.status == 200 && !object)
         return Malformed(url, description + ": " + problem);
     ProviderError error = object ? ReadProviderError(object->Root(), secrets) : ProviderError();

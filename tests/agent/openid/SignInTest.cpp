@@ -142,9 +142,7 @@ protected:
     /// What the user does in the browser.
     static void Browse(const std::string& behavior, const std::string& user = "sam")
     {
-        // The browser is a program of the machine under Wine: its paths have no drive.
-        std::string folder = Variable("OPENID_FOLDER").substr(2);
-        std::replace(folder.begin(), folder.end(), '\\', '/');
+        const std::string folder = Variable("OPENID_BROWSERS_FOLDER");
         Json::Value settings;
         settings["behavior"] = behavior;
         settings["user"] = user;

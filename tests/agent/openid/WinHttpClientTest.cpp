@@ -46,7 +46,7 @@ class TrustedRoot
 public:
     TrustedRoot() : file_(ReadFileContents(Widen(Variable("HTTPS_ROOT"))))
     {
-        // Closed again at once: Wine writes a store when it is closed.
+        // Closed again at once: only then is it surely written.
         const CertificateStore store = OpenUsersRoots();
         if (!store || !file_.IsRead() ||
             !CertAddEncodedCertificateToStore(store.get(), X509_ASN_ENCODING, Bytes(), Size(),
@@ -226,7 +226,7 @@ TEST_F(WinHttpClientTest, AProxyThatRefusesIsNotAskedAgainAndAgain)
     (void)Proxied("HTTP_PROXY_WITH_USERS");
     WinHttpClient wrong(Proxy("HTTP_PROXY_WITH_USERS", "name", "other"));
     EXPECT_EQ(wrong.Send(RequestTo("http://localhost:" + Variable("HTTP_PLAIN") + "/json")).status, 407);
-    // Wine sends the request once more before it presents them.
+    // A platform may send the request once more before it presents them.
     EXPECT_LE(Proxied("HTTP_PROXY_WITH_USERS").size(), 3U);
     // Without the host's credentials, none are presented: not those of the Windows user either.
     WinHttpClient nameless(Proxy("HTTP_PROXY_WITH_USERS"));

@@ -34,6 +34,7 @@ try {
             OPENID_INSECURE_ISSUER: insecureIssuer,
             OPENID_CONTROL: control,
             OPENID_FOLDER: windowsPath(folder),
+            OPENID_BROWSERS_FOLDER: folder, // The same folder: the browser is a program of this system.
             OPENID_ROOT: root,
         },
     });
