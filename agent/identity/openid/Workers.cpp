@@ -67,7 +67,7 @@ public:
         // Each waiting task has an idle thread to take it, or gets a new one.
         if (waiting_.size() > idle_ && threads_ < MaxThreads)
             Start();
-        changed_.notify_all();
+        changed_.notify_one(); // Only idle threads wait, because nothing has been shut down.
         return task;
     }
 
