@@ -302,13 +302,10 @@ void SignIn::Finish(Outcome<ClientLogin> result)
     if (task_)
         task_->Cancel();
     task_.reset(); // The task owns this object.
+    prompt_.reset();
+    Release();
     const Done done = std::exchange(done_, nullptr);
     done(std::move(result));
-    // The hosts do not wait for what is left to close.
-    parts_.workers->Post([self] {
-        self->prompt_.reset();
-        self->Release();
-    });
 }
 
 void TakeGrant(Grant grant, ClientLogin& login)
