@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "identity/Json.h"
+#include "identity/Utf8.h"
 #include "identity/openid/HttpHeaders.h"
 #include "identity/openid/Limits.h"
 #include "identity/openid/ReplyJson.h"
@@ -54,6 +55,9 @@ private:
     void AddIfItFits(const std::string& name, const Json::Value& value)
     {
         const std::string text = WriteJson(value);
+        // An escape of half a character becomes a text that nobody can read again.
+        if (WellFormedSize(name) != name.size() || WellFormedSize(text) != text.size())
+            return;
         const std::size_t size = size_ + WriteJson(name).size() + text.size() + 2;
         const std::size_t values = values_ + CountValues(text);
         if (size > Limits::ProfileBytes || values > Limits::JsonValues || claims_.size() == Limits::ProfileMembers)

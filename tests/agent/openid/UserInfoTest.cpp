@@ -69,6 +69,9 @@ TEST(UserInfoTest, ClaimsThatFitNoProfileAreLeftOut)
     EXPECT_EQ(UserClaims(many, Json::nullValue).size(), 1u) << "together they have too many values";
     std::string problem;
     EXPECT_TRUE(ParseObject(WriteJson(UserClaims(many, idToken)), problem)) << problem;
+    // Half a character.
+    EXPECT_EQ(WriteJson(UserClaims(Object(R"({"sub":"1","half":"\uDDDD","\uDDDD":1})"), Json::Value())),
+              R"({"sub":"1"})");
 }
 
 TEST(UserInfoTest, TheStandardClaimsAreTheUsersAttributes)
