@@ -190,7 +190,8 @@ const checks = {
         const host = await startHost('example-host', 1);
         lines.length = 0;
         const login = codeOf(host, 'login');
-        const line = await waitForLine(' with the code ');
+        // Agents of other tests write to the same log.
+        const line = await waitForLine(`Sign in at ${provider.values.issuer}/`);
         const [, address, code] = /Sign in at (\S+) with the code (\S+)/.exec(line);
         await new ScriptedBrowser({ ca: provider.values.root, user: 'lee', userCode: code }).open(address);
         assert.equal(await login, success);
