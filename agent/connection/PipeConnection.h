@@ -14,7 +14,7 @@
 
 namespace Kestrany::Agent {
 
-/// The server's end of a pipe to one client. Reading and writing never wait: whoever owns the connection waits for the
+/// The server's end of a pipe to one client. Reading and writing never wait: the owner of the connection waits for the
 /// event and then calls HandleTransfers. One thread.
 class PipeConnection
 {

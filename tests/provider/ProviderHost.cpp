@@ -390,8 +390,8 @@ void Run(const std::string& number, const std::string& command, const Arguments&
     }
 }
 
-/// Threads that nobody waits for. Each detaches itself: mingw-w64's runtime loses one in some hundred that whoever
-/// started it detaches before it runs.
+/// Threads that run until their work is done. Each detaches itself: mingw-w64's runtime loses a thread, once in some
+/// hundred times, if another thread detaches it before it runs.
 class ThreadList
 {
 public:

@@ -1,9 +1,9 @@
 // Kills server and host processes anywhere in sign-in, refresh and logout: node kill-test.mjs BUILD [--rounds COUNT]
 //
-// The real provider rotates refresh tokens, and ends a grant of which an old one comes again. After each round the user is still
-// signed in, which another refresh proves, unless the round killed a sign-in that had not ended, or a logout that had begun. The
-// one further exception: the server process was killed when the answer of a refresh was on its way to it, so that nobody has the
-// new token. Such rounds are counted and named.
+// The real provider rotates refresh tokens, and ends a grant when an old refresh token is presented. After each round the user is
+// still signed in, and another refresh proves it. There are three exceptions. The round killed a sign-in that had not ended. It
+// killed a logout that had begun. Or it killed the server process while the provider's reply to a refresh was on its way, and the
+// new token was lost. Rounds of the last kind are counted and named.
 
 import { join } from 'node:path';
 import { Installation } from './agent.mjs';
@@ -18,7 +18,6 @@ const folder = temporaryFolder();
 const provider = await Peer.start('provider.mjs');
 const forgetRoot = await trustRoot(provider.values.rootForWindows);
 const installation = await Installation.make(build, folder, { ca: provider.values.root, profile: join(folder, 'profile') });
-// The reply of a refresh takes some time: kills meet it.
 installation.configure({ production: { issuer: provider.values.issuer, timeouts: { signInSeconds: 30 } } });
 
 const success = 1000;

@@ -172,7 +172,7 @@ const checks = {
         await makeSureSignedIn(first);
         await provider.control('reset', {});
         await provider.control('fault', { endpoint: 'token', effect: 'lose', grant: 'refresh_token' });
-        // The provider has rotated the token and nobody has the new one: the one case that signs the user out.
+        // The provider has rotated the token, and the new one was lost: only this signs the user out.
         const code = await codeOf(first, 'refresh');
         assert.equal(code, grantRefused);
         assert.equal(await codeOf(first, 'token'), notLoggedIn);

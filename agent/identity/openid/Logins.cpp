@@ -439,7 +439,7 @@ void Logins::JoinRefresh(const Caller& caller, SharedRefresh::Waiter waiter)
                 provider->Refresh({key.clientId, token, login.subject, login.nonce,
                                    [&](const Secret& next) {
                                        const bool isKept = book->KeepRefreshToken(key, number, next);
-                                       // The user has signed out meanwhile: nobody is to use it.
+                                       // The user has signed out meanwhile, so the new token is revoked.
                                        if (!isKept && book->NumberOf(key) != number)
                                            provider->Revoke(key.clientId, next, "refresh_token", until);
                                        return isKept;

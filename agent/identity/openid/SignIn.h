@@ -43,8 +43,8 @@ public:
 
     /// When it ends at the latest, in ticks.
     std::int64_t Limit() const { return limit_; }
-    /// Has tokens revoked that nobody is going to use, in the background and as far as the provider can be reached. A
-    /// refresh token takes its access tokens with it; without one, the access token is revoked.
+    /// Revokes unused tokens in the background. A failure is only logged. To revoke a refresh token also ends its
+    /// access tokens; without a refresh token, the access token is revoked.
     void Revoke(const Secret& refreshToken, const Secret& accessToken) const;
     /// Ends it with this code, unless it has ended.
     void End(IdErrorCode code);
@@ -91,7 +91,7 @@ protected:
     std::unique_ptr<Prompt> prompt_;
 
 private:
-    /// What came after the end: tokens are revoked, because nobody uses them.
+    /// Revokes tokens that came after the end of the sign-in.
     template <class Result>
     void Discard(const Result&) const
     {

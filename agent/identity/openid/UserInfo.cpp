@@ -55,7 +55,7 @@ private:
     void AddIfItFits(const std::string& name, const Json::Value& value)
     {
         const std::string text = WriteJson(value);
-        // An escape of half a character becomes a text that nobody can read again.
+        // A lone surrogate escape becomes ill-formed UTF-8. The stored login could not be read at the next start.
         if (WellFormedSize(name) != name.size() || WellFormedSize(text) != text.size())
             return;
         const std::size_t size = size_ + WriteJson(name).size() + text.size() + 2;

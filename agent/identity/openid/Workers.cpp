@@ -135,7 +135,7 @@ private:
             lock.lock();
             running_.erase(std::find(running_.begin(), running_.end(), task));
         }
-        // By itself, and not by whoever started it: mingw-w64's runtime loses a thread that is detached before it runs.
+        // A thread detaches itself: mingw-w64's runtime loses a thread that another one detaches before it runs.
         own->detach();
         handles_.erase(own);
         --threads_;
