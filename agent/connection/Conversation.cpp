@@ -54,18 +54,21 @@ Response Conversation::Ask(Request& request, milliseconds limit)
 Response Conversation::Await(Lock& lock, std::uint32_t id)
 {
     Pending& pending = pending_[id];
+    ++calls_;
     // The deadline may be extended meanwhile.
     while (pending.outcome == Outcome::Waiting && Clock::now() < pending.limit)
     {
         if (isRead_ || isOver_)
             changed_.wait_until(lock, pending.limit);
         else
-            ReadOne(lock, pending.limit);
+            ReadFor(lock, pending);
     }
     Response response = Refusal(pending.outcome == Outcome::Waiting ? IdServerTimedOut : IdServerLost);
     if (pending.outcome == Outcome::Responded)
         response = std::move(pending.response);
     pending_.erase(id);
+    if (--calls_ == 0 && ownThreadWaits_)
+        ownTurn_.notify_one();
     return response;
 }
 
@@ -77,20 +80,24 @@ Conversation::End Conversation::ReadUntilEnd()
         AwaitOwnTurn(lock);
         if (isOver_)
             return end_;
-        ReadOne(lock, std::nullopt);
+        isRead_ = true;
+        do
+            ReadOne(lock, std::nullopt);
+        while (!isOver_ && calls_ == 0 && !IsPause());
+        StopReading(lock);
     }
 }
 
 void Conversation::AwaitOwnTurn(Lock& lock)
 {
     std::optional<Clock::time_point> seen;
-    while (isRead_ || (!isOver_ && Clock::now() < lastResponse_ + Pause))
+    while (IsTaken() || (!isOver_ && IsPause()))
     {
-        if (isRead_ && (isOver_ || seen == lastResponse_))
+        if (IsTaken() && (isOver_ || seen == lastResponse_))
         {
             // The call takes long. Calls that follow one another quickly must not wake this thread each time.
             ownThreadWaits_ = true;
-            ownTurn_.wait(lock, [this] { return !isRead_; });
+            ownTurn_.wait(lock, [this] { return !IsTaken(); });
             ownThreadWaits_ = false;
             continue;
         }
@@ -122,23 +129,44 @@ void Conversation::Close()
     changed_.notify_all();
 }
 
-void Conversation::ReadOne(Lock& lock, std::optional<Clock::time_point> limit)
+void Conversation::ReadFor(Lock& lock, const Pending& pending)
 {
     isRead_ = true;
+    for (;;)
+    {
+        const Clock::time_point last = lastResponse_;
+        ReadOne(lock, pending.limit);
+        if (isOver_ || pending.outcome != Outcome::Waiting || Clock::now() >= pending.limit)
+            break;
+        if (lastResponse_ != last)
+            changed_.notify_all(); // It is another call's.
+    }
+    StopReading(lock);
+}
+
+void Conversation::StopReading(Lock& lock)
+{
+    isRead_ = false;
+    const bool isOver = isOver_;
+    lock.unlock(); // The threads that wake need it.
+    // One of the other calls reads on.
+    changed_.notify_all();
+    if (isOver)
+        ownTurn_.notify_one();
+    lock.lock();
+}
+
+void Conversation::ReadOne(Lock& lock, std::optional<Clock::time_point> limit)
+{
     lock.unlock();
     bool isOver = false;
     std::optional<ServerMessage> message = Receive(limit, isOver);
     lock.lock();
-    isRead_ = false;
     if (message && message->shutdown)
         end_ = End::Shutdown;
     else if (message)
         Handle(std::move(*message));
     isOver_ = isOver_ || isOver;
-    // One of the other calls reads on.
-    changed_.notify_all();
-    if (ownThreadWaits_ || isOver_)
-        ownTurn_.notify_one();
 }
 
 std::optional<ServerMessage> Conversation::Receive(std::optional<Clock::time_point> limit, bool& isOver)

@@ -86,7 +86,13 @@ private:
 
     Response Await(Lock& lock, std::uint32_t id);
     void AwaitOwnTurn(Lock& lock);
-    /// Without the lock while it waits.
+    /// Whether a call reads, or is about to.
+    bool IsTaken() const { return isRead_ || (!isOver_ && calls_ > 0); }
+    bool IsPause() const { return Clock::now() < lastResponse_ + Pause; }
+    /// Reads until the response of a call has come or its limit has passed. Nobody else has to wake meanwhile.
+    void ReadFor(Lock& lock, const Pending& pending);
+    void StopReading(Lock& lock);
+    /// Without the lock while it waits. The caller has set isRead_.
     void ReadOne(Lock& lock, std::optional<Clock::time_point> limit);
     std::optional<ServerMessage> Receive(std::optional<Clock::time_point> limit, bool& isOver);
     void Handle(ServerMessage message);
@@ -99,6 +105,7 @@ private:
     bool isRead_ = false;             ///< A thread reads.
     bool isOver_ = false;             ///< Nothing more is read.
     bool isClosed_ = false;
+    std::size_t calls_ = 0;       ///< That wait for their responses.
     bool ownThreadWaits_ = false; ///< It wants to know when no call reads any more.
     End end_ = End::Lost;
     Clock::time_point lastResponse_{};

@@ -11,6 +11,9 @@ namespace {
 /// connection ends.
 constexpr std::size_t MaxWaiting = 4 * 1024 * 1024;
 
+/// Bytes of frames that are written at once.
+constexpr std::size_t MaxJoined = 32 * 1024;
+
 } // namespace
 
 PipeConnection::PipeConnection(Handle pipe, HANDLE transferred, const MakeHandler& makeHandler)
@@ -95,7 +98,7 @@ void PipeConnection::StartReading()
 void PipeConnection::StartWriting()
 {
     // Most writes end at once: nobody has to wait for them.
-    while (!over_ && !writing_ && !waiting_.empty())
+    while (!over_ && !held_ && !writing_ && !waiting_.empty())
     {
         const std::string& frame = waiting_.front();
         writing_ = WriteFile(pipe_.get(), frame.data(), static_cast<DWORD>(frame.size()), nullptr, &write_) ||
@@ -104,6 +107,12 @@ void PipeConnection::StartWriting()
         if (writing_ && HasEnded(write_))
             HandleWritten();
     }
+}
+
+void PipeConnection::Release()
+{
+    held_ = false;
+    StartWriting();
 }
 
 void PipeConnection::HandleWritten()
@@ -144,12 +153,20 @@ void PipeConnection::Send(const std::string& message)
 {
     if (over_)
         return;
-    std::string frame = WriteFrame(message);
-    waitingSize_ += frame.size();
-    waiting_.push_back(std::move(frame));
+    Append(WriteFrame(message));
     if (HasTooMuchWaiting())
         over_ = true;
     StartWriting();
+}
+
+void PipeConnection::Append(std::string frame)
+{
+    waitingSize_ += frame.size();
+    const bool hasOpenFrame = waiting_.size() > (writing_ ? 1U : 0U);
+    if (hasOpenFrame && waiting_.back().size() + frame.size() <= MaxJoined)
+        waiting_.back() += frame;
+    else
+        waiting_.push_back(std::move(frame));
 }
 
 } // namespace Kestrany::Agent

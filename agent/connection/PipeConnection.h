@@ -34,6 +34,10 @@ public:
     /// Handles the message that has arrived, and begins what comes next.
     void HandleTransfers();
 
+    /// Until Release, messages are kept. Those of one moment then go in one write, and the client wakes once.
+    void Hold() { held_ = true; }
+    void Release();
+
     /// Whether the client has left, or is to be disconnected and no message is left to be written.
     bool IsOver() const { return over_ || handler_->IsGivenUp() || (closing_ && !writing_); }
 
@@ -49,6 +53,7 @@ private:
     void HandleWritten();
     void HandleBytes(std::size_t size);
     void Send(const std::string& message);
+    void Append(std::string frame);
     bool HasTooMuchWaiting() const;
 
     const Handle pipe_;
@@ -59,9 +64,10 @@ private:
     bool writing_ = false;
     bool closing_ = false; ///< Nothing more is read.
     bool over_ = false;    ///< The pipe is of no use any more.
+    bool held_ = false;    ///< No write begins.
     std::array<char, ReadSize> buffer_{};
     FrameReader frames_;
-    std::deque<std::string> waiting_; ///< Frames; the first one is being written.
+    std::deque<std::string> waiting_; ///< Frames, some of them joined; the first one may be being written.
     std::size_t waitingSize_ = 0;
     std::unique_ptr<MessageHandler> handler_; ///< The last member: it sends through the others.
 };

@@ -74,7 +74,7 @@ void ServerApplication::Run(HANDLE quit, HANDLE wake)
 {
     while (WaitOnce(quit, wake))
     {
-        registry_.RunTimers();
+        RunTimers();
         RemoveConnections();
         if (IsPast(end_) || IsPast(IdleEnd()))
             break;
@@ -103,6 +103,16 @@ bool ServerApplication::WaitOnce(HANDLE quit, HANDLE wake)
     default: // Messages have been handled, the source has something to do, or a limit has passed.
         return true;
     }
+}
+
+void ServerApplication::RunTimers()
+{
+    // A sign-in that ends has several messages for a host.
+    for (HostConnection& host : hosts_)
+        host.connection.Hold();
+    registry_.RunTimers();
+    for (HostConnection& host : hosts_)
+        host.connection.Release();
 }
 
 bool ServerApplication::HasTransfers() const

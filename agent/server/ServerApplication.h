@@ -46,6 +46,7 @@ private:
     /// False if the process is asked to quit.
     bool WaitOnce(HANDLE quit, HANDLE wake);
     /// Whether HandleTransfers has something to do, about which no event may be set.
+    void RunTimers();
     bool HasTransfers() const;
     void HandleTransfers();
     void RemoveConnections();

@@ -87,6 +87,22 @@ TEST_F(PipeConnectionTest, AMessageIsHandledAfterTheEvent)
     EXPECT_FALSE(IsSignalled()) << "neither the response nor the next read has ended since";
 }
 
+TEST_F(PipeConnectionTest, MessagesAreHeldUntilTheRelease)
+{
+    const auto pair = Connect(3);
+    pair->connection.Hold();
+    ASSERT_TRUE(pair->client.Write("hello", deadline));
+    ASSERT_TRUE(AwaitTransfer());
+    pair->connection.HandleTransfers();
+    const Deadline now(0);
+    EXPECT_EQ(pair->client.Read(&now), std::nullopt);
+    pair->connection.Release();
+    EXPECT_EQ(pair->client.Read(&deadline), "hello");
+    EXPECT_EQ(pair->client.Read(&now), "hello") << "it came with the first one";
+    EXPECT_EQ(pair->client.Read(&now), "hello");
+    EXPECT_EQ(pair->client.Read(&now), std::nullopt);
+}
+
 TEST_F(PipeConnectionTest, ATransferIsFoundAfterItsSignalIsGone)
 {
     const auto first = Connect();
