@@ -1,5 +1,6 @@
 #include "server/ChooseSource.h"
 
+#include <stdexcept>
 #include <utility>
 
 #include <windows.h>
@@ -45,6 +46,15 @@ std::unique_ptr<IdentitySource> MakeSimulatedSource(const LogSink& log)
     return std::make_unique<Simulated::SimulatedSource>(std::move(choice.scenario), std::move(parts));
 }
 
+/// For requests that are abandoned when the process ends: they may wake it after its own handle is closed.
+Handle Duplicate(HANDLE event)
+{
+    HANDLE copy = nullptr;
+    if (!DuplicateHandle(GetCurrentProcess(), event, GetCurrentProcess(), &copy, 0, FALSE, DUPLICATE_SAME_ACCESS))
+        throw std::runtime_error("no event: " + SystemMessage(GetLastError()));
+    return Handle(copy);
+}
+
 std::unique_ptr<IdentitySource> MakeOpenIdSource(OpenId::ProviderConfigChoice choice, const LogSink& log, HANDLE wake)
 {
     if (!choice.configs)
@@ -67,7 +77,7 @@ std::unique_ptr<IdentitySource> MakeOpenIdSource(OpenId::ProviderConfigChoice ch
         parts.prompts = std::make_shared<OpenId::SignInWindows>();
     parts.openStore = [log](const std::string& identity) { return OpenId::ProtectedLoginStore::Open(identity, log); };
     parts.report = log;
-    parts.wake = [wake] { SetEvent(wake); };
+    parts.wake = [event = std::make_shared<const Handle>(Duplicate(wake))] { SetEvent(event->get()); };
     return std::make_unique<OpenId::OpenIdSource>(std::move(choice.configs), std::move(choice.problem),
                                                   std::move(parts));
 }

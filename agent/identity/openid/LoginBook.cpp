@@ -123,10 +123,12 @@ bool LoginBook::Put(Server server, ClientLogin login)
         entries.end());
     entries.push_back({nextNumber_++, std::move(login)});
     const auto isTooLarge = [&] {
+        if (entries.size() <= 1 || entries.size() > MaxClients)
+            return entries.size() > MaxClients;
         std::size_t size = 0;
         for (const Entry& entry : entries)
             size += StoredSize(entry.login);
-        return entries.size() > MaxClients || (entries.size() > 1 && size > MaxStored);
+        return size > MaxStored;
     };
     while (isTooLarge())
         entries.erase(entries.begin());

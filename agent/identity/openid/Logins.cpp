@@ -16,6 +16,9 @@ constexpr std::chrono::milliseconds CallLimit = std::chrono::seconds(30);
 /// A host's call ends this much later at the latest, with the code of a provider that cannot be reached. Milliseconds.
 constexpr std::int64_t Grace = 5'000;
 
+/// How long a line for the log waits until hosts have read their results. Milliseconds.
+constexpr std::int64_t LogDelay = 20;
+
 /// How long the provider's logout page can be opened.
 constexpr std::int64_t SignOutPageLimit = 120'000;
 
@@ -109,6 +112,7 @@ Logins::Logins(LoginsParts parts, std::shared_ptr<LoginBook> book) : parts_(std:
 Logins::~Logins()
 {
     CancelAll();
+    ReportLate();
 }
 
 // --- Sign-in --------------------------------------------------------------------------------------------------------
@@ -179,11 +183,7 @@ void Logins::FinishSignIn(const LoginKey& key, Outcome<ClientLogin> result)
     waiting->result = LoginResult{IdSuccess, LoginDetail::LoggedIn};
     Notify(Events::LoggedIn, key.server, key.clientId);
     Notify(Events::TokenAvailable, key.server, key.clientId);
-    // The hosts do not wait for the log file.
-    parts_.signIns.workers->Post([report = parts_.signIns.report,
-                                  line = "Signed in at " + ServerName(key.server) + " for " + Shown(key.clientId)] {
-        report(TALIXLog::Info, line);
-    });
+    ReportLater("Signed in at " + ServerName(key.server) + " for " + Shown(key.clientId));
 }
 
 /// The last host that waited has left.
@@ -552,6 +552,7 @@ std::unique_ptr<PendingWork> Logins::PrepareLogout(const Caller& caller)
 {
     if (!book_->HasAny(caller.server))
         return nullptr;
+    ReportLate();
     CancelLogin(caller);
     auto work = std::make_shared<Work>();
     work->isWholeOperation = true;
@@ -647,6 +648,8 @@ void Logins::RunTimers()
         waiting.push_back(each);
     for (const std::shared_ptr<WaitingSignIn>& each : waiting)
         each->signIn->RunTimers();
+    if (parts_.signIns.ticks() >= lateEnd_)
+        ReportLate();
     signOutPages_.remove_if(
         [this](const SignOutPage& page) { return page.pages->WasUsed() || parts_.signIns.ticks() >= page.end; });
 }
@@ -659,6 +662,8 @@ std::optional<std::int64_t> Logins::NextTimer() const
         add(waiting->signIn->NextTimer());
     for (const SignOutPage& page : signOutPages_)
         add(page.end);
+    if (!lateLines_.empty())
+        add(lateEnd_);
     return next;
 }
 
@@ -666,6 +671,18 @@ IdErrorCode Logins::Report(const Failure& failure) const
 {
     parts_.signIns.report(failure.code == IdLoginCancelled ? TALIXLog::Info : TALIXLog::Error, LogLine(failure));
     return failure.code;
+}
+
+void Logins::ReportLater(std::string line)
+{
+    lateLines_.push_back(std::move(line));
+    lateEnd_ = parts_.signIns.ticks() + LogDelay;
+}
+
+void Logins::ReportLate()
+{
+    for (const std::string& line : std::exchange(lateLines_, {}))
+        parts_.signIns.report(TALIXLog::Info, line);
 }
 
 void Logins::Notify(Kind kind, Server server, const std::string& clientId, IdErrorCode status) const

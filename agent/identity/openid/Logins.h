@@ -109,6 +109,9 @@ private:
     void FindSignOutPage(const std::shared_ptr<Provider>& provider, const std::string& clientId,
                          std::shared_ptr<const Secret> idToken);
     void ShowSignOutPage(Secret target);
+    /// For lines that no host waits for: the log file takes longer than a host's result.
+    void ReportLater(std::string line);
+    void ReportLate();
     void Notify(Kind kind, Server server, const std::string& clientId = {}, IdErrorCode status = IdSuccess) const;
 
     const LoginsParts parts_;
@@ -117,6 +120,8 @@ private:
     SharedRefresh refreshes_;
     SharedRefresh userInfos_;
     std::list<SignOutPage> signOutPages_;
+    std::vector<std::string> lateLines_;
+    std::int64_t lateEnd_ = 0; ///< In ticks.
     /// Expires with this object: completions that come later are dropped.
     const std::shared_ptr<Logins*> self_ = std::make_shared<Logins*>(this);
 };

@@ -131,8 +131,9 @@ public:
 struct PageReply
 {
     int status = 404;
-    std::string page; ///< HTML; empty with a location.
-    Secret location;  ///< Of a redirect.
+    std::string page;    ///< HTML; empty with a location.
+    Secret location;     ///< Of a redirect.
+    bool isLast = false; ///< Once the browser has it, the port is closed.
 };
 
 /// A server for the browser of this machine. Its end closes the port; replies that were begun are still sent.

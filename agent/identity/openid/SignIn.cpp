@@ -50,15 +50,10 @@ private:
         if (const Failure* const failure = FailureOf(signIn))
             return Fail(*failure);
         signIn_ = std::make_shared<const BrowserSignIn>(TakeResult(std::move(signIn)));
-        const std::weak_ptr<SignIn> self = weak_from_this();
-        const std::shared_ptr<Workers> workers = parts_.workers;
         pages_->Expect(signIn_, signIn_->Expectation(provider_->Config()),
-                       [self, workers, this](RedirectResult result) {
-                           auto shared = std::make_shared<RedirectResult>(std::move(result));
-                           workers->Post([self, shared, this] {
-                               if (const std::shared_ptr<SignIn> alive = self.lock())
-                                   TakeRedirect(std::move(*shared));
-                           });
+                       [self = weak_from_this(), this](RedirectResult result) {
+                           if (const std::shared_ptr<SignIn> alive = self.lock())
+                               Receive(std::move(result));
                        });
         if (!parts_.prompts)
             ReportAddress();
@@ -76,7 +71,7 @@ private:
 
     void OpenBrowser()
     {
-        if (isRedeeming_)
+        if (pages_->IsFinished())
             return;
         RunThen([browser = parts_.browser, address = NewAddress()] { return browser->Open(address); },
                 [this](bool isOpened) {
@@ -91,17 +86,17 @@ private:
                 });
     }
 
-    void TakeRedirect(RedirectResult result)
+    /// On the listener's thread.
+    void Receive(RedirectResult result)
     {
         if (result.kind == RedirectResult::Kind::Ignored)
-        {
-            if (++ignored_ <= MaxReportedRedirects)
-                parts_.report(TALIXLog::Warning, LogLine(result.failure));
-            return;
-        }
+            return Posted([this, failure = result.failure] {
+                if (++ignored_ <= MaxReportedRedirects)
+                    parts_.report(TALIXLog::Warning, LogLine(failure));
+            })();
         if (result.kind == RedirectResult::Kind::Failed)
-            return Fail(std::move(result.failure));
-        isRedeeming_ = true;
+            return Posted([this, failure = result.failure] { Fail(failure); })();
+        // Begun on this thread: the user waits.
         auto code = std::make_shared<const Secret>(std::move(result.code));
         RunThen([provider = provider_, signIn = signIn_, code,
                  until = limit_] { return provider->Redeem(*signIn, *code, until); },
@@ -113,7 +108,11 @@ private:
         return isBrowserMissing_ && !pages_->WasUsed() ? IdBrowserNotOpened : IdLoginTimedOut;
     }
 
-    void Release() override { listener_.reset(); }
+    void Release() override
+    {
+        pages_->Close();
+        listener_.reset();
+    }
 
     const std::shared_ptr<SignInPages> pages_;
     std::unique_ptr<LoopbackListener> listener_;
@@ -121,7 +120,6 @@ private:
     std::shared_ptr<const BrowserSignIn> signIn_;
     unsigned int ignored_ = 0;
     bool isBrowserMissing_ = false;
-    bool isRedeeming_ = false;
 };
 
 /// With another device.
@@ -237,6 +235,15 @@ void SignIn::RunTimers()
     Poll();
 }
 
+void SignIn::Keep(std::shared_ptr<Workers::Task> task)
+{
+    const std::lock_guard lock(taskMutex_);
+    if (hasEnded_)
+        task->Cancel();
+    else
+        task_ = std::move(task);
+}
+
 void SignIn::ShowPrompt(PromptText text, PromptActions actions)
 {
     if (parts_.prompts)
@@ -298,10 +305,12 @@ void SignIn::Fail(Failure failure)
 void SignIn::Finish(Outcome<ClientLogin> result)
 {
     const std::shared_ptr<SignIn> self = shared_from_this(); // Its owner may drop it within `done`.
+    std::unique_lock lock(taskMutex_);
     hasEnded_ = true;
-    if (task_)
-        task_->Cancel();
-    task_.reset(); // The task owns this object.
+    const std::shared_ptr<Workers::Task> task = std::exchange(task_, nullptr); // It owns this object, too.
+    lock.unlock();
+    if (task)
+        task->Cancel();
     prompt_.reset();
     Release();
     const Done done = std::exchange(done_, nullptr);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -63,12 +64,12 @@ protected:
     virtual void Poll() {}
 
     /// Performs `work` on a worker, and hands its result to `then` on this thread. If the sign-in has ended meanwhile,
-    /// the result is discarded.
+    /// the result is discarded. Any thread may call.
     template <class Work, class Then>
     void RunThen(Work work, Then then)
     {
         auto self = shared_from_this();
-        task_ = parts_.workers->Run([self, work = std::move(work), then = std::move(then)] {
+        Keep(parts_.workers->Run([self, work = std::move(work), then = std::move(then)] {
             auto result = std::make_shared<decltype(work())>(work());
             self->parts_.workers->Post([self, result, then] {
                 if (self->hasEnded_)
@@ -76,7 +77,7 @@ protected:
                 else
                     then(std::move(*result));
             });
-        });
+        }));
     }
     void ShowPrompt(PromptText text, PromptActions actions);
     /// The action for a prompt, which calls from any thread: performed on this thread, unless the sign-in has ended.
@@ -98,12 +99,15 @@ private:
     }
     void Discard(const Outcome<Grant>& grant) const;
     void Discard(const TokenOutcome& outcome) const;
+    /// Cancels the task when the sign-in ends.
+    void Keep(std::shared_ptr<Workers::Task> task);
     void Finish(Outcome<ClientLogin> result);
     /// Releases what the sign-in holds while it waits.
     virtual void Release() {}
 
     Done done_;
-    bool hasEnded_ = false;
+    std::mutex taskMutex_;
+    bool hasEnded_ = false; ///< Changes on this thread, with the lock.
     std::shared_ptr<Workers::Task> task_;
 };
 

@@ -40,6 +40,12 @@ void SignInPages::SetTarget(Secret address)
     target_ = std::move(address);
 }
 
+void SignInPages::Close()
+{
+    const std::lock_guard lock(mutex_);
+    Finish();
+}
+
 std::string SignInPages::NewPath()
 {
     const std::lock_guard lock(mutex_);
@@ -47,6 +53,12 @@ std::string SignInPages::NewPath()
         paths_.erase(paths_.begin());
     paths_.push_back("/go/" + RandomText(random_, PathBytes));
     return paths_.back();
+}
+
+bool SignInPages::IsFinished() const
+{
+    const std::lock_guard lock(mutex_);
+    return isFinished_;
 }
 
 bool SignInPages::WasUsed() const
@@ -75,14 +87,21 @@ PageReply SignInPages::Reply(std::string_view method, std::string_view target)
         if (result.kind != RedirectResult::Kind::Ignored)
         {
             // The first redirect counts: no other one can replace its code.
-            onRedirect_ = nullptr;
-            isFinished_ = true;
-            target_.Clear();
-            paths_.clear();
+            Finish();
+            reply.isLast = true;
         }
     }
     onRedirect(std::move(result));
     return reply;
+}
+
+/// The lock is held.
+void SignInPages::Finish()
+{
+    onRedirect_ = nullptr;
+    isFinished_ = true;
+    target_.Clear();
+    paths_.clear();
 }
 
 /// The lock is held.

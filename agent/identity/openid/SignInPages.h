@@ -38,8 +38,13 @@ public:
     /// The short paths lead to this address.
     void SetTarget(Secret address);
 
+    /// Receives nothing any more.
+    void Close();
+
     /// A new short path.
     std::string NewPath();
+    /// Whether a redirect has come that counts, or Close was called.
+    bool IsFinished() const;
     /// Whether a short path was used.
     bool WasUsed() const;
     PageReply Reply(std::string_view method, std::string_view target);
@@ -47,6 +52,7 @@ public:
 private:
     PageReply FollowPath(std::string_view target);
     static PageReply PageOf(const RedirectResult& result);
+    void Finish();
 
     const RandomSource random_;
     mutable std::mutex mutex_;

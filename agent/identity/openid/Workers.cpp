@@ -60,24 +60,28 @@ public:
     std::shared_ptr<Task> Run(std::function<void()> work)
     {
         auto task = std::make_shared<RunningTask>(std::move(work));
-        const std::lock_guard lock(mutex_);
-        if (isShutDown_)
-            return task;
-        waiting_.push_back(task);
-        // Each waiting task has an idle thread to take it, or gets a new one.
-        if (waiting_.size() > idle_ && threads_ < MaxThreads)
-            Start();
+        {
+            const std::lock_guard lock(mutex_);
+            if (isShutDown_)
+                return task;
+            waiting_.push_back(task);
+            // Each waiting task has an idle thread to take it, or gets a new one.
+            if (waiting_.size() > idle_ && threads_ < MaxThreads)
+                Start();
+        }
         changed_.notify_one(); // Only idle threads wait, because nothing has been shut down.
         return task;
     }
 
     void Post(std::function<void()> completion)
     {
-        const std::lock_guard lock(mutex_);
-        if (isShutDown_)
-            return;
-        completions_.push_back(std::move(completion));
-        wake_();
+        {
+            const std::lock_guard lock(mutex_);
+            if (isShutDown_)
+                return;
+            completions_.push_back(std::move(completion));
+        }
+        wake_(); // Without the lock, which the thread that wakes needs.
     }
 
     std::deque<std::function<void()>> TakeCompletions()

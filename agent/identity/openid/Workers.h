@@ -24,7 +24,7 @@ public:
         virtual void Cancel() = 0;
     };
 
-    /// `wake`: called on any thread when there is a completion; it must not call back.
+    /// `wake`: called on any thread when there is a completion, at times after Shutdown; it must not call back.
     explicit Workers(std::function<void()> wake);
     /// Does not wait for tasks: their threads own what they use.
     ~Workers();

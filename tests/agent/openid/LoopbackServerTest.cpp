@@ -65,7 +65,7 @@ protected:
             [this](std::string_view method, std::string_view target) {
                 const std::lock_guard lock(mutex_);
                 requests_.push_back(std::string(method) + " " + std::string(target));
-                return PageReply{200, "<p>page", {}};
+                return PageReply{200, "<p>page", {}, target == "/last"};
             },
             problem);
     }
@@ -146,6 +146,24 @@ TEST_F(LoopbackServerTest, APortIsFreeAgainAfterItsListener)
         Sleep(1);
     }
     EXPECT_TRUE(listener) << problem;
+}
+
+TEST_F(LoopbackServerTest, APortIsFreeAgainOnceTheBrowserHasTheLastReply)
+{
+    const std::unique_ptr<LoopbackListener> listener = Listen("localhost");
+    ASSERT_TRUE(listener) << problem;
+    const std::uint16_t port = PortOf(listener);
+    const std::string address = "http://localhost:" + std::to_string(port);
+    EXPECT_EQ(Get(address + "/first").status, 200);
+    EXPECT_EQ(Get(address + "/last").body.View(), "<p>page");
+    std::unique_ptr<LoopbackListener> next;
+    // The port is closed on the server's thread, soon.
+    for (int tries = 0; tries < 1000 && !next; ++tries)
+    {
+        next = Listen("localhost", {port});
+        Sleep(1);
+    }
+    EXPECT_TRUE(next) << problem;
 }
 
 TEST_F(LoopbackServerTest, NoOtherProgramSharesThePort)

@@ -118,11 +118,15 @@ public:
     {
         const Url url = *ParseUrl(address);
         const auto found = handlers_.find(url.port);
-        return found == handlers_.end() ? PageReply{0, {}, {}}
-                                        : found->second("GET", url.path + (url.query ? "?" + *url.query : ""));
+        if (found == handlers_.end())
+            return {0, {}, {}};
+        PageReply reply = found->second("GET", url.path + (url.query ? "?" + *url.query : ""));
+        lastReplies += reply.isLast ? 1 : 0;
+        return reply;
     }
 
     bool areFree = true;
+    int lastReplies = 0;
     std::vector<std::string> hosts;
 
 private:
@@ -398,7 +402,9 @@ TEST_F(OpenIdSourceTest, AUserSignsInByTheBrowser)
     EXPECT_EQ(prompts->open, 1);
     EXPECT_EQ(parameters["code_challenge_method"], "S256");
     EXPECT_EQ(listeners->Get(browser->Opened().front()).status, 410) << "the short address is used once";
+    EXPECT_EQ(listeners->lastReplies, 0);
     EXPECT_EQ(Redirect(parameters), 200);
+    EXPECT_EQ(listeners->lastReplies, 1);
     EXPECT_EQ(Redirect(parameters), 410) << "the first redirect counts";
     const LoginResult result = ResultOfLogin(*pending);
     EXPECT_EQ(result.code, IdSuccess) << Log();
@@ -421,7 +427,9 @@ TEST_F(OpenIdSourceTest, HostsDoNotWaitForTheLineOfASignInInTheLog)
 {
     Start();
     EXPECT_EQ(SignIn().code, IdSuccess) << Log();
+    source->RunTimers();
     EXPECT_EQ(Log().find("Signed in at"), std::string::npos);
+    ++seconds;
     source->RunTimers();
     EXPECT_NE(Log().find("Signed in at production for "), std::string::npos) << Log();
 }

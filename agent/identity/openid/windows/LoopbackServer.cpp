@@ -3,7 +3,9 @@
 #include "identity/openid/windows/LoopbackServer.h"
 
 #include <array>
+#include <atomic>
 #include <chrono>
+#include <functional>
 #include <list>
 #include <optional>
 #include <stdexcept>
@@ -39,6 +41,9 @@ constexpr std::chrono::seconds ConnectionLimit{15};
 
 /// Connections of one listener; the oldest one makes room for another.
 constexpr std::size_t MaxConnections = 16;
+
+/// Connections that are awaited at an address.
+constexpr std::size_t Awaited = 2;
 
 /// Free ports that are tried before there is none.
 constexpr int MaxTries = 8;
@@ -111,8 +116,9 @@ Secret BytesOf(const PageReply& reply)
 class Connection : public std::enable_shared_from_this<Connection>
 {
 public:
-    Connection(tcp::socket socket, LoopbackListeners::Handler handler)
-        : stream_(std::move(socket)), handler_(std::move(handler))
+    /// `onEnd`: called once the browser has the reply, with whether it is the last one.
+    Connection(tcp::socket socket, LoopbackListeners::Handler handler, std::function<void(bool isLast)> onEnd)
+        : stream_(std::move(socket)), handler_(std::move(handler)), onEnd_(std::move(onEnd))
     {
         parser_.header_limit(MaxHeaders);
         parser_.body_limit(0);
@@ -145,13 +151,22 @@ private:
     void Send(const PageReply& reply)
     {
         reply_ = BytesOf(reply);
-        asio::async_write(stream_, asio::buffer(reply_.Data(), reply_.Size()),
-                          [self = shared_from_this()](error_code error, std::size_t) {
-                              if (error)
-                                  return;
-                              self->stream_.socket().shutdown(tcp::socket::shutdown_send, error);
-                              self->Drain();
-                          });
+        isLast_ = reply.isLast;
+        error_code error;
+        // Most replies fit into the system's buffer: nobody has to wait for them.
+        stream_.socket().non_blocking(true, error);
+        const std::size_t sent = asio::write(stream_.socket(), asio::buffer(reply_.Data(), reply_.Size()), error);
+        if (error != asio::error::would_block)
+            return HandleSent(error);
+        asio::async_write(stream_, asio::buffer(reply_.Data() + sent, reply_.Size() - sent),
+                          [self = shared_from_this()](error_code result, std::size_t) { self->HandleSent(result); });
+    }
+    void HandleSent(error_code error)
+    {
+        if (error)
+            return;
+        stream_.socket().shutdown(tcp::socket::shutdown_send, error);
+        Drain();
     }
     /// Reads on until the browser closes: closing with unread bytes would take the reply away from it.
     void Drain()
@@ -160,76 +175,104 @@ private:
             self->drained_ += size;
             if (!error && self->drained_ < MaxDrained)
                 self->Drain();
+            else
+                self->onEnd_(self->isLast_);
         });
     }
 
     beast::tcp_stream stream_;
     const LoopbackListeners::Handler handler_;
+    const std::function<void(bool isLast)> onEnd_;
     beast::basic_flat_buffer<ClearingAllocator<char>> buffer_{MaxHeaders};
     http::request_parser<http::empty_body, ClearingAllocator<char>> parser_;
     Secret reply_;
+    bool isLast_ = false;
     std::array<char, 4096> rest_{};
     std::size_t drained_ = 0;
 };
 
-/// Accepts connections at one address.
+/// Accepts connections at one port.
 class Acceptor : public std::enable_shared_from_this<Acceptor>
 {
 public:
     Acceptor(asio::io_context& context, LoopbackListeners::Handler handler)
-        : acceptor_(context), handler_(std::move(handler))
+        : context_(context), handler_(std::move(handler))
     {
     }
 
-    /// Port 0: any free one.
+    /// Adds an address. Port 0: any free one.
     error_code Bind(const asio::ip::address& address, unsigned int port)
     {
+        tcp::acceptor socket(context_);
         error_code error;
         const tcp::endpoint endpoint(address, static_cast<std::uint16_t>(port));
-        acceptor_.open(endpoint.protocol(), error);
+        socket.open(endpoint.protocol(), error);
         if (!error && address.is_v6())
-            acceptor_.set_option(asio::ip::v6_only(true), error);
+            socket.set_option(asio::ip::v6_only(true), error);
         if (!error)
-            error = SetExclusive();
+            error = SetExclusive(socket);
         if (!error)
-            acceptor_.bind(endpoint, error);
+            socket.bind(endpoint, error);
         if (!error)
-            acceptor_.listen(asio::socket_base::max_listen_connections, error);
+            socket.listen(asio::socket_base::max_listen_connections, error);
+        if (!error)
+            listening_.push_back({std::move(socket)});
         return error;
     }
+    /// Of the first address.
     unsigned int Port() const
     {
         error_code ignored;
-        return acceptor_.local_endpoint(ignored).port();
+        return listening_.front().socket.local_endpoint(ignored).port();
     }
-    void Accept()
+    void Start()
     {
-        acceptor_.async_accept([self = shared_from_this()](error_code error, tcp::socket socket) {
-            if (!self->acceptor_.is_open())
-                return;
-            if (!error)
-                self->Adopt(std::move(socket));
-            self->Accept();
-        });
+        for (Listening& each : listening_)
+            Await(each);
     }
     /// Connections whose request has come are still served.
     void Close()
     {
+        isClosed_ = true;
         error_code ignored;
-        acceptor_.close(ignored);
+        for (Listening& each : listening_)
+            each.socket.close(ignored);
     }
+    /// Any thread may call.
+    bool IsClosed() const { return isClosed_; }
 
 private:
+    struct Listening
+    {
+        tcp::acceptor socket;
+        std::size_t awaited = 0; ///< Connections that may come at once.
+    };
+
     /// Else another program could bind the same port, and receive the redirect.
-    error_code SetExclusive()
+    static error_code SetExclusive(tcp::acceptor& socket)
     {
         const BOOL exclusive = TRUE;
-        if (setsockopt(acceptor_.native_handle(), SOL_SOCKET, SO_EXCLUSIVEADDRUSE,
+        if (setsockopt(socket.native_handle(), SOL_SOCKET, SO_EXCLUSIVEADDRUSE,
                        reinterpret_cast<const char*>(&exclusive), sizeof exclusive) == 0)
             return {};
         return {WSAGetLastError(), boost::system::system_category()};
     }
-    void Adopt(tcp::socket socket)
+    void Await(Listening& listening)
+    {
+        for (; !isClosed_ && listening.awaited < Awaited; ++listening.awaited)
+            listening.socket.async_accept(
+                [self = shared_from_this(), &listening](error_code error, tcp::socket socket) {
+                    --listening.awaited;
+                    if (self->isClosed_)
+                        return;
+                    if (!error)
+                        self->Adopt(std::move(socket), listening);
+                    // Else when the connection ends: the browser's request comes first.
+                    if (error || listening.awaited == 0)
+                        self->Await(listening);
+                });
+    }
+    void Adopt(tcp::socket socket, Listening& listening)
     {
         connections_.remove_if([](const std::weak_ptr<Connection>& each) { return each.expired(); });
         if (connections_.size() >= MaxConnections)
@@ -238,17 +281,23 @@ private:
                 oldest->Close();
             connections_.pop_front();
         }
-        const auto connection = std::make_shared<Connection>(std::move(socket), handler_);
+        const auto connection = std::make_shared<Connection>(std::move(socket), handler_,
+                                                             [self = shared_from_this(), &listening](bool isLast) {
+                                                                 if (isLast)
+                                                                     self->Close();
+                                                                 else
+                                                                     self->Await(listening);
+                                                             });
         connections_.push_back(connection);
         connection->Start();
     }
 
-    tcp::acceptor acceptor_;
+    asio::io_context& context_;
     const LoopbackListeners::Handler handler_;
+    std::list<Listening> listening_; ///< One for each address.
+    std::atomic<bool> isClosed_ = false;
     std::list<std::weak_ptr<Connection>> connections_; ///< The oldest first.
 };
-
-using Acceptors = std::vector<std::shared_ptr<Acceptor>>;
 
 /// Whether a machine has no such address, as one without IPv6.
 bool IsMissingAddress(const error_code& error)
@@ -275,31 +324,26 @@ public:
 
     asio::io_context& Context() { return context_; }
 
-    /// Binds all addresses of the host at one port.
-    error_code Bind(const std::string& host, unsigned int port, const Handler& handler, Acceptors& acceptors)
+    /// Listens at all addresses of the host, at one port.
+    std::shared_ptr<Acceptor> Bind(const std::string& host, unsigned int port, const Handler& handler,
+                                   error_code& error)
     {
-        error_code error;
+        auto acceptor = std::make_shared<Acceptor>(context_, handler);
+        error = {};
         if (host != "[::1]")
-            error = BindOne(asio::ip::address_v4::loopback(), port, handler, acceptors);
-        if (error || host == "127.0.0.1")
-            return error;
-        // A browser may try either address for "localhost".
-        error = BindOne(asio::ip::address_v6::loopback(), acceptors.empty() ? port : acceptors.front()->Port(), handler,
-                        acceptors);
-        return host == "localhost" && IsMissingAddress(error) ? error_code() : error;
+            error = acceptor->Bind(asio::ip::address_v4::loopback(), port);
+        if (!error && host != "127.0.0.1")
+        {
+            // A browser may try either address for "localhost".
+            const bool isSecond = host == "localhost";
+            error = acceptor->Bind(asio::ip::address_v6::loopback(), isSecond ? acceptor->Port() : port);
+            if (isSecond && IsMissingAddress(error))
+                error = {};
+        }
+        return acceptor;
     }
 
 private:
-    error_code BindOne(const asio::ip::address& address, unsigned int port, const Handler& handler,
-                       Acceptors& acceptors)
-    {
-        auto acceptor = std::make_shared<Acceptor>(context_, handler);
-        const error_code error = acceptor->Bind(address, port);
-        if (!error)
-            acceptors.push_back(std::move(acceptor));
-        return error;
-    }
-
     void Run()
     {
         for (;;)
@@ -326,21 +370,16 @@ namespace {
 class Listener final : public LoopbackListener
 {
 public:
-    /// `run`: performs a function on the thread of the acceptors.
-    Listener(Acceptors acceptors, std::function<void(std::function<void()>)> run)
-        : port_(acceptors.front()->Port()), acceptors_(std::move(acceptors)), run_(std::move(run))
+    /// `run`: performs a function on the thread of the acceptor.
+    Listener(std::shared_ptr<Acceptor> acceptor, std::function<void(std::function<void()>)> run)
+        : port_(acceptor->Port()), acceptor_(std::move(acceptor)), run_(std::move(run))
     {
-        run_([acceptors = acceptors_] {
-            for (const std::shared_ptr<Acceptor>& acceptor : acceptors)
-                acceptor->Accept();
-        });
+        run_([acceptor = acceptor_] { acceptor->Start(); });
     }
     ~Listener() override
     {
-        run_([acceptors = acceptors_] {
-            for (const std::shared_ptr<Acceptor>& acceptor : acceptors)
-                acceptor->Close();
-        });
+        if (!acceptor_->IsClosed())
+            run_([acceptor = acceptor_] { acceptor->Close(); });
     }
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
@@ -349,7 +388,7 @@ public:
 
 private:
     const unsigned int port_;
-    const Acceptors acceptors_;
+    const std::shared_ptr<Acceptor> acceptor_;
     const std::function<void(std::function<void()>)> run_;
 };
 
@@ -369,10 +408,10 @@ std::unique_ptr<LoopbackListener> LoopbackServer::Listen(const std::string& host
     problem.clear();
     for (const unsigned int port : candidates)
     {
-        Acceptors acceptors;
-        const error_code error = service_->Bind(host, port, handler, acceptors);
+        error_code error;
+        std::shared_ptr<Acceptor> acceptor = service_->Bind(host, port, handler, error);
         if (!error)
-            return std::make_unique<Listener>(std::move(acceptors),
+            return std::make_unique<Listener>(std::move(acceptor),
                                               [service = service_](std::function<void()> function) {
                                                   asio::post(service->Context(), std::move(function));
                                               });
