@@ -8,7 +8,6 @@
 // headers of each request in between to the end of its reply. The first sign-in of a process requests metadata, keys and
 // tokens, a later one tokens alone; any other request fails the measurement. All programs are measured alternately, and the
 // median of each counts. A missed bound is measured again, at most twice. Ends with 1 if it is missed each time.
-// scripts/bench.sh runs this program, and with it all others, on one processor.
 
 import assert from 'node:assert/strict';
 import { spawn } from 'node:child_process';
