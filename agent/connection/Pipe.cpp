@@ -152,6 +152,11 @@ std::string WhyNotTrusted(HANDLE pipe, const std::wstring& executable)
     return {};
 }
 
+bool IsBroken(HANDLE pipe)
+{
+    return !PeekNamedPipe(pipe, nullptr, 0, nullptr, nullptr, nullptr);
+}
+
 PipeClient::PipeClient(Handle file) : file_(std::move(file)), broken_(MakeEvent()) {}
 
 bool PipeClient::Write(const std::string& message, const Deadline& deadline)

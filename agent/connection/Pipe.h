@@ -53,6 +53,9 @@ Handle OpenPipe(const std::wstring& name, const Deadline& deadline);
 /// `executable`, by whatever path.
 std::string WhyNotTrusted(HANDLE pipe, const std::wstring& executable);
 
+/// Whether the server's end of a pipe is closed, as when its process has ended.
+bool IsBroken(HANDLE pipe);
+
 /// The client's end of a pipe to a server process. Any thread may write and break the connection; one thread at a time
 /// reads.
 class PipeClient

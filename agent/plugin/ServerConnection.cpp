@@ -261,6 +261,8 @@ std::optional<IdErrorCode> ServerConnection::ConnectOnce(const ServerTarget& tar
         return std::nullopt;
     if (const std::string reason = WhyNotTrusted(file.get(), target.executable); !reason.empty())
     {
+        if (IsBroken(file.get()))
+            return std::nullopt; // The process has ended meanwhile, so that nothing is known about it.
         parts_.log(TALIXLog::Error, "The server of " + target.processIdentity + " is not used: " + reason);
         return IdServerUnavailable;
     }

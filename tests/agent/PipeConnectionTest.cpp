@@ -151,6 +151,17 @@ TEST_F(PipeConnectionTest, AClientThatViolatesTheProtocolGetsItsResponse)
     EXPECT_EQ(pair->client.Read(&deadline), "bad");
 }
 
+TEST_F(PipeConnectionTest, APipeIsBrokenWithoutItsServer)
+{
+    const std::wstring name = L"\\\\.\\pipe\\" + Widen(OwnIdentity("Broken"));
+    Handle server = CreatePipeInstance(name, false);
+    const Handle client = OpenPipe(name, deadline);
+    ASSERT_TRUE(client);
+    EXPECT_FALSE(IsBroken(client.get()));
+    server.reset();
+    EXPECT_TRUE(IsBroken(client.get()));
+}
+
 TEST_F(PipeConnectionTest, AConnectionEndsWhenTheClientLeaves)
 {
     const std::wstring name = L"\\\\.\\pipe\\" + Widen(OwnIdentity("Pipe"));
