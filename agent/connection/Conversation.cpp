@@ -83,7 +83,7 @@ Conversation::End Conversation::ReadUntilEnd()
         isRead_ = true;
         do
             ReadOne(lock, std::nullopt);
-        while (!isOver_ && calls_ == 0 && !IsPause());
+        while (!isOver_ && calls_ == 0 && !IsPause()); // A call that waits takes over.
         StopReading(lock);
     }
 }

@@ -39,7 +39,7 @@ public:
     void Release();
 
     /// Whether the client has left, or is to be disconnected and no message is left to be written.
-    bool IsOver() const { return over_ || handler_->IsGivenUp() || (closing_ && !writing_); }
+    bool IsOver() const { return over_ || handler_->IsGivenUp() || (closing_ && waiting_.empty()); }
 
 private:
     static constexpr std::size_t ReadSize = 16 * 1024;

@@ -179,6 +179,26 @@ TEST_F(ConversationTest, TheOwnThreadReadsForACallThatFindsItReading)
     EXPECT_EQ(Ask(), IdSuccess);
 }
 
+TEST_F(ConversationTest, ACallTakesOverReadingAtTheNextMessage)
+{
+    StartOwnThread();
+    ASSERT_TRUE(AwaitReads(1));
+    auto call = Call();
+    ASSERT_TRUE(AwaitRequests(1));
+    bool isCalls = false; // Only the reads of calls have limits.
+    // The call may begin to wait a little after its request.
+    for (std::size_t event = 1; event <= 1000 && !isCalls; ++event)
+    {
+        SendEvent(static_cast<int>(event));
+        ASSERT_TRUE(AwaitReads(event + 1));
+        const std::lock_guard lock(mutex);
+        isCalls = limits.back().has_value();
+    }
+    EXPECT_TRUE(isCalls);
+    Respond(1);
+    EXPECT_EQ(call.get(), IdSuccess);
+}
+
 TEST_F(ConversationTest, AfterAResponseTheOwnThreadLeavesReadingToTheNextCall)
 {
     StartOwnThread();

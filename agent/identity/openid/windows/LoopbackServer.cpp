@@ -42,7 +42,7 @@ constexpr std::chrono::seconds ConnectionLimit{15};
 /// Connections of one listener; the oldest one makes room for another.
 constexpr std::size_t MaxConnections = 16;
 
-/// Connections that are awaited at an address.
+/// Connections that are awaited at an address, so that one can come while another one's request is read.
 constexpr std::size_t Awaited = 2;
 
 /// Free ports that are tried before there is none.
