@@ -151,6 +151,8 @@ test('a thousand rounds do not grow', async () => {
         }
         await client.dispatchEvents();
         await new Promise(setImmediate);
+        // A collection leaves the buffers that nobody uses to another thread, and they still count. The next one waits for it.
+        globalThis.gc();
         globalThis.gc();
     };
     await rounds(300); // until the heaps have their size
