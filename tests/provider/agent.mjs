@@ -161,7 +161,7 @@ export class Installation {
         let host = new Host(this, join(this.folder, 'host'));
         // Once in some thousand starts, Wine fails before the program has begun: see scripts/wine-run.
         if (!await host.ready) {
-            appendFileSync(join(prefix(), 'silent-starts'), 'ended before it began: provider_host.exe\n');
+            recordSilentStart('ended before it began: provider_host.exe');
             host = new Host(this, join(this.folder, 'host'));
         }
         await host.must('start');
@@ -189,6 +189,11 @@ export class Installation {
     log() {
         return this.logReader.take();
     }
+}
+
+/// For scripts/test.sh, which shows them: programs that Wine ended before they began.
+export function recordSilentStart(what) {
+    appendFileSync(join(prefix(), 'silent-starts'), `${what}\n`);
 }
 
 export function prefix() {
