@@ -69,7 +69,7 @@ run_tests()
 {
     local name=$1 folder=$2 report=$2/test-report.xml suffix='' status=0 at_once=$jobs
     [ "$folder" != "$root/build/microsoft" ] || suffix=", Microsoft's ABI"
-    # As many tests as processors leave a third of the time of Wine's runs unused: they wait for processes, pipes and limits.
+    # Tests under Wine often wait. With one test for each processor, the processors are idle a third of the time.
     [ -z "${ORLINDEX_WINE_SESSION:-}" ] || at_once=$((jobs * 3 / 2))
     shift 2
     say "== $name"

@@ -191,7 +191,7 @@ export class Installation {
     }
 }
 
-/// For scripts/test.sh, which shows them: programs that Wine ended before they began.
+/// Records a program that Wine ended before it began. scripts/test.sh shows the records.
 export function recordSilentStart(what) {
     appendFileSync(join(prefix(), 'silent-starts'), `${what}\n`);
 }

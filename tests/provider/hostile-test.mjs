@@ -97,14 +97,14 @@ class Lane {
         await this.installation.quit();
     }
 
-    /// The host started it. Once in some thousand starts, Wine fails before the program has begun (see scripts/wine-run): then
-    /// the next call starts it again.
+    /// The ID of the server process that the host started. Once in some thousand starts, Wine ends a program before it begins (see
+    /// scripts/wine-run). The host's next call then starts the server again.
     async serverProcess() {
         const { code, text } = await this.host.call('serverProcess');
         if (code === 1000)
             return text;
-        const lines = this.installation.log().filter(line => line.includes('Failed to start') || line.includes(' at start '));
-        recordSilentStart(`no server process: ${lines.join(' ')}`);
+        const errors = this.installation.log().filter(line => line.includes(' Error '));
+        recordSilentStart(`no server process after the start of a host: ${errors.join(' ')}`);
         await this.host.call('status');
         return this.host.must('serverProcess');
     }

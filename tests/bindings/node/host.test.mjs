@@ -151,7 +151,8 @@ test('a thousand rounds do not grow', async () => {
         }
         await client.dispatchEvents();
         await new Promise(setImmediate);
-        // A collection leaves the buffers that nobody uses to another thread, and they still count. The next one waits for it.
+        // After the first collection, a thread of the runtime frees the unused buffers. Until then memoryUsage() counts them. The
+        // second collection waits for that thread.
         globalThis.gc();
         globalThis.gc();
     };
